@@ -1,0 +1,111 @@
+#include "Core/Interfaces/CallStack.h"
+
+#include <boost/core/demangle.hpp>
+
+#include <dlfcn.h>
+#include <execinfo.h>
+#include <link.h>
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <mutex>
+#include <string_view>
+#include <unordered_map>
+
+namespace Zelnor
+{
+
+namespace
+{
+
+std::string Hexadecimal(std::uintptr_t number)
+{
+    std::array<char, 2 * sizeof number> digits;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
+    return "0x" + std::string(digits.data(), end);
+}
+
+/// "function + 0x1f (library)", or as much of it as is known.
+std::string Describe(const void* address)
+{
+    const auto number = reinterpret_cast<std::uintptr_t>(address);
+    Dl_info info{};
+    if (dladdr(address, &info) == 0 || info.dli_fname == nullptr)
+    {
+        return Hexadecimal(number);
+    }
+    const std::string_view path(info.dli_fname);
+    const std::string library(path.substr(path.rfind('/') + 1));
+    if (info.dli_sname == nullptr)
+    {
+        return library + " + " + Hexadecimal(number - reinterpret_cast<std::uintptr_t>(info.dli_fbase));
+    }
+    return boost::core::demangle(info.dli_sname) + " + " +
+           Hexadecimal(number - reinterpret_cast<std::uintptr_t>(info.dli_saddr)) + " (" + library + ")";
+}
+
+/// How many libraries were unloaded since the process began.
+unsigned long long CountUnloads()
+{
+    unsigned long long unloads = 0;
+    dl_iterate_phdr(
+        [](dl_phdr_info* info, std::size_t, void* result) {
+            *static_cast<unsigned long long*>(result) = info->dlpi_subs;
+            return 1;
+        },
+        &unloads);
+    return unloads;
+}
+
+/// Names of return addresses. Finding a name takes a hundred times as long as unwinding to it, so each is kept until
+/// some library is unloaded: from then on another one may stand at its addresses.
+class Symbols
+{
+public:
+    void AppendNames(void* const* addresses, int count, std::string& text)
+    {
+        // Asked before the lock is taken: the loader holds a lock of its own meanwhile.
+        const unsigned long long unloads = CountUnloads();
+        const std::lock_guard lock(m_mutex);
+        if (unloads != m_unloads)
+        {
+            m_names.clear();
+            m_unloads = unloads;
+        }
+        for (int i = 0; i < count; ++i)
+        {
+            auto found = m_names.find(addresses[i]);
+            if (found == m_names.end())
+            {
+                found = m_names.emplace(addresses[i], Describe(addresses[i])).first;
+            }
+            text += found->second;
+            text += '\n';
+        }
+    }
+
+private:
+    std::mutex m_mutex;
+    std::unordered_map<const void*, std::string> m_names;
+    unsigned long long m_unloads = 0;
+};
+
+// Not local to a function: it is made when this library is loaded and so outlives the static objects of every
+// library that uses it, whose destructors may still throw and catch.
+Symbols g_symbols;
+
+} // namespace
+
+std::string GetCallStack()
+{
+    constexpr int kMostFrames = 64;
+    std::array<void*, kMostFrames> addresses;
+    const int count = backtrace(addresses.data(), kMostFrames);
+    std::string text;
+    // The first frame is this function's own.
+    g_symbols.AppendNames(addresses.data() + 1, count - 1, text);
+    return text;
+}
+
+} // namespace Zelnor

@@ -1,0 +1,8 @@
+#include "Core/Interfaces/IBlob.h"
+
+namespace Zelnor
+{
+
+IBlob::~IBlob() = default;
+
+} // namespace Zelnor

@@ -1,0 +1,190 @@
+#include "Core/Interfaces/PrintPropertyValue.h"
+
+#include <boost/container/small_vector.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <string>
+#include <string_view>
+
+namespace Zelnor::Core
+{
+
+namespace
+{
+
+/// Length of the well-formed UTF-8 sequence at the beginning of `text`, 0 if there is none. Overlong forms,
+/// surrogates and what lies beyond U+10FFFF are not well-formed.
+std::size_t Utf8Length(std::string_view text)
+{
+    const auto byte = [text](std::size_t i) -> unsigned {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u;
+    };
+    const auto continues = [byte](std::size_t i) { return (byte(i) & 0xC0u) == 0x80u; };
+    const unsigned lead = byte(0);
+    if (lead < 0x80)
+    {
+        return 1;
+    }
+    if (lead >= 0xC2 && lead <= 0xDF)
+    {
+        return continues(1) ? 2 : 0;
+    }
+    if (lead >= 0xE0 && lead <= 0xEF)
+    {
+        const bool overlong = lead == 0xE0 && byte(1) < 0xA0;
+        const bool surrogate = lead == 0xED && byte(1) > 0x9F;
+        return continues(1) && continues(2) && !overlong && !surrogate ? 3 : 0;
+    }
+    if (lead >= 0xF0 && lead <= 0xF4)
+    {
+        const bool overlong = lead == 0xF0 && byte(1) < 0x90;
+        const bool beyond = lead == 0xF4 && byte(1) > 0x8F;
+        return continues(1) && continues(2) && continues(3) && !overlong && !beyond ? 4 : 0;
+    }
+    return 0;
+}
+
+void AppendOctal(unsigned char byte, std::string& out)
+{
+    out += '\\';
+    out += static_cast<char>('0' + (byte >> 6));
+    out += static_cast<char>('0' + ((byte >> 3) & 7));
+    out += static_cast<char>('0' + (byte & 7));
+}
+
+void AppendEscaped(std::string_view text, std::string& out)
+{
+    while (!text.empty())
+    {
+        const char c = text.front();
+        std::size_t length = 1;
+        switch (c)
+        {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        default:
+            length = Utf8Length(text);
+            if (length == 0 || static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            {
+                // Always three digits, so that a digit behind it cannot be taken for a part of it.
+                AppendOctal(static_cast<unsigned char>(c), out);
+                length = 1;
+            }
+            else
+            {
+                out += text.substr(0, length);
+            }
+        }
+        text.remove_prefix(length);
+    }
+}
+
+void AppendNumber(long long number, std::string& out)
+{
+    std::array<char, 20> digits;
+    out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
+}
+
+/// Text on its way to a stream, handed over in pieces: a deep tree is mostly blanks, too many to keep.
+class Lines
+{
+public:
+    explicit Lines(std::ostream& os) : m_os(os) {}
+    void Add(const Property& property, int level);
+    void Flush();
+
+private:
+    std::ostream& m_os;
+    std::string m_text;
+};
+
+void AppendLine(const Property& property, int level, std::string& out)
+{
+    out.append(2 * static_cast<std::size_t>(level), ' ');
+    AppendEscaped(property.GetName(), out);
+    out += ':';
+    switch (property.GetType())
+    {
+    case PROPERTY_TYPE_GROUP: break;
+    case PROPERTY_TYPE_NONE: out += " null"; break;
+    case PROPERTY_TYPE_INT64:
+        out += ' ';
+        AppendNumber(property.GetInt64(), out);
+        break;
+    case PROPERTY_TYPE_STRING:
+        out += ' ';
+        AppendEscaped(property.GetString(), out);
+        break;
+    case PROPERTY_TYPE_RATIO:
+        out += ' ';
+        AppendNumber(property.GetRatio().numerator(), out);
+        out += '/';
+        AppendNumber(property.GetRatio().denominator(), out);
+        break;
+    }
+    out += '\n';
+}
+
+void Lines::Add(const Property& property, int level)
+{
+    constexpr std::size_t kPiece = 4096;
+    AppendLine(property, level, m_text);
+    if (m_text.size() >= kPiece)
+    {
+        Flush();
+    }
+}
+
+void Lines::Flush()
+{
+    m_os.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
+    m_text.clear();
+}
+
+/// The lines of the children of `property`, at any depth, without recursion.
+void AddChildren(const Property& property, int level, Lines& lines)
+{
+    struct Level
+    {
+        Property::const_iterator next;
+        Property::const_iterator end;
+    };
+    boost::container::small_vector<Level, 16> open{{property.begin(), property.end()}};
+    while (!open.empty())
+    {
+        if (open.back().next == open.back().end)
+        {
+            open.pop_back();
+            continue;
+        }
+        const Property& child = *open.back().next++;
+        lines.Add(child, level + static_cast<int>(open.size()) - 1);
+        open.push_back({child.begin(), child.end()});
+    }
+}
+
+} // namespace
+
+void PrintPropertyValue(const Property& property, int indent, std::ostream& os, bool printName,
+                        bool printChildren)
+{
+    int level = std::max(indent, 0);
+    Lines lines(os);
+    if (printName)
+    {
+        lines.Add(property, level);
+        ++level;
+    }
+    if (printChildren)
+    {
+        AddChildren(property, level, lines);
+    }
+    lines.Flush();
+}
+
+} // namespace Zelnor::Core

@@ -1,0 +1,165 @@
+#pragma once
+
+#include "Core/Interfaces/Exception.h"
+#include "Core/Interfaces/Export.h"
+#include "Core/Interfaces/PropertyTypes.h"
+
+#include <boost/rational.hpp>
+
+#include <cstddef>
+#include <list>
+#include <string>
+#include <type_traits>
+#include <variant>
+
+namespace Zelnor::Core
+{
+
+/// A named value with a type, or a named group of such values in order: the form in which every description of
+/// the product is kept. Copies are deep. A property is a plain value, not synchronised.
+///
+/// - Several children may have the same name; every operation that takes a name means the first of them.
+/// - References and iterators to children stay valid while siblings are added and removed.
+/// - Arguments may live inside the property itself (`p = p["child"]`, `p.SetChild("x", p)`).
+/// - An operation that throws leaves the property as it was.
+/// - Trees of any depth may be copied, compared and destroyed.
+///
+/// \throw PropertyException (description, property name and type) from the operations that ask for a child that is
+///        not there or for a value of another kind.
+/// \throw MethodIsNotApplicable (property name, type and method) from the operations that add children, when this
+///        is not a group.
+class ZELNOR_API Property
+{
+public:
+    using Ratio = boost::rational<long long>;
+    using iterator = std::list<Property>::iterator;
+    using const_iterator = std::list<Property>::const_iterator;
+
+    /// A group without children; without an argument, an unnamed one.
+    Property();
+    explicit Property(const std::string& name);
+    Property(const std::string& name, long long value);
+    Property(const std::string& name, const std::string& value);
+    Property(const std::string& name, const Ratio& value);
+    Property(const Property& other);
+    /// Leaves `other` a property of its old type with nothing in it.
+    Property(Property&& other) noexcept;
+    virtual ~Property();
+
+    /// A property without a value (type 0).
+    static Property None(const std::string& name);
+
+    /// Takes over everything, the name included. Where a record must stay reachable under its key, use `SetChild`.
+    Property& operator=(const Property& other);
+    Property& operator=(Property&& other) noexcept;
+    /// These replace the value and the type and keep the name; a group loses its children.
+    Property& operator=(long long value);
+    Property& operator=(const std::string& value);
+    Property& operator=(const Ratio& value);
+    /// A fraction would be cut off silently: say `static_cast<long long>` or give a `Ratio`.
+    template <class T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
+    Property& operator=(T) = delete;
+
+    const std::string& GetName() const { return m_name; }
+    PropertyTypes GetType() const;
+
+    long long GetInt64() const;
+    /// Valid until the property changes; asked of a temporary, the text itself.
+    const std::string& GetString() const&;
+    std::string GetString() &&;
+    const Ratio& GetRatio() const&;
+    Ratio GetRatio() &&;
+
+    /// Number of children; 0 when this is not a group.
+    unsigned long Count() const;
+    bool ChildExists(const std::string& name) const;
+    /// The child with that name, or `end()`.
+    iterator FindChild(const std::string& name);
+    const_iterator FindChild(const std::string& name) const;
+    /// The child with that name. Asked of a temporary, these hand the child out by value, so that nothing dangles.
+    Property& operator[](const std::string& name) &;
+    const Property& operator[](const std::string& name) const&;
+    Property operator[](const std::string& name) &&;
+    /// The child at that position, counted from 0; reached from the nearer end.
+    Property& operator[](unsigned long index) &;
+    const Property& operator[](unsigned long index) const&;
+    Property operator[](unsigned long index) &&;
+
+    /// The children in order; an empty range when this is not a group.
+    iterator begin();
+    iterator end();
+    const_iterator begin() const;
+    const_iterator end() const;
+
+    /// Makes the child `name` an empty group: in its place if it is there, else at the end.
+    Property& SetChild(const std::string& name);
+    /// Makes the child `name` a copy of `value` under the name `name`: in its place if it is there, else at the end.
+    Property& SetChild(const std::string& name, const Property& value);
+    Property& SetChild(const std::string& name, Property&& value);
+    /// Sets the value of the child `name`, which is appended when it is not there.
+    /// \throw MethodIsNotApplicable with the method name "SetChildT"
+    template <class T>
+    Property& SetChildT(const std::string& name, const T& value);
+    /// Appends a child, whether or not one of that name is there.
+    /// \throw MethodIsNotApplicable with the method name "CreateChildT"
+    template <class T>
+    Property& CreateChildT(const std::string& name, const T& value);
+    /// Appends a copy of `child`, whether or not one of that name is there.
+    void Add(const Property& child);
+    void Add(Property&& child);
+    void RemoveChild(const std::string& name);
+
+    /// Equal names, types, values and children in order.
+    bool operator==(const Property& other) const;
+    bool operator!=(const Property& other) const { return !(*this == other); }
+
+private:
+    using Children = std::list<Property>;
+    /// The order of the alternatives is that of the table in `GetType()`. A scalar has no children, so they share
+    /// their room with the value.
+    using Value = std::variant<Children, std::monostate, long long, std::string, Ratio>;
+
+    void CopyChildrenFrom(const Property& other);
+    void DestroyChildren() noexcept;
+    Children* GetChildren() noexcept { return std::get_if<Children>(&m_value); }
+    const Children* GetChildren() const noexcept { return std::get_if<Children>(&m_value); }
+    bool HasEqualValue(const Property& other) const;
+    /// The exception for an operation that only a group has, ready but for its call stack.
+    MethodIsNotApplicable NotApplicable(const char* method) const;
+    PropertyException NoSuchChild(const std::string& name) const;
+    PropertyException NoSuchChild(unsigned long index) const;
+    PropertyException OtherKind(const char* wanted) const;
+
+    std::string m_name;
+    Value m_value;
+};
+
+template <class T>
+Property& Property::CreateChildT(const std::string& name, const T& value)
+{
+    Children* const children = GetChildren();
+    if (children == nullptr)
+    {
+        // The line is part of the contract with the product's error reports.
+        ZELNOR_THROW_AT_LINE(243, NotApplicable("CreateChildT"));
+    }
+    return children->emplace_back(name, value);
+}
+
+template <class T>
+Property& Property::SetChildT(const std::string& name, const T& value)
+{
+    if (GetChildren() == nullptr)
+    {
+        // The line is part of the contract with the product's error reports.
+        ZELNOR_THROW_AT_LINE(260, NotApplicable("SetChildT"));
+    }
+    const iterator found = FindChild(name);
+    if (found == end())
+    {
+        return CreateChildT(name, value);
+    }
+    return *found = value;
+}
+
+} // namespace Zelnor::Core

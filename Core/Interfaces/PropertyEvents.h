@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Core/Interfaces/Property.h"
+#include "Core/Interfaces/PropertySerializer.h"
+
+#include <rapidjson/rapidjson.h>
+
+#include <cstdint>
+#include <string>
+
+namespace Zelnor::Core
+{
+
+/// Whether no two children of `group` have the same name, so that it may be a JSON object. Linear in the children.
+ZELNOR_API bool HasDistinctNames(const Property& group);
+
+/// \throw PropertyException when groups are nested deeper in `record` than a reader accepts. `wrappers` is the number
+///        of groups that will be put around it.
+ZELNOR_API void CheckDepth(const Property& record, int wrappers);
+
+/// Sends records to a RapidJSON handler (a writer, or a document that is being populated) as a stream of events, in
+/// the form that `PropertySerializer` describes. Nothing is built in between.
+///
+/// Recurses once for each nested group: let `CheckDepth` bound that first.
+template <class Handler>
+class PropertyEvents
+{
+public:
+    /// \param copyStrings  whether the handler shall copy strings; when not, they must outlive what it makes of them
+    PropertyEvents(Handler& handler, bool copyStrings) : m_handler(handler), m_copyStrings(copyStrings) {}
+
+    /// The record as an object with one member.
+    void Record(const Property& property)
+    {
+        m_handler.StartObject();
+        Member(property);
+        m_handler.EndObject(1);
+    }
+
+    /// The record's name and value, inside an object that the caller has begun.
+    void Member(const Property& property)
+    {
+        const std::string& name = property.GetName();
+        m_handler.Key(name.data(), Length(name.size()), m_copyStrings);
+        Value(property);
+    }
+
+private:
+    static rapidjson::SizeType Length(std::size_t size) { return static_cast<rapidjson::SizeType>(size); }
+
+    void Value(const Property& property)
+    {
+        switch (property.GetType())
+        {
+        case PROPERTY_TYPE_NONE: m_handler.Null(); break;
+        case PROPERTY_TYPE_INT64: m_handler.Int64(property.GetInt64()); break;
+        case PROPERTY_TYPE_STRING:
+        {
+            const std::string& text = property.GetString();
+            m_handler.String(text.data(), Length(text.size()), m_copyStrings);
+            break;
+        }
+        case PROPERTY_TYPE_RATIO:
+            m_handler.StartArray();
+            m_handler.Int64(property.GetRatio().numerator());
+            m_handler.Int64(property.GetRatio().denominator());
+            m_handler.EndArray(2);
+            break;
+        case PROPERTY_TYPE_GROUP: Group(property); break;
+        }
+    }
+
+    void Group(const Property& group)
+    {
+        if (HasDistinctNames(group))
+        {
+            m_handler.StartObject();
+            for (const Property& child : group)
+            {
+                Member(child);
+            }
+            m_handler.EndObject(Length(group.Count()));
+            return;
+        }
+        m_handler.StartArray();
+        for (const Property& child : group)
+        {
+            Record(child);
+        }
+        m_handler.EndArray(Length(group.Count()));
+    }
+
+    Handler& m_handler;
+    bool m_copyStrings;
+};
+
+} // namespace Zelnor::Core

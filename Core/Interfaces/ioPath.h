@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Core/Interfaces/Export.h"
+
+#include <filesystem>
+#include <string>
+
+namespace Zelnor
+{
+
+/// A path in the file system. Its text is UTF-8 in the product's records, whatever the system's own form is.
+class ZELNOR_API ioPath
+{
+public:
+    /// From UTF-8 text. On systems whose paths are bytes, bytes that are not UTF-8 are kept as they are.
+    ioPath(const std::string& utf8);
+    ioPath(const char* utf8);
+    ioPath(const std::filesystem::path& path);
+
+    std::string utf8string() const;
+    const std::filesystem::path& native() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+} // namespace Zelnor

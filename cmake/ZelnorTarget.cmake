@@ -1,0 +1,54 @@
+# What every target of our own is built with. Nothing here reaches a consumer of the installed package.
+
+find_program(ZELNOR_CCACHE ccache)
+if(ZELNOR_CCACHE AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${ZELNOR_CCACHE}")
+endif()
+
+# zelnor_target(<target>): language, warnings, sanitizers and reproducible paths.
+function(zelnor_target target)
+  set_target_properties(
+    ${target}
+    PROPERTIES CXX_STANDARD 17
+               CXX_STANDARD_REQUIRED ON
+               CXX_EXTENSIONS OFF
+               CXX_VISIBILITY_PRESET hidden
+               VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(
+    ${target}
+    PRIVATE -Wall
+            -Wextra
+            -Wpedantic
+            -Wconversion
+            -Wshadow
+            # Results of the arithmetic are the same to the last bit on every machine.
+            -ffp-contract=off
+            # No path of the building machine in a binary.
+            "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Unique symbols pin a library in memory after dlclose.
+    target_compile_options(${target} PRIVATE -fno-gnu-unique)
+  endif()
+  if(ZELNOR_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(ZELNOR_SANITIZE)
+    target_compile_options(${target} PRIVATE "-fsanitize=${ZELNOR_SANITIZE}" -fno-sanitize-recover=all
+                                             -fno-omit-frame-pointer -O1)
+    target_link_options(${target} PRIVATE "-fsanitize=${ZELNOR_SANITIZE}")
+  endif()
+endfunction()
+
+# zelnor_library(<target> <output name>): a shared library of the package.
+function(zelnor_library target output)
+  zelnor_target(${target})
+  set_target_properties(
+    ${target}
+    PROPERTIES OUTPUT_NAME "${output}"
+               VERSION "${PROJECT_VERSION}"
+               SOVERSION "${PROJECT_VERSION_MAJOR}")
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  target_include_directories(
+    ${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+                     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zelnor>")
+endfunction()
