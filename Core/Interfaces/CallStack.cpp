@@ -58,8 +58,8 @@ unsigned long long CountUnloads()
     return unloads;
 }
 
-/// Names of return addresses. Finding a name takes a hundred times as long as unwinding to it, so each is kept until
-/// some library is unloaded: from then on another one may stand at its addresses.
+/// Names of return addresses. Finding a name takes a hundred times as long as unwinding to it, so each is
+/// kept until some library is unloaded: from then on another one may stand at its addresses.
 class Symbols
 {
 public:

@@ -107,15 +107,15 @@ std::optional<mode_t> CheckReplaceable(const std::string& target, const std::str
     return status.st_mode & 07777;
 }
 
-/// A new file in `folder`, under a name that nobody else has. The name does not grow with the target's, which may be
-/// as long as the file system allows.
+/// A new file in `folder`, under a name that nobody else has. The name does not grow with the target's, which
+/// may be as long as the file system allows.
 std::pair<int, std::string> CreateTemporary(const std::string& folder, const std::string& name)
 {
     static std::atomic<unsigned> s_serial{0};
     for (;;)
     {
-        std::string temporary = folder + "/.zelnor-" + std::to_string(::getpid()) + "-" +
-                                std::to_string(s_serial.fetch_add(1));
+        std::string temporary =
+            folder + "/.zelnor-" + std::to_string(::getpid()) + "-" + std::to_string(s_serial.fetch_add(1));
         const int descriptor =
             ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
         if (descriptor >= 0)
@@ -156,8 +156,7 @@ boost::intrusive_ptr<FileDataInput> FileDataInput::Create(const ioPath& path)
 
 FileDataInput::FileDataInput(const ioPath& path)
     : m_name(path.utf8string()), m_descriptor(Open(path.native().string(), O_RDONLY, "open"))
-{
-}
+{}
 
 FileDataInput::~FileDataInput() { ::close(m_descriptor); }
 
@@ -187,15 +186,11 @@ boost::intrusive_ptr<FileDataOutput> FileDataOutput::Create(const ioPath& path)
 FileDataOutput::FileDataOutput(const ioPath& path)
     : m_name(path.utf8string()),
       m_descriptor(Open(path.native().string(), O_WRONLY | O_CREAT | O_TRUNC, "write"))
-{
-}
+{}
 
 FileDataOutput::~FileDataOutput() { ::close(m_descriptor); }
 
-void FileDataOutput::Write(const void* data, std::size_t size)
-{
-    WriteAll(m_descriptor, m_name, data, size);
-}
+void FileDataOutput::Write(const void* data, std::size_t size) { WriteAll(m_descriptor, m_name, data, size); }
 
 ZELNOR_COUNT_REFERENCES(AtomicFileDataOutput)
 
@@ -242,8 +237,8 @@ void AtomicFileDataOutput::Commit()
     }
     ::close(m_descriptor);
     m_descriptor = -1;
-    // The new name is in place already; making it outlive a power cut is the best that can still be done, and not
-    // every file system lets a folder be opened for that.
+    // The new name is in place already; making it outlive a power cut is the best that can still be done, and
+    // not every file system lets a folder be opened for that.
     const int folder = ::open(FolderOf(m_target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder >= 0)
     {

@@ -54,8 +54,8 @@ private:
     int m_descriptor;
 };
 
-/// Writes straight to the named file, which is emptied at once, and holds nothing back: what was written is in the
-/// file even when a later step fails. Also right for pipes and devices.
+/// Writes straight to the named file, which is emptied at once, and holds nothing back: what was written is
+/// in the file even when a later step fails. Also right for pipes and devices.
 class ZELNOR_API FileDataOutput final : public IDataOutput
 {
 public:
@@ -75,11 +75,12 @@ private:
     int m_descriptor;
 };
 
-/// Replaces a file as a whole or not at all. Bytes go into a new file beside the target; `Commit()` puts it, safely on
-/// the disk, in the target's place. Without a commit the target stays as it was and the new file disappears.
+/// Replaces a file as a whole or not at all. Bytes go into a new file beside the target; `Commit()` puts it,
+/// safely on the disk, in the target's place. Without a commit the target stays as it was and the new file
+/// disappears.
 ///
-/// A symbolic link is followed, so that the file it names is replaced and not the link. An existing file's permissions
-/// are kept. A target that exists and is no regular file (a device, a pipe, a folder) is refused.
+/// A symbolic link is followed, so that the file it names is replaced and not the link. An existing file's
+/// permissions are kept. A target that exists and is no regular file (a device, a pipe, a folder) is refused.
 class ZELNOR_API AtomicFileDataOutput final : public IDataOutput
 {
 public:

@@ -16,9 +16,10 @@
 #include <type_traits>
 
 /// \file
-/// Every failure of the libraries is a thrown exception of the tree below, or of the standard library's. Details
-/// travel as tags: read them with `boost::get_error_info<TagDescription>(e)`. `what()` is the standard library's
-/// default text everywhere, never the description. `ZELNOR_THROW` is the one way of throwing.
+/// Every failure of the libraries is a thrown exception of the tree below, or of the standard library's.
+/// Details travel as tags: read them with `boost::get_error_info<TagDescription>(e)`. `what()` is the
+/// standard library's default text everywhere, never the description. `ZELNOR_THROW` is the one way of
+/// throwing.
 
 namespace Zelnor
 {
@@ -37,8 +38,8 @@ using TagDescription = boost::error_info<details::DescriptionTag, std::string>;
 /// Where it was thrown: the text of `GetCallStack()`.
 using TagCallStack = boost::error_info<details::CallStackTag, std::string>;
 
-/// The root of all exceptions of the product. Destructors are out of line throughout the tree, so that each class's
-/// type information is emitted once, in the library that owns it, where every handler finds it.
+/// The root of all exceptions of the product. Destructors are out of line throughout the tree, so that each
+/// class's type information is emitted once, in the library that owns it, where every handler finds it.
 class ZELNOR_API Exception : public virtual std::exception, public virtual boost::exception
 {
 public:
@@ -86,8 +87,8 @@ std::enable_if_t<std::is_base_of_v<Exception, E>, const E&> AddStack(const E& ex
     return exception;
 }
 
-/// A standard exception has only its message, so the call stack goes there: a new exception whose message is the
-/// given one's, a line break, and the call stack.
+/// A standard exception has only its message, so the call stack goes there: a new exception whose message is
+/// the given one's, a line break, and the call stack.
 template <class E>
 std::enable_if_t<std::is_base_of_v<std::logic_error, E>, E> AddStack(const E& exception)
 {
@@ -97,8 +98,9 @@ std::enable_if_t<std::is_base_of_v<std::logic_error, E>, E> AddStack(const E& ex
 namespace details
 {
 
-/// "Core/Interfaces/Property" of ".../Core/Interfaces/Property.h": the last three parts of a source's path, without
-/// the extension. It is the same wherever a header is installed and whatever path the compiler was given.
+/// "Core/Interfaces/Property" of ".../Core/Interfaces/Property.h": the last three parts of a source's path,
+/// without the extension. It is the same wherever a header is installed and whatever path the compiler was
+/// given.
 template <std::size_t N>
 constexpr std::array<char, N> UnitOf(const char (&path)[N])
 {
@@ -142,8 +144,8 @@ template <class E>
         }(),                                                                                                 \
         (line), BOOST_CURRENT_FUNCTION)
 
-/// Throws `exception` (with its tags already on it) with the call stack and the place of the throw. It arrives
-/// wrapped, so that `boost::current_exception()` can copy it.
+/// Throws `exception` (with its tags already on it) with the call stack and the place of the throw. It
+/// arrives wrapped, so that `boost::current_exception()` can copy it.
 #define ZELNOR_THROW(exception) ::Zelnor::details::ThrowWithStack((exception), ZELNOR_LOCATION(__LINE__))
 
 /// The same where the contract with the callers fixes the line that is recorded.

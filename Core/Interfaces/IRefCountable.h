@@ -6,8 +6,8 @@ namespace Zelnor
 {
 
 /// An object that lives as long as somebody holds a reference to it. Objects come from their class's static
-/// `Create()`, which hands out one reference in a `boost::intrusive_ptr`; the last `Release()` deletes them, and
-/// nobody else may.
+/// `Create()`, which hands out one reference in a `boost::intrusive_ptr`; the last `Release()` deletes them,
+/// and nobody else may.
 class ZELNOR_API IRefCountable
 {
 public:

@@ -9,8 +9,8 @@
 namespace Zelnor::Core
 {
 
-/// RapidJSON's input-stream concept over an `IDataInput`, through a buffer of fixed size. The input must outlive the
-/// stream. Failures of the input pass through.
+/// RapidJSON's input-stream concept over an `IDataInput`, through a buffer of fixed size. The input must
+/// outlive the stream. Failures of the input pass through.
 ///
 /// RapidJSON takes a NUL byte for the end of the text: after parsing, ask `AtEnd()` whether it was.
 class ZELNOR_API JsonZelnorStreamIn
@@ -55,9 +55,9 @@ private:
     const Ch* m_end;
 };
 
-/// RapidJSON's output-stream concept over an `IDataOutput`, through a buffer of fixed size. The output must outlive
-/// the stream. Failures of the output pass through. A RapidJSON writer flushes when its document is complete; bytes
-/// put without a flush after them are lost.
+/// RapidJSON's output-stream concept over an `IDataOutput`, through a buffer of fixed size. The output must
+/// outlive the stream. Failures of the output pass through. A RapidJSON writer flushes when its document is
+/// complete; bytes put without a flush after them are lost.
 class ZELNOR_API JsonZelnorStreamOut
 {
 public:

@@ -62,11 +62,21 @@ void AppendEscaped(std::string_view text, std::string& out)
         std::size_t length = 1;
         switch (c)
         {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
         default:
             length = Utf8Length(text);
             if (length == 0 || static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
@@ -110,8 +120,11 @@ void AppendLine(const Property& property, int level, std::string& out)
     out += ':';
     switch (property.GetType())
     {
-    case PROPERTY_TYPE_GROUP: break;
-    case PROPERTY_TYPE_NONE: out += " null"; break;
+    case PROPERTY_TYPE_GROUP:
+        break;
+    case PROPERTY_TYPE_NONE:
+        out += " null";
+        break;
     case PROPERTY_TYPE_INT64:
         out += ' ';
         AppendNumber(property.GetInt64(), out);

@@ -13,8 +13,8 @@ namespace Zelnor::Core
 namespace
 {
 
-/// Work still to do in a walk that must not recurse, however deep the tree is. Everyday records are shallow and
-/// need no allocation.
+/// Work still to do in a walk that must not recurse, however deep the tree is. Everyday records are shallow
+/// and need no allocation.
 template <class T>
 using Pending = boost::container::small_vector<T, 16>;
 
@@ -63,8 +63,7 @@ Property::Property(const Property& other) : m_name(other.m_name)
 
 Property::Property(Property&& other) noexcept
     : m_name(std::move(other.m_name)), m_value(std::move(other.m_value))
-{
-}
+{}
 
 Property::~Property() { DestroyChildren(); }
 

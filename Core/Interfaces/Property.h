@@ -15,8 +15,8 @@
 namespace Zelnor::Core
 {
 
-/// A named value with a type, or a named group of such values in order: the form in which every description of
-/// the product is kept. Copies are deep. A property is a plain value, not synchronised.
+/// A named value with a type, or a named group of such values in order: the form in which every description
+/// of the product is kept. Copies are deep. A property is a plain value, not synchronised.
 ///
 /// - Several children may have the same name; every operation that takes a name means the first of them.
 /// - References and iterators to children stay valid while siblings are added and removed.
@@ -24,9 +24,11 @@ namespace Zelnor::Core
 /// - An operation that throws leaves the property as it was.
 /// - Trees of any depth may be copied, compared and destroyed.
 ///
-/// \throw PropertyException (description, property name and type) from the operations that ask for a child that is
+/// \throw PropertyException (description, property name and type) from the operations that ask for a child
+/// that is
 ///        not there or for a value of another kind.
-/// \throw MethodIsNotApplicable (property name, type and method) from the operations that add children, when this
+/// \throw MethodIsNotApplicable (property name, type and method) from the operations that add children, when
+/// this
 ///        is not a group.
 class ZELNOR_API Property
 {
@@ -49,7 +51,8 @@ public:
     /// A property without a value (type 0).
     static Property None(const std::string& name);
 
-    /// Takes over everything, the name included. Where a record must stay reachable under its key, use `SetChild`.
+    /// Takes over everything, the name included. Where a record must stay reachable under its key, use
+    /// `SetChild`.
     Property& operator=(const Property& other);
     Property& operator=(Property&& other) noexcept;
     /// These replace the value and the type and keep the name; a group loses its children.
@@ -76,7 +79,8 @@ public:
     /// The child with that name, or `end()`.
     iterator FindChild(const std::string& name);
     const_iterator FindChild(const std::string& name) const;
-    /// The child with that name. Asked of a temporary, these hand the child out by value, so that nothing dangles.
+    /// The child with that name. Asked of a temporary, these hand the child out by value, so that nothing
+    /// dangles.
     Property& operator[](const std::string& name) &;
     const Property& operator[](const std::string& name) const&;
     Property operator[](const std::string& name) &&;
@@ -93,7 +97,8 @@ public:
 
     /// Makes the child `name` an empty group: in its place if it is there, else at the end.
     Property& SetChild(const std::string& name);
-    /// Makes the child `name` a copy of `value` under the name `name`: in its place if it is there, else at the end.
+    /// Makes the child `name` a copy of `value` under the name `name`: in its place if it is there, else at
+    /// the end.
     Property& SetChild(const std::string& name, const Property& value);
     Property& SetChild(const std::string& name, Property&& value);
     /// Sets the value of the child `name`, which is appended when it is not there.
@@ -115,8 +120,8 @@ public:
 
 private:
     using Children = std::list<Property>;
-    /// The order of the alternatives is that of the table in `GetType()`. A scalar has no children, so they share
-    /// their room with the value.
+    /// The order of the alternatives is that of the table in `GetType()`. A scalar has no children, so they
+    /// share their room with the value.
     using Value = std::variant<Children, std::monostate, long long, std::string, Ratio>;
 
     void CopyChildrenFrom(const Property& other);

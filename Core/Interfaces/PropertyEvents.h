@@ -11,22 +11,25 @@
 namespace Zelnor::Core
 {
 
-/// Whether no two children of `group` have the same name, so that it may be a JSON object. Linear in the children.
+/// Whether no two children of `group` have the same name, so that it may be a JSON object. Linear in the
+/// children.
 ZELNOR_API bool HasDistinctNames(const Property& group);
 
-/// \throw PropertyException when groups are nested deeper in `record` than a reader accepts. `wrappers` is the number
+/// \throw PropertyException when groups are nested deeper in `record` than a reader accepts. `wrappers` is
+/// the number
 ///        of groups that will be put around it.
 ZELNOR_API void CheckDepth(const Property& record, int wrappers);
 
-/// Sends records to a RapidJSON handler (a writer, or a document that is being populated) as a stream of events, in
-/// the form that `PropertySerializer` describes. Nothing is built in between.
+/// Sends records to a RapidJSON handler (a writer, or a document that is being populated) as a stream of
+/// events, in the form that `PropertySerializer` describes. Nothing is built in between.
 ///
 /// Recurses once for each nested group: let `CheckDepth` bound that first.
 template <class Handler>
 class PropertyEvents
 {
 public:
-    /// \param copyStrings  whether the handler shall copy strings; when not, they must outlive what it makes of them
+    /// \param copyStrings  whether the handler shall copy strings; when not, they must outlive what it makes
+    /// of them
     PropertyEvents(Handler& handler, bool copyStrings) : m_handler(handler), m_copyStrings(copyStrings) {}
 
     /// The record as an object with one member.
@@ -52,10 +55,13 @@ private:
     {
         switch (property.GetType())
         {
-        case PROPERTY_TYPE_NONE: m_handler.Null(); break;
-        case PROPERTY_TYPE_INT64: m_handler.Int64(property.GetInt64()); break;
-        case PROPERTY_TYPE_STRING:
-        {
+        case PROPERTY_TYPE_NONE:
+            m_handler.Null();
+            break;
+        case PROPERTY_TYPE_INT64:
+            m_handler.Int64(property.GetInt64());
+            break;
+        case PROPERTY_TYPE_STRING: {
             const std::string& text = property.GetString();
             m_handler.String(text.data(), Length(text.size()), m_copyStrings);
             break;
@@ -66,7 +72,9 @@ private:
             m_handler.Int64(property.GetRatio().denominator());
             m_handler.EndArray(2);
             break;
-        case PROPERTY_TYPE_GROUP: Group(property); break;
+        case PROPERTY_TYPE_GROUP:
+            Group(property);
+            break;
         }
     }
 

@@ -28,7 +28,10 @@ struct Place
     std::string_view name;
     int depth;
 
-    std::string Path() const { return parent == nullptr ? std::string(name) : parent->Path() + "." + std::string(name); }
+    std::string Path() const
+    {
+        return parent == nullptr ? std::string(name) : parent->Path() + "." + std::string(name);
+    }
 };
 
 PropertyException Refusal(const std::string& path, const std::string& reason)
@@ -44,20 +47,26 @@ const char* KindOf(const rapidjson::Value& json)
 {
     switch (json.GetType())
     {
-    case rapidjson::kNullType: return "null";
-    case rapidjson::kFalseType: return "false";
-    case rapidjson::kTrueType: return "true";
-    case rapidjson::kObjectType: return "an object";
-    case rapidjson::kArrayType: return "an array";
-    case rapidjson::kStringType: return "a string";
-    case rapidjson::kNumberType: break;
+    case rapidjson::kNullType:
+        return "null";
+    case rapidjson::kFalseType:
+        return "false";
+    case rapidjson::kTrueType:
+        return "true";
+    case rapidjson::kObjectType:
+        return "an object";
+    case rapidjson::kArrayType:
+        return "an array";
+    case rapidjson::kStringType:
+        return "a string";
+    case rapidjson::kNumberType:
+        break;
     }
-    return json.IsUint64() ? "an integer beyond 64 bits signed"
-                           : "a number that is no 64-bit integer";
+    return json.IsUint64() ? "an integer beyond 64 bits signed" : "a number that is no 64-bit integer";
 }
 
-/// The rational of two integers, if there is one: the denominator is not zero, and the reduced form fits. Reduced
-/// here, since `boost::rational` stops the process on some pairs.
+/// The rational of two integers, if there is one: the denominator is not zero, and the reduced form fits.
+/// Reduced here, since `boost::rational` stops the process on some pairs.
 std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t denominator)
 {
     const auto magnitude = [](std::int64_t n) {
@@ -138,9 +147,10 @@ private:
         }
         else
         {
-            ZELNOR_THROW(Refusal(place.Path(), std::string("expected an integer, a string, a rational, null or "
-                                                           "a group, found ") +
-                                                   KindOf(json)));
+            ZELNOR_THROW(
+                Refusal(place.Path(), std::string("expected an integer, a string, a rational, null or "
+                                                  "a group, found ") +
+                                          KindOf(json)));
         }
     }
 
@@ -160,7 +170,8 @@ private:
         }
     }
 
-    static Property::Ratio Ratio(const rapidjson::Value& top, const rapidjson::Value& bottom, const Place& place)
+    static Property::Ratio Ratio(const rapidjson::Value& top, const rapidjson::Value& bottom,
+                                 const Place& place)
     {
         for (const rapidjson::Value* part : {&top, &bottom})
         {

@@ -10,25 +10,23 @@ namespace Zelnor::Core
 
 /// Converts records from and to JSON. A record is an object with one member, its name and its value:
 ///
-/// | kind                                     | JSON value                                                   |
+/// | kind                                     | JSON value |
 /// |------------------------------------------|--------------------------------------------------------------|
-/// | 64-bit integer                           | integer                                                      |
-/// | string                                   | string, byte for byte                                        |
-/// | rational                                 | `[n, d]`                                                     |
-/// | none                                     | `null`                                                       |
-/// | group whose children have distinct names | object, one member a child, in order                         |
-/// | group in which a name repeats            | array of records, in order                                   |
+/// | 64-bit integer                           | integer | | string                                   |
+/// string, byte for byte                                        | | rational | `[n, d]` | | none | `null` |
+/// | group whose children have distinct names | object, one member a child, in order | | group in which a
+/// name repeats            | array of records, in order                                   |
 ///
-/// Reading also takes an object with repeated keys, an array of records whose names differ, and `[]`. Groups may be
-/// nested 512 deep, the outermost one included.
+/// Reading also takes an object with repeated keys, an array of records whose names differ, and `[]`. Groups
+/// may be nested 512 deep, the outermost one included.
 class ZELNOR_API PropertySerializer
 {
 public:
     static constexpr int kMaxDepth = 512;
 
-    /// Makes `property` the record that `json` holds, name included. JSON null makes it an empty group under its own
-    /// name.
-    /// \throw PropertyException when `json` is not of the form above; the description begins with the path of names
+    /// Makes `property` the record that `json` holds, name included. JSON null makes it an empty group under
+    /// its own name. \throw PropertyException when `json` is not of the form above; the description begins
+    /// with the path of names
     ///        to the place ("data.source.bitrate: ..."). `property` stays as it was.
     static void Load(Property& property, rapidjson::Value& json);
 

@@ -6,7 +6,8 @@ namespace Zelnor
 {
 
 /// The counter that a reference-counted class keeps as a member. It may be used from several threads at once.
-/// A copy of an object is a new object: copying a counter starts a fresh one, assigning leaves the target's alone.
+/// A copy of an object is a new object: copying a counter starts a fresh one, assigning leaves the target's
+/// alone.
 class RefCountImpl
 {
 public:
@@ -16,8 +17,8 @@ public:
 
     /// Counts one reference more and returns the new count.
     int AddRefImpl() const noexcept { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
-    /// Counts one reference less and returns the new count. Whoever gets 0 destroys the object, and sees everything
-    /// that other holders wrote into it before they let go.
+    /// Counts one reference less and returns the new count. Whoever gets 0 destroys the object, and sees
+    /// everything that other holders wrote into it before they let go.
     int ReleaseImpl() const noexcept { return m_count.fetch_sub(1, std::memory_order_acq_rel) - 1; }
     int GetRefCountImpl() const noexcept { return m_count.load(std::memory_order_relaxed); }
 

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "Core/Interfaces/Exception.h"
+#include "Core/Interfaces/Export.h"
+
+#include <string>
+#include <utility>
+
+namespace Zelnor::Conf
+{
+
+namespace details
+{
+struct ZELNOR_API RequestedLinkTag;
+struct ZELNOR_API RequestedNodeIdTag;
+struct ZELNOR_API JsonBadStructureTag;
+} // namespace details
+
+/// The root of the configuration library's exceptions.
+class ZELNOR_API ConfException : public virtual Exception
+{
+public:
+    ~ConfException() noexcept override;
+};
+
+/// For the preset manager; thrown by no code of this library.
+class ZELNOR_API PresetException : public virtual ConfException
+{
+public:
+    ~PresetException() noexcept override;
+};
+
+/// For the preset manager's constraints; thrown by no code of this library.
+class ZELNOR_API ConstraintException : public virtual ConfException
+{
+public:
+    ~ConstraintException() noexcept override;
+};
+
+/// A constraint was put on a property of a type that it does not know.
+class ZELNOR_API ConstraintIsNotApplicableForTypeException : public ConstraintException
+{
+public:
+    ~ConstraintIsNotApplicableForTypeException() noexcept override;
+};
+
+/// A property under a constraint is of another type than the constraint.
+class ZELNOR_API CheckedPropertyHasDifferentTypeException : public ConstraintException
+{
+public:
+    ~CheckedPropertyHasDifferentTypeException() noexcept override;
+};
+
+/// For the helpers of callers; thrown by no code of this library.
+class ZELNOR_API HelperException : public virtual ConfException
+{
+public:
+    ~HelperException() noexcept override;
+};
+
+/// A look-up of a codec, sample format or channel layout missed. Carries a description.
+class ZELNOR_API FormatException : public virtual ConfException
+{
+public:
+    ~FormatException() noexcept override;
+};
+
+/// A failure of a transcoding graph.
+class ZELNOR_API ProfileException : public virtual ConfException
+{
+public:
+    /// The identifiers of the source and the target node of the link that was asked for.
+    using TagRequestedLink = boost::error_info<details::RequestedLinkTag, std::pair<long long, long long>>;
+    /// The identifier of the node that was asked for.
+    using TagRequestedNodeId = boost::error_info<details::RequestedNodeIdTag, long long>;
+    /// What is wrong in a JSON document.
+    using TagJsonBadStructure = boost::error_info<details::JsonBadStructureTag, std::string>;
+
+    ~ProfileException() noexcept override;
+};
+
+/// A graph has no node with the identifier in `TagRequestedNodeId`.
+class ZELNOR_API NodeNotFound : public ProfileException
+{
+public:
+    ~NodeNotFound() noexcept override;
+};
+
+/// A graph has the link in `TagRequestedLink` already, or still.
+class ZELNOR_API LinkExists : public ProfileException
+{
+public:
+    ~LinkExists() noexcept override;
+};
+
+/// A graph has no link as in `TagRequestedLink`.
+class ZELNOR_API LinkNotFound : public ProfileException
+{
+public:
+    ~LinkNotFound() noexcept override;
+};
+
+/// A JSON document is no graph; `TagJsonBadStructure` says what is wrong with it.
+class ZELNOR_API BadJson : public ProfileException
+{
+public:
+    ~BadJson() noexcept override;
+};
+
+/// One object of each class above, in that order. They make the classes' type information a part of this
+/// library, so that other libraries can catch by type; nothing reads them.
+extern ZELNOR_API ConfException exportDummyException;
+extern ZELNOR_API PresetException exportDummyException1;
+extern ZELNOR_API ConstraintException exportDummyException2;
+extern ZELNOR_API ConstraintIsNotApplicableForTypeException exportDummyException3;
+extern ZELNOR_API CheckedPropertyHasDifferentTypeException exportDummyException4;
+extern ZELNOR_API HelperException exportDummyException5;
+extern ZELNOR_API FormatException exportDummyException6;
+extern ZELNOR_API ProfileException exportDummyException7;
+extern ZELNOR_API NodeNotFound exportDummyException8;
+extern ZELNOR_API LinkExists exportDummyException9;
+extern ZELNOR_API LinkNotFound exportDummyException10;
+extern ZELNOR_API BadJson exportDummyException11;
+
+} // namespace Zelnor::Conf

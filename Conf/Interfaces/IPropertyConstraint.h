@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Core/Interfaces/Export.h"
+
+#include <string>
+
+namespace Zelnor::Conf
+{
+
+/// A rule about a property's value. Rules belong to the preset manager; the library names their descriptions.
+class ZELNOR_API IPropertyConstraint
+{
+public:
+    // DESCRIPTION_ID_EVEN_SIZE: the value must be even
+#define ZELNOR_TEXT(name, text) static const std::string name;
+#include "Conf/Interfaces/Vocabulary/IPropertyConstraint.def"
+};
+
+} // namespace Zelnor::Conf
