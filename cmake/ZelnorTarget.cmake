@@ -45,10 +45,11 @@ function(zelnor_library target output)
   set_target_properties(
     ${target}
     PROPERTIES OUTPUT_NAME "${output}"
+               INSTALL_RPATH "$ORIGIN"
                VERSION "${PROJECT_VERSION}"
                SOVERSION "${PROJECT_VERSION_MAJOR}")
   target_compile_features(${target} PUBLIC cxx_std_17)
   target_include_directories(
-    ${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+    ${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>" "$<BUILD_INTERFACE:${ZELNOR_GENERATED_DIR}>"
                      "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zelnor>")
 endfunction()
