@@ -48,6 +48,9 @@ function(zelnor_library target output)
                INSTALL_RPATH "$ORIGIN"
                VERSION "${PROJECT_VERSION}"
                SOVERSION "${PROJECT_VERSION_MAJOR}")
+  set(exports "${PROJECT_SOURCE_DIR}/cmake/ZelnorExports.map")
+  target_link_options(${target} PRIVATE "-Wl,--version-script=${exports}")
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${exports}")
   target_compile_features(${target} PUBLIC cxx_std_17)
   target_include_directories(
     ${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>" "$<BUILD_INTERFACE:${ZELNOR_GENERATED_DIR}>"
