@@ -1,0 +1,72 @@
+// A shared object of its own: what it throws crosses a border before a test catches it.
+
+#include "Tests/Package/Thrower.h"
+
+#include "Conf/Interfaces/ConfException.h"
+
+#include <cstdlib>
+#include <utility>
+
+namespace Zelnor::Testing
+{
+
+namespace
+{
+
+template <class E>
+[[noreturn]] void Throw()
+{
+    ZELNOR_THROW(E() << TagDescription("from another shared object"));
+}
+
+const std::vector<std::pair<std::string, void (*)()>>& Throwers()
+{
+    static const std::vector<std::pair<std::string, void (*)()>> throwers = {
+        {"Exception", Throw<Exception>},
+        {"CoreException", Throw<Core::CoreException>},
+        {"PropertyException", Throw<Core::PropertyException>},
+        {"MethodIsNotApplicable", Throw<Core::MethodIsNotApplicable>},
+        {"ConfException", Throw<Conf::ConfException>},
+        {"FormatException", Throw<Conf::FormatException>},
+        {"PresetException", Throw<Conf::PresetException>},
+        {"HelperException", Throw<Conf::HelperException>},
+        {"ConstraintException", Throw<Conf::ConstraintException>},
+        {"ConstraintIsNotApplicableForTypeException", Throw<Conf::ConstraintIsNotApplicableForTypeException>},
+        {"CheckedPropertyHasDifferentTypeException", Throw<Conf::CheckedPropertyHasDifferentTypeException>},
+        {"ProfileException", Throw<Conf::ProfileException>},
+        {"LinkExists", Throw<Conf::LinkExists>},
+        {"LinkNotFound", Throw<Conf::LinkNotFound>},
+        {"NodeNotFound", Throw<Conf::NodeNotFound>},
+        {"BadJson", Throw<Conf::BadJson>},
+    };
+    return throwers;
+}
+
+} // namespace
+
+const std::vector<std::string>& GetExceptionClasses()
+{
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> result;
+        for (const auto& [name, thrower] : Throwers())
+        {
+            result.push_back(name);
+        }
+        return result;
+    }();
+    return names;
+}
+
+void ThrowByName(const std::string& name)
+{
+    for (const auto& [known, thrower] : Throwers())
+    {
+        if (known == name)
+        {
+            thrower();
+        }
+    }
+    std::abort();
+}
+
+} // namespace Zelnor::Testing

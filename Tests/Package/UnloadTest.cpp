@@ -1,0 +1,42 @@
+// Not linked with our libraries: they come with the module, and shall go with it.
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <string>
+
+namespace
+{
+
+bool IsLoaded(const std::string& library)
+{
+    void* const handle = dlopen(library.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (handle != nullptr)
+    {
+        dlclose(handle);
+    }
+    return handle != nullptr;
+}
+
+TEST(Libraries, LeaveMemoryWithTheLastOneWhoUsesThem)
+{
+    for (int round = 0; round < 2; ++round)
+    {
+        void* const module = dlopen(ZELNOR_MODULE, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(module, nullptr) << dlerror();
+        EXPECT_TRUE(IsLoaded(ZELNOR_CORE_LIBRARY));
+        EXPECT_TRUE(IsLoaded(ZELNOR_CONF_LIBRARY));
+        const auto use = reinterpret_cast<bool (*)()>(dlsym(module, "UseTheLibraries"));
+        ASSERT_NE(use, nullptr);
+        EXPECT_TRUE(use());
+
+        EXPECT_EQ(dlclose(module), 0);
+
+        EXPECT_FALSE(IsLoaded(ZELNOR_MODULE));
+        EXPECT_FALSE(IsLoaded(ZELNOR_CONF_LIBRARY));
+        EXPECT_FALSE(IsLoaded(ZELNOR_CORE_LIBRARY));
+    }
+}
+
+} // namespace
