@@ -1,0 +1,130 @@
+#pragma once
+
+// Private to the library, not installed: what stands behind ITranscodingMetaGraph.
+
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
+
+#include <rapidjson/document.h>
+
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace Zelnor::Conf
+{
+
+class ZELNOR_LOCAL ITranscodingMetaGraph::GrahpImpl // kept: the name as it is
+{
+public:
+    // Keys of the JSON document.
+    static constexpr std::string_view VERTICES = "vertices";
+    static constexpr std::string_view EDGES = "edges";
+    static constexpr std::string_view ID = "id";
+    static constexpr std::string_view DATA = "data";
+    static constexpr std::string_view FROM = "from";
+    static constexpr std::string_view TO = "to";
+
+    GrahpImpl() = default;
+    GrahpImpl(const GrahpImpl&) = delete;
+    GrahpImpl& operator=(const GrahpImpl&) = delete;
+
+    NodeId AddNode(const Core::Property& data);
+    void RemoveNode(NodeId id);
+    LinkId AddLink(NodeId from, NodeId to, Core::Property data);
+    void RemoveLink(NodeId from, NodeId to);
+    const Core::Property& GetNode(NodeId id) const;
+    const Core::Property& GetLink(NodeId from, NodeId to) const;
+    void Inputs(NodeId id, std::vector<NodeId>& out) const;
+    void Outputs(NodeId id, std::vector<NodeId>& out) const;
+    void Inputs(std::vector<NodeId>& out) const;
+    void Outputs(std::vector<NodeId>& out) const;
+    bool TopologyIsValid() const;
+    NodeId GetNodesCount() const { return m_nodeCounter; }
+
+    void Load(Core::IDataInput& in);
+    void Save(Core::IDataOutput& out) const;
+    void SaveInToDot(Core::IDataOutput& out) const;
+
+private:
+    /// Position of a node in the storage.
+    using VertexT = std::size_t;
+
+    template <class T>
+    struct Meta
+    {
+        T id{};
+        Core::Property data;
+    };
+
+    struct Node;
+
+    struct Link
+    {
+        Node* source;
+        Node* target;
+        Meta<LinkId> meta;
+    };
+
+    using Links = std::list<Link>;
+
+    /// A link as one of its nodes sees it. The other node stands here too, because searches need only that.
+    struct LinkEnd
+    {
+        const Node* other;
+        Links::iterator link;
+    };
+
+    using LinkEnds = std::vector<LinkEnd>;
+
+    /// Lives at one address, so that links can point to it while it moves in the storage.
+    struct Node
+    {
+        VertexT position;
+        Meta<NodeId> meta;
+        LinkEnds outgoing;
+        LinkEnds incoming;
+    };
+
+    using Nodes = std::vector<std::unique_ptr<Node>>;
+    /// The first node of each identifier.
+    using Index = std::unordered_map<NodeId, const Node*>;
+
+    VertexT VertexById(NodeId id) const;
+    Node& NodeById(NodeId id) { return *m_nodes[VertexById(id)]; }
+    const Node& NodeById(NodeId id) const { return *m_nodes[VertexById(id)]; }
+    std::optional<VertexT> FindAscending(NodeId id) const;
+    void AppendNode(NodeId id, Core::Property&& data);
+    void IndexBeforeAppend(const Node& node);
+    void IndexAfterRemoval(NodeId id);
+    static const LinkEnd* FindLink(const Node& source, const Node& target);
+
+    /// Whether the whole input is one JSON document with an object at its root.
+    static bool ParseObject(Core::IDataInput& in, rapidjson::Document& document);
+    /// The array `key` of an object, or null.
+    static rapidjson::Value* FindArray(rapidjson::Value& object, std::string_view key);
+    static std::string NotAnObject(std::string_view array, rapidjson::SizeType index,
+                                   const rapidjson::Value& found);
+    void LoadNode(rapidjson::Value& element);
+    void LoadLink(rapidjson::Value& element);
+    void CheckRecords() const;
+
+    bool HasUnlinkedNode() const;
+    bool HasCycle() const;
+    bool IsConnected() const;
+
+    Nodes m_nodes;
+    /// In the order of creation.
+    Links m_links;
+    NodeId m_nodeCounter = 0;
+    LinkId m_linkCounter = 0;
+    /// Only there while identifiers do not ascend in storage order, which only a document can bring about;
+    /// in all other graphs the order itself finds a node. Const operations never touch it.
+    std::optional<Index> m_firstById;
+};
+
+} // namespace Zelnor::Conf

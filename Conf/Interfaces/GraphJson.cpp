@@ -1,0 +1,188 @@
+#include "Conf/Interfaces/GrahpImpl.h"
+
+#include "Core/Interfaces/JsonStream.h"
+#include "Core/Interfaces/PropertyEvents.h"
+#include "Core/Interfaces/PropertySerializer.h"
+
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace Zelnor::Conf
+{
+
+namespace
+{
+
+using Core::Property;
+
+rapidjson::SizeType Length(std::string_view text) { return static_cast<rapidjson::SizeType>(text.size()); }
+
+/// The member `key` of an object, or null.
+rapidjson::Value* FindMember(rapidjson::Value& object, std::string_view key)
+{
+    const auto found = object.FindMember(rapidjson::Value(rapidjson::StringRef(key.data(), Length(key))));
+    return found == object.MemberEnd() ? nullptr : &found->value;
+}
+
+/// 0 stands for everything that is no 64-bit integer.
+long long ReadInteger(rapidjson::Value& object, std::string_view key)
+{
+    const rapidjson::Value* const member = FindMember(object, key);
+    return member != nullptr && member->IsInt64() ? member->GetInt64() : 0;
+}
+
+/// The record of a node or link as the serializer sees it: with the group "data" that was put around it.
+Property ReadWrapped(rapidjson::Value& element, std::string_view key)
+{
+    Property record{std::string(key)};
+    rapidjson::Value null;
+    rapidjson::Value* const member = FindMember(element, key);
+    Core::PropertySerializer::Load(record, member == nullptr ? null : *member);
+    return record;
+}
+
+Property Unwrap(Property&& record)
+{
+    if (record.Count() == 0)
+    {
+        return std::move(record);
+    }
+    return std::move(*record.begin());
+}
+
+bool IsEmptyRecord(const Property& record)
+{
+    return record.GetType() == PROPERTY_TYPE_NONE ||
+           (record.GetType() == PROPERTY_TYPE_GROUP && record.GetName().empty() && record.Count() == 0);
+}
+
+/// Streams the document, so that saving takes no memory but a buffer.
+class DocumentWriter
+{
+public:
+    explicit DocumentWriter(Core::IDataOutput& out) : m_stream(out), m_writer(m_stream) {}
+
+    void BeginObject() { m_writer.StartObject(); }
+    void EndObject() { m_writer.EndObject(); }
+    void Key(std::string_view key) { m_writer.Key(key.data(), Length(key)); }
+    void Integer(std::string_view key, long long value)
+    {
+        Key(key);
+        m_writer.Int64(value);
+    }
+    void BeginArray(std::string_view key)
+    {
+        Key(key);
+        m_writer.StartArray();
+    }
+    void EndArray() { m_writer.EndArray(); }
+    /// The record inside a group named `key`, which the loader takes off again.
+    void Record(std::string_view key, const Property& record)
+    {
+        if (IsEmptyRecord(record))
+        {
+            return;
+        }
+        Key(key);
+        BeginObject();
+        Key(key);
+        Core::PropertyEvents<Writer>(m_writer, false).Record(record);
+        EndObject();
+    }
+
+private:
+    using Writer = rapidjson::Writer<Core::JsonZelnorStreamOut>;
+
+    Core::JsonZelnorStreamOut m_stream;
+    Writer m_writer;
+};
+
+} // namespace
+
+bool ITranscodingMetaGraph::GrahpImpl::ParseObject(Core::IDataInput& in, rapidjson::Document& document)
+{
+    Core::JsonZelnorStreamIn stream(in);
+    // The default parser recurses on every bracket, so that a document could overflow the stack.
+    document.ParseStream<rapidjson::kParseIterativeFlag>(stream);
+    // RapidJSON takes a NUL byte for the end, whatever follows it.
+    return !document.HasParseError() && stream.AtEnd() && document.IsObject();
+}
+
+rapidjson::Value* ITranscodingMetaGraph::GrahpImpl::FindArray(rapidjson::Value& object, std::string_view key)
+{
+    rapidjson::Value* const member = FindMember(object, key);
+    return member != nullptr && member->IsArray() ? member : nullptr;
+}
+
+std::string ITranscodingMetaGraph::GrahpImpl::NotAnObject(std::string_view array, rapidjson::SizeType index,
+                                                          const rapidjson::Value& found)
+{
+    // In the order of rapidjson::Type.
+    static constexpr const char* kKinds[] = {"null",     "false",    "true",    "an object",
+                                             "an array", "a string", "a number"};
+    return std::string(array) + "[" + std::to_string(index) + "] must be an object, found " +
+           kKinds[found.GetType()];
+}
+
+void ITranscodingMetaGraph::GrahpImpl::LoadNode(rapidjson::Value& element)
+{
+    // The record before the identifier: one that is refused leaves the counter alone.
+    Property record = ReadWrapped(element, DATA);
+    const NodeId id = ReadInteger(element, ID);
+    m_nodeCounter = std::max(m_nodeCounter, id);
+    AppendNode(id, Unwrap(std::move(record)));
+}
+
+void ITranscodingMetaGraph::GrahpImpl::LoadLink(rapidjson::Value& element)
+{
+    Property record = ReadWrapped(element, DATA);
+    // The link gets the identifier after this one; callers rely on that.
+    m_linkCounter = std::max(m_linkCounter, ReadInteger(element, ID));
+    AddLink(ReadInteger(element, FROM), ReadInteger(element, TO), Unwrap(std::move(record)));
+}
+
+void ITranscodingMetaGraph::GrahpImpl::CheckRecords() const
+{
+    constexpr int kWrappers = 1;
+    for (const auto& node : m_nodes)
+    {
+        Core::CheckDepth(node->meta.data, kWrappers);
+    }
+    for (const Link& link : m_links)
+    {
+        Core::CheckDepth(link.meta.data, kWrappers);
+    }
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Save(Core::IDataOutput& out) const
+{
+    CheckRecords();
+    DocumentWriter writer(out);
+    writer.BeginObject();
+    writer.BeginArray(VERTICES);
+    for (const auto& node : m_nodes)
+    {
+        writer.BeginObject();
+        writer.Integer(ID, node->meta.id);
+        writer.Record(DATA, node->meta.data);
+        writer.EndObject();
+    }
+    writer.EndArray();
+    writer.BeginArray(EDGES);
+    for (const Link& link : m_links)
+    {
+        writer.BeginObject();
+        writer.Integer(ID, link.meta.id);
+        writer.Integer(FROM, link.source->meta.id);
+        writer.Integer(TO, link.target->meta.id);
+        writer.Record(DATA, link.meta.data);
+        writer.EndObject();
+    }
+    writer.EndArray();
+    writer.EndObject();
+}
+
+} // namespace Zelnor::Conf

@@ -1,0 +1,472 @@
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
+
+#include "Conf/Interfaces/ConfException.h"
+#include "Conf/Interfaces/GrahpImpl.h"
+#include "Conf/Interfaces/IFormatFile.h"
+#include "Core/Interfaces/Exception.h"
+
+#include <glog/logging.h>
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+// Error reports name this unit for whatever a graph throws, so every throw stands here. What throws nothing
+// has sources of its own.
+
+namespace Zelnor::Conf
+{
+
+namespace
+{
+
+using Core::Property;
+
+template <class E>
+E LinkFailure(NodeId from, NodeId to)
+{
+    E exception;
+    exception << ProfileException::TagRequestedLink({from, to});
+    return exception;
+}
+
+ProfileException Failure(const char* description)
+{
+    ProfileException exception;
+    exception << TagDescription(description);
+    return exception;
+}
+
+BadJson BadStructure(const std::string& what)
+{
+    BadJson exception;
+    exception << ProfileException::TagJsonBadStructure(what);
+    return exception;
+}
+
+constexpr const char* kNoIdentifierLeft = "No identifier is left";
+constexpr const char* kNoStream = "No stream is given";
+
+/// Takes the allocation that `push_back` would need ahead of it, so that the `push_back` cannot fail.
+template <class T>
+void MakeRoomForOne(std::vector<T>& items)
+{
+    if (items.size() == items.capacity())
+    {
+        items.reserve(items.empty() ? 1 : 2 * items.size());
+    }
+}
+
+} // namespace
+
+// Model
+
+ITranscodingMetaGraph::GrahpImpl::VertexT ITranscodingMetaGraph::GrahpImpl::VertexById(NodeId id) const
+{
+    if (m_firstById)
+    {
+        const auto found = m_firstById->find(id);
+        if (found != m_firstById->end())
+        {
+            return found->second->position;
+        }
+    }
+    else if (const std::optional<VertexT> found = FindAscending(id))
+    {
+        return *found;
+    }
+    NodeNotFound exception;
+    exception << ProfileException::TagRequestedNodeId(id);
+    ZELNOR_THROW(exception);
+}
+
+std::optional<ITranscodingMetaGraph::GrahpImpl::VertexT>
+ITranscodingMetaGraph::GrahpImpl::FindAscending(NodeId id) const
+{
+    if (m_nodes.empty() || id < m_nodes.front()->meta.id)
+    {
+        return std::nullopt;
+    }
+    // Where the node is when none was removed after the first one; never before where it is.
+    const unsigned long long guess =
+        static_cast<unsigned long long>(id) - static_cast<unsigned long long>(m_nodes.front()->meta.id);
+    if (guess < m_nodes.size() && m_nodes[guess]->meta.id == id)
+    {
+        return guess;
+    }
+    const auto end =
+        m_nodes.begin() + static_cast<std::ptrdiff_t>(std::min<unsigned long long>(guess, m_nodes.size()));
+    const auto found = std::lower_bound(
+        m_nodes.begin(), end, id, [](const auto& node, NodeId wanted) { return node->meta.id < wanted; });
+    if (found == end || (*found)->meta.id != id)
+    {
+        return std::nullopt;
+    }
+    return static_cast<VertexT>(found - m_nodes.begin());
+}
+
+NodeId ITranscodingMetaGraph::GrahpImpl::AddNode(const Property& data)
+{
+    if (m_nodeCounter == std::numeric_limits<NodeId>::max())
+    {
+        ZELNOR_THROW(Failure(kNoIdentifierLeft));
+    }
+    AppendNode(m_nodeCounter + 1, Property(data));
+    return ++m_nodeCounter;
+}
+
+void ITranscodingMetaGraph::GrahpImpl::AppendNode(NodeId id, Property&& data)
+{
+    auto node = std::make_unique<Node>(Node{m_nodes.size(), {id, std::move(data)}, {}, {}});
+    MakeRoomForOne(m_nodes);
+    IndexBeforeAppend(*node);
+    m_nodes.push_back(std::move(node));
+}
+
+void ITranscodingMetaGraph::GrahpImpl::IndexBeforeAppend(const Node& node)
+{
+    if (!m_firstById)
+    {
+        if (m_nodes.empty() || m_nodes.back()->meta.id < node.meta.id)
+        {
+            return;
+        }
+        Index index;
+        index.reserve(m_nodes.size() + 1);
+        for (const auto& earlier : m_nodes)
+        {
+            index.emplace(earlier->meta.id, earlier.get());
+        }
+        m_firstById = std::move(index);
+    }
+    m_firstById->emplace(node.meta.id, &node);
+}
+
+void ITranscodingMetaGraph::GrahpImpl::RemoveNode(NodeId id)
+{
+    const VertexT vertex = VertexById(id);
+    const Node& node = *m_nodes[vertex];
+    const LinkEnds& links = node.outgoing.empty() ? node.incoming : node.outgoing;
+    if (!links.empty())
+    {
+        const Link& link = *links.front().link;
+        ZELNOR_THROW(LinkFailure<LinkExists>(link.source->meta.id, link.target->meta.id));
+    }
+    m_nodes.erase(m_nodes.begin() + static_cast<std::ptrdiff_t>(vertex));
+    for (VertexT moved = vertex; moved < m_nodes.size(); ++moved)
+    {
+        m_nodes[moved]->position = moved;
+    }
+    IndexAfterRemoval(id);
+}
+
+void ITranscodingMetaGraph::GrahpImpl::IndexAfterRemoval(NodeId id)
+{
+    if (!m_firstById)
+    {
+        return;
+    }
+    const auto disorder = [](const auto& left, const auto& right) { return left->meta.id >= right->meta.id; };
+    if (std::adjacent_find(m_nodes.begin(), m_nodes.end(), disorder) == m_nodes.end())
+    {
+        m_firstById.reset();
+        return;
+    }
+    const auto next =
+        std::find_if(m_nodes.begin(), m_nodes.end(), [id](const auto& node) { return node->meta.id == id; });
+    if (next == m_nodes.end())
+    {
+        m_firstById->erase(id);
+    }
+    else
+    {
+        m_firstById->find(id)->second = next->get();
+    }
+}
+
+const ITranscodingMetaGraph::GrahpImpl::LinkEnd*
+ITranscodingMetaGraph::GrahpImpl::FindLink(const Node& source, const Node& target)
+{
+    // The shorter list, so that the links of a hub are added and found without walking all of them.
+    const bool fromSource = source.outgoing.size() <= target.incoming.size();
+    const LinkEnds& ends = fromSource ? source.outgoing : target.incoming;
+    const Node* const other = fromSource ? &target : &source;
+    const auto found =
+        std::find_if(ends.begin(), ends.end(), [other](const LinkEnd& end) { return end.other == other; });
+    return found == ends.end() ? nullptr : &*found;
+}
+
+LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, Property data)
+{
+    Node& source = NodeById(from);
+    Node& target = NodeById(to);
+    if (FindLink(source, target) != nullptr)
+    {
+        ZELNOR_THROW(LinkFailure<LinkExists>(from, to));
+    }
+    if (m_linkCounter == std::numeric_limits<LinkId>::max())
+    {
+        ZELNOR_THROW(Failure(kNoIdentifierLeft));
+    }
+    Links added;
+    added.push_back(Link{&source, &target, {m_linkCounter + 1, std::move(data)}});
+    MakeRoomForOne(source.outgoing);
+    MakeRoomForOne(target.incoming);
+    m_links.splice(m_links.end(), added);
+    const Links::iterator link = std::prev(m_links.end());
+    source.outgoing.push_back({&target, link});
+    target.incoming.push_back({&source, link});
+    return ++m_linkCounter;
+}
+
+void ITranscodingMetaGraph::GrahpImpl::RemoveLink(NodeId from, NodeId to)
+{
+    Node& source = NodeById(from);
+    Node& target = NodeById(to);
+    const LinkEnd* const found = FindLink(source, target);
+    if (found == nullptr)
+    {
+        ZELNOR_THROW(LinkFailure<LinkNotFound>(from, to));
+    }
+    const Links::iterator link = found->link;
+    for (LinkEnds* const ends : {&source.outgoing, &target.incoming})
+    {
+        ends->erase(std::find_if(ends->begin(), ends->end(),
+                                 [link](const LinkEnd& end) { return end.link == link; }));
+    }
+    m_links.erase(link);
+}
+
+const Property& ITranscodingMetaGraph::GrahpImpl::GetNode(NodeId id) const { return NodeById(id).meta.data; }
+
+const Property& ITranscodingMetaGraph::GrahpImpl::GetLink(NodeId from, NodeId to) const
+{
+    const Node& source = NodeById(from);
+    const LinkEnd* const found = FindLink(source, NodeById(to));
+    if (found == nullptr)
+    {
+        ZELNOR_THROW(LinkFailure<LinkNotFound>(from, to));
+    }
+    return found->link->meta.data;
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Inputs(NodeId id, std::vector<NodeId>& out) const
+{
+    for (const LinkEnd& end : NodeById(id).incoming)
+    {
+        out.push_back(end.other->meta.id);
+    }
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Outputs(NodeId id, std::vector<NodeId>& out) const
+{
+    for (const LinkEnd& end : NodeById(id).outgoing)
+    {
+        out.push_back(end.other->meta.id);
+    }
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Inputs(std::vector<NodeId>& out) const
+{
+    for (const auto& node : m_nodes)
+    {
+        if (node->incoming.empty())
+        {
+            out.push_back(node->meta.id);
+        }
+    }
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Outputs(std::vector<NodeId>& out) const
+{
+    for (const auto& node : m_nodes)
+    {
+        if (node->outgoing.empty())
+        {
+            out.push_back(node->meta.id);
+        }
+    }
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
+{
+    m_nodeCounter = 0;
+    m_linkCounter = 0;
+    rapidjson::Document document;
+    if (!ParseObject(in, document))
+    {
+        ZELNOR_THROW(BadStructure("The root node must be an object."));
+    }
+    rapidjson::Value* const vertices = FindArray(document, VERTICES);
+    rapidjson::Value* const edges = FindArray(document, EDGES);
+    if (vertices == nullptr || edges == nullptr)
+    {
+        ZELNOR_THROW(BadStructure("The root object must have two nested arrays named " +
+                                  std::string(VERTICES) + " and " + std::string(EDGES)));
+    }
+    m_nodes.reserve(m_nodes.size() + vertices->Size());
+    for (rapidjson::SizeType i = 0; i < vertices->Size(); ++i)
+    {
+        if (!(*vertices)[i].IsObject())
+        {
+            ZELNOR_THROW(BadStructure(NotAnObject(VERTICES, i, (*vertices)[i])));
+        }
+        LoadNode((*vertices)[i]);
+    }
+    for (rapidjson::SizeType i = 0; i < edges->Size(); ++i)
+    {
+        if (!(*edges)[i].IsObject())
+        {
+            ZELNOR_THROW(BadStructure(NotAnObject(EDGES, i, (*edges)[i])));
+        }
+        LoadLink((*edges)[i]);
+    }
+}
+
+// The interface
+
+ITranscodingMetaGraph::ITranscodingMetaGraph() : m_impl(std::make_unique<GrahpImpl>()) {}
+
+ITranscodingMetaGraph::~ITranscodingMetaGraph() = default;
+
+boost::intrusive_ptr<ITranscodingMetaGraph> ITranscodingMetaGraph::Create()
+{
+    return new ITranscodingMetaGraph();
+}
+
+int ITranscodingMetaGraph::AddRef() const { return m_references.AddRefImpl(); }
+
+int ITranscodingMetaGraph::GetRefCount() const { return m_references.GetRefCountImpl(); }
+
+int ITranscodingMetaGraph::Release() const
+{
+    const int count = m_references.ReleaseImpl();
+    if (count == 0)
+    {
+        delete this;
+    }
+    return count;
+}
+
+NodeId ITranscodingMetaGraph::AddNode(const Property& data) { return m_impl->AddNode(data); }
+
+void ITranscodingMetaGraph::RemoveNode(NodeId id) { m_impl->RemoveNode(id); }
+
+LinkId ITranscodingMetaGraph::AddLink(NodeId from, NodeId to, const Property& data)
+{
+    return m_impl->AddLink(from, to, data);
+}
+
+void ITranscodingMetaGraph::RemoveLink(NodeId from, NodeId to) { m_impl->RemoveLink(from, to); }
+
+Property ITranscodingMetaGraph::operator[](NodeId id) const { return m_impl->GetNode(id); }
+
+Property ITranscodingMetaGraph::GetLink(NodeId from, NodeId to) const { return m_impl->GetLink(from, to); }
+
+void ITranscodingMetaGraph::Inputs(NodeId id, std::vector<NodeId>& out) const { m_impl->Inputs(id, out); }
+
+void ITranscodingMetaGraph::Outputs(NodeId id, std::vector<NodeId>& out) const { m_impl->Outputs(id, out); }
+
+void ITranscodingMetaGraph::Inputs(std::vector<NodeId>& out) const { m_impl->Inputs(out); }
+
+void ITranscodingMetaGraph::Outputs(std::vector<NodeId>& out) const { m_impl->Outputs(out); }
+
+bool ITranscodingMetaGraph::TopologyIsValid() const { return m_impl->TopologyIsValid(); }
+
+NodeId ITranscodingMetaGraph::GetNodesCount() const { return m_impl->GetNodesCount(); }
+
+void ITranscodingMetaGraph::Load(boost::intrusive_ptr<Core::IDataInput> in)
+{
+    if (in == nullptr)
+    {
+        ZELNOR_THROW(Failure(kNoStream));
+    }
+    m_impl->Load(*in);
+}
+
+void ITranscodingMetaGraph::Save(boost::intrusive_ptr<Core::IDataOutput> out) const
+{
+    if (out == nullptr)
+    {
+        ZELNOR_THROW(Failure(kNoStream));
+    }
+    m_impl->Save(*out);
+}
+
+void ITranscodingMetaGraph::SaveInToDot(boost::intrusive_ptr<Core::IDataOutput> out) const
+{
+    if (out == nullptr)
+    {
+        ZELNOR_THROW(Failure(kNoStream));
+    }
+    m_impl->SaveInToDot(*out);
+}
+
+// Builders
+
+Property ITranscodingMetaGraph::GetControlledBy(unsigned int index)
+{
+    Property record(CONTROLLED_BY);
+    record.SetChildT(CONTROLLED_BY, static_cast<long long>(index)); // kept: the record's own name
+    return record;
+}
+
+Property ITranscodingMetaGraph::MakeInFileDescription(const ioPath& path)
+{
+    Property record(KEY_SOURCE);
+    record.SetChildT(IPreset::KEY_TYPE_ID, KEY_SOURCE_TYPE_FILE);
+    record.SetChildT(KEY_FILEPATH, path.utf8string());
+    return record;
+}
+
+Property ITranscodingMetaGraph::MakeOutFileDescription(const boost::intrusive_ptr<const IPreset>& preset,
+                                                       const ioPath& path, bool losslessDvd)
+{
+    if (preset == nullptr)
+    {
+        ZELNOR_THROW(std::invalid_argument("preset is NULL"));
+    }
+    Property record = preset->GetProperty();
+    if (record.ChildExists(IPreset::KEY_STREAMS))
+    {
+        record.RemoveChild(IPreset::KEY_STREAMS);
+    }
+    record.SetChildT(KEY_FILEPATH, path.utf8string());
+    if (losslessDvd)
+    {
+        google::LogMessage(__FILE__, __LINE__).stream()
+            << "Replacing output format for lossless conversion to DVD";
+        record.SetChildT(IFormatFile::TAG_CONTAINER, IFormatFile::FORMAT_DVD);
+    }
+    return record;
+}
+
+Property ITranscodingMetaGraph::MakeRawStreamDescription(unsigned int index)
+{
+    Property record(KEY_STREAM_RAW);
+    record.SetChildT(KEY_STREAM_RAW_ID, static_cast<long long>(index));
+    return record;
+}
+
+void ITranscodingMetaGraph::AddSlaveStreamIndex(Property& target, const Property& settings,
+                                                unsigned int index)
+{
+    // Complete before the target is touched: `settings` may be the target or a part of it.
+    Property entry;
+    entry.SetChildT(MERGE_WITH, static_cast<long long>(index)); // kept: MERGE_WITH, not MERGE_WITH_INDEX
+    entry.SetChild(MERGE_SETTINGS, settings);
+    const Property::iterator list = target.FindChild(MERGE_WITH);
+    if (list != target.end())
+    {
+        list->Add(std::move(entry));
+        return;
+    }
+    Property newList;
+    newList.Add(std::move(entry));
+    target.SetChild(MERGE_WITH, std::move(newList));
+}
+
+} // namespace Zelnor::Conf
