@@ -3,6 +3,9 @@
 
 #include "Conf/Interfaces/IFormat.h"
 #include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Interfaces/IFormatCodecSubtitle.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
 #include "Conf/Interfaces/IFormatFile.h"
 #include "Conf/Interfaces/IPreset.h"
 #include "Conf/Interfaces/IPropertyConstraint.h"
@@ -26,6 +29,21 @@ namespace Zelnor::Conf
 #define ZELNOR_SELF(name) const std::string IFormatCodec::name(#name);
 #define ZELNOR_CODEC(name) const std::string IFormatCodec::name(#name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
+
+#define ZELNOR_TEXT(name, text) const std::string IFormatCodecVideo::name(text);
+#define ZELNOR_SELF(name) const std::string IFormatCodecVideo::name(#name);
+#define ZELNOR_CODEC(name) const std::string IFormatCodecVideo::name(#name);
+#define ZELNOR_CODEC_AS(name, enumerator) const std::string IFormatCodecVideo::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+
+#define ZELNOR_TEXT(name, text) const std::string IFormatCodecAudio::name(text);
+#define ZELNOR_SELF(name) const std::string IFormatCodecAudio::name(#name);
+#define ZELNOR_CODEC(name) const std::string IFormatCodecAudio::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+
+#define ZELNOR_TEXT(name, text) const std::string IFormatCodecSubtitle::name(text);
+#define ZELNOR_CODEC(name) const std::string IFormatCodecSubtitle::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
 
 #define ZELNOR_TEXT(name, text) const std::string IPreset::name(text);
 #include "Conf/Interfaces/Vocabulary/IPreset.def"

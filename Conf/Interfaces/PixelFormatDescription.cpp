@@ -1,0 +1,168 @@
+#include "Conf/Interfaces/PixelFormatDescription.h"
+
+#include "Core/Interfaces/Exception.h"
+
+#include <stdexcept>
+
+namespace Zelnor
+{
+
+namespace
+{
+
+/// BT.601 components of a colour; only the low byte of each counts.
+struct YCbCr
+{
+    Color y;
+    Color cb;
+    Color cr;
+};
+
+/// In limited range. The sums wrap where they are negative, which does not reach the low bytes.
+YCbCr ToLimitedRange(Color r, Color g, Color b)
+{
+    return {(263 * r + 516 * g + 100 * b + 16896) >> 10, ((450 * b - 152 * r - 298 * g + 511) >> 10) + 128,
+            ((450 * r - 377 * g - 73 * b + 511) >> 10) + 128};
+}
+
+/// From limited to full range. The constants hold the offsets, the rounding and 256 * 1024, which keeps the
+/// sums positive and is gone in the low byte.
+YCbCr ToFullRange(const YCbCr& limited)
+{
+    return {(1192 * (limited.y & 0xFF) + 243584) >> 10, (1161 * (limited.cb & 0xFF) + 245120) >> 10,
+            (1161 * (limited.cr & 0xFF) + 245120) >> 10};
+}
+
+Color Pack(Color byte0, Color byte1, Color byte2, Color byte3)
+{
+    return (byte0 & 0xFF) | (byte1 & 0xFF) << 8 | (byte2 & 0xFF) << 16 | (byte3 & 0xFF) << 24;
+}
+
+/// The size of a chroma plane: rounded up, in 64 bits because the least 32-bit number has no negative.
+std::int32_t ChromaSize(std::int32_t size, unsigned char log2Chroma)
+{
+    return static_cast<std::int32_t>(-(-std::int64_t{size} >> log2Chroma));
+}
+
+bool IsChroma(int plane) { return plane == 1 || plane == 2; }
+
+} // namespace
+
+const std::vector<PixFmtDescription> PixFmtDescription::s_pixelFormatRecords = RecordsMaker();
+
+std::vector<PixFmtDescription> PixFmtDescription::RecordsMaker()
+{
+    return {
+#define ZELNOR_PIXEL_FORMAT(enumerator, value, name, components, log2ChromaW, log2ChromaH, flags,            \
+                            colorRange)                                                                      \
+    PixFmtDescription(enumerator, name, components, log2ChromaW, log2ChromaH, flags, colorRange),
+#include "Conf/Interfaces/Vocabulary/PixelFormats.def"
+    };
+}
+
+PixFmtDescription::PixFmtDescription(PixFmt pixFmt_, const char* name_, unsigned char components_,
+                                     unsigned char log2ChromaW_, unsigned char log2ChromaH_, int flags_,
+                                     PixFmtColorRange colorRange_)
+    : pixFmt(pixFmt_), name(name_), components(components_), log2ChromaW(log2ChromaW_),
+      log2ChromaH(log2ChromaH_), flags(flags_), colorRange(colorRange_)
+{}
+
+// The lines of the throws below are part of the contract with the product's error reports.
+
+const PixFmtDescription* PixFmtDescription::Find(PixFmt pixFmt)
+{
+    for (const PixFmtDescription& record : s_pixelFormatRecords)
+    {
+        if (record.pixFmt == pixFmt)
+        {
+            return &record;
+        }
+    }
+    ZELNOR_THROW_AT_LINE(60, std::logic_error(""));
+}
+
+const PixFmtDescription* PixFmtDescription::Find(const std::string& name)
+{
+    for (const PixFmtDescription& record : s_pixelFormatRecords)
+    {
+        if (record.name == name)
+        {
+            return &record;
+        }
+    }
+    ZELNOR_THROW_AT_LINE(68, std::logic_error(""));
+}
+
+std::int32_t PixFmtDescription::GetPlanWidth(std::int32_t width, int plane) const
+{
+    if (plane < 0 || plane >= components)
+    {
+        ZELNOR_THROW_AT_LINE(75, std::invalid_argument("Unexpected plan"));
+    }
+    return IsChroma(plane) ? ChromaSize(width, log2ChromaW) : width;
+}
+
+std::int32_t PixFmtDescription::GetPlanHeight(std::int32_t height, int plane) const
+{
+    if (plane < 0 || plane >= components)
+    {
+        ZELNOR_THROW_AT_LINE(90, std::invalid_argument("Unexpected plan"));
+    }
+    return IsChroma(plane) ? ChromaSize(height, log2ChromaH) : height;
+}
+
+Color PixFmtDescription::MakeColor(Color rgba) const
+{
+    const Color r = rgba & 0xFF;
+    const Color g = rgba >> 8 & 0xFF;
+    const Color b = rgba >> 16 & 0xFF;
+    const Color a = rgba >> 24;
+    const YCbCr limited = ToLimitedRange(r, g, b);
+    const auto [y, cb, cr] = colorRange == COLOR_RANGE_FULL ? ToFullRange(limited) : limited;
+    switch (pixFmt)
+    {
+    case PIX_FMT_YUV420P:
+    case PIX_FMT_YUV422P:
+    case PIX_FMT_YUV444P:
+    case PIX_FMT_YUV410P:
+    case PIX_FMT_YUV411P:
+    case PIX_FMT_YUVJ420P:
+    case PIX_FMT_YUVJ422P:
+    case PIX_FMT_YUVJ444P:
+    case PIX_FMT_YUV440P:
+    case PIX_FMT_YUVJ440P:
+    case PIX_FMT_YUVA420P:
+    case PIX_FMT_YUVA444P:
+    case PIX_FMT_YUVA422P:
+    case PIX_FMT_YUVJ411P:
+        return Pack(y, cb, cr, a);
+    case PIX_FMT_NV12:
+        return Pack(y, cb, cr, 0);
+    case PIX_FMT_NV21:
+        return Pack(y, cr, cb, 0);
+    case PIX_FMT_GRAY8:
+        return Pack(y, 0, 0, 0);
+    case PIX_FMT_RGB24:
+        return Pack(r, g, b, 0);
+    case PIX_FMT_BGR24:
+        return Pack(b, g, r, 0);
+    case PIX_FMT_ARGB:
+    case PIX_FMT_0RGB: // kept: here and below, the alpha byte in the place of the 0
+        return Pack(a, r, g, b);
+    case PIX_FMT_RGBA:
+    case PIX_FMT_RGB0:
+        return Pack(r, g, b, a);
+    case PIX_FMT_ABGR:
+    case PIX_FMT_0BGR:
+        return Pack(a, b, g, r);
+    case PIX_FMT_BGRA:
+    case PIX_FMT_BGR0:
+        return Pack(b, g, r, a);
+    case PIX_FMT_NONE:
+    case PIX_FMT_PAL8:
+        break;
+    }
+    return 0;
+}
+
+} // namespace Zelnor

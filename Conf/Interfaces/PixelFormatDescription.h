@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Core/Interfaces/Export.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Zelnor
+{
+
+/// Pixel formats. The values are persisted and are not those of FFmpeg's current headers: translate by name.
+enum PixFmt : std::int32_t
+{
+// PIX_FMT_NONE = -1, PIX_FMT_YUV420P = 0, PIX_FMT_RGB24 = 2, PIX_FMT_0RGB = 295, ...
+#define ZELNOR_PIXEL_FORMAT(enumerator, value, name, components, log2ChromaW, log2ChromaH, flags,            \
+                            colorRange)                                                                      \
+    enumerator = (value),
+#include "Conf/Interfaces/Vocabulary/PixelFormats.def"
+};
+
+/// A colour of four bytes: red in the lowest, then green, blue, and alpha in the highest.
+using Color = std::uint32_t;
+
+/// What a pixel format is, for every format that the product handles.
+struct ZELNOR_API PixFmtDescription
+{
+    enum PixFmtColorRange : std::int32_t
+    {
+        COLOR_RANGE_UNSPECIFIED = 0,
+        COLOR_RANGE_LIMITED = 1, ///< luma 16 to 235, chroma 16 to 240
+        COLOR_RANGE_FULL = 2,    ///< 0 to 255
+    };
+
+    PixFmtDescription(PixFmt pixFmt, const char* name, unsigned char components, unsigned char log2ChromaW,
+                      unsigned char log2ChromaH, int flags, PixFmtColorRange colorRange);
+
+    PixFmt pixFmt;
+    std::string name;          ///< as persisted: "YUV420P"
+    unsigned char components;  ///< number of components, and of planes that have a size
+    unsigned char log2ChromaW; ///< a chroma plane has 1/2^this of the width
+    unsigned char log2ChromaH; ///< a chroma plane has 1/2^this of the height
+    int flags;                 ///< sum of 2 (YUV), 4 (RGB), 8 (has alpha), 16 (planar or semi-planar)
+    PixFmtColorRange colorRange;
+
+    /// The description of a format. \throw std::logic_error with nothing but the call stack when there is
+    /// none
+    static const PixFmtDescription* Find(PixFmt pixFmt);
+    /// The same by name; names are case-sensitive.
+    static const PixFmtDescription* Find(const std::string& name);
+
+    /// The width of a plane in a picture of that width. Planes 1 and 2 are chroma and are rounded up; 0 (luma
+    /// or packed pixels) and 3 (alpha) have the full size.
+    /// \throw std::invalid_argument "Unexpected plan" for a plane that is not in 0 to `components` - 1
+    std::int32_t GetPlanWidth(std::int32_t width, int plane) const;
+    /// The same for the height.
+    std::int32_t GetPlanHeight(std::int32_t height, int plane) const;
+
+    /// The pixel of this format that shows the colour `rgba`, for filling areas: its bytes from the lowest up
+    /// are those of the pixel, of planar formats one for each plane. BT.601; 0 for formats without pixels of
+    /// their own colour. The formats with a 0 in their names get the alpha byte in that place.
+    Color MakeColor(Color rgba) const;
+
+    /// The descriptions in the order in which the look-ups search them.
+    static const std::vector<PixFmtDescription> s_pixelFormatRecords;
+
+private:
+    static std::vector<PixFmtDescription> RecordsMaker();
+};
+
+} // namespace Zelnor

@@ -1,0 +1,123 @@
+#include "Conf/Interfaces/ServiceRecords.h"
+
+#include "Conf/Interfaces/ConfException.h"
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+
+#include <cstddef>
+#include <iterator>
+
+namespace Zelnor::Conf
+{
+
+namespace details
+{
+
+namespace
+{
+
+const SampleFmtRecord s_sampleFormatRecords[] = {
+#define ZELNOR_SAMPLE_FORMAT(name, value, bitsPerSample, planar, counterpart)                                \
+    {name, bitsPerSample, #name, planar, counterpart},
+#include "Conf/Interfaces/Vocabulary/SampleFormats.def"
+};
+static_assert(std::size(s_sampleFormatRecords) == 11);
+
+/// Constant, so that it can be read before the texts exist.
+constexpr LayoutRecord s_layoutRecords[] = {
+#define ZELNOR_LAYOUT(name, enumerator, text, channels) {enumerator, channels, &IFormatCodecAudio::name},
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+};
+static_assert(std::size(s_layoutRecords) == 28);
+
+/// The first of `count` records that `match` accepts. \throw FormatException with `message` as description
+/// when there is none.
+/// kept: the flag, which nothing reads, because the signature is recorded in every error that leaves here
+template <class T, class Functor>
+const T* FindRecord(const T* records, std::size_t count, const Functor& match, bool, const char* message)
+{
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        if (match(records[i]))
+        {
+            return records + i;
+        }
+    }
+    // The line is part of the contract with the product's error reports.
+    ZELNOR_THROW_AT_LINE(68, FormatException() << TagDescription(message));
+}
+
+} // namespace
+
+} // namespace details
+
+const SampleFmtRecord* SampleFmtRecord::Find(SampleFormats format)
+{
+    return details::FindRecord(
+        details::s_sampleFormatRecords, std::size(details::s_sampleFormatRecords),
+        [format](const SampleFmtRecord& record) { return record.format == format; }, true,
+        "Provided sample format is not found in list");
+}
+
+const SampleFmtRecord* SampleFmtRecord::Find(const std::string& textId)
+{
+    return details::FindRecord(
+        details::s_sampleFormatRecords, std::size(details::s_sampleFormatRecords),
+        [&textId](const SampleFmtRecord& record) { return record.textId == textId; }, true,
+        "Provided sample textId is not found in list");
+}
+
+const LayoutRecord* LayoutRecord::Find(ChannelLayout layout)
+{
+    return details::FindRecord(
+        details::s_layoutRecords, std::size(details::s_layoutRecords),
+        [layout](const LayoutRecord& record) { return record.layout == layout; }, true,
+        "Provided ChannelLayout is not found in list");
+}
+
+const LayoutRecord* LayoutRecord::Find(const std::string& textId)
+{
+    return details::FindRecord(
+        details::s_layoutRecords, std::size(details::s_layoutRecords),
+        [&textId](const LayoutRecord& record) { return *record.textId == textId; }, true,
+        "Provided Channel TextID is not found in list");
+}
+
+const LayoutRecord* LayoutRecord::Find(int channels)
+{
+    return details::FindRecord(
+        details::s_layoutRecords, std::size(details::s_layoutRecords),
+        [channels](const LayoutRecord& record) { return record.channels == channels; }, true,
+        "Provided number of channels is not found in list");
+}
+
+// By address, not by look-up, so that an info can be made before the records' texts are.
+SampleInfo::SampleInfo()
+    : sampleFormat(&details::s_sampleFormatRecords[0]), channelLayout(&details::s_layoutRecords[0])
+{}
+
+void SampleInfo::Init(SampleFormats format, int rate, ChannelLayout layout)
+{
+    const SampleFmtRecord* const formatRecord = SampleFmtRecord::Find(format);
+    const LayoutRecord* const layoutRecord = LayoutRecord::Find(layout);
+    sampleFormat = formatRecord;
+    channelLayout = layoutRecord;
+    sampleRate = rate;
+}
+
+void SampleInfo::ReplaceDefaultsForm(const SampleInfo& defaults)
+{
+    if (sampleFormat->format == SAMPLE_FMT_NONE)
+    {
+        sampleFormat = defaults.sampleFormat;
+    }
+    if (channelLayout->layout == CH_LAYOUT_UNKNOWN)
+    {
+        channelLayout = defaults.channelLayout;
+    }
+    if (sampleRate == -1)
+    {
+        sampleRate = defaults.sampleRate;
+    }
+}
+
+} // namespace Zelnor::Conf
