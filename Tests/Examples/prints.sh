@@ -1,0 +1,4 @@
+#!/bin/bash
+# prints.sh <program> <expected output>
+set -euo pipefail
+"$1" | diff "$2" -
