@@ -3,12 +3,8 @@
 
 include(CMakePackageConfigHelpers)
 
-set(libraries ZelnorCore)
-if(TARGET ZelnorConf)
-  list(APPEND libraries ZelnorConf)
-endif()
 install(
-  TARGETS ${libraries}
+  TARGETS ZelnorCore ZelnorConf
   EXPORT ZelnorTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 

@@ -50,6 +50,10 @@ function(zelnor_library target output)
                SOVERSION "${PROJECT_VERSION_MAJOR}")
   set(exports "${PROJECT_SOURCE_DIR}/cmake/ZelnorExports.map")
   target_link_options(${target} PRIVATE "-Wl,--version-script=${exports}")
+  if(NOT ZELNOR_SANITIZE)
+    # A library lacks nothing; a sanitizer's own functions come with the program.
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${exports}")
   target_compile_features(${target} PUBLIC cxx_std_17)
   target_include_directories(
