@@ -27,11 +27,14 @@ std::string Hexadecimal(std::uintptr_t number)
 }
 
 /// "function + 0x1f (library)", or as much of it as is known.
-std::string Describe(const void* address)
+std::string Describe(const void* returnAddress)
 {
-    const auto number = reinterpret_cast<std::uintptr_t>(address);
+    const auto number = reinterpret_cast<std::uintptr_t>(returnAddress);
+    // A call that does not return, such as a throw, may be a function's last instruction: the address behind
+    // it already belongs to the next function.
+    const void* const call = static_cast<const char*>(returnAddress) - 1;
     Dl_info info{};
-    if (dladdr(address, &info) == 0 || info.dli_fname == nullptr)
+    if (dladdr(call, &info) == 0 || info.dli_fname == nullptr)
     {
         return Hexadecimal(number);
     }
@@ -60,32 +63,56 @@ unsigned long long CountUnloads()
 
 /// Names of return addresses. Finding a name takes a hundred times as long as unwinding to it, so each is
 /// kept until some library is unloaded: from then on another one may stand at its addresses.
+///
+/// The loader's lock is never waited for while the own one is held: a static initialiser, which runs under
+/// the loader's lock, may throw, too.
 class Symbols
 {
 public:
-    void AppendNames(void* const* addresses, int count, std::string& text)
+    std::string NamesOf(void* const* addresses, int count)
     {
-        // Asked before the lock is taken: the loader holds a lock of its own meanwhile.
         const unsigned long long unloads = CountUnloads();
+        std::string text;
+        for (int i = 0; i < count; ++i)
+        {
+            if (!AppendKnown(addresses[i], unloads, text))
+            {
+                const std::string name = Describe(addresses[i]);
+                Remember(addresses[i], name, unloads);
+                text += name;
+            }
+            text += '\n';
+        }
+        return text;
+    }
+
+private:
+    bool AppendKnown(const void* address, unsigned long long unloads, std::string& text)
+    {
         const std::lock_guard lock(m_mutex);
-        if (unloads != m_unloads)
+        if (unloads > m_unloads)
         {
             m_names.clear();
             m_unloads = unloads;
         }
-        for (int i = 0; i < count; ++i)
+        const auto found = m_names.find(address);
+        if (found == m_names.end())
         {
-            auto found = m_names.find(addresses[i]);
-            if (found == m_names.end())
-            {
-                found = m_names.emplace(addresses[i], Describe(addresses[i])).first;
-            }
-            text += found->second;
-            text += '\n';
+            return false;
+        }
+        text += found->second;
+        return true;
+    }
+
+    void Remember(const void* address, const std::string& name, unsigned long long unloads)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (unloads == m_unloads)
+        {
+            m_names.emplace(address, name);
         }
     }
 
-private:
     std::mutex m_mutex;
     std::unordered_map<const void*, std::string> m_names;
     unsigned long long m_unloads = 0;
@@ -102,10 +129,8 @@ std::string GetCallStack()
     constexpr int kMostFrames = 64;
     std::array<void*, kMostFrames> addresses;
     const int count = backtrace(addresses.data(), kMostFrames);
-    std::string text;
     // The first frame is this function's own.
-    g_symbols.AppendNames(addresses.data() + 1, count - 1, text);
-    return text;
+    return g_symbols.NamesOf(addresses.data() + 1, count - 1);
 }
 
 } // namespace Zelnor
