@@ -22,51 +22,64 @@ namespace
 {
 
 constexpr mode_t kNewFileMode = 0666;
+constexpr const char* kCommitted = "It is committed already";
+
+// The helpers report a failure as the system's number for it; the operation that the caller asked for throws.
 
 /// "Cannot read 'job.json': Is a directory"
-CoreException Failure(const char* action, const std::string& name, int reason)
+CoreException Failure(const char* action, const std::string& name, const std::string& reason)
 {
     CoreException exception;
-    exception << TagDescription(std::string("Cannot ") + action + " '" + name +
-                                "': " + std::generic_category().message(reason));
+    exception << TagDescription(std::string("Cannot ") + action + " '" + name + "': " + reason);
     return exception;
 }
 
-int Open(const std::string& name, int flags, const char* action)
+CoreException Failure(const char* action, const std::string& name, int reason)
 {
-    const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC, kNewFileMode);
-    if (descriptor < 0)
-    {
-        ZELNOR_THROW(Failure(action, name, errno));
-    }
-    return descriptor;
+    return Failure(action, name, std::generic_category().message(reason));
 }
 
-void WriteAll(int descriptor, const std::string& name, const void* data, std::size_t size)
+/// Whether the system would stop reading the name too early, and so take another file than the one that is
+/// meant.
+bool HasNul(const std::string& name) { return name.find('\0') != std::string::npos; }
+
+/// \returns a descriptor, or -1 with the reason in `errno`
+int Open(const std::string& name, int flags, mode_t mode)
+{
+    if (HasNul(name))
+    {
+        errno = EINVAL;
+        return -1;
+    }
+    return ::open(name.c_str(), flags | O_CLOEXEC, mode);
+}
+
+/// \returns 0 or the reason for which not everything was written
+int WriteAll(int descriptor, const void* data, std::size_t size)
 {
     const char* next = static_cast<const char*>(data);
     while (size > 0)
     {
         const ssize_t written = ::write(descriptor, next, size);
-        if (written < 0)
+        if (written >= 0)
         {
-            if (errno == EINTR)
-            {
-                continue;
-            }
-            ZELNOR_THROW(Failure("write", name, errno));
+            next += written;
+            size -= static_cast<std::size_t>(written);
         }
-        next += written;
-        size -= static_cast<std::size_t>(written);
+        else if (errno != EINTR)
+        {
+            return errno;
+        }
     }
+    return 0;
 }
 
 /// The file that a path names in the end: symbolic links are followed, also to a file that is not there yet.
-std::string FollowLinks(const ioPath& path)
+/// Nothing when the links lead nowhere.
+std::optional<std::string> FollowLinks(std::filesystem::path target)
 {
-    std::filesystem::path target = path.native();
     constexpr int kMostLinks = 40;
-    for (int i = 0; i < kMostLinks; ++i)
+    for (int i = 0; i <= kMostLinks; ++i)
     {
         std::error_code error;
         const std::filesystem::path next = std::filesystem::read_symlink(target, error);
@@ -76,7 +89,7 @@ std::string FollowLinks(const ioPath& path)
         }
         target = target.parent_path() / next;
     }
-    ZELNOR_THROW(Failure("write", path.utf8string(), ELOOP));
+    return std::nullopt;
 }
 
 std::string FolderOf(const std::string& file)
@@ -85,46 +98,20 @@ std::string FolderOf(const std::string& file)
     return folder.empty() ? "." : folder.string();
 }
 
-/// A file that may be replaced: one that is not there, or a regular one that may be written.
-/// \returns the permissions to give to its replacement, if there is one to take them from
-std::optional<mode_t> CheckReplaceable(const std::string& target, const std::string& name)
-{
-    struct stat status = {};
-    if (::stat(target.c_str(), &status) != 0)
-    {
-        return std::nullopt;
-    }
-    if (!S_ISREG(status.st_mode))
-    {
-        CoreException exception;
-        exception << TagDescription("Cannot replace '" + name + "': Not a regular file");
-        ZELNOR_THROW(exception);
-    }
-    if (::access(target.c_str(), W_OK) != 0)
-    {
-        ZELNOR_THROW(Failure("write", name, errno));
-    }
-    return status.st_mode & 07777;
-}
-
 /// A new file in `folder`, under a name that nobody else has. The name does not grow with the target's, which
 /// may be as long as the file system allows.
-std::pair<int, std::string> CreateTemporary(const std::string& folder, const std::string& name)
+/// \returns a descriptor, or -1 with the reason in `errno`
+std::pair<int, std::string> CreateTemporary(const std::string& folder, mode_t mode)
 {
     static std::atomic<unsigned> s_serial{0};
     for (;;)
     {
         std::string temporary =
             folder + "/.zelnor-" + std::to_string(::getpid()) + "-" + std::to_string(s_serial.fetch_add(1));
-        const int descriptor =
-            ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
-        if (descriptor >= 0)
+        const int descriptor = Open(temporary, O_WRONLY | O_CREAT | O_EXCL, mode);
+        if (descriptor >= 0 || errno != EEXIST)
         {
             return {descriptor, std::move(temporary)};
-        }
-        if (errno != EEXIST)
-        {
-            ZELNOR_THROW(Failure("write", name, errno));
         }
     }
 }
@@ -155,8 +142,13 @@ boost::intrusive_ptr<FileDataInput> FileDataInput::Create(const ioPath& path)
 }
 
 FileDataInput::FileDataInput(const ioPath& path)
-    : m_name(path.utf8string()), m_descriptor(Open(path.native().string(), O_RDONLY, "open"))
-{}
+    : m_name(path.utf8string()), m_descriptor(Open(path.native().string(), O_RDONLY, 0))
+{
+    if (m_descriptor < 0)
+    {
+        ZELNOR_THROW(Failure("open", m_name, errno));
+    }
+}
 
 FileDataInput::~FileDataInput() { ::close(m_descriptor); }
 
@@ -185,12 +177,23 @@ boost::intrusive_ptr<FileDataOutput> FileDataOutput::Create(const ioPath& path)
 
 FileDataOutput::FileDataOutput(const ioPath& path)
     : m_name(path.utf8string()),
-      m_descriptor(Open(path.native().string(), O_WRONLY | O_CREAT | O_TRUNC, "write"))
-{}
+      m_descriptor(Open(path.native().string(), O_WRONLY | O_CREAT | O_TRUNC, kNewFileMode))
+{
+    if (m_descriptor < 0)
+    {
+        ZELNOR_THROW(Failure("write", m_name, errno));
+    }
+}
 
 FileDataOutput::~FileDataOutput() { ::close(m_descriptor); }
 
-void FileDataOutput::Write(const void* data, std::size_t size) { WriteAll(m_descriptor, m_name, data, size); }
+void FileDataOutput::Write(const void* data, std::size_t size)
+{
+    if (const int reason = WriteAll(m_descriptor, data, size))
+    {
+        ZELNOR_THROW(Failure("write", m_name, reason));
+    }
+}
 
 ZELNOR_COUNT_REFERENCES(AtomicFileDataOutput)
 
@@ -199,12 +202,32 @@ boost::intrusive_ptr<AtomicFileDataOutput> AtomicFileDataOutput::Create(const io
     return new AtomicFileDataOutput(path);
 }
 
-AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path)
-    : m_name(path.utf8string()), m_target(FollowLinks(path))
+AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path) : m_name(path.utf8string()), m_descriptor(-1)
 {
-    const std::optional<mode_t> mode = CheckReplaceable(m_target, m_name);
-    std::tie(m_descriptor, m_temporary) = CreateTemporary(FolderOf(m_target), m_name);
-    if (mode && ::fchmod(m_descriptor, *mode) != 0)
+    std::optional<std::string> target = FollowLinks(path.native());
+    if (!target || HasNul(*target))
+    {
+        ZELNOR_THROW(Failure("write", m_name, target ? EINVAL : ELOOP));
+    }
+    m_target = std::move(*target);
+    struct stat status = {};
+    const bool exists = ::stat(m_target.c_str(), &status) == 0;
+    if (!exists && (errno != ENOENT || m_target.empty()))
+    {
+        ZELNOR_THROW(Failure("write", m_name, errno));
+    }
+    if (exists && !S_ISREG(status.st_mode))
+    {
+        ZELNOR_THROW(Failure("replace", m_name, "Not a regular file"));
+    }
+    if (exists && ::access(m_target.c_str(), W_OK) != 0)
+    {
+        ZELNOR_THROW(Failure("write", m_name, errno));
+    }
+    // From its first moment nobody may open the new file who may not open the old one.
+    const mode_t mode = exists ? status.st_mode & 07777 : kNewFileMode;
+    std::tie(m_descriptor, m_temporary) = CreateTemporary(FolderOf(m_target), mode);
+    if (m_descriptor < 0 || (exists && ::fchmod(m_descriptor, mode) != 0))
     {
         const int reason = errno;
         Discard();
@@ -226,11 +249,23 @@ void AtomicFileDataOutput::Discard() noexcept
 
 void AtomicFileDataOutput::Write(const void* data, std::size_t size)
 {
-    WriteAll(m_descriptor, m_name, data, size);
+    if (m_descriptor < 0)
+    {
+        ZELNOR_THROW(Failure("write", m_name, kCommitted));
+    }
+    if (const int reason = WriteAll(m_descriptor, data, size))
+    {
+        ZELNOR_THROW(Failure("write", m_name, reason));
+    }
 }
 
 void AtomicFileDataOutput::Commit()
 {
+    if (m_descriptor < 0)
+    {
+        ZELNOR_THROW(Failure("commit", m_name, kCommitted));
+    }
+    const std::string folder = FolderOf(m_target);
     if (::fsync(m_descriptor) != 0 || ::rename(m_temporary.c_str(), m_target.c_str()) != 0)
     {
         ZELNOR_THROW(Failure("write", m_name, errno));
@@ -239,11 +274,11 @@ void AtomicFileDataOutput::Commit()
     m_descriptor = -1;
     // The new name is in place already; making it outlive a power cut is the best that can still be done, and
     // not every file system lets a folder be opened for that.
-    const int folder = ::open(FolderOf(m_target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0)
+    const int descriptor = Open(folder, O_RDONLY | O_DIRECTORY, 0);
+    if (descriptor >= 0)
     {
-        ::fsync(folder);
-        ::close(folder);
+        ::fsync(descriptor);
+        ::close(descriptor);
     }
 }
 

@@ -91,7 +91,9 @@ public:
     int Release() const override;
     /// \throw CoreException also after `Commit()`
     void Write(const void* data, std::size_t size) override;
-    /// Makes what was written so far the target's whole contents. To be called once.
+    /// Makes what was written so far the target's whole contents. When it throws, the target is as it was, and
+    /// it may be tried again.
+    /// \throw CoreException also when it has succeeded before
     void Commit();
 
 private:
