@@ -51,7 +51,18 @@ Property::Property(const std::string& name, const std::string& value) : m_name(n
 
 Property::Property(const std::string& name, const Ratio& value) : m_name(name), m_value(value) {}
 
-Property::Property(const Property& other) : m_name(other.m_name)
+Property::Property(std::string&& name) : m_name(std::move(name)) {}
+
+Property::Property(std::string&& name, long long value) : m_name(std::move(name)), m_value(value) {}
+
+Property::Property(std::string&& name, std::string&& value)
+    : m_name(std::move(name)), m_value(std::move(value))
+{}
+
+Property::Property(std::string&& name, const Ratio& value) : m_name(std::move(name)), m_value(value) {}
+
+// It delegates so that the destructor, which does not recurse, clears up when a deep copy fails half-way.
+Property::Property(const Property& other) : Property(other.m_name)
 {
     if (other.GetChildren() == nullptr)
     {
@@ -148,6 +159,13 @@ Property& Property::operator=(const std::string& value)
 {
     Value copy(value);
     m_value.swap(copy);
+    return *this;
+}
+
+Property& Property::operator=(std::string&& value)
+{
+    Value taken(std::move(value));
+    m_value.swap(taken);
     return *this;
 }
 
@@ -289,6 +307,10 @@ Property& Property::SetChild(const std::string& name, Property&& value)
     {
         ZELNOR_THROW(NotApplicable("SetChild"));
     }
+    if (&value == this)
+    {
+        return SetChild(name, Property(value));
+    }
     // Before anything is moved: `name` may be a name inside `value`, or this property's or its child's own.
     std::string key(name);
     const iterator found = FindChild(key);
@@ -313,6 +335,11 @@ void Property::Add(Property&& child)
     if (children == nullptr)
     {
         ZELNOR_THROW(NotApplicable("Add"));
+    }
+    if (&child == this)
+    {
+        children->push_back(Property(child));
+        return;
     }
     children->push_back(std::move(child));
 }

@@ -21,15 +21,13 @@ namespace Zelnor::Core
 /// - Several children may have the same name; every operation that takes a name means the first of them.
 /// - References and iterators to children stay valid while siblings are added and removed.
 /// - Arguments may live inside the property itself (`p = p["child"]`, `p.SetChild("x", p)`).
+///   Only moving a property into one of its own descendants is not possible: copy it.
 /// - An operation that throws leaves the property as it was.
 /// - Trees of any depth may be copied, compared and destroyed.
 ///
-/// \throw PropertyException (description, property name and type) from the operations that ask for a child
-/// that is
-///        not there or for a value of another kind.
-/// \throw MethodIsNotApplicable (property name, type and method) from the operations that add children, when
-/// this
-///        is not a group.
+/// Asking for a child that is not there, or for a value of another kind, throws `PropertyException` with a
+/// description and the property's name and type. Adding children to what is not a group throws
+/// `MethodIsNotApplicable` with the property's name, its type and the method.
 class ZELNOR_API Property
 {
 public:
@@ -43,6 +41,14 @@ public:
     Property(const std::string& name, long long value);
     Property(const std::string& name, const std::string& value);
     Property(const std::string& name, const Ratio& value);
+    /// The same, taking the texts over.
+    explicit Property(std::string&& name);
+    Property(std::string&& name, long long value);
+    Property(std::string&& name, std::string&& value);
+    Property(std::string&& name, const Ratio& value);
+    /// A fraction would be cut off silently: say `static_cast<long long>` or give a `Ratio`.
+    template <class T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
+    Property(const std::string& name, T value) = delete;
     Property(const Property& other);
     /// Leaves `other` a property of its old type with nothing in it.
     Property(Property&& other) noexcept;
@@ -58,8 +64,8 @@ public:
     /// These replace the value and the type and keep the name; a group loses its children.
     Property& operator=(long long value);
     Property& operator=(const std::string& value);
+    Property& operator=(std::string&& value);
     Property& operator=(const Ratio& value);
-    /// A fraction would be cut off silently: say `static_cast<long long>` or give a `Ratio`.
     template <class T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
     Property& operator=(T) = delete;
 
