@@ -105,7 +105,7 @@ class Lines
 {
 public:
     explicit Lines(std::ostream& os) : m_os(os) {}
-    void Add(const Property& property, int level);
+    void Add(const Property& property, std::size_t level);
     void Flush();
 
 private:
@@ -113,9 +113,9 @@ private:
     std::string m_text;
 };
 
-void AppendLine(const Property& property, int level, std::string& out)
+void AppendLine(const Property& property, std::size_t level, std::string& out)
 {
-    out.append(2 * static_cast<std::size_t>(level), ' ');
+    out.append(2 * level, ' ');
     AppendEscaped(property.GetName(), out);
     out += ':';
     switch (property.GetType())
@@ -143,7 +143,7 @@ void AppendLine(const Property& property, int level, std::string& out)
     out += '\n';
 }
 
-void Lines::Add(const Property& property, int level)
+void Lines::Add(const Property& property, std::size_t level)
 {
     constexpr std::size_t kPiece = 4096;
     AppendLine(property, level, m_text);
@@ -160,7 +160,7 @@ void Lines::Flush()
 }
 
 /// The lines of the children of `property`, at any depth, without recursion.
-void AddChildren(const Property& property, int level, Lines& lines)
+void AddChildren(const Property& property, std::size_t level, Lines& lines)
 {
     struct Level
     {
@@ -176,7 +176,7 @@ void AddChildren(const Property& property, int level, Lines& lines)
             continue;
         }
         const Property& child = *open.back().next++;
-        lines.Add(child, level + static_cast<int>(open.size()) - 1);
+        lines.Add(child, level + open.size() - 1);
         open.push_back({child.begin(), child.end()});
     }
 }
@@ -186,7 +186,7 @@ void AddChildren(const Property& property, int level, Lines& lines)
 void PrintPropertyValue(const Property& property, int indent, std::ostream& os, bool printName,
                         bool printChildren)
 {
-    int level = std::max(indent, 0);
+    std::size_t level = static_cast<std::size_t>(std::max(indent, 0));
     Lines lines(os);
     if (printName)
     {

@@ -16,8 +16,7 @@ namespace Zelnor::Core
 ZELNOR_API bool HasDistinctNames(const Property& group);
 
 /// \throw PropertyException when groups are nested deeper in `record` than a reader accepts. `wrappers` is
-/// the number
-///        of groups that will be put around it.
+///   the number of groups that will be put around it.
 ZELNOR_API void CheckDepth(const Property& record, int wrappers);
 
 /// Sends records to a RapidJSON handler (a writer, or a document that is being populated) as a stream of
@@ -29,7 +28,8 @@ class PropertyEvents
 {
 public:
     /// \param copyStrings  whether the handler shall copy strings; when not, they must outlive what it makes
-    /// of them
+    /// of
+    ///   them
     PropertyEvents(Handler& handler, bool copyStrings) : m_handler(handler), m_copyStrings(copyStrings) {}
 
     /// The record as an object with one member.

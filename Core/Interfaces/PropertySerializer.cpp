@@ -21,24 +21,42 @@ namespace
 
 constexpr const char* kTooDeep = "groups are nested deeper than 512";
 
-/// Where in the document the reader is: the names from the outermost record to here.
+/// Where in the document the reader is: the way of names and positions from the outermost record to here.
 struct Place
 {
     const Place* parent;
     std::string_view name;
-    int depth;
-
-    std::string Path() const
-    {
-        return parent == nullptr ? std::string(name) : parent->Path() + "." + std::string(name);
-    }
+    /// Position in an array, which then stands in the place of a name.
+    std::optional<std::size_t> index;
+    /// How many groups are open here, the place's own included.
+    int groups;
 };
 
-PropertyException Refusal(const std::string& path, const std::string& reason)
+/// "data.inputs[2].bitrate"
+std::string PathTo(const Place* place)
 {
-    PropertyException exception;
-    exception << TagDescription((path.empty() ? "record" : path) + ": " + reason);
-    return exception;
+    boost::container::small_vector<const Place*, 16> way;
+    for (; place != nullptr; place = place->parent)
+    {
+        way.push_back(place);
+    }
+    std::string path;
+    for (auto step = way.rbegin(); step != way.rend(); ++step)
+    {
+        if ((*step)->index)
+        {
+            path += '[' + std::to_string(*(*step)->index) + ']';
+            continue;
+        }
+        path += step == way.rbegin() ? "" : ".";
+        path += (*step)->name;
+    }
+    return path;
+}
+
+std::string Refusal(const std::string& path, const std::string& reason)
+{
+    return (path.empty() ? "record" : path) + ": " + reason;
 }
 
 std::string_view TextOf(const rapidjson::Value& json) { return {json.GetString(), json.GetStringLength()}; }
@@ -62,7 +80,9 @@ const char* KindOf(const rapidjson::Value& json)
     case rapidjson::kNumberType:
         break;
     }
-    return json.IsUint64() ? "an integer beyond 64 bits signed" : "a number that is no 64-bit integer";
+    return json.IsInt64()    ? "an integer"
+           : json.IsUint64() ? "an integer beyond 64 bits signed"
+                             : "a number that is no 64-bit integer";
 }
 
 /// The rational of two integers, if there is one: the denominator is not zero, and the reduced form fits.
@@ -93,115 +113,184 @@ std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t de
                            static_cast<long long>(bottom));
 }
 
-/// Builds properties from JSON values. Recurses once for each nested group, at most `kMaxDepth` times.
+/// Builds properties from JSON values. Recurses once for each nested group, at most `kMaxDepth` times. Its
+/// operations tell whether the JSON was a record; if not, `GetRefusal()` says why.
 class Reader
 {
 public:
     /// The record that `json`, an object with one member, is.
-    static Property Record(const rapidjson::Value& json, const Place* parent, int depth)
+    bool Record(const rapidjson::Value& json, const Place* parent, Property& record)
     {
         if (!json.IsObject() || json.MemberCount() != 1)
         {
             const std::string found =
-                json.IsObject() ? "an object with " + std::to_string(json.MemberCount()) : KindOf(json);
-            ZELNOR_THROW(Refusal(parent == nullptr ? "" : parent->Path(),
-                                 "expected a record (an object with one member), found " + found));
+                json.IsObject() ? "an object with " + std::to_string(json.MemberCount()) + " members"
+                                : KindOf(json);
+            return Refuse(parent, "expected a record (an object with one member), found " + found);
         }
-        return Member(*json.MemberBegin(), parent, depth);
+        return Member(*json.MemberBegin(), parent, record);
     }
+
+    const std::string& GetRefusal() const { return m_refusal; }
 
 private:
-    static Property Member(const rapidjson::Value::Member& member, const Place* parent, int depth)
+    bool Refuse(const Place* place, const std::string& reason)
     {
-        const Place place{parent, TextOf(member.name), depth};
-        Property property{std::string(place.name)};
-        Value(property, member.value, place);
-        return property;
+        m_refusal = Refusal(PathTo(place), reason);
+        return false;
     }
 
-    static void Value(Property& property, const rapidjson::Value& json, const Place& place)
+    bool Member(const rapidjson::Value::Member& member, const Place* parent, Property& property)
     {
-        if (json.IsInt64())
+        Place place{parent, TextOf(member.name), {}, parent == nullptr ? 0 : parent->groups};
+        const rapidjson::Value& json = member.value;
+        std::string name(place.name);
+        switch (json.GetType())
         {
-            property = static_cast<long long>(json.GetInt64());
-        }
-        else if (json.IsString())
-        {
-            property = std::string(TextOf(json));
-        }
-        else if (json.IsObject())
-        {
-            CheckDepthAt(place);
-            for (const auto& member : json.GetObject())
+        case rapidjson::kNullType:
+            property = Property::None(name);
+            return true;
+        case rapidjson::kStringType:
+            property = Property(std::move(name), std::string(TextOf(json)));
+            return true;
+        case rapidjson::kObjectType:
+            property = Property(std::move(name));
+            return Object(json, place, property);
+        case rapidjson::kArrayType:
+            property = Property(std::move(name));
+            return Array(json, place, property);
+        case rapidjson::kNumberType:
+            if (json.IsInt64())
             {
-                property.Add(Member(member, &place, place.depth + 1));
+                property = Property(std::move(name), static_cast<long long>(json.GetInt64()));
+                return true;
             }
+            break;
+        case rapidjson::kFalseType:
+        case rapidjson::kTrueType:
+            break;
         }
-        else if (json.IsArray())
-        {
-            Array(property, json, place);
-        }
-        else if (json.IsNull())
-        {
-            property = Property::None(property.GetName());
-        }
-        else
-        {
-            ZELNOR_THROW(
-                Refusal(place.Path(), std::string("expected an integer, a string, a rational, null or "
-                                                  "a group, found ") +
-                                          KindOf(json)));
-        }
+        return Refuse(&place,
+                      std::string("expected an integer, a string, a rational, null or a group, found ") +
+                          KindOf(json));
     }
 
-    static void Array(Property& property, const rapidjson::Value& json, const Place& place)
+    bool Object(const rapidjson::Value& json, Place& place, Property& group)
+    {
+        if (++place.groups > PropertySerializer::kMaxDepth)
+        {
+            return Refuse(&place, kTooDeep);
+        }
+        for (const auto& member : json.GetObject())
+        {
+            Property child;
+            if (!Member(member, &place, child))
+            {
+                return false;
+            }
+            group.Add(std::move(child));
+        }
+        return true;
+    }
+
+    bool Array(const rapidjson::Value& json, Place& place, Property& property)
     {
         const auto elements = json.GetArray();
         const auto isNumber = [](const rapidjson::Value& element) { return element.IsNumber(); };
         if (elements.Size() == 2 && std::any_of(elements.begin(), elements.end(), isNumber))
         {
-            property = Ratio(elements[0], elements[1], place);
-            return;
+            return Ratio(elements[0], elements[1], place, property);
         }
-        CheckDepthAt(place);
+        if (++place.groups > PropertySerializer::kMaxDepth)
+        {
+            return Refuse(&place, kTooDeep);
+        }
+        std::size_t index = 0;
         for (const rapidjson::Value& element : elements)
         {
-            property.Add(Record(element, &place, place.depth + 1));
+            const Place inside{&place, {}, index++, place.groups};
+            Property child;
+            if (!Record(element, &inside, child))
+            {
+                return false;
+            }
+            property.Add(std::move(child));
         }
+        return true;
     }
 
-    static Property::Ratio Ratio(const rapidjson::Value& top, const rapidjson::Value& bottom,
-                                 const Place& place)
+    bool Ratio(const rapidjson::Value& top, const rapidjson::Value& bottom, const Place& place,
+               Property& property)
     {
         for (const rapidjson::Value* part : {&top, &bottom})
         {
             if (!part->IsInt64())
             {
-                ZELNOR_THROW(Refusal(place.Path(),
-                                     std::string("expected two 64-bit integers, found ") + KindOf(*part)));
+                return Refuse(&place, std::string("expected two 64-bit integers, found ") + KindOf(*part));
             }
         }
         const std::optional<Property::Ratio> ratio = MakeRatio(top.GetInt64(), bottom.GetInt64());
         if (!ratio)
         {
-            ZELNOR_THROW(Refusal(place.Path(), bottom.GetInt64() == 0
-                                                   ? "a rational with the denominator 0"
-                                                   : "a rational whose reduced form does not fit 64 bits"));
+            return Refuse(&place, bottom.GetInt64() == 0
+                                      ? "a rational with the denominator 0"
+                                      : "a rational whose reduced form does not fit 64 bits");
         }
-        return *ratio;
+        property = *ratio;
+        return true;
     }
 
-    static void CheckDepthAt(const Place& place)
-    {
-        if (place.depth > PropertySerializer::kMaxDepth)
-        {
-            ZELNOR_THROW(Refusal(place.Path(), kTooDeep));
-        }
-    }
+    std::string m_refusal;
 };
 
 /// Below this many children, comparing each with each is quicker than a table.
 constexpr unsigned long kFewChildren = 12;
+
+PropertyException RefusalException(const std::string& refusal)
+{
+    PropertyException exception;
+    exception << TagDescription(refusal);
+    return exception;
+}
+
+/// What of `property` alone, at that depth if it is a group, stands against a document; null if nothing does.
+const char* ReasonAgainst(const Property& property, int depth)
+{
+    constexpr std::size_t kLongest = std::numeric_limits<rapidjson::SizeType>::max();
+    const bool isString = property.GetType() == PROPERTY_TYPE_STRING;
+    if (property.GetName().size() > kLongest || (isString && property.GetString().size() > kLongest))
+    {
+        return "a text is longer than JSON values can be";
+    }
+    const bool isGroup = property.GetType() == PROPERTY_TYPE_GROUP;
+    return isGroup && depth > PropertySerializer::kMaxDepth ? kTooDeep : nullptr;
+}
+
+/// What stands against `record`, inside that many groups, in a document; null if nothing does.
+const char* ReasonAgainstAll(const Property& record, int wrappers)
+{
+    struct Level
+    {
+        const Property* group;
+        int depth;
+    };
+    const char* reason = ReasonAgainst(record, wrappers + 1);
+    boost::container::small_vector<Level, 16> pending{{&record, wrappers + 1}};
+    while (reason == nullptr && !pending.empty())
+    {
+        const Level level = pending.back();
+        pending.pop_back();
+        for (auto child = level.group->begin(); reason == nullptr && child != level.group->end(); ++child)
+        {
+            reason = ReasonAgainst(*child, level.depth + 1);
+            if (child->Count() != 0)
+            {
+                pending.push_back({&*child, level.depth + 1});
+            }
+        }
+    }
+    return reason;
+}
 
 } // namespace
 
@@ -229,44 +318,33 @@ bool HasDistinctNames(const Property& group)
 
 void CheckDepth(const Property& record, int wrappers)
 {
-    struct Level
+    if (const char* const reason = ReasonAgainstAll(record, wrappers))
     {
-        const Property* group;
-        int depth;
-    };
-    boost::container::small_vector<Level, 16> pending;
-    const auto visit = [&](const Property& property, int depth) {
-        if (property.GetType() != PROPERTY_TYPE_GROUP)
-        {
-            return;
-        }
-        if (depth > PropertySerializer::kMaxDepth)
-        {
-            ZELNOR_THROW(Refusal(record.GetName(), kTooDeep));
-        }
-        pending.push_back({&property, depth});
-    };
-    visit(record, wrappers + 1);
-    while (!pending.empty())
-    {
-        const Level level = pending.back();
-        pending.pop_back();
-        for (const Property& child : *level.group)
-        {
-            visit(child, level.depth + 1);
-        }
+        ZELNOR_THROW(RefusalException(Refusal(record.GetName(), reason)));
     }
 }
 
 void PropertySerializer::Load(Property& property, rapidjson::Value& json)
 {
-    property = json.IsNull() ? Property(property.GetName()) : Reader::Record(json, nullptr, 1);
+    Property loaded;
+    if (json.IsNull())
+    {
+        loaded = Property(property.GetName());
+    }
+    else if (Reader reader; !reader.Record(json, nullptr, loaded))
+    {
+        ZELNOR_THROW(RefusalException(reader.GetRefusal()));
+    }
+    property = std::move(loaded);
 }
 
 void PropertySerializer::Save(const Property& property, rapidjson::Value& json,
                               rapidjson::Document::AllocatorType& allocator)
 {
-    CheckDepth(property, 0);
+    if (const char* const reason = ReasonAgainstAll(property, 0))
+    {
+        ZELNOR_THROW(RefusalException(Refusal(property.GetName(), reason)));
+    }
     rapidjson::Document document(&allocator);
     const auto generate = [&property](rapidjson::Document& handler) {
         PropertyEvents<rapidjson::Document>(handler, true).Record(property);

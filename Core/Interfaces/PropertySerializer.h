@@ -10,12 +10,12 @@ namespace Zelnor::Core
 
 /// Converts records from and to JSON. A record is an object with one member, its name and its value:
 ///
-/// | kind                                     | JSON value |
-/// |------------------------------------------|--------------------------------------------------------------|
-/// | 64-bit integer                           | integer | | string                                   |
-/// string, byte for byte                                        | | rational | `[n, d]` | | none | `null` |
-/// | group whose children have distinct names | object, one member a child, in order | | group in which a
-/// name repeats            | array of records, in order                                   |
+/// - a 64-bit integer is an integer,
+/// - a string is a string, byte for byte,
+/// - a rational is `[n, d]`,
+/// - a property without a value is `null`,
+/// - a group whose children have distinct names is an object with one member a child, in order,
+/// - a group in which a name repeats is an array of records, in order.
 ///
 /// Reading also takes an object with repeated keys, an array of records whose names differ, and `[]`. Groups
 /// may be nested 512 deep, the outermost one included.
@@ -25,9 +25,9 @@ public:
     static constexpr int kMaxDepth = 512;
 
     /// Makes `property` the record that `json` holds, name included. JSON null makes it an empty group under
-    /// its own name. \throw PropertyException when `json` is not of the form above; the description begins
-    /// with the path of names
-    ///        to the place ("data.source.bitrate: ..."). `property` stays as it was.
+    /// its own name.
+    /// \throw PropertyException when `json` is not of the form above; the description begins with the way to
+    ///   the place ("data.source.bitrate: ...", "inputs[2].bitrate: ..."). `property` stays as it was.
     static void Load(Property& property, rapidjson::Value& json);
 
     /// Makes `json` the record of `property`; strings are copied into `allocator`.
