@@ -220,7 +220,7 @@ AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path) : m_name(path.utf
     {
         ZELNOR_THROW(Failure("replace", m_name, "Not a regular file"));
     }
-    if (exists && ::access(m_target.c_str(), W_OK) != 0)
+    if (exists && ::faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0)
     {
         ZELNOR_THROW(Failure("write", m_name, errno));
     }
