@@ -1,0 +1,432 @@
+#include "Core/Interfaces/DataStream.h"
+
+#include "Tests/Support/Expect.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string>
+#include <type_traits>
+
+namespace Zelnor::Core
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using Testing::ExpectThrow;
+using Testing::ReadFile;
+using Testing::TemporaryFolder;
+using Testing::Thrown;
+using Testing::WriteFile;
+
+static_assert(std::is_abstract_v<IDataInput> && std::is_abstract_v<IDataOutput>);
+static_assert(std::is_convertible_v<FileDataInput*, IRefCountable*>);
+
+void ExpectFailure(const Thrown& thrown, const std::string& description, const std::string& function)
+{
+    EXPECT_EQ(description, thrown.description);
+    EXPECT_EQ("Core/Interfaces/DataStream", thrown.file);
+    EXPECT_NE(std::string::npos, thrown.function.value_or("").find(function)) << thrown.function.value_or("");
+    EXPECT_FALSE(thrown.callStack.value_or("").empty());
+}
+
+template <class Output>
+void Put(Output& output, const std::string& text)
+{
+    output.Write(text.data(), text.size());
+}
+
+std::string ReadAll(IDataInput& input, std::size_t block)
+{
+    std::string all;
+    std::string buffer(block, '\0');
+    while (const std::size_t count = input.Read(buffer.data(), block))
+    {
+        all.append(buffer, 0, count);
+    }
+    return all;
+}
+
+mode_t ModeOf(const fs::path& path)
+{
+    struct stat status = {};
+    EXPECT_EQ(0, ::stat(path.c_str(), &status));
+    return status.st_mode & 07777;
+}
+
+/// Makes the process's mask for new files known for a test.
+class Umask
+{
+public:
+    explicit Umask(mode_t mask) : m_before(::umask(mask)) {}
+    ~Umask() { ::umask(m_before); }
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+
+private:
+    mode_t m_before;
+};
+
+/// Lets a test of the superuser act as somebody to whom permissions apply.
+class Unprivileged
+{
+public:
+    Unprivileged() : m_before(::geteuid()) { EXPECT_TRUE(m_before != 0 || ::seteuid(65534) == 0); }
+    ~Unprivileged() { EXPECT_EQ(0, ::seteuid(m_before)); }
+    Unprivileged(const Unprivileged&) = delete;
+    Unprivileged& operator=(const Unprivileged&) = delete;
+
+private:
+    uid_t m_before;
+};
+
+} // namespace
+
+TEST(FileDataInput, ReadsBlocksOfAnySizeUpToTheEnd)
+{
+    const TemporaryFolder folder;
+    std::string text = "0123456789";
+    text += '\0';
+    text += std::string(100000, 'x');
+    WriteFile(folder / "file", text);
+    for (const std::size_t block : {1u, 7u, 4096u, 200000u})
+    {
+        const auto input = FileDataInput::Create(folder / "file");
+        EXPECT_EQ(1, input->GetRefCount());
+        EXPECT_EQ(text, ReadAll(*input, block));
+        char more = 'm';
+        EXPECT_EQ(0u, input->Read(&more, 1)) << "the end stays the end";
+        EXPECT_EQ('m', more);
+    }
+}
+
+TEST(FileDataInput, EmptyReadIsNotTheEnd)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "a");
+    const auto input = FileDataInput::Create(folder / "file");
+    EXPECT_EQ(0u, input->Read(nullptr, 0));
+    EXPECT_EQ("a", ReadAll(*input, 10));
+}
+
+TEST(FileDataInput, NamesTheFileAndTheReasonWhenItIsMissing)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "absent").string();
+    ExpectFailure(ExpectThrow<CoreException>([&] { FileDataInput::Create(name); }),
+                  "Cannot open '" + name + "': No such file or directory", "FileDataInput::FileDataInput(");
+}
+
+TEST(FileDataInput, OfAFolderFailsWhenRead)
+{
+    const TemporaryFolder folder;
+    const auto input = FileDataInput::Create(folder.Path());
+    char byte = 0;
+    ExpectFailure(ExpectThrow<CoreException>([&] { input->Read(&byte, 1); }),
+                  "Cannot read '" + folder.Path().string() + "': Is a directory", "FileDataInput::Read(");
+}
+
+TEST(FileDataInput, NamesTheReasonWhenItMayNotBeRead)
+{
+    const TemporaryFolder folder;
+    fs::permissions(folder.Path(), fs::perms::all);
+    WriteFile(folder / "secret", "x");
+    fs::permissions(folder / "secret", fs::perms::none);
+    const std::string name = (folder / "secret").string();
+    const Unprivileged somebody;
+    ExpectFailure(ExpectThrow<CoreException>([&] { FileDataInput::Create(name); }),
+                  "Cannot open '" + name + "': Permission denied", "FileDataInput::FileDataInput(");
+}
+
+TEST(FileDataInput, RefusesANameWithNul)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "x");
+    const std::string name = (folder / "file").string() + std::string("\0.txt", 5);
+    ExpectFailure(ExpectThrow<CoreException>([&] { FileDataInput::Create(name); }),
+                  "Cannot open '" + name + "': Invalid argument", "FileDataInput::FileDataInput(");
+}
+
+TEST(FileDataOutput, EmptiesTheFileAtOnceAndHoldsNothingBack)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "old contents");
+    const auto output = FileDataOutput::Create(folder / "file");
+    EXPECT_EQ(1, output->GetRefCount());
+    EXPECT_EQ("", ReadFile(folder / "file"));
+    Put(*output, "new");
+    EXPECT_EQ("new", ReadFile(folder / "file"));
+    output->Write(nullptr, 0);
+    Put(*output, std::string("\0er", 3));
+    EXPECT_EQ(std::string("new\0er", 6), ReadFile(folder / "file"));
+}
+
+TEST(FileDataOutput, NamesTheFileAndTheReasonOfAFailure)
+{
+    const TemporaryFolder folder;
+    const std::string absent = (folder / "absent/file").string();
+    ExpectFailure(ExpectThrow<CoreException>([&] { FileDataOutput::Create(absent); }),
+                  "Cannot write '" + absent + "': No such file or directory",
+                  "FileDataOutput::FileDataOutput(");
+    ExpectFailure(ExpectThrow<CoreException>([&] { FileDataOutput::Create(folder.Path()); }),
+                  "Cannot write '" + folder.Path().string() + "': Is a directory",
+                  "FileDataOutput::FileDataOutput(");
+    ExpectFailure(ExpectThrow<CoreException>([&] { FileDataOutput::Create(""); }),
+                  "Cannot write '': No such file or directory", "FileDataOutput::FileDataOutput(");
+}
+
+TEST(FileDataOutput, ToAFullDeviceFails)
+{
+    const auto output = FileDataOutput::Create("/dev/full");
+    ExpectFailure(ExpectThrow<CoreException>([&] { Put(*output, "x"); }),
+                  "Cannot write '/dev/full': No space left on device", "FileDataOutput::Write(");
+}
+
+TEST(FileDataOutput, RespectsTheMaskForNewFiles)
+{
+    const TemporaryFolder folder;
+    const Umask mask(027);
+    FileDataOutput::Create(folder / "file");
+    EXPECT_EQ(0640u, ModeOf(folder / "file"));
+}
+
+TEST(AtomicFileDataOutput, ReplacesTheFileAtCommit)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "old");
+    const auto output = AtomicFileDataOutput::Create(folder / "file");
+    EXPECT_EQ(1, output->GetRefCount());
+    Put(*output, "new ");
+    Put(*output, "contents");
+    EXPECT_EQ("old", ReadFile(folder / "file"));
+    output->Commit();
+    EXPECT_EQ("new contents", ReadFile(folder / "file"));
+    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+}
+
+TEST(AtomicFileDataOutput, MakesAFileThatWasNotThere)
+{
+    const TemporaryFolder folder;
+    {
+        const auto output = AtomicFileDataOutput::Create(folder / "file");
+        EXPECT_FALSE(fs::exists(folder / "file"));
+        output->Commit();
+    }
+    EXPECT_EQ("", ReadFile(folder / "file"));
+    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+}
+
+TEST(AtomicFileDataOutput, WithoutACommitLeavesNoTrace)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "old");
+    {
+        const auto replaced = AtomicFileDataOutput::Create(folder / "file");
+        Put(*replaced, "new");
+        const auto made = AtomicFileDataOutput::Create(folder / "other");
+        Put(*made, "new");
+        EXPECT_EQ(3u, folder.Names().size()) << "both write beside their targets";
+    }
+    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+    EXPECT_EQ("old", ReadFile(folder / "file"));
+}
+
+TEST(AtomicFileDataOutput, WritesARelativeNameInTheCurrentFolder)
+{
+    const TemporaryFolder folder;
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.Path());
+    const auto output = AtomicFileDataOutput::Create("file");
+    Put(*output, "x");
+    output->Commit();
+    fs::current_path(before);
+    EXPECT_EQ("x", ReadFile(folder / "file"));
+}
+
+TEST(AtomicFileDataOutput, RefusesToWriteOrCommitAfterTheCommit)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "file").string();
+    const auto output = AtomicFileDataOutput::Create(name);
+    Put(*output, "x");
+    output->Commit();
+    ExpectFailure(ExpectThrow<CoreException>([&] { Put(*output, "y"); }),
+                  "Cannot write '" + name + "': It is committed already", "AtomicFileDataOutput::Write(");
+    ExpectThrow<CoreException>([&] { output->Write(nullptr, 0); });
+    ExpectFailure(ExpectThrow<CoreException>([&] { output->Commit(); }),
+                  "Cannot commit '" + name + "': It is committed already", "AtomicFileDataOutput::Commit(");
+    EXPECT_EQ("x", ReadFile(name));
+}
+
+TEST(AtomicFileDataOutput, AFailedCommitKeepsTheOldFileAndMayBeRepeated)
+{
+    const TemporaryFolder folder;
+    const fs::path target = folder / "file";
+    const auto output = AtomicFileDataOutput::Create(target);
+    Put(*output, "new");
+    // A folder that came into the target's place in the meantime cannot be replaced by a file.
+    fs::create_directory(target);
+    WriteFile(target / "inside", "x");
+    ExpectFailure(ExpectThrow<CoreException>([&] { output->Commit(); }),
+                  "Cannot write '" + target.string() + "': Is a directory", "AtomicFileDataOutput::Commit(");
+    EXPECT_TRUE(fs::exists(target / "inside"));
+    fs::remove_all(target);
+    output->Commit();
+    EXPECT_EQ("new", ReadFile(target));
+    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+}
+
+TEST(AtomicFileDataOutput, FollowsSymbolicLinks)
+{
+    const TemporaryFolder folder;
+    fs::create_directory(folder / "inner");
+    WriteFile(folder / "inner/file", "old");
+    fs::create_symlink("inner/file", folder / "link");
+    fs::create_symlink(folder / "link", folder / "link to link");
+    const auto output = AtomicFileDataOutput::Create(folder / "link to link");
+    Put(*output, "new");
+    output->Commit();
+    EXPECT_EQ("new", ReadFile(folder / "inner/file"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link to link"));
+    EXPECT_EQ(3u, folder.Names().size());
+}
+
+TEST(AtomicFileDataOutput, MakesTheFileOfADanglingLink)
+{
+    const TemporaryFolder folder;
+    fs::create_symlink("file", folder / "link");
+    const auto output = AtomicFileDataOutput::Create(folder / "link");
+    output->Commit();
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_TRUE(fs::is_regular_file(folder / "file"));
+}
+
+TEST(AtomicFileDataOutput, RefusesALoopOfLinks)
+{
+    const TemporaryFolder folder;
+    fs::create_symlink("b", folder / "a");
+    fs::create_symlink("a", folder / "b");
+    const std::string name = (folder / "a").string();
+    ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name); }),
+                  "Cannot write '" + name + "': Too many levels of symbolic links",
+                  "AtomicFileDataOutput::AtomicFileDataOutput(");
+}
+
+TEST(AtomicFileDataOutput, KeepsPermissions)
+{
+    const TemporaryFolder folder;
+    const Umask mask(022);
+    for (const mode_t mode : {0600u, 0666u, 0755u})
+    {
+        WriteFile(folder / "file", "old");
+        ASSERT_EQ(0, ::chmod((folder / "file").c_str(), mode));
+        const auto output = AtomicFileDataOutput::Create(folder / "file");
+        for (const auto& entry : fs::directory_iterator(folder.Path()))
+        {
+            EXPECT_EQ(mode, ModeOf(entry.path())) << "already while it is written";
+        }
+        output->Commit();
+        EXPECT_EQ(mode, ModeOf(folder / "file"));
+    }
+}
+
+TEST(AtomicFileDataOutput, RespectsTheMaskForNewFiles)
+{
+    const TemporaryFolder folder;
+    const Umask mask(027);
+    AtomicFileDataOutput::Create(folder / "file")->Commit();
+    EXPECT_EQ(0640u, ModeOf(folder / "file"));
+}
+
+TEST(AtomicFileDataOutput, RefusesWhatIsNoRegularFile)
+{
+    const TemporaryFolder folder;
+    const std::string function = "AtomicFileDataOutput::AtomicFileDataOutput(";
+    ExpectFailure(ExpectThrow<CoreException>([] { AtomicFileDataOutput::Create("/dev/null"); }),
+                  "Cannot replace '/dev/null': Not a regular file", function);
+    const std::string name = folder.Path().string();
+    ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name); }),
+                  "Cannot replace '" + name + "': Not a regular file", function);
+    ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name + "/"); }),
+                  "Cannot replace '" + name + "/': Not a regular file", function);
+    const std::string pipe = (folder / "pipe").string();
+    ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0600));
+    ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(pipe); }),
+                  "Cannot replace '" + pipe + "': Not a regular file", function);
+}
+
+TEST(AtomicFileDataOutput, RefusesAtOnceWhatCannotBeWritten)
+{
+    const TemporaryFolder folder;
+    const std::string function = "AtomicFileDataOutput::AtomicFileDataOutput(";
+    const auto expect = [&](const std::string& name, const std::string& reason) {
+        ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name); }),
+                      "Cannot write '" + name + "': " + reason, function);
+    };
+    WriteFile(folder / "file", "x");
+    expect("", "No such file or directory");
+    expect((folder / "absent/file").string(), "No such file or directory");
+    expect((folder / "new/").string(), "No such file or directory");
+    expect((folder / "file/inner").string(), "Not a directory");
+    expect((folder / std::string(256, 'n')).string(), "File name too long");
+    expect((folder / "file").string() + std::string("\0x", 2), "Invalid argument");
+    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+    EXPECT_EQ("x", ReadFile(folder / "file"));
+}
+
+TEST(AtomicFileDataOutput, TakesTheLongestNameThatAFileMayHave)
+{
+    const TemporaryFolder folder;
+    const std::string name(255, 'n');
+    AtomicFileDataOutput::Create(folder / name)->Commit();
+    EXPECT_EQ(std::vector<std::string>{name}, folder.Names());
+}
+
+TEST(AtomicFileDataOutput, NamesTheReasonWhenTheFileMayNotBeWritten)
+{
+    const TemporaryFolder folder;
+    fs::permissions(folder.Path(), fs::perms::all);
+    WriteFile(folder / "file", "x");
+    fs::permissions(folder / "file", fs::perms::owner_read);
+    const std::string name = (folder / "file").string();
+    const Unprivileged somebody;
+    ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name); }),
+                  "Cannot write '" + name + "': Permission denied",
+                  "AtomicFileDataOutput::AtomicFileDataOutput(");
+}
+
+TEST(MemoryDataInput, ReadsBlocksOfAnySizeUpToTheEnd)
+{
+    const std::string bytes("a\0b\xff", 4);
+    for (const std::size_t block : {1u, 3u, 4u, 100u})
+    {
+        const auto input = MemoryDataInput::Create(bytes);
+        EXPECT_EQ(1, input->GetRefCount());
+        EXPECT_EQ(0u, input->Read(nullptr, 0));
+        EXPECT_EQ(bytes, ReadAll(*input, block));
+    }
+    char byte = 0;
+    EXPECT_EQ(0u, MemoryDataInput::Create("")->Read(&byte, 1));
+}
+
+TEST(MemoryDataOutput, CollectsBytes)
+{
+    const auto output = MemoryDataOutput::Create();
+    EXPECT_EQ(1, output->GetRefCount());
+    EXPECT_EQ("", output->GetData());
+    output->Write(nullptr, 0);
+    Put(*output, std::string("a\0", 2));
+    Put(*output, "b");
+    EXPECT_EQ(std::string("a\0b", 3), output->GetData());
+}
+
+} // namespace Zelnor::Core

@@ -1,0 +1,225 @@
+#include "Core/Interfaces/Exception.h"
+
+#include "Tests/Support/Expect.h"
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <type_traits>
+
+namespace Zelnor
+{
+
+namespace
+{
+
+using Core::CoreException;
+using Core::MethodIsNotApplicable;
+using Core::PropertyException;
+using Testing::ExpectThrow;
+using Testing::Thrown;
+
+template <class E>
+constexpr bool kIsPlainException =
+    std::is_default_constructible_v<E>&& std::is_copy_constructible_v<E>&& std::has_virtual_destructor_v<E>;
+
+static_assert(kIsPlainException<Exception> && kIsPlainException<CoreException> &&
+              kIsPlainException<PropertyException> && kIsPlainException<MethodIsNotApplicable>);
+static_assert(std::is_same_v<TagDescription::value_type, std::string>);
+static_assert(std::is_same_v<TagCallStack::value_type, std::string>);
+static_assert(std::is_same_v<PropertyException::TagPropertyName::value_type, std::string>);
+static_assert(std::is_same_v<PropertyException::TagPropertyType::value_type, PropertyTypes>);
+static_assert(std::is_same_v<PropertyException::TagMethodName::value_type, std::string>);
+
+// Two bases that derive from one class share it only if they derive virtually.
+template <class Base>
+struct First : Base
+{};
+template <class Base>
+struct Second : Base
+{};
+template <class Base>
+struct Both : First<Base>, Second<Base>
+{};
+static_assert(std::is_convertible_v<Both<CoreException>*, Exception*>);
+static_assert(std::is_convertible_v<Both<PropertyException>*, CoreException*>);
+static_assert(!std::is_convertible_v<Both<MethodIsNotApplicable>*, PropertyException*>);
+static_assert(std::is_convertible_v<Both<Exception>*, std::exception*>);
+static_assert(std::is_convertible_v<Both<Exception>*, boost::exception*>);
+
+template <std::size_t N>
+std::string Unit(const char (&path)[N])
+{
+    return details::UnitOf(path).data();
+}
+
+[[noreturn]] void ThrowDescribed(const std::string& description)
+{
+    PropertyException exception;
+    exception << TagDescription(description) << PropertyException::TagPropertyType(PROPERTY_TYPE_RATIO);
+    ZELNOR_THROW(exception);
+}
+
+template <class Base>
+bool CatchAs()
+{
+    try
+    {
+        ZELNOR_THROW(MethodIsNotApplicable());
+    }
+    catch (const Base&)
+    {
+        return true;
+    }
+    catch (...)
+    {
+        return false;
+    }
+}
+
+} // namespace
+
+TEST(Exception, IsCaughtByEachOfItsBases)
+{
+    EXPECT_TRUE(CatchAs<MethodIsNotApplicable>());
+    EXPECT_TRUE(CatchAs<PropertyException>());
+    EXPECT_TRUE(CatchAs<CoreException>());
+    EXPECT_TRUE(CatchAs<Exception>());
+    EXPECT_TRUE(CatchAs<std::exception>());
+    EXPECT_TRUE(CatchAs<boost::exception>());
+    EXPECT_FALSE(CatchAs<std::runtime_error>());
+}
+
+TEST(Exception, WhatIsTheStandardTextAndNotTheDescription)
+{
+    const Thrown thrown = ExpectThrow<PropertyException>([] { ThrowDescribed("the description"); });
+    EXPECT_EQ("the description", thrown.description);
+    EXPECT_EQ(std::string::npos, thrown.what.find("the description"));
+    EXPECT_STREQ(std::exception().what(), MethodIsNotApplicable().what());
+}
+
+TEST(Exception, AddStackReturnsTheSameObjectWithTheStackOnIt)
+{
+    const CoreException exception;
+    EXPECT_EQ(&exception, &AddStack(exception));
+    const std::string* const stack = boost::get_error_info<TagCallStack>(exception);
+    ASSERT_NE(nullptr, stack);
+    EXPECT_FALSE(stack->empty());
+}
+
+TEST(Exception, AddStackPutsTheStackIntoAStandardMessage)
+{
+    const std::invalid_argument exception("wrong");
+    const auto made = AddStack(exception);
+    static_assert(std::is_same_v<decltype(AddStack(exception)), std::invalid_argument>);
+    EXPECT_STREQ("wrong", exception.what());
+    const std::string message = made.what();
+    EXPECT_EQ(0u, message.find("wrong\n"));
+    EXPECT_GT(message.size(), std::string("wrong\n").size());
+    static_assert(std::is_same_v<decltype(AddStack(std::logic_error(""))), std::logic_error>);
+}
+
+TEST(Exception, ThrowRecordsUnitLineFunctionAndStack)
+{
+    int line = 0;
+    const Thrown thrown = ExpectThrow<CoreException>([&] {
+        line = __LINE__ + 1;
+        ZELNOR_THROW(CoreException());
+    });
+    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
+    EXPECT_EQ(line, thrown.line);
+    EXPECT_FALSE(thrown.callStack.value_or("").empty());
+    const Thrown named = ExpectThrow<PropertyException>([] { ThrowDescribed("x"); });
+    EXPECT_EQ("void Zelnor::{anonymous}::ThrowDescribed(const std::string&)", named.function);
+    EXPECT_NE(std::string::npos, named.diagnostics.find("ThrowDescribed(const std::string&)"));
+}
+
+TEST(Exception, ThrowOfAStandardExceptionRecordsTheSame)
+{
+    const Thrown thrown =
+        ExpectThrow<std::invalid_argument>([] { ZELNOR_THROW(std::invalid_argument("wrong")); });
+    EXPECT_EQ(0u, thrown.what.find("wrong\n"));
+    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
+    EXPECT_GT(thrown.line.value_or(0), 0);
+    EXPECT_NE(std::string::npos, thrown.diagnostics.find(thrown.function.value_or("none")));
+}
+
+TEST(Exception, ThrowMayFixTheLine)
+{
+    EXPECT_EQ(4711, ExpectThrow<CoreException>([] { ZELNOR_THROW_AT_LINE(4711, CoreException()); }).line);
+}
+
+TEST(Exception, ThrowMayLeaveTheMessageAlone)
+{
+    const Thrown thrown = ExpectThrow<std::out_of_range>(
+        [] { ZELNOR_THROW_WITHOUT_STACK(std::out_of_range("key not found")); });
+    EXPECT_EQ("key not found", thrown.what);
+    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
+    EXPECT_GT(thrown.line.value_or(0), 0);
+}
+
+TEST(Exception, UnitIsTheLastThreePartsWithoutTheExtension)
+{
+    EXPECT_EQ("Core/Interfaces/Property", Unit("/usr/include/zelnor/Core/Interfaces/Property.h"));
+    EXPECT_EQ("Core/Interfaces/Property", Unit("/Core/Interfaces/Property.h"));
+    EXPECT_EQ("Core/Interfaces/Property", Unit("Core/Interfaces/Property.h"));
+    EXPECT_EQ("Interfaces/Property", Unit("Interfaces/Property.cpp"));
+    EXPECT_EQ("Property", Unit("Property.cpp"));
+    EXPECT_EQ("Property", Unit("Property"));
+    EXPECT_EQ("a/b/c.d", Unit("x/a/b/c.d.h"));
+    EXPECT_EQ("a.b/c.d/e", Unit("a.b/c.d/e"));
+    EXPECT_EQ("Core/Interfaces/", Unit("Core/Interfaces/"));
+    EXPECT_EQ("Core/Interfaces/", Unit("Core/Interfaces/.hidden"));
+    EXPECT_EQ("", Unit(""));
+}
+
+TEST(Exception, CopyThroughBoostCurrentExceptionKeepsTags)
+{
+    boost::exception_ptr copy;
+    try
+    {
+        ThrowDescribed("kept");
+    }
+    catch (...)
+    {
+        copy = boost::current_exception();
+    }
+    const Thrown thrown = ExpectThrow<PropertyException>([&] { boost::rethrow_exception(copy); });
+    EXPECT_EQ("kept", thrown.description);
+    EXPECT_EQ(PROPERTY_TYPE_RATIO, thrown.Get<PropertyException::TagPropertyType>());
+    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
+    EXPECT_FALSE(thrown.callStack.value_or("").empty());
+}
+
+TEST(Exception, RethrownInAnotherThreadKeepsTags)
+{
+    boost::exception_ptr copy;
+    std::thread([&] {
+        try
+        {
+            ThrowDescribed("from the thread");
+        }
+        catch (...)
+        {
+            copy = boost::current_exception();
+        }
+    }).join();
+    EXPECT_EQ("from the thread",
+              ExpectThrow<PropertyException>([&] { boost::rethrow_exception(copy); }).description);
+}
+
+TEST(Exception, ACopyKeepsTags)
+{
+    PropertyException original;
+    original << TagDescription("kept");
+    const PropertyException copy(original);
+    const std::string* const description = boost::get_error_info<TagDescription>(copy);
+    ASSERT_NE(nullptr, description);
+    EXPECT_EQ("kept", *description);
+}
+
+} // namespace Zelnor

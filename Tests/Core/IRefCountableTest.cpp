@@ -1,0 +1,79 @@
+#include "Core/Interfaces/IRefCountable.h"
+
+#include "Core/Interfaces/IBlob.h"
+#include "Core/Interfaces/RefCountImpl.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+
+#include <type_traits>
+
+namespace Zelnor
+{
+
+namespace
+{
+
+class Blob final : public IBlob
+{
+public:
+    static boost::intrusive_ptr<Blob> Create(bool& destroyed) { return new Blob(destroyed); }
+
+    int AddRef() const override { return m_references.AddRefImpl(); }
+    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
+    int Release() const override
+    {
+        const int count = m_references.ReleaseImpl();
+        if (count == 0)
+        {
+            delete this;
+        }
+        return count;
+    }
+
+private:
+    explicit Blob(bool& destroyed) : m_destroyed(destroyed) {}
+    ~Blob() override { m_destroyed = true; }
+
+    RefCountImpl m_references;
+    bool& m_destroyed;
+};
+
+static_assert(std::is_abstract_v<IRefCountable> && std::has_virtual_destructor_v<IRefCountable>);
+static_assert(std::is_same_v<decltype(&IRefCountable::Release), int (IRefCountable::*)() const>);
+
+} // namespace
+
+TEST(IRefCountable, CreatedObjectHasOneReference)
+{
+    bool destroyed = false;
+    const auto blob = Blob::Create(destroyed);
+    EXPECT_EQ(1, blob->GetRefCount());
+}
+
+TEST(IRefCountable, PointersToAnyBaseShareOneCount)
+{
+    bool destroyed = false;
+    auto blob = Blob::Create(destroyed);
+    boost::intrusive_ptr<const IRefCountable> counted(blob);
+    const boost::intrusive_ptr<IBlob> base(blob);
+    EXPECT_EQ(3, blob->GetRefCount());
+    counted.reset();
+    EXPECT_EQ(2, base->GetRefCount());
+    blob.reset();
+    EXPECT_FALSE(destroyed);
+}
+
+TEST(IRefCountable, TheLastReleaseDestroys)
+{
+    bool destroyed = false;
+    IRefCountable* const object = Blob::Create(destroyed).detach();
+    EXPECT_EQ(2, object->AddRef());
+    EXPECT_EQ(1, object->Release());
+    EXPECT_FALSE(destroyed);
+    EXPECT_EQ(0, object->Release());
+    EXPECT_TRUE(destroyed);
+}
+
+} // namespace Zelnor
