@@ -1,0 +1,404 @@
+#include "Core/Interfaces/PropertySerializer.h"
+
+#include "Core/Interfaces/PropertyEvents.h"
+
+#include "Tests/Support/Expect.h"
+
+#include <gtest/gtest.h>
+
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace Zelnor::Core
+{
+
+namespace
+{
+
+using Testing::ExpectThrow;
+using Testing::Thrown;
+using Ratio = Property::Ratio;
+
+constexpr long long kLeast = std::numeric_limits<long long>::min();
+constexpr long long kMost = std::numeric_limits<long long>::max();
+const std::string kKinds = "expected an integer, a string, a rational, null or a group, found ";
+const std::string kRecord = "expected a record (an object with one member), found ";
+
+std::string TextOf(const rapidjson::Value& json)
+{
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    json.Accept(writer);
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+rapidjson::Document Parse(const std::string& text)
+{
+    rapidjson::Document document;
+    document.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
+    EXPECT_FALSE(document.HasParseError()) << text;
+    return document;
+}
+
+std::string Save(const Property& record)
+{
+    rapidjson::Document document;
+    PropertySerializer::Save(record, document, document.GetAllocator());
+    return TextOf(document);
+}
+
+Property Load(const std::string& text)
+{
+    rapidjson::Document document = Parse(text);
+    Property property("whatever it held before", 1);
+    PropertySerializer::Load(property, document);
+    return property;
+}
+
+/// Expects that the text is what the record is saved as and that loading it, and what RapidJSON makes of the
+/// saved value, gives the record again.
+void ExpectSavedAs(const std::string& text, const Property& record)
+{
+    rapidjson::Document document;
+    PropertySerializer::Save(record, document, document.GetAllocator());
+    EXPECT_EQ(text, TextOf(document));
+    Property loaded("other");
+    PropertySerializer::Load(loaded, document);
+    EXPECT_EQ(record, loaded);
+    EXPECT_EQ(record, Load(text));
+}
+
+void ExpectRefused(const std::string& text, const std::string& description)
+{
+    rapidjson::Document document = Parse(text);
+    Property target("target");
+    target.CreateChildT("kept", 1LL);
+    const Property before(target);
+    const Thrown thrown = ExpectThrow<PropertyException>([&] { PropertySerializer::Load(target, document); });
+    EXPECT_EQ(description, thrown.description) << text;
+    EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
+    EXPECT_NE(std::string::npos, thrown.function.value_or("").find("PropertySerializer::Load("))
+        << thrown.function.value_or("");
+    EXPECT_FALSE(thrown.callStack.value_or("").empty());
+    EXPECT_EQ(before, target) << text;
+    EXPECT_EQ(TextOf(Parse(text)), TextOf(document)) << "the document is left alone";
+}
+
+/// That many groups around an integer, or around nothing.
+Property Nested(int groups, bool withLeaf)
+{
+    Property outermost("g");
+    Property* innermost = &outermost;
+    for (int i = 1; i < groups; ++i)
+    {
+        innermost = &innermost->SetChild("g");
+    }
+    if (withLeaf)
+    {
+        innermost->CreateChildT("n", 1LL);
+    }
+    return outermost;
+}
+
+std::string Repeated(int count, const std::string& text)
+{
+    std::string all;
+    for (int i = 0; i < count; ++i)
+    {
+        all += text;
+    }
+    return all;
+}
+
+} // namespace
+
+TEST(PropertySerializer, WritesEachKind)
+{
+    ExpectSavedAs(R"({"n":5})", Property("n", 5));
+    ExpectSavedAs(R"({"n":-9223372036854775808})", Property("n", kLeast));
+    ExpectSavedAs(R"({"n":9223372036854775807})", Property("n", kMost));
+    ExpectSavedAs(R"({"s":"text"})", Property("s", "text"));
+    ExpectSavedAs(R"({"s":""})", Property("s", ""));
+    ExpectSavedAs(R"({"r":[30000,1001]})", Property("r", Ratio(30000, 1001)));
+    ExpectSavedAs(R"({"r":[-1,2]})", Property("r", Ratio(1, -2)));
+    ExpectSavedAs(R"({"r":[0,1]})", Property("r", Ratio(0)));
+    ExpectSavedAs(R"({"x":null})", Property::None("x"));
+    ExpectSavedAs(R"({"g":{}})", Property("g"));
+    ExpectSavedAs(R"({"":{}})", Property());
+}
+
+TEST(PropertySerializer, WritesAGroupAsAnObjectInOrder)
+{
+    Property record("source");
+    record.CreateChildT("$$TYPE_ID$$", std::string("sourceFile"));
+    record.CreateChildT("filePath", std::string("/media/in.mp4"));
+    record.SetChild("a").CreateChildT("", 1LL);
+    ExpectSavedAs(R"({"source":{"$$TYPE_ID$$":"sourceFile","filePath":"/media/in.mp4","a":{"":1}}})", record);
+}
+
+TEST(PropertySerializer, WritesAGroupInWhichANameRepeatsAsAnArray)
+{
+    Property record("target");
+    Property& merged = record.SetChild("$$MERGE_WITH$$");
+    merged.SetChild("").CreateChildT("$$MERGE_WITH$$", 2LL);
+    Property second("");
+    second.CreateChildT("$$MERGE_WITH$$", 5LL);
+    merged.Add(second);
+    ExpectSavedAs(R"({"target":{"$$MERGE_WITH$$":[{"":{"$$MERGE_WITH$$":2}},{"":{"$$MERGE_WITH$$":5}}]}})",
+                  record);
+}
+
+TEST(PropertySerializer, TellsTwoChildrenOfOneNameFromARational)
+{
+    Property record("g");
+    record.Add(Property("x", 1));
+    record.Add(Property("x", 2));
+    ExpectSavedAs(R"({"g":[{"x":1},{"x":2}]})", record);
+}
+
+TEST(PropertySerializer, FindsARepeatedNameAmongManyChildren)
+{
+    for (const int count : {11, 12, 13, 14, 100})
+    {
+        Property record("g");
+        for (int i = 0; i < count; ++i)
+        {
+            record.CreateChildT("c" + std::to_string(i), static_cast<long long>(i));
+        }
+        EXPECT_EQ(R"({"g":{"c0")", Save(record).substr(0, 10));
+        EXPECT_EQ(record, Load(Save(record)));
+        record.Add(Property("c0", 1));
+        EXPECT_EQ(R"({"g":[{"c0":0},)", Save(record).substr(0, 15));
+        EXPECT_EQ(record, Load(Save(record)));
+    }
+}
+
+TEST(PropertySerializer, KeepsStringsByteForByte)
+{
+    std::string bytes;
+    for (int i = 0; i < 256; ++i)
+    {
+        bytes += static_cast<char>(i);
+    }
+    for (const std::string& text : {bytes, std::string(1, '\0'), std::string("\xff\xfe"),
+                                    std::string("\xc0\x80"), std::string("\xed\xa0\x80")})
+    {
+        Property record(text, text);
+        EXPECT_EQ(record, Load(Save(record)));
+    }
+    EXPECT_EQ("{\"a\\u0000b\":\"\\\"\\\\\\n\"}", Save(Property(std::string("a\0b", 3), "\"\\\n")));
+}
+
+TEST(PropertySerializer, CopiesStringsIntoTheDocument)
+{
+    rapidjson::Document document;
+    {
+        const Property record(std::string(100, 'n'), std::string(100, 'v'));
+        PropertySerializer::Save(record, document, document.GetAllocator());
+    }
+    EXPECT_EQ("{\"" + std::string(100, 'n') + "\":\"" + std::string(100, 'v') + "\"}", TextOf(document));
+}
+
+TEST(PropertySerializer, SavesOverWhateverTheValueHeld)
+{
+    rapidjson::Document document = Parse(R"({"old":[1,2,3]})");
+    PropertySerializer::Save(Property("n", 1), document["old"], document.GetAllocator());
+    EXPECT_EQ(R"({"old":{"n":1}})", TextOf(document));
+}
+
+TEST(PropertySerializer, ReadsTheOtherFormsOfAGroup)
+{
+    Property repeated("g");
+    repeated.Add(Property("x", 1));
+    repeated.Add(Property("x", 2));
+    EXPECT_EQ(repeated, Load(R"({"g":{"x":1,"x":2}})"));
+    Property different("g");
+    different.Add(Property("x", 1));
+    different.Add(Property("y", 2));
+    EXPECT_EQ(different, Load(R"({"g":[{"x":1},{"y":2}]})"));
+    EXPECT_EQ(Property("g"), Load(R"({"g":[]})"));
+    EXPECT_EQ(Property("g"), Load(R"({"g":{}})"));
+}
+
+TEST(PropertySerializer, NullMakesTheTargetAnEmptyGroupOfItsName)
+{
+    rapidjson::Value null;
+    Property target("target", 5);
+    PropertySerializer::Load(target, null);
+    EXPECT_EQ(Property("target"), target);
+}
+
+TEST(PropertySerializer, ReducesRationals)
+{
+    EXPECT_EQ(Property("r", Ratio(-1, 2)), Load(R"({"r":[2,-4]})"));
+    EXPECT_EQ(Property("r", Ratio(0)), Load(R"({"r":[0,-9223372036854775808]})"));
+}
+
+TEST(PropertySerializer, ReadsRationalsAroundTheLeastIntegerOrRefusesThem)
+{
+    const auto load = [](const std::string& top, const std::string& bottom) {
+        return Load("{\"r\":[" + top + "," + bottom + "]}").GetRatio();
+    };
+    const std::string least = "-9223372036854775808";
+    EXPECT_EQ(kLeast, load(least, "1").numerator());
+    EXPECT_EQ(Ratio(1), load(least, least));
+    EXPECT_EQ(Ratio(kLeast / 2, 3), load(least, "6"));
+    EXPECT_EQ(Ratio(-1, kLeast / -2), load("2", least));
+    EXPECT_EQ(kLeast, load(least, "1").numerator());
+    EXPECT_EQ(Ratio(kLeast / -2), load(least, "-2"));
+    EXPECT_EQ(Ratio(kMost, 2), load("9223372036854775807", "2"));
+    EXPECT_EQ(Ratio(-kMost), load("9223372036854775807", "-1"));
+    EXPECT_EQ(Ratio(1, kMost), load("1", "9223372036854775807"));
+    const std::string doesNotFit = "r: a rational whose reduced form does not fit 64 bits";
+    ExpectRefused(R"({"r":[-9223372036854775808,-1]})", doesNotFit);
+    ExpectRefused(R"({"r":[1,-9223372036854775808]})", doesNotFit);
+    ExpectRefused(R"({"r":[-3,-9223372036854775808]})", doesNotFit);
+    ExpectRefused(R"({"r":[-9223372036854775808,-3]})", doesNotFit);
+}
+
+TEST(PropertySerializer, KeepsRationalsAtTheLimits)
+{
+    for (const Ratio& ratio : {Ratio(kLeast), Ratio(kMost), Ratio(1, kMost), Ratio(kLeast, kMost)})
+    {
+        const Property record("r", ratio);
+        EXPECT_EQ(record, Load(Save(record)));
+    }
+}
+
+TEST(PropertySerializer, RefusesAZeroDenominator)
+{
+    ExpectRefused(R"({"r":[1,0]})", "r: a rational with the denominator 0");
+    ExpectRefused(R"({"r":[0,0]})", "r: a rational with the denominator 0");
+}
+
+TEST(PropertySerializer, RefusesRationalsOfAnythingButIntegers)
+{
+    const std::string expected = "r: expected two 64-bit integers, found ";
+    ExpectRefused(R"({"r":[1.5,2]})", expected + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"r":[1,2e0]})", expected + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"r":[9223372036854775808,2]})", expected + "an integer beyond 64 bits signed");
+    ExpectRefused(R"({"r":[1,"2"]})", expected + "a string");
+    ExpectRefused(R"({"r":[null,2]})", expected + "null");
+}
+
+TEST(PropertySerializer, RefusesWhatIsNoRecord)
+{
+    ExpectRefused("true", "record: " + kRecord + "true");
+    ExpectRefused("5", "record: " + kRecord + "an integer");
+    ExpectRefused("1.5", "record: " + kRecord + "a number that is no 64-bit integer");
+    ExpectRefused(R"("text")", "record: " + kRecord + "a string");
+    ExpectRefused("[]", "record: " + kRecord + "an array");
+    ExpectRefused("{}", "record: " + kRecord + "an object with 0 members");
+    ExpectRefused(R"({"a":1,"b":2})", "record: " + kRecord + "an object with 2 members");
+}
+
+TEST(PropertySerializer, RefusesValuesThatAPropertyCannotHold)
+{
+    ExpectRefused(R"({"a":true})", "a: " + kKinds + "true");
+    ExpectRefused(R"({"a":false})", "a: " + kKinds + "false");
+    ExpectRefused(R"({"a":1.5})", "a: " + kKinds + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"a":1.0})", "a: " + kKinds + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"a":1e2})", "a: " + kKinds + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"a":9223372036854775808})", "a: " + kKinds + "an integer beyond 64 bits signed");
+    ExpectRefused(R"({"a":18446744073709551615})", "a: " + kKinds + "an integer beyond 64 bits signed");
+    ExpectRefused(R"({"a":18446744073709551616})", "a: " + kKinds + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"a":-9223372036854775809})", "a: " + kKinds + "a number that is no 64-bit integer");
+}
+
+TEST(PropertySerializer, RefusesOtherArrays)
+{
+    ExpectRefused(R"({"a":[1]})", "a[0]: " + kRecord + "an integer");
+    ExpectRefused(R"({"a":[1,2,3]})", "a[0]: " + kRecord + "an integer");
+    ExpectRefused(R"({"a":[{"x":1},{"x":1,"y":2}]})", "a[1]: " + kRecord + "an object with 2 members");
+    ExpectRefused(R"({"a":[{"x":1},{}]})", "a[1]: " + kRecord + "an object with 0 members");
+    ExpectRefused(R"({"a":["x","y"]})", "a[0]: " + kRecord + "a string");
+    ExpectRefused(R"({"a":[null]})", "a[0]: " + kRecord + "null");
+    ExpectRefused(R"({"a":[[1,2]]})", "a[0]: " + kRecord + "an array");
+}
+
+TEST(PropertySerializer, SaysTheWayToThePlace)
+{
+    ExpectRefused(R"({"data":{"source":{"ok":1,"bitrate":1.5}}})",
+                  "data.source.bitrate: " + kKinds + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"data":{"inputs":[{"x":1},{"x":2},{"x":{"bitrate":true}}]}})",
+                  "data.inputs[2].x.bitrate: " + kKinds + "true");
+    ExpectRefused(R"({"":{"":true}})", ".: " + kKinds + "true");
+    ExpectRefused(R"({"":true})", "record: " + kKinds + "true");
+}
+
+TEST(PropertySerializer, Takes512NestedGroupsAndNotOneMore)
+{
+    EXPECT_EQ(Nested(512, true), Load(Save(Nested(512, true))));
+    EXPECT_EQ(Nested(512, false), Load(Save(Nested(512, false))));
+    for (const bool withLeaf : {true, false})
+    {
+        rapidjson::Document document;
+        document.SetInt(7);
+        const Property tooDeep = Nested(513, withLeaf);
+        const Thrown thrown = ExpectThrow<PropertyException>(
+            [&] { PropertySerializer::Save(tooDeep, document, document.GetAllocator()); });
+        EXPECT_EQ("g: groups are nested deeper than 512", thrown.description);
+        EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
+        EXPECT_NE(std::string::npos, thrown.function.value_or("").find("PropertySerializer::Save("))
+            << thrown.function.value_or("");
+        EXPECT_EQ(7, document.GetInt());
+    }
+}
+
+TEST(PropertySerializer, LoadCountsGroupsLikeSave)
+{
+    const std::string path = Repeated(512, "g.") + "g";
+    const auto objects = [](int count, const std::string& innermost) {
+        return Repeated(count, R"({"g":)") + innermost + Repeated(count, "}");
+    };
+    EXPECT_EQ(Nested(512, false), Load(objects(512, "{}")));
+    EXPECT_EQ(Nested(512, false), Load(objects(512, "[]")));
+    EXPECT_EQ(Nested(512, true), Load(objects(512, R"({"n":1})")));
+    ExpectRefused(objects(513, "{}"), path + ": groups are nested deeper than 512");
+    ExpectRefused(objects(513, "[]"), path + ": groups are nested deeper than 512");
+    ExpectRefused(objects(513, R"({"n":1})"), path + ": groups are nested deeper than 512");
+    Property arrays = Load(Repeated(512, R"({"g":[)") + Repeated(512, "]}"));
+    EXPECT_EQ(Nested(512, false), arrays);
+    const std::string tooDeep = Repeated(513, R"({"g":[)") + Repeated(513, "]}");
+    ExpectRefused(tooDeep, Repeated(512, "g[0].") + "g: groups are nested deeper than 512");
+}
+
+TEST(PropertySerializer, LoadsAValueInsideADocument)
+{
+    rapidjson::Document document = Parse(R"({"records":[{"a":1},{"b":"x"}]})");
+    Property property("x");
+    PropertySerializer::Load(property, document["records"][1]);
+    EXPECT_EQ(Property("b", "x"), property);
+}
+
+TEST(PropertyEvents, WritesARecordStraightToAWriter)
+{
+    Property record("g");
+    record.CreateChildT("n", 5LL);
+    record.CreateChildT("r", Ratio(1, 2));
+    record.Add(Property::None("x"));
+    record.Add(Property("x", "text"));
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    PropertyEvents(writer, false).Record(record);
+    EXPECT_TRUE(writer.IsComplete());
+    EXPECT_STREQ(R"({"g":[{"n":5},{"r":[1,2]},{"x":null},{"x":"text"}]})", buffer.GetString());
+    EXPECT_EQ(record, Load(buffer.GetString()));
+}
+
+TEST(CheckDepth, CountsTheWrappers)
+{
+    EXPECT_NO_THROW(CheckDepth(Nested(512, true), 0));
+    EXPECT_NO_THROW(CheckDepth(Nested(511, true), 1));
+    EXPECT_NO_THROW(CheckDepth(Property("n", 1), 512));
+    const Thrown thrown = ExpectThrow<PropertyException>([] { CheckDepth(Nested(512, true), 1); });
+    EXPECT_EQ("g: groups are nested deeper than 512", thrown.description);
+    EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
+}
+
+} // namespace Zelnor::Core
