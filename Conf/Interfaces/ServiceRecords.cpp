@@ -12,9 +12,6 @@ namespace Zelnor::Conf
 namespace details
 {
 
-namespace
-{
-
 const SampleFmtRecord s_sampleFormatRecords[] = {
 #define ZELNOR_SAMPLE_FORMAT(name, value, bitsPerSample, planar, counterpart)                                \
     {name, bitsPerSample, #name, planar, counterpart},
@@ -33,7 +30,8 @@ static_assert(std::size(s_layoutRecords) == 28);
 /// when there is none.
 /// kept: the flag, which nothing reads, because the signature is recorded in every error that leaves here
 template <class T, class Functor>
-const T* FindRecord(const T* records, std::size_t count, const Functor& match, bool, const char* message)
+static const T* FindRecord(const T* records, std::size_t count, const Functor& match, bool,
+                           const char* message)
 {
     for (std::size_t i = 0; i < count; ++i)
     {
@@ -45,8 +43,6 @@ const T* FindRecord(const T* records, std::size_t count, const Functor& match, b
     // The line is part of the contract with the product's error reports.
     ZELNOR_THROW_AT_LINE(68, FormatException() << TagDescription(message));
 }
-
-} // namespace
 
 } // namespace details
 
