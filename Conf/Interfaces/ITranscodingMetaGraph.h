@@ -76,16 +76,31 @@ public:
     /// largest identifier read.
     NodeId GetNodesCount() const;
 
-    /// Adds the nodes and links of a JSON document. The counters start from 0 again; node identifiers are
-    /// kept, links get new ones. Meant for a new graph. What was added before a failure stays. \throw BadJson
-    /// (what is wrong); LinkExists, NodeNotFound for its links; Core::PropertyException for its records;
-    ///        Core::CoreException from `in`
+    /// Adds the nodes and links of a JSON document to what the graph holds; meant for a new graph. Both
+    /// counters start from 0 again. Nodes keep their identifiers, of which the first one is meant when
+    /// several are equal; a link gets the identifier after the largest one read, so a document's links 1, 2,
+    /// 3 become 2, 3, 4. What was added before a failure stays.
+    ///
+    /// \throw BadJson (what is wrong) "The root node must be an object.", also for what is no JSON at all;
+    /// "The
+    ///        root object must have two nested arrays named vertices and edges"; "vertices[3] must be an
+    ///        object, found a string"
+    /// \throw NodeNotFound, LinkExists for the document's links
+    /// \throw ProfileException "No stream is given"; "No identifier is left" for its links
+    /// \throw Core::PropertyException for its records
+    /// \throw Core::CoreException from `in`
     void Load(boost::intrusive_ptr<Core::IDataInput> in);
-    /// Writes the graph as one JSON document.
-    /// \throw Core::PropertyException when a record is nested too deep, before anything is written;
-    ///        Core::CoreException from `out`
+    /// Writes the graph as one JSON document, without blanks. A record is left out when it has no value, or
+    /// when it is a group with neither name nor children.
+    ///
+    /// \throw Core::PropertyException when a record is nested deeper than 511 groups, before anything is
+    /// written \throw ProfileException "No stream is given" \throw Core::CoreException from `out`
     void Save(boost::intrusive_ptr<Core::IDataOutput> out) const;
-    /// Draws the graph in Graphviz's language, with the records as labels, in one write.
+    /// Draws the graph in Graphviz's language, with the records as labels, in one write. Nodes are named by
+    /// their positions; their identifiers stand in the labels.
+    ///
+    /// \throw ProfileException "No stream is given"
+    /// \throw Core::CoreException from `out`
     void SaveInToDot(boost::intrusive_ptr<Core::IDataOutput> out) const;
 
     /// The record of a stream that follows the stream `index`.
@@ -94,14 +109,17 @@ public:
     static Core::Property MakeInFileDescription(const ioPath& path);
     /// The record of a target file: the preset's record without its streams, with the path.
     /// \param losslessDvd  makes the container DVD, whatever the preset says, and logs that
-    /// \throw Core::MethodIsNotApplicable when the preset's record is no group; std::invalid_argument "preset
-    /// is NULL"
+    /// \throw Core::MethodIsNotApplicable when the preset's record is no group
+    /// \throw std::invalid_argument "preset is NULL"
     static Core::Property MakeOutFileDescription(const boost::intrusive_ptr<const IPreset>& preset,
                                                  const ioPath& path, bool losslessDvd);
     /// The record of the stream `index` of a source file.
     static Core::Property MakeRawStreamDescription(unsigned int index);
-    /// Adds to `target` that the stream `index` is merged into it with `settings`.
-    /// \throw Core::MethodIsNotApplicable when `target` is no group; it stays as it was
+    /// Adds to `target` that the stream `index` is merged into it with `settings`, which may be a part of
+    /// `target`. Entries come in the order of the calls; nothing keeps an index from being added twice.
+    /// \throw Core::MethodIsNotApplicable when `target` is no group, or its list of entries is none; it stays
+    /// as
+    ///        it was
     static void AddSlaveStreamIndex(Core::Property& target, const Core::Property& settings,
                                     unsigned int index);
 
