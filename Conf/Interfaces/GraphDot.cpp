@@ -2,8 +2,8 @@
 
 #include "Core/Interfaces/PrintPropertyValue.h"
 
-#include <locale>
 #include <sstream>
+#include <string>
 
 namespace Zelnor::Conf
 {
@@ -11,39 +11,72 @@ namespace Zelnor::Conf
 namespace
 {
 
+using Core::Property;
+
 /// Whether the record says nothing: what is left of an empty one that was saved and loaded.
-bool IsTrivial(const Core::Property& record, std::string_view emptyName)
+bool IsTrivial(const Property& record, std::string_view emptyName)
 {
     return record.GetType() == PROPERTY_TYPE_GROUP && record.Count() == 0 && record.GetName() == emptyName;
 }
 
+/// Graphviz refuses a quoted text of more than 16,384 bytes without an escape in it. It drops an escaped line
+/// break, so these may stand wherever needed.
+void AppendBroken(const std::string& quoted, std::string& text)
+{
+    constexpr std::size_t kLongest = 8192;
+    if (quoted.size() < kLongest)
+    {
+        text += quoted;
+        return;
+    }
+    std::size_t length = 0;
+    for (const char c : quoted)
+    {
+        const bool beginsCharacter = (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
+        if (length >= kLongest && beginsCharacter)
+        {
+            text += "\\\n";
+            length = 0;
+        }
+        text += c;
+        length = c == '\\' ? 0 : length + 1;
+    }
+}
+
+/// The printed record is escaped already.
+void AppendRecord(const Property& record, std::string& text)
+{
+    std::ostringstream os;
+    Core::PrintPropertyValue(record, 0, os, true, true);
+    AppendBroken(os.str(), text);
+}
+
 } // namespace
+
+// Numbers go through std::to_string, which no locale changes. A node's name is a number, so it needs no
+// quotes.
 
 void ITranscodingMetaGraph::GrahpImpl::SaveInToDot(Core::IDataOutput& out) const
 {
-    std::ostringstream os;
-    os.imbue(std::locale::classic());
-    os << "digraph G {\n";
+    std::string text = "digraph G {\n";
     for (const auto& node : m_nodes)
     {
-        // A position is all digits, so it may stand without quotes. Printed records are escaped already.
-        os << node->position << "[label=\"Node Id: " << node->meta.id << '\n';
-        Core::PrintPropertyValue(node->meta.data, 0, os, true, true);
-        os << "\"];\n";
+        text += std::to_string(node->position) + "[label=\"Node Id: " + std::to_string(node->meta.id) + '\n';
+        AppendRecord(node->meta.data, text);
+        text += "\"];\n";
     }
     for (const Link& link : m_links)
     {
-        os << link.source->position << "->" << link.target->position << ' ';
+        text += std::to_string(link.source->position) + "->" + std::to_string(link.target->position) + ' ';
         if (!IsTrivial(link.meta.data, DATA))
         {
-            os << "[label=\"";
-            Core::PrintPropertyValue(link.meta.data, 0, os, true, true);
-            os << "\"]";
+            text += "[label=\"";
+            AppendRecord(link.meta.data, text);
+            text += "\"]";
         }
-        os << ";\n";
+        text += ";\n";
     }
-    os << "}\n";
-    const std::string text = os.str();
+    text += "}\n";
     out.Write(text.data(), text.size());
 }
 

@@ -81,10 +81,9 @@ public:
     /// several are equal; a link gets the identifier after the largest one read, so a document's links 1, 2,
     /// 3 become 2, 3, 4. What was added before a failure stays.
     ///
-    /// \throw BadJson (what is wrong) "The root node must be an object.", also for what is no JSON at all;
-    /// "The
-    ///        root object must have two nested arrays named vertices and edges"; "vertices[3] must be an
-    ///        object, found a string"
+    /// \throw BadJson "The root node must be an object.", also for what is no JSON at all
+    /// \throw BadJson "The root object must have two nested arrays named vertices and edges"
+    /// \throw BadJson "vertices[3] must be an object, found a string", for example
     /// \throw NodeNotFound, LinkExists for the document's links
     /// \throw ProfileException "No stream is given"; "No identifier is left" for its links
     /// \throw Core::PropertyException for its records
@@ -93,8 +92,9 @@ public:
     /// Writes the graph as one JSON document, without blanks. A record is left out when it has no value, or
     /// when it is a group with neither name nor children.
     ///
-    /// \throw Core::PropertyException when a record is nested deeper than 511 groups, before anything is
-    /// written \throw ProfileException "No stream is given" \throw Core::CoreException from `out`
+    /// \throw Core::PropertyException when a record has more than 511 levels; nothing is written then
+    /// \throw ProfileException "No stream is given"
+    /// \throw Core::CoreException from `out`
     void Save(boost::intrusive_ptr<Core::IDataOutput> out) const;
     /// Draws the graph in Graphviz's language, with the records as labels, in one write. Nodes are named by
     /// their positions; their identifiers stand in the labels.
@@ -117,9 +117,7 @@ public:
     static Core::Property MakeRawStreamDescription(unsigned int index);
     /// Adds to `target` that the stream `index` is merged into it with `settings`, which may be a part of
     /// `target`. Entries come in the order of the calls; nothing keeps an index from being added twice.
-    /// \throw Core::MethodIsNotApplicable when `target` is no group, or its list of entries is none; it stays
-    /// as
-    ///        it was
+    /// \throw Core::MethodIsNotApplicable when `target`, or its list, is no group; `target` stays as it was
     static void AddSlaveStreamIndex(Core::Property& target, const Core::Property& settings,
                                     unsigned int index);
 
