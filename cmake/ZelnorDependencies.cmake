@@ -7,3 +7,6 @@ find_package(glog REQUIRED GLOBAL)
 find_path(ZELNOR_RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 find_path(ZELNOR_AVCODEC_INCLUDE_DIR libavcodec/avcodec.h REQUIRED)
 mark_as_advanced(ZELNOR_RAPIDJSON_INCLUDE_DIR ZELNOR_AVCODEC_INCLUDE_DIR)
+include(ZelnorFFmpeg)
+zelnor_ffmpeg_codecs("${ZELNOR_AVCODEC_INCLUDE_DIR}"
+                     "${ZELNOR_GENERATED_DIR}/Conf/Interfaces/Vocabulary/FFmpegCodecs.h")
