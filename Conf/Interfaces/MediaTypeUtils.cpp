@@ -1,0 +1,171 @@
+#include "Conf/Interfaces/MediaTypeUtils.h"
+
+#include "Core/Interfaces/Exception.h"
+
+#include <algorithm>
+#include <iterator>
+#include <locale>
+#include <stdexcept>
+#include <string_view>
+
+namespace Zelnor::Conf
+{
+
+namespace
+{
+
+struct Group
+{
+    const std::string* name;
+    IFormatFile::MediaType mediaType;
+    /// Separated by semicolons.
+    std::string_view extensions;
+    std::string_view tip = {};
+};
+
+// kept: "asf", "nut", "vc1" and "mtv" stand twice.
+constexpr std::string_view kAllVideo =
+    "3gp;3g2;3gp2;3g2p;3gpp;asf;avi;avs;amv;mtv;cavs;bik;bnk;cdg;dv;dv1394;sxa;dvr-ms;dpg;ea;ffm;film;"
+    "film_cpk;flm;flc;flh;fli;flt;flx;flv;f4v;gxf;h261;h263;h264;m4v;mkm;mkv;mj2;mjpg;mov;qt;mp4;ifo;"
+    "vob;mpg;mpeg;mpe;m2p;m1v;m2v;m2s;m2t;m2ts;mts;ml20;mxf;nc;nsv;nut;nuv;ogm;ogv;rva;r3d;rax;rm;ram;"
+    "rms;rmvb;rmx;ivr;rpl;rtsp;sdp;smk;swf;thp;ts;tod;vc1;vfw;vro;wmv;asf;m4b;m4r;mpeg3;mpc;mp+;nut;wv;"
+    "wm;wmvhd;xa;mtv;mvi;trp;mxg;thd;wtv;webm;rec;vc-1;vc1;wpg;mod;divx;xvid";
+
+constexpr std::string_view kAllAudio =
+    "au;aif;aiff;aifc;aac;ac3;adts;alaw;amr;apc;ape;caf;dts;gsd;gsm;flac;mka;mlp;mmf;m4a;m4b;m4r;mp1;"
+    "mp2;mp3;mpeg3;mpc;mp+;m2a;nut;ogg;oma;qcp;ra;rmj;shn;snd;tta;voc;w64;wav;wma;xa";
+
+/// In the order of a file dialog.
+constexpr Group kGroups[] = {
+    {&IFormatFile::GROUP_ALL_FILES, IFormatFile::MEDIA_ALL, "*", "*.*"},
+    {&IFormatFile::GROUP_ALL_VIDEO, IFormatFile::MEDIA_VIDEO, kAllVideo, "*.mp4;*.avi;*.mpeg;*.flv;..."},
+    {&IFormatFile::GROUP_AVI, IFormatFile::MEDIA_VIDEO, "avi"},
+    {&IFormatFile::GROUP_MP4, IFormatFile::MEDIA_VIDEO, "mp4;m4v;mpeg4"},
+    {&IFormatFile::GROUP_MPEG, IFormatFile::MEDIA_VIDEO, "mpg;mpeg;mp2;mp3;mod"},
+    {&IFormatFile::GROUP_WMV, IFormatFile::MEDIA_VIDEO, "wmv;asf;wm;wmvhd"},
+    {&IFormatFile::GROUP_3GP, IFormatFile::MEDIA_VIDEO, "3gp;3g2;3gpp;3gp2"},
+    {&IFormatFile::GROUP_DVD, IFormatFile::MEDIA_VIDEO, "ifo;vob;vro"},
+    {&IFormatFile::GROUP_RM, IFormatFile::MEDIA_VIDEO, "rm;rmvb;rv;ivr"},
+    {&IFormatFile::GROUP_QUICKTIME, IFormatFile::MEDIA_VIDEO, "mov;qt;mp4;m4v;m4b"},
+    {&IFormatFile::GROUP_FLASH, IFormatFile::MEDIA_VIDEO, "flv"},
+    {&IFormatFile::GROUP_HD, IFormatFile::MEDIA_VIDEO, "tod;m2ts;m2t;mts"},
+    {&IFormatFile::GROUP_MKV, IFormatFile::MEDIA_VIDEO, "mkv"},
+    {&IFormatFile::GROUP_WEBM, IFormatFile::MEDIA_VIDEO, "webm;ogg;ogv"},
+    {&IFormatFile::GROUP_ALL_AUDIO, IFormatFile::MEDIA_AUDIO, kAllAudio, "*.mp3;*.flac;*.wav;..."},
+    {&IFormatFile::GROUP_MP3, IFormatFile::MEDIA_AUDIO, "mp3"},
+    {&IFormatFile::GROUP_WAV, IFormatFile::MEDIA_AUDIO, "wav;pcm"},
+    {&IFormatFile::GROUP_WMA, IFormatFile::MEDIA_AUDIO, "wma"},
+    {&IFormatFile::GROUP_FLAC, IFormatFile::MEDIA_AUDIO, "flac"},
+    {&IFormatFile::GROUP_AC3, IFormatFile::MEDIA_AUDIO, "ac3"},
+    {&IFormatFile::GROUP_AAC, IFormatFile::MEDIA_AUDIO, "aac"},
+    {&IFormatFile::GROUP_M4A, IFormatFile::MEDIA_AUDIO, "m4a;m4r;alac"},
+    {&IFormatFile::GROUP_OGG, IFormatFile::MEDIA_AUDIO, "ogg"},
+    {&IFormatFile::GROUP_AMR, IFormatFile::MEDIA_AUDIO, "amr;amr-nb;amr-wb"},
+    {&IFormatFile::GROUP_ALL_SUBTITLES, IFormatFile::MEDIA_SUBTITLES, "aas;ass;srt;ssa"},
+    {&IFormatFile::GROUP_ALL_IMAGES, IFormatFile::MEDIA_IMAGES,
+     "bmp;dpx;gif;jpg;jpeg;jpe;jfif;jif;jp2;j2p;pbm;pcx;pgm;ppm;pnm;png;ras;tga;tiff;tif;xbm",
+     "*.jpeg;*.png;*.bmp;..."},
+};
+
+/// A group that has extensions, but that a file dialog does not offer.
+constexpr Group kOther = {&IFormatFile::GROUP_OTHER, IFormatFile::MEDIA_ALL, "dat;mrec"};
+
+struct Container
+{
+    const std::string* name;
+    std::string_view extension;
+};
+
+constexpr Container kContainers[] = {
+    {&IFormatFile::FORMAT_MP4, "mp4"},        {&IFormatFile::FORMAT_M4A, "m4a"},
+    {&IFormatFile::FORMAT_PSP, "mp4"},  // kept: a profile of MP4
+    {&IFormatFile::FORMAT_IPOD, "mp4"}, // kept: a profile of MP4
+    {&IFormatFile::FORMAT_AVI, "avi"},        {&IFormatFile::FORMAT_MATROSKA, "mkv"},
+    {&IFormatFile::FORMAT_MPEG, "mpg"},       {&IFormatFile::FORMAT_MPEG1VIDEO, "mpg"},
+    {&IFormatFile::FORMAT_MPEG2VIDEO, "mpg"}, {&IFormatFile::FORMAT_VOB, "mpg"}, // kept: not "vob"
+    {&IFormatFile::FORMAT_DVD, "vob"},                                           // kept: not "mpg"
+    {&IFormatFile::FORMAT_OGV, "ogv"},        {&IFormatFile::FORMAT_WEBM, "webm"},
+    {&IFormatFile::FORMAT_MP3, "mp3"},        {&IFormatFile::FORMAT_MOV, "mov"},
+    {&IFormatFile::FORMAT_MPEGTS, "mts"},     {&IFormatFile::FORMAT_MPEG2TS, "m2ts"},
+    {&IFormatFile::FORMAT_FLV, "flv"},        {&IFormatFile::FORMAT_3GP, "3gp"},
+    {&IFormatFile::FORMAT_3G2, "3g2"},        {&IFormatFile::FORMAT_SWF, "swf"},
+    {&IFormatFile::FORMAT_AAC, "aac"},        {&IFormatFile::FORMAT_OGG, "ogg"},
+    {&IFormatFile::FORMAT_FLAC, "flac"},      {&IFormatFile::FORMAT_WAV, "wav"},
+    {&IFormatFile::FORMAT_WMA, "wma"},        {&IFormatFile::FORMAT_WMV, "wmv"},
+    {&IFormatFile::FORMAT_ASF, "wmv"}, // kept: not "asf"
+    {&IFormatFile::FORMAT_IMAGE2, "jpg"},     {&IFormatFile::FORMAT_BMP, "bmp"},
+    {&IFormatFile::FORMAT_GIF, "gif"},        {&IFormatFile::FORMAT_PNG, "png"},
+    {&IFormatFile::FORMAT_TIFF, "tiff"},      {&IFormatFile::FORMAT_DPX, "dpx"},
+    {&IFormatFile::FORMAT_JPEG2000, "j2k"},   {&IFormatFile::FORMAT_PBM, "pbm"},
+    {&IFormatFile::FORMAT_PCX, "pcx"},        {&IFormatFile::FORMAT_PGM, "pgm"},
+    {&IFormatFile::FORMAT_PPM, "ppm"},        {&IFormatFile::FORMAT_TARGA, "tga"},
+    {&IFormatFile::FORMAT_XBM, "xbm"},        {&IFormatFile::FORMAT_JPEGLS, "jls"},
+    {&IFormatFile::FORMAT_PAM, "pam"},        {&IFormatFile::FORMAT_PGMYUV, "pgm"},
+    {&IFormatFile::FORMAT_SGI, "sgi"},        {&IFormatFile::FORMAT_XWD, "xwd"},
+};
+
+const Group* FindGroup(const std::string& groupId)
+{
+    const auto found = std::find_if(std::begin(kGroups), std::end(kGroups),
+                                    [&](const Group& group) { return *group.name == groupId; });
+    if (found != std::end(kGroups))
+    {
+        return found;
+    }
+    return groupId == *kOther.name ? &kOther : nullptr;
+}
+
+} // namespace
+
+std::vector<std::pair<IFormatFile::MediaType, std::string>> GetSupportedFormats()
+{
+    std::vector<std::pair<IFormatFile::MediaType, std::string>> formats;
+    formats.reserve(std::size(kGroups));
+    for (const Group& group : kGroups)
+    {
+        formats.emplace_back(group.mediaType, *group.name);
+    }
+    return formats;
+}
+
+std::vector<std::string> GetSupportedFormatExtensions(const std::string& groupId)
+{
+    const Group* const group = FindGroup(groupId);
+    if (group == nullptr)
+    {
+        ZELNOR_THROW(std::invalid_argument("Unknown group id"));
+    }
+    const std::string_view list = group->extensions;
+    std::vector<std::string> extensions;
+    extensions.reserve(static_cast<std::size_t>(std::count(list.begin(), list.end(), ';')) + 1);
+    for (std::size_t begin = 0; begin <= list.size();)
+    {
+        const std::size_t end = std::min(list.find(';', begin), list.size());
+        extensions.emplace_back(list.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return extensions;
+}
+
+std::string GetFormatExtentionTip(const std::string& groupId)
+{
+    const Group* const group = FindGroup(groupId);
+    return group == nullptr ? std::string() : std::string(group->tip);
+}
+
+std::string GetDefaultFileExtensionForContainer(const std::string& containerName)
+{
+    std::string name = containerName;
+    const std::locale global;
+    std::use_facet<std::ctype<char>>(global).tolower(name.data(), name.data() + name.size());
+    for (const Container& container : kContainers)
+    {
+        if (*container.name == name)
+        {
+            return std::string(container.extension);
+        }
+    }
+    ZELNOR_THROW(std::invalid_argument("Unknown media container name: " + containerName));
+}
+
+} // namespace Zelnor::Conf
