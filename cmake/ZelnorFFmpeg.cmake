@@ -35,8 +35,8 @@ function(zelnor_ffmpeg_codecs include_dir header)
 extern \"C\" {\n#include <@source@>\n}\n
 @rows@"
     @ONLY)
-  string(REPLACE ";" " " missing "${missing}")
-  message(STATUS "FFmpeg codec identifiers: ${include_dir}/${source}, without: ${missing}")
+  list(JOIN missing ", " missing)
+  message(STATUS "FFmpeg codec identifiers: ${include_dir}/${source}, missing: [${missing}]")
 endfunction()
 
 # The identifiers that the rows of the codec lists name. AV_CODEC_ID_NONE is taken for granted.
