@@ -1,0 +1,91 @@
+#include "Tools/zconf/CommandLine.h"
+
+#include "Tools/zconf/Commands.h"
+#include "Tools/zconf/Errors.h"
+#include "Tools/zconf/Output.h"
+
+#include <string>
+#include <utility>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+/// "zconf job new": the command as far as it was understood.
+std::string CommandPath(const CLI::App& app)
+{
+    std::string path = app.get_name();
+    const CLI::App* command = &app;
+    while (!command->get_subcommands().empty())
+    {
+        command = command->get_subcommands().front();
+        path += " " + command->get_name();
+    }
+    return path;
+}
+
+void AddVersion(CLI::App& app) { app.set_version_flag("--version", "zconf " ZCONF_VERSION); }
+
+} // namespace
+
+CLI::App* AddCommand(CLI::App& parent, const std::string& name, const std::string& description)
+{
+    CLI::App* const command = parent.add_subcommand(name, description);
+    AddVersion(*command);
+    return command;
+}
+
+CLI::App* AddCommandGroup(CLI::App& parent, const std::string& name, const std::string& description)
+{
+    CLI::App* const group = AddCommand(parent, name, description);
+    group->require_subcommand(1);
+    return group;
+}
+
+void OnRun(CLI::App& command, std::function<int()> run)
+{
+    command.callback([run = std::move(run)] {
+        const int code = run();
+        if (code != kExitSuccess)
+        {
+            throw CLI::RuntimeError(code);
+        }
+    });
+}
+
+int RunCommandLine(int argc, char** argv)
+{
+    CLI::App app("Transcoding jobs: make them, look at them, check and draw them.", "zconf");
+    AddVersion(app);
+    app.require_subcommand(1);
+    AddAllCommands(app);
+    app.footer("A file named \"-\" is standard input or standard output.\n"
+               "Exit codes: 0 done, 1 the answer is no, 2 failed.");
+    try
+    {
+        app.parse(argc, argv);
+        return kExitSuccess;
+    }
+    catch (const CLI::RuntimeError& result)
+    {
+        return result.get_exit_code();
+    }
+    catch (const CLI::CallForHelp&)
+    {
+        WriteText(app.help());
+        return kExitSuccess;
+    }
+    catch (const CLI::CallForVersion& version)
+    {
+        WriteText(std::string(version.what()) + "\n");
+        return kExitSuccess;
+    }
+    catch (const CLI::ParseError& error)
+    {
+        throw ToolError(std::string(error.what()) + " (see " + CommandPath(app) + " --help)");
+    }
+}
+
+} // namespace Zelnor::Tool

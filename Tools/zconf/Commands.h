@@ -1,0 +1,17 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+/// \file
+/// One function for each group of commands. A new group is a source of its own, a line here, and a line in
+/// `AddAllCommands`.
+
+namespace Zelnor::Tool
+{
+
+void AddAllCommands(CLI::App& app);
+
+/// job new, job show, job check, job draw
+void AddJobCommands(CLI::App& app);
+
+} // namespace Zelnor::Tool

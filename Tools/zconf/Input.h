@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Core/Interfaces/DataStream.h"
+
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+
+#include <rapidjson/document.h>
+
+#include <string>
+
+namespace Zelnor::Tool
+{
+
+/// How messages call the file `name`: "standard input" for "-".
+std::string InputName(const std::string& name);
+
+/// The whole file `name`, or standard input for "-".
+std::string ReadAll(const std::string& name);
+
+/// The text as a stream; it must outlive the stream.
+boost::intrusive_ptr<Core::IDataInput> MakeTextInput(const std::string& text);
+
+/// A parsed document, or why there is none.
+struct ParsedJson
+{
+    rapidjson::Document document;
+    /// "line 3, column 14: Invalid value."; empty when the text is JSON.
+    std::string fault;
+};
+
+/// Parses text of any size and depth.
+ParsedJson ParseJson(const std::string& text);
+
+} // namespace Zelnor::Tool

@@ -1,0 +1,90 @@
+#include "Tools/zconf/CommandLine.h"
+#include "Tools/zconf/Errors.h"
+#include "Tools/zconf/JobCommands.h"
+#include "Tools/zconf/JobFaults.h"
+#include "Tools/zconf/JsonOutput.h"
+#include "Tools/zconf/Output.h"
+#include "Tools/zconf/Terminal.h"
+#include "Tools/zconf/Text.h"
+
+#include <memory>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string job;
+    bool json = false;
+};
+
+void WriteJson(bool valid, const std::vector<JobFault>& faults)
+{
+    JsonOutput output;
+    JsonOutput::Writer& writer = output.GetWriter();
+    writer.StartObject();
+    output.Key("valid");
+    writer.Bool(valid);
+    output.Key("faults");
+    writer.StartArray();
+    for (const JobFault& fault : faults)
+    {
+        writer.StartObject();
+        output.Key("fault");
+        output.String(fault.Name());
+        output.Key("nodes");
+        writer.StartArray();
+        for (const std::vector<Conf::NodeId>& group : fault.groups)
+        {
+            output.Integers(group);
+        }
+        writer.EndArray();
+        writer.EndObject();
+    }
+    writer.EndArray();
+    writer.EndObject();
+    output.Finish();
+}
+
+void WriteVerdict(const JobFile& job, bool valid, const std::vector<JobFault>& faults)
+{
+    const Painter paint = Painter::ForStandardOutput();
+    std::string text = Printable(job.name) + ": " +
+                       (valid ? paint(Style::Good, "valid") : paint(Style::Bad, "not valid")) + ", " +
+                       Count(job.nodes.size(), "node") + " and " + Count(job.links.size(), "link") + "\n";
+    for (const JobFault& fault : faults)
+    {
+        text += "  " + fault.Sentence() + "\n";
+    }
+    WriteText(text);
+}
+
+int Run(const Options& options)
+{
+    const JobFile job = ReadJob(options.job);
+    const bool valid = job.graph->TopologyIsValid();
+    const std::vector<JobFault> faults = FindFaults(job);
+    if (valid != faults.empty())
+    {
+        throw ToolError(job.name + ": The reasons found contradict the verdict (please report this)");
+    }
+    options.json ? WriteJson(valid, faults) : WriteVerdict(job, valid, faults);
+    return valid ? kExitSuccess : kExitNo;
+}
+
+} // namespace
+
+void AddJobCheck(CLI::App& job)
+{
+    CLI::App* const command =
+        AddCommand(job, "check", "Tell whether a job can be run: exit code 0 if so, else 1 and every reason");
+    const auto options = std::make_shared<Options>();
+    command->add_option("JOB", options->job, "The job's document")->required();
+    command->add_flag("--json", options->json, "Answer for scripts");
+    OnRun(*command, [options] { return Run(*options); });
+}
+
+} // namespace Zelnor::Tool

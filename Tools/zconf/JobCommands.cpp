@@ -1,0 +1,16 @@
+#include "Tools/zconf/JobCommands.h"
+#include "Tools/zconf/CommandLine.h"
+#include "Tools/zconf/Commands.h"
+
+namespace Zelnor::Tool
+{
+
+void AddJobCommands(CLI::App& app)
+{
+    CLI::App* const job = AddCommandGroup(app, "job", "Show, check and draw transcoding jobs");
+    AddJobShow(*job);
+    AddJobCheck(*job);
+    AddJobDraw(*job);
+}
+
+} // namespace Zelnor::Tool

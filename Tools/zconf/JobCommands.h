@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace Zelnor::Tool
+{
+
+/// The commands below `job`, each in a source of its own.
+void AddJobShow(CLI::App& job);
+void AddJobCheck(CLI::App& job);
+void AddJobDraw(CLI::App& job);
+
+} // namespace Zelnor::Tool

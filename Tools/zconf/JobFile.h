@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
+
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Zelnor::Tool
+{
+
+/// A job that was read from a file, and what its document lists, in the document's order. Several nodes may
+/// have the same id; the graph then finds the first of them.
+struct JobFile
+{
+    using Link = std::pair<Conf::NodeId, Conf::NodeId>;
+
+    std::string name;
+    boost::intrusive_ptr<Conf::ITranscodingMetaGraph> graph;
+    std::vector<Conf::NodeId> nodes;
+    std::vector<Link> links;
+};
+
+/// \param name  a file, or "-" for standard input
+/// \throw ToolError, Core::CoreException; both name the file
+JobFile ReadJob(const std::string& name);
+
+} // namespace Zelnor::Tool
