@@ -7,7 +7,8 @@ namespace Zelnor::Tool
 
 void AddJobCommands(CLI::App& app)
 {
-    CLI::App* const job = AddCommandGroup(app, "job", "Show, check and draw transcoding jobs");
+    CLI::App* const job = AddCommandGroup(app, "job", "Make, show, check and draw transcoding jobs");
+    AddJobNew(*job);
     AddJobShow(*job);
     AddJobCheck(*job);
     AddJobDraw(*job);
