@@ -1,0 +1,148 @@
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
+
+#include "Tests/Support/Graphs.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+
+/// How many allocations still succeed; negative when none shall fail.
+thread_local long long s_allocationsLeft = -1;
+
+void* Allocate(std::size_t size)
+{
+    if (s_allocationsLeft == 0)
+    {
+        // Only one fails: what is done about it may need memory.
+        s_allocationsLeft = -1;
+        throw std::bad_alloc();
+    }
+    if (s_allocationsLeft > 0)
+    {
+        --s_allocationsLeft;
+    }
+    if (void* const memory = std::malloc(size == 0 ? 1 : size))
+    {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+} // namespace
+
+// For the whole test program, the libraries included.
+void* operator new(std::size_t size) { return Allocate(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace Zelnor::Conf
+{
+
+namespace
+{
+
+using namespace Zelnor::Testing;
+using Core::Property;
+
+/// Runs `action` with its first, second, ... allocation failing, until it succeeds. Expects that `graph` is
+/// unchanged by each failure. Returns the number of failures.
+template <class Action>
+int FailEveryAllocation(const ITranscodingMetaGraph& graph, Action&& action)
+{
+    const std::string before = JsonOf(graph);
+    const NodeId counter = graph.GetNodesCount();
+    for (int failures = 0;; ++failures)
+    {
+        s_allocationsLeft = failures;
+        try
+        {
+            action();
+            s_allocationsLeft = -1;
+            return failures;
+        }
+        catch (const std::bad_alloc&)
+        {
+            EXPECT_EQ(JsonOf(graph), before);
+            EXPECT_EQ(graph.GetNodesCount(), counter);
+        }
+    }
+}
+
+Property BigRecord()
+{
+    Property record("a name that is too long to be held in place");
+    record.SetChildT("a key that is too long to be held in place", std::string(100, 'x'));
+    record.SetChild("group").SetChildT("number", 1LL);
+    return record;
+}
+
+TEST(GraphMemory, ANodeIsAddedAsAWholeOrNotAtAll)
+{
+    const GraphPtr graph = GraphWithNodes(4);
+    EXPECT_GT(FailEveryAllocation(*graph, [&] { EXPECT_EQ(graph->AddNode(BigRecord()), 5); }), 5);
+    EXPECT_EQ((*graph)[5], BigRecord());
+    EXPECT_EQ(graph->GetNodesCount(), 5);
+}
+
+TEST(GraphMemory, ANodeThatBreaksTheOrderIsAddedAsAWholeOrNotAtAll)
+{
+    const GraphPtr graph = GraphWithNodes(4);
+    LoadInto(*graph, R"({"vertices":[],"edges":[]})");
+    // The counter begins anew, so this node's identifier is there already.
+    EXPECT_GT(FailEveryAllocation(*graph, [&] { EXPECT_EQ(graph->AddNode(BigRecord()), 1); }), 5);
+    EXPECT_EQ((*graph)[1], Property("n", 1LL));
+    EXPECT_GT(FailEveryAllocation(*graph, [&] { EXPECT_EQ(graph->AddNode(BigRecord()), 2); }), 5);
+    EXPECT_EQ((*graph)[2], Property("n", 2LL));
+    for (const NodeId id : {1, 2, 3, 4, 1})
+    {
+        graph->RemoveNode(id);
+    }
+    EXPECT_EQ((*graph)[2], BigRecord());
+    ExpectNodeNotFound(1, [&] { (*graph)[1]; });
+}
+
+TEST(GraphMemory, ALinkIsAddedAsAWholeOrNotAtAll)
+{
+    const GraphPtr graph = GraphWithNodes(3);
+    Link(*graph, {{1, 2}});
+    EXPECT_GT(FailEveryAllocation(*graph, [&] { EXPECT_EQ(graph->AddLink(1, 3, BigRecord()), 2); }), 5);
+    EXPECT_GT(FailEveryAllocation(*graph, [&] { EXPECT_EQ(graph->AddLink(3, 3, BigRecord()), 3); }), 5);
+    EXPECT_EQ(OutputsOf(*graph, 1), (Ids{2, 3}));
+    EXPECT_EQ(InputsOf(*graph, 3), (Ids{1, 3}));
+    EXPECT_EQ(graph->GetLink(1, 3), BigRecord());
+}
+
+TEST(GraphMemory, ASlaveStreamIsAddedAsAWholeOrNotAtAll)
+{
+    Property target("stream");
+    for (int call = 0; call < 2; ++call)
+    {
+        const Property before = target;
+        const Property settings = BigRecord();
+        int failures = 0;
+        for (bool done = false; !done; ++failures)
+        {
+            s_allocationsLeft = failures;
+            try
+            {
+                ITranscodingMetaGraph::AddSlaveStreamIndex(target, settings, 7);
+                s_allocationsLeft = -1;
+                done = true;
+            }
+            catch (const std::bad_alloc&)
+            {
+                EXPECT_EQ(target, before);
+            }
+        }
+        EXPECT_GT(failures, 5);
+    }
+    EXPECT_EQ(target["$$MERGE_WITH$$"].Count(), 2u);
+}
+
+} // namespace
+
+} // namespace Zelnor::Conf
