@@ -4,7 +4,7 @@ set -euo pipefail
 source=$1 prefix=$2 scratch=$3
 
 rm -rf "$scratch"
-cmake -S "$source/Tests/Package/consumer" -B "$scratch" -DCMAKE_PREFIX_PATH="$prefix" \
+cmake -G Ninja -S "$source/Tests/Package/consumer" -B "$scratch" -DCMAKE_PREFIX_PATH="$prefix" \
     -DCONSUMER_SOURCE="$source/Examples/road_of_a_job.cpp"
 cmake --build "$scratch"
 "$scratch/consumer" | diff "$source/Examples/road_of_a_job.txt" -
