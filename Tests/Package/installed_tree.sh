@@ -3,12 +3,18 @@
 set -euo pipefail
 source=$1 build=$2 prefix=$3
 
-missing=$(comm -23 \
-    <(cd "$source" && find Core/Interfaces Conf/Interfaces -name '*.h' -o -name '*.def' | sort) \
-    <(cd "$prefix/include/zelnor" && find . -type f -printf '%P\n' | sort))
-if [[ -n $missing ]]; then
-    echo "not installed:"
-    echo "$missing"
+# The headers that say of themselves that they are private, and no others, stay at home.
+public() {
+    cd "$source"
+    find Core/Interfaces Conf/Interfaces \( -name '*.h' -o -name '*.def' \) -print0 |
+        xargs -0 grep -LE '^// Private to the library'
+    if [[ -d $build/generated ]]; then
+        cd "$build/generated"
+        find . -type f -printf '%P\n'
+    fi
+}
+if ! diff <(public | sort) <(cd "$prefix/include/zelnor" && find . -type f -printf '%P\n' | sort); then
+    echo "what is installed is not what is public"
     exit 1
 fi
 if grep -rnF -e "$source" -e "$build" "$prefix"; then

@@ -4,7 +4,7 @@
 # change is meant, record it with
 #   Tests/Package/virtual_functions.sh <prefix> <scratch folder> > Tests/Package/virtual_functions.txt
 set -euo pipefail
-prefix=$1 scratch=$2 recorded=${3:-}
+prefix=$(realpath "$1") scratch=$2 recorded=${3:-}
 
 rm -rf "$scratch"
 mkdir -p "$scratch"
