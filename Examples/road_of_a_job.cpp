@@ -1,4 +1,6 @@
+#include "Conf/Interfaces/BitrateCalculator.h"
 #include "Conf/Interfaces/ConfException.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
 #include "Conf/Interfaces/IFormatFile.h"
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/PrintPropertyValue.h"
@@ -31,6 +33,8 @@ int main()
     const auto work = Graph::Create();
     work->Load(Core::MemoryDataInput::Create(document->GetData()));
     Core::PrintPropertyValue((*work)[to], 0, std::cout, true, true);
+    const long long bitrate = GetDefaultVideoBitrate(IFormatCodecVideo::CODEC_ID_H264, 1920, 1080, 25, 1);
+    std::cout << "at " << bitrate << " bit/s\n";
     try
     {
         work->GetLink(to, from);
