@@ -1,0 +1,124 @@
+#include "Core/Interfaces/CallStack.h"
+
+#include "Core/Interfaces/Property.h"
+
+#include "Tests/Support/Expect.h"
+#include "Tests/Support/Plugin.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Zelnor
+{
+
+namespace
+{
+
+using Testing::Plugin;
+
+std::vector<std::string> FramesOf(const std::string& stack)
+{
+    std::vector<std::string> frames;
+    std::istringstream lines(stack);
+    for (std::string line; std::getline(lines, line);)
+    {
+        frames.push_back(line);
+    }
+    return frames;
+}
+
+/// Whether the frame is "<function> + 0x<offset> (<library>)".
+void ExpectFrame(const std::string& frame, const std::string& function, const std::string& library)
+{
+    EXPECT_EQ(0u, frame.find(function + " + 0x")) << frame;
+    EXPECT_NE(std::string::npos, frame.find(" (" + library)) << frame;
+}
+
+// A frame of its own in the stack, and not the one behind which the call to the next function vanishes.
+[[gnu::noinline]] std::string Recurse(int depth)
+{
+    std::string stack = depth == 0 ? GetCallStack() : Recurse(depth - 1);
+    asm volatile("" : : "r"(&stack) : "memory");
+    return stack;
+}
+
+} // namespace
+
+TEST(CallStack, HasOneFrameALine)
+{
+    const std::string stack = GetCallStack();
+    ASSERT_FALSE(stack.empty());
+    EXPECT_EQ('\n', stack.back());
+    const std::vector<std::string> frames = FramesOf(stack);
+    EXPECT_GT(frames.size(), 3u);
+    for (const std::string& frame : frames)
+    {
+        EXPECT_NE(std::string::npos, frame.find("0x")) << frame;
+    }
+}
+
+TEST(CallStack, BeginsWithTheCallerAndNamesExportedFunctions)
+{
+    const Plugin plugin(ZELNOR_PLUGIN_FIRST);
+    const std::vector<std::string> frames = FramesOf(plugin.Stack());
+    ASSERT_GT(frames.size(), 2u);
+    ExpectFrame(frames[0], "First::StackOfPlugin[abi:cxx11]()", "libZelnorPluginFirst.so)");
+    ExpectFrame(frames[1], "ZelnorPluginStack", "libZelnorPluginFirst.so)");
+}
+
+TEST(CallStack, GivesLibraryAndOffsetWhereNoNameIsKnown)
+{
+    EXPECT_EQ(0u, GetCallStack().find("ZelnorCoreTests + 0x"));
+}
+
+TEST(CallStack, NamesTheFunctionWhoseLastInstructionThrows)
+{
+    // The call that throws does not return, so its return address may already be the next function's.
+    const auto thrown =
+        Testing::ExpectThrow<Core::PropertyException>([] { Core::Property("p", 1).GetRatio(); });
+    EXPECT_NE(std::string::npos,
+              thrown.callStack.value_or("").find("Zelnor::Core::Property::GetRatio() const &"))
+        << thrown.callStack.value_or("");
+}
+
+TEST(CallStack, ForgetsTheNamesOfAnUnloadedLibrary)
+{
+    const void* address = nullptr;
+    {
+        const Plugin plugin(ZELNOR_PLUGIN_FIRST);
+        address = plugin.Address();
+        EXPECT_NE(std::string::npos, plugin.Stack().find("First::StackOfPlugin"));
+    }
+    ASSERT_EQ(nullptr, ::dlopen(ZELNOR_PLUGIN_FIRST, RTLD_NOW | RTLD_NOLOAD)) << "it was unloaded";
+    const Plugin plugin(ZELNOR_PLUGIN_SECOND);
+    const std::string stack = plugin.Stack();
+    EXPECT_NE(std::string::npos, stack.find("Second::StackOfPlugin")) << stack;
+    EXPECT_EQ(std::string::npos, stack.find("First::")) << stack;
+    if (address != plugin.Address())
+    {
+        GTEST_SKIP() << "the system loaded the second library somewhere else";
+    }
+}
+
+TEST(CallStack, IsTheCallingThreads)
+{
+    std::string stack;
+    std::thread([&] { stack = GetCallStack(); }).join();
+    EXPECT_FALSE(stack.empty());
+    EXPECT_EQ(std::string::npos, stack.find("main"));
+}
+
+TEST(CallStack, OfADeepRecursionIsCutOff)
+{
+    const std::string stack = Recurse(10000);
+    EXPECT_EQ(63u, FramesOf(stack).size());
+    EXPECT_EQ(stack.substr(stack.find('\n')), Recurse(10000).substr(stack.find('\n')));
+}
+
+} // namespace Zelnor

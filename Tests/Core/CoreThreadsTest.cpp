@@ -1,0 +1,193 @@
+// What several threads may do at once.
+
+#include "Core/Interfaces/CallStack.h"
+#include "Core/Interfaces/DataStream.h"
+#include "Core/Interfaces/Property.h"
+#include "Core/Interfaces/RefCountImpl.h"
+
+#include "Tests/Support/Plugin.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace Zelnor
+{
+
+namespace
+{
+
+constexpr int kThreads = 4;
+
+/// Runs `action` with the thread's number in several threads, all beginning together.
+void InThreads(const std::function<void(int)>& action)
+{
+    std::atomic<int> waiting{kThreads};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+    {
+        threads.emplace_back([&, i] {
+            --waiting;
+            while (waiting != 0)
+            {
+                std::this_thread::yield();
+            }
+            action(i);
+        });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+}
+
+/// Throws and catches; \returns the call stack that came along.
+std::string StackOfAThrow()
+{
+    try
+    {
+        Core::Property("p")["absent"];
+    }
+    catch (const Core::PropertyException& e)
+    {
+        const std::string* const stack = boost::get_error_info<TagCallStack>(e);
+        return stack == nullptr ? "" : *stack;
+    }
+    return "";
+}
+
+/// Writes to itself without any lock, so that a missing order between the last holder and the others shows.
+class Written : public IRefCountable
+{
+public:
+    explicit Written(std::atomic<int>& destroyed, int& sum) : m_destroyed(destroyed), m_sum(sum) {}
+
+    int AddRef() const override { return m_references.AddRefImpl(); }
+    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
+    int Release() const override
+    {
+        const int count = m_references.ReleaseImpl();
+        if (count == 0)
+        {
+            delete this;
+        }
+        return count;
+    }
+
+    int slots[kThreads] = {};
+
+private:
+    ~Written() override
+    {
+        for (const int slot : slots)
+        {
+            m_sum += slot;
+        }
+        ++m_destroyed;
+    }
+
+    RefCountImpl m_references;
+    std::atomic<int>& m_destroyed;
+    int& m_sum;
+};
+
+} // namespace
+
+TEST(CoreThreads, CountReferencesTogether)
+{
+    const RefCountImpl count;
+    InThreads([&](int) {
+        for (int i = 0; i < 10000; ++i)
+        {
+            count.AddRefImpl();
+            count.AddRefImpl();
+            count.ReleaseImpl();
+        }
+    });
+    EXPECT_EQ(kThreads * 10000, count.GetRefCountImpl());
+}
+
+TEST(CoreThreads, TheLastHolderDestroysOnceAndSeesWhatTheOthersWrote)
+{
+    for (int round = 0; round < 200; ++round)
+    {
+        std::atomic<int> destroyed{0};
+        int sum = 0;
+        boost::intrusive_ptr<Written> object(new Written(destroyed, sum));
+        std::vector<boost::intrusive_ptr<Written>> holders(kThreads, object);
+        object.reset();
+        InThreads([&](int i) {
+            const auto index = static_cast<std::size_t>(i);
+            boost::intrusive_ptr<Written> mine = std::move(holders[index]);
+            mine->slots[index] = 1;
+            mine.reset();
+        });
+        EXPECT_EQ(1, destroyed);
+        EXPECT_EQ(kThreads, sum);
+    }
+}
+
+TEST(CoreThreads, GetTheirCallStacksAndThrowAtOnce)
+{
+    std::atomic<int> wrong{0};
+    InThreads([&](int) {
+        for (int i = 0; i < 200; ++i)
+        {
+            wrong += GetCallStack().empty() ? 1 : 0;
+            wrong += StackOfAThrow().find("Property::operator[]") == std::string::npos ? 1 : 0;
+        }
+    });
+    EXPECT_EQ(0, wrong);
+}
+
+TEST(CoreThreads, ThrowWhileALibraryThatThrowsIsLoadedAndUnloaded)
+{
+    std::atomic<int> wrong{0};
+    std::atomic<int> loading{1};
+    InThreads([&](int thread) {
+        if (thread == 0)
+        {
+            for (int i = 0; i < 200; ++i)
+            {
+                const bool first = i % 2 == 0;
+                const Testing::Plugin plugin(first ? ZELNOR_PLUGIN_FIRST : ZELNOR_PLUGIN_SECOND);
+                const char* const name = first ? "First::StackOfPlugin" : "Second::StackOfPlugin";
+                wrong += plugin.Stack().find(name) == std::string::npos ? 1 : 0;
+            }
+            loading = 0;
+        }
+        while (loading != 0)
+        {
+            wrong += StackOfAThrow().find("Property::operator[]") == std::string::npos ? 1 : 0;
+        }
+    });
+    EXPECT_EQ(0, wrong);
+}
+
+TEST(CoreThreads, ReadOnePropertyAtOnce)
+{
+    Core::Property record("record");
+    for (long long i = 0; i < 20; ++i)
+    {
+        record.SetChild("child " + std::to_string(i)).CreateChildT("value", i);
+    }
+    const Core::Property& shared = record;
+    std::atomic<int> wrong{0};
+    InThreads([&](int) {
+        const Core::Property copy(shared);
+        for (long long i = 0; i < 20; ++i)
+        {
+            wrong += shared["child " + std::to_string(i)]["value"].GetInt64() == i ? 0 : 1;
+        }
+        wrong += copy == shared ? 0 : 1;
+        wrong += shared["child 0"]["value"].begin() == shared["child 0"]["value"].end() ? 0 : 1;
+    });
+    EXPECT_EQ(0, wrong);
+}
+
+} // namespace Zelnor
