@@ -1,7 +1,5 @@
 #include "Conf/Interfaces/IFormatCodecSubtitle.h"
 
-#include "Tests/Support/VirtualSlot.h"
-
 #include <gtest/gtest.h>
 
 #include <string>

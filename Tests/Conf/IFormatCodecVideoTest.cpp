@@ -1,6 +1,7 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include "Tests/Support/Expect.h"
+#include "Tests/Support/GroupedNumbers.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -11,7 +12,6 @@
 #include <cstdint>
 #include <iomanip>
 #include <limits>
-#include <locale>
 #include <numeric>
 #include <sstream>
 #include <string>
@@ -324,13 +324,8 @@ TEST(IFormatCodecVideo, ACloneHasEqualValuesUnderEveryKey)
 
 TEST(FrameInfo, IsPrintedInDecimalsWhateverTheStream)
 {
-    class Grouping : public std::numpunct<char>
-    {
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\3"; }
-    };
+    const Testing::GroupedNumbers locale;
     std::ostringstream os;
-    os.imbue(std::locale(std::locale::classic(), new Grouping));
     os << std::hex << std::showbase << std::showpos << FrameInfo{1920, 1080, 1, 1};
     EXPECT_EQ(os.str(), "1920x1080 ax=1 ay=1");
 }

@@ -8,10 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
-#include <locale>
 #include <sstream>
-#include <streambuf>
 #include <string>
 #include <type_traits>
 

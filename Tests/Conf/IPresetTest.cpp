@@ -1,16 +1,14 @@
 #include "Conf/Interfaces/IPreset.h"
 
-#include "Core/Interfaces/RefCountImpl.h"
 #include "Tests/Support/Expect.h"
+#include "Tests/Support/FakePreset.h"
 #include "Tests/Support/VirtualSlot.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 namespace Zelnor::Conf
@@ -19,6 +17,7 @@ namespace
 {
 
 using Testing::ExpectThrow;
+using Testing::FakePreset;
 using Testing::Thrown;
 using Testing::VirtualSlot;
 
@@ -26,49 +25,17 @@ static_assert(MEDIA_TYPE_VIDEO == 1 && MEDIA_TYPE_AUDIO == 2 && MEDIA_TYPE_SUBTI
 static_assert(std::is_same_v<std::underlying_type_t<MediaType>, std::int32_t>);
 static_assert(std::is_abstract_v<IPreset>);
 
-/// A preset of nothing but streams.
-class StreamsPreset : public IPreset
+/// A preset whose streams are of the given types.
+boost::intrusive_ptr<const IPreset> CreatePreset(const std::vector<std::string>& streams)
 {
-public:
-    static boost::intrusive_ptr<const IPreset> Create(std::vector<std::string> streams)
+    FakePreset::StreamIndexes indexes;
+    for (const std::string& type : streams)
     {
-        return new StreamsPreset(std::move(streams));
+        const auto index = static_cast<int>(&type - streams.data());
+        indexes[type].push_back(index);
     }
-
-    int AddRef() const override { return m_references.AddRefImpl(); }
-    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
-    int Release() const override
-    {
-        const int count = m_references.ReleaseImpl();
-        if (count == 0)
-        {
-            delete this;
-        }
-        return count;
-    }
-
-    const Core::Property& GetProperty() const override { return m_property; }
-    std::uint32_t GetStreamCount() const override { return static_cast<std::uint32_t>(m_streams.size()); }
-    void GetStreamIndexes(const std::string& streamType, std::vector<int>& out) const override
-    {
-        for (std::size_t i = 0; i < m_streams.size(); ++i)
-        {
-            if (m_streams[i] == streamType)
-            {
-                out.push_back(static_cast<int>(i));
-            }
-        }
-    }
-
-private:
-    explicit StreamsPreset(std::vector<std::string> streams)
-        : m_property("preset"), m_streams(std::move(streams))
-    {}
-
-    RefCountImpl m_references;
-    Core::Property m_property;
-    std::vector<std::string> m_streams;
-};
+    return FakePreset::Create(Core::Property("preset"), static_cast<std::uint32_t>(streams.size()), indexes);
+}
 
 void ExpectLogicError(const Thrown& thrown, const std::string& message, const std::string& function)
 {
@@ -129,17 +96,17 @@ TEST(IPreset, AnUnknownMediaTypeIsALogicError)
 
 TEST(IsAudioOnlyPreset, IsTrueWhenAllStreamsAreAudio)
 {
-    EXPECT_TRUE(IsAudioOnlyPreset(StreamsPreset::Create({"audio", "audio"})));
-    EXPECT_TRUE(IsAudioOnlyPreset(StreamsPreset::Create({"audio"})));
+    EXPECT_TRUE(IsAudioOnlyPreset(CreatePreset({"audio", "audio"})));
+    EXPECT_TRUE(IsAudioOnlyPreset(CreatePreset({"audio"})));
 }
 
 TEST(IsAudioOnlyPreset, IsFalseWhenAnyStreamIsNot)
 {
-    EXPECT_FALSE(IsAudioOnlyPreset(StreamsPreset::Create({"audio", "video", "audio"})));
-    EXPECT_FALSE(IsAudioOnlyPreset(StreamsPreset::Create({"video", "video"})));
+    EXPECT_FALSE(IsAudioOnlyPreset(CreatePreset({"audio", "video", "audio"})));
+    EXPECT_FALSE(IsAudioOnlyPreset(CreatePreset({"video", "video"})));
 }
 
-TEST(IsAudioOnlyPreset, IsFalseWithoutStreams) { EXPECT_FALSE(IsAudioOnlyPreset(StreamsPreset::Create({}))); }
+TEST(IsAudioOnlyPreset, IsFalseWithoutStreams) { EXPECT_FALSE(IsAudioOnlyPreset(CreatePreset({}))); }
 
 TEST(IsAudioOnlyPreset, RefusesANullPointer)
 {

@@ -1,7 +1,7 @@
 #include "Conf/Interfaces/PixelFormatDescription.h"
 
 #include "Tests/Support/Expect.h"
-#include "Tests/Support/Listing.h"
+#include "Tests/Support/Tsv.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -27,9 +27,10 @@ namespace
 {
 
 using Testing::ExpectThrow;
-using Testing::ReadListing;
-using Testing::Row;
+using Testing::ReadTsv;
 using Testing::Thrown;
+
+using Row = std::vector<std::string>;
 
 static_assert(std::is_same_v<std::underlying_type_t<PixFmt>, std::int32_t>);
 static_assert(std::is_same_v<std::underlying_type_t<PixFmtDescription::PixFmtColorRange>, std::int32_t>);
@@ -49,7 +50,7 @@ TEST(PixFmtDescription, TheTableIsTheListedOne)
                         std::to_string(record.log2ChromaW), std::to_string(record.log2ChromaH),
                         std::to_string(record.flags), std::to_string(record.colorRange)});
     }
-    EXPECT_EQ(rows, ReadListing("pixelFormats.tsv"));
+    EXPECT_EQ(rows, ReadTsv("Tests/Conf/Data/pixelFormats.tsv"));
 }
 
 TEST(PixFmtDescription, EveryEnumeratorIsNamedAfterItsRecord)

@@ -3,7 +3,7 @@
 #include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Tests/Support/Expect.h"
-#include "Tests/Support/Listing.h"
+#include "Tests/Support/Tsv.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -26,9 +26,10 @@ namespace
 {
 
 using Testing::ExpectThrow;
-using Testing::ReadListing;
-using Testing::Row;
+using Testing::ReadTsv;
 using Testing::Thrown;
+
+using Row = std::vector<std::string>;
 
 static_assert(std::is_same_v<std::underlying_type_t<SampleFormats>, std::int32_t>);
 static_assert(std::is_same_v<std::underlying_type_t<ChannelLayout>, std::int32_t>);
@@ -60,7 +61,7 @@ TEST(SampleFmtRecord, TheTableIsTheListedOne)
         rows.push_back({std::to_string(record.format), std::to_string(record.bitsPerSample), record.textId,
                         record.planar ? "yes" : "no", std::to_string(record.counterpart)});
     }
-    EXPECT_EQ(rows, ReadListing("sampleFormats.tsv"));
+    EXPECT_EQ(rows, ReadTsv("Tests/Conf/Data/sampleFormats.tsv"));
 }
 
 TEST(SampleFmtRecord, ValueAndTextFindTheSameRecord)
@@ -151,7 +152,7 @@ TEST(LayoutRecord, TheTableIsTheListedOne)
         const LayoutRecord& record = *LayoutRecord::Find(static_cast<ChannelLayout>(layout));
         rows.push_back({std::to_string(record.layout), std::to_string(record.channels), *record.textId});
     }
-    EXPECT_EQ(rows, ReadListing("channelLayouts.tsv"));
+    EXPECT_EQ(rows, ReadTsv("Tests/Conf/Data/channelLayouts.tsv"));
 }
 
 TEST(LayoutRecord, TextIdsAreTheVeryConstantsOfTheAudioDescriptor)

@@ -6,7 +6,7 @@
 #include "Conf/Interfaces/IPropertyConstraint.h"
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 
-#include "Tests/Support/Listing.h"
+#include "Tests/Support/Tsv.h"
 
 #include <gtest/gtest.h>
 
@@ -26,8 +26,8 @@ namespace Zelnor::Conf
 namespace
 {
 
-using Testing::ReadListing;
-using Testing::Row;
+using Testing::ReadTsv;
+using Row = std::vector<std::string>;
 
 // The names of each class's list, in order.
 
@@ -145,7 +145,7 @@ std::vector<Row> GetPresetAndGraphRows()
 /// The rows of the listing that belong to the given classes.
 std::vector<Row> GetListed(const std::set<std::string>& owners)
 {
-    std::vector<Row> rows = ReadListing("vocabulary.tsv");
+    std::vector<Row> rows = ReadTsv("Tests/Conf/Data/vocabulary.tsv");
     rows.erase(std::remove_if(rows.begin(), rows.end(),
                               [&owners](const Row& row) { return owners.count(row.front()) == 0; }),
                rows.end());
@@ -172,8 +172,8 @@ TEST(Vocabulary, PresetAndGraphConstantsAreTheListedOnesInTheirOrder)
 TEST(Vocabulary, NothingIsListedThatNoClassHas)
 {
     EXPECT_EQ(GetFileRows().size() + GetCodecRows().size() + GetPresetAndGraphRows().size(),
-              ReadListing("vocabulary.tsv").size());
-    EXPECT_EQ(ReadListing("vocabulary.tsv").size(), 811u);
+              ReadTsv("Tests/Conf/Data/vocabulary.tsv").size());
+    EXPECT_EQ(ReadTsv("Tests/Conf/Data/vocabulary.tsv").size(), 811u);
 }
 
 TEST(Vocabulary, TheObjectKeyIsAConstantOfTheNamespace) { EXPECT_EQ(TAG_OBJECT, "object_name"); }
