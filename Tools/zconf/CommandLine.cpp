@@ -6,6 +6,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Zelnor::Tool
 {
@@ -84,7 +85,11 @@ int RunCommandLine(int argc, char** argv)
     }
     catch (const CLI::ParseError& error)
     {
-        throw ToolError(std::string(error.what()) + " (see " + CommandPath(app) + " --help)");
+        // What was not understood is more likely the mistake than what is missing because of it.
+        const std::vector<std::string> unknown = app.remaining(true);
+        const std::string reason =
+            unknown.empty() ? std::string(error.what()) : "'" + unknown.front() + "' is not understood";
+        throw ToolError(reason + " (see " + CommandPath(app) + " --help)");
     }
 }
 

@@ -81,6 +81,11 @@ std::string Describe(const std::exception_ptr& failure)
         const std::string text = DescribeTagged(exception);
         return text.empty() ? std::string("Failed with ") + typeid(exception).name() : text;
     }
+    catch (const ToolError& error)
+    {
+        // A name in it may hold line breaks.
+        return error.what();
+    }
     catch (const std::bad_alloc&)
     {
         return "Not enough memory";
