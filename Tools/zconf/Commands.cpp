@@ -3,6 +3,10 @@
 namespace Zelnor::Tool
 {
 
-void AddAllCommands(CLI::App& app) { AddJobCommands(app); }
+void AddAllCommands(CLI::App& app)
+{
+    AddJobCommands(app);
+    AddProbeCommand(app);
+}
 
 } // namespace Zelnor::Tool

@@ -13,5 +13,7 @@ void AddAllCommands(CLI::App& app);
 
 /// job new, job show, job check, job draw
 void AddJobCommands(CLI::App& app);
+/// probe
+void AddProbeCommand(CLI::App& app);
 
 } // namespace Zelnor::Tool
