@@ -84,6 +84,14 @@ TEST_F(JobCheck, ALinkFromANodeToItselfIsACycle)
     ExpectNo(Document({"1", "2"}, {{1, 2}, {2, 2}}), "2 nodes and 2 links\n  There is a cycle: 2 -> 2\n");
 }
 
+TEST_F(JobCheck, CyclesThatHaveNothingInCommonAreAllShown)
+{
+    ExpectNo(Document({"1", "2", "3", "4", "5"}, {{1, 2}, {2, 1}, {2, 3}, {3, 4}, {4, 5}, {5, 4}, {4, 4}}),
+             "5 nodes and 7 links\n"
+             "  There is a cycle: 1 -> 2 -> 1\n"
+             "  There is a cycle: 4 -> 5 -> 4\n");
+}
+
 TEST_F(JobCheck, EveryReasonIsGiven)
 {
     ExpectNo(Document({"1", "2", "3", "4", "9", "3"}, {{1, 2}, {2, 1}, {4, 3}}),

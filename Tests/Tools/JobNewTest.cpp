@@ -314,7 +314,7 @@ TEST_F(JobNew, APresetNeedsAKnownContainer)
     ExpectFailure(NewFrom(Write("c", R"({"p":{"container":"All Files",)" + streams)),
                   "c: " + expected + "'All Files'");
     ExpectFailure(NewFrom(Write("d", R"({"p":{"container":["mp4"],)" + streams)),
-                  "d: p.container: expected a record (an object with one member), found a string");
+                  "d: p.container[0]: expected a record (an object with one member), found a string");
 }
 
 TEST_F(JobNew, APresetThatIsNoRecordIsRefused)
@@ -324,7 +324,7 @@ TEST_F(JobNew, APresetThatIsNoRecordIsRefused)
     ExpectFailure(NewFrom(Write("p", "null")), "p: " + noRecord);
     ExpectFailure(NewFrom(Write("p", "[]")), "p: " + noRecord);
     ExpectFailure(NewFrom(Write("p", "{}")),
-                  "p: record: expected a record (an object with one member), found an object with 0");
+                  "p: record: expected a record (an object with one member), found an object with 0 members");
     ExpectFailure(NewFrom(Write("p", R"({"p":1})")), "p: p: expected a group, found 1");
     ExpectFailure(NewFrom(Write("p", "{\n  \"a\" 1\n}")),
                   "p: line 2, column 7: Missing a colon after a name of object member.");

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -62,36 +63,30 @@ Topology::Topology(const JobFile& job) : first(job.nodes.size() + 1, 0), linked(
     }
 }
 
-/// A depth-first search that keeps its own stack, for a job may be a chain of any length.
-class CycleSearch
+/// The strong parts of the job: sets of nodes of which each reaches each. Nodes of one cycle are in one part.
+/// Tarjan's search, with a stack of its own, for a job may be a chain of any length.
+class StrongParts
 {
 public:
-    explicit CycleSearch(const Topology& topology)
-        : m_topology(topology), m_state(topology.linked.size(), Unseen)
-    {}
-
-    /// The nodes of the first cycle met, or nothing.
-    std::vector<Position> Run()
+    explicit StrongParts(const Topology& topology)
+        : m_topology(topology), m_order(topology.linked.size(), kNone), m_low(m_order), m_part(m_order)
     {
-        for (Position root = 0; root < m_state.size(); ++root)
+        for (Position root = 0; root < m_order.size(); ++root)
         {
-            if (m_state[root] == Unseen && Visit(root))
+            if (m_order[root] == kNone)
             {
-                return m_path;
+                Visit(root);
             }
         }
-        return {};
     }
 
-private:
-    enum State : char
-    {
-        Unseen,
-        OnPath,
-        Done,
-    };
+    std::size_t Count() const { return m_count; }
+    std::size_t PartOf(Position node) const { return m_part[node]; }
 
-    bool Visit(Position root)
+private:
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    void Visit(Position root)
     {
         Enter(root);
         while (!m_path.empty())
@@ -99,38 +94,116 @@ private:
             const Position node = m_path.back();
             if (m_next.back() == m_topology.first[node + 1])
             {
-                m_state[node] = Done;
-                m_path.pop_back();
-                m_next.pop_back();
+                Leave(node);
                 continue;
             }
             const Position target = m_topology.targets[m_next.back()++];
-            if (m_state[target] == OnPath)
-            {
-                m_path.erase(m_path.begin(), std::find(m_path.begin(), m_path.end(), target));
-                return true;
-            }
-            if (m_state[target] == Unseen)
+            if (m_order[target] == kNone)
             {
                 Enter(target);
             }
+            else if (m_part[target] == kNone)
+            {
+                m_low[node] = std::min(m_low[node], m_order[target]);
+            }
         }
-        return false;
     }
 
     void Enter(Position node)
     {
-        m_state[node] = OnPath;
+        m_order[node] = m_low[node] = m_entered++;
         m_path.push_back(node);
         m_next.push_back(m_topology.first[node]);
+        m_open.push_back(node);
+    }
+
+    void Leave(Position node)
+    {
+        m_path.pop_back();
+        m_next.pop_back();
+        if (!m_path.empty())
+        {
+            m_low[m_path.back()] = std::min(m_low[m_path.back()], m_low[node]);
+        }
+        if (m_low[node] != m_order[node])
+        {
+            return;
+        }
+        Position last = kNone;
+        do
+        {
+            last = m_open.back();
+            m_open.pop_back();
+            m_part[last] = m_count;
+        } while (last != node);
+        ++m_count;
     }
 
     const Topology& m_topology;
-    std::vector<State> m_state;
+    std::vector<std::size_t> m_order;
+    std::vector<std::size_t> m_low;
+    std::vector<std::size_t> m_part;
     std::vector<Position> m_path;
     /// For each node of the path, which of its links is to be followed next.
     std::vector<Position> m_next;
+    /// The nodes whose part is not complete yet.
+    std::vector<Position> m_open;
+    std::size_t m_entered = 0;
+    std::size_t m_count = 0;
 };
+
+/// The first node that `node` links to in its own strong part, or nothing.
+std::optional<Position> NextInPart(const Topology& topology, const StrongParts& parts, Position node)
+{
+    const auto begin = topology.targets.begin() + static_cast<std::ptrdiff_t>(topology.first[node]);
+    const auto end = topology.targets.begin() + static_cast<std::ptrdiff_t>(topology.first[node + 1]);
+    const auto found =
+        std::find_if(begin, end, [&](Position target) { return parts.PartOf(target) == parts.PartOf(node); });
+    return found == end ? std::nullopt : std::optional<Position>(*found);
+}
+
+/// One cycle of each strong part that has any, in the order of their first nodes. All cycles would be too
+/// many to list, and these fall apart only when every cycle is broken.
+std::vector<std::vector<Position>> FindCycles(const Topology& topology)
+{
+    const StrongParts parts(topology);
+    std::vector<bool> done(parts.Count(), false);
+    std::vector<bool> walked(topology.linked.size(), false);
+    std::vector<std::vector<Position>> cycles;
+    for (Position start = 0; start < walked.size(); ++start)
+    {
+        if (done[parts.PartOf(start)])
+        {
+            continue;
+        }
+        done[parts.PartOf(start)] = true;
+        std::vector<Position> walk;
+        std::optional<Position> node = start;
+        for (; node && !walked[*node]; node = NextInPart(topology, parts, *node))
+        {
+            walked[*node] = true;
+            walk.push_back(*node);
+        }
+        if (node)
+        {
+            cycles.emplace_back(std::find(walk.begin(), walk.end(), *node), walk.end());
+        }
+    }
+    return cycles;
+}
+
+std::vector<Position> FindUnlinked(const Topology& topology)
+{
+    std::vector<Position> unlinked;
+    for (Position node = 0; node < topology.linked.size(); ++node)
+    {
+        if (!topology.IsLinked(node))
+        {
+            unlinked.push_back(node);
+        }
+    }
+    return unlinked;
+}
 
 /// The linked nodes of each connected part, when directions are ignored.
 std::vector<std::vector<Position>> FindParts(const Topology& topology)
@@ -245,20 +318,12 @@ std::vector<JobFault> FindFaults(const JobFile& job)
     {
         faults.push_back({JobFault::RepeatedIds, {topology.repeatedIds}});
     }
-    std::vector<Position> unlinked;
-    for (Position node = 0; node < job.nodes.size(); ++node)
-    {
-        if (!topology.IsLinked(node))
-        {
-            unlinked.push_back(node);
-        }
-    }
+    const std::vector<Position> unlinked = FindUnlinked(topology);
     if (!unlinked.empty() && job.nodes.size() >= 2)
     {
         faults.push_back({JobFault::UnlinkedNodes, {IdsOf(job, unlinked)}});
     }
-    const std::vector<Position> cycle = CycleSearch(topology).Run();
-    if (!cycle.empty())
+    for (const std::vector<Position>& cycle : FindCycles(topology))
     {
         faults.push_back({JobFault::Cycle, {IdsOf(job, cycle)}});
     }
