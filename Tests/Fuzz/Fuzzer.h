@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+/// What libFuzzer calls with each input. Anything wrong ends the process; -1 stands for an input that is not
+/// even well-formed and not worth keeping.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace Zelnor::Fuzz
+{
+
+/// Inputs that the driver begins with, and pieces that it puts into others.
+std::vector<std::string> GetSeeds();
+
+/// The oracle's word: ends the process when something that always holds does not.
+inline void Require(bool holds, const char* what)
+{
+    if (!holds)
+    {
+        std::fprintf(stderr, "broken: %s\n", what);
+        std::abort();
+    }
+}
+
+} // namespace Zelnor::Fuzz
