@@ -19,24 +19,37 @@ bool IsLoaded(const std::string& library)
     return handle != nullptr;
 }
 
-TEST(Libraries, LeaveMemoryWithTheLastOneWhoUsesThem)
+void LoadUseAndUnload()
 {
-    for (int round = 0; round < 2; ++round)
-    {
-        void* const module = dlopen(ZELNOR_MODULE, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(module, nullptr) << dlerror();
-        EXPECT_TRUE(IsLoaded(ZELNOR_CORE_LIBRARY));
-        EXPECT_TRUE(IsLoaded(ZELNOR_CONF_LIBRARY));
-        const auto use = reinterpret_cast<bool (*)()>(dlsym(module, "UseTheLibraries"));
-        ASSERT_NE(use, nullptr);
-        EXPECT_TRUE(use());
+    void* const module = dlopen(ZELNOR_MODULE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << dlerror();
+    EXPECT_TRUE(IsLoaded(ZELNOR_CORE_LIBRARY));
+    EXPECT_TRUE(IsLoaded(ZELNOR_CONF_LIBRARY));
+    const auto use = reinterpret_cast<bool (*)()>(dlsym(module, "UseTheLibraries"));
+    ASSERT_NE(use, nullptr);
+    EXPECT_TRUE(use());
 
-        EXPECT_EQ(dlclose(module), 0);
+    EXPECT_EQ(dlclose(module), 0);
 
-        EXPECT_FALSE(IsLoaded(ZELNOR_MODULE));
-        EXPECT_FALSE(IsLoaded(ZELNOR_CONF_LIBRARY));
-        EXPECT_FALSE(IsLoaded(ZELNOR_CORE_LIBRARY));
-    }
+    EXPECT_FALSE(IsLoaded(ZELNOR_MODULE));
+    EXPECT_FALSE(IsLoaded(ZELNOR_CONF_LIBRARY));
+    EXPECT_FALSE(IsLoaded(ZELNOR_CORE_LIBRARY));
+}
+
+TEST(Libraries, LeaveMemoryTogetherWithTheirLog)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "glog loses the memory of its flags when it is unloaded";
+#endif
+    LoadUseAndUnload();
+    LoadUseAndUnload();
+}
+
+TEST(Libraries, LeaveMemoryWhenTheirLogStays)
+{
+    ASSERT_NE(dlopen(ZELNOR_GLOG_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+    LoadUseAndUnload();
+    LoadUseAndUnload();
 }
 
 } // namespace
