@@ -91,8 +91,8 @@ public:
     int Release() const override;
     /// \throw CoreException also after `Commit()`
     void Write(const void* data, std::size_t size) override;
-    /// Makes what was written so far the target's whole contents. When it throws, the target is as it was, and
-    /// it may be tried again.
+    /// Makes what was written so far the target's whole contents. When it throws, the target is as it was,
+    /// and it may be tried again.
     /// \throw CoreException also when it has succeeded before
     void Commit();
 

@@ -1,5 +1,5 @@
-/* A stand-in for FFmpeg's header that offers an identifier for every codec of the vocabulary, with the values of the
-   generation that the tables were first made for. Generated from Tests/Conf/Data/codecs.tsv. */
+/* A stand-in for FFmpeg's header that offers an identifier for every codec of the vocabulary, with the values
+   of the generation that the tables were first made for. Generated from Tests/Conf/Data/codecs.tsv. */
 #ifndef ZELNOR_TESTS_AVCODEC_H
 #define ZELNOR_TESTS_AVCODEC_H
 
