@@ -113,9 +113,8 @@ private:
     void LoadLink(rapidjson::Value& element);
     void CheckRecords() const;
 
-    bool HasUnlinkedNode() const;
-    bool HasCycle() const;
-    bool IsConnected() const;
+    struct Topology;
+    Topology GetTopology() const;
 
     Nodes m_nodes;
     /// In the order of creation.

@@ -2,12 +2,46 @@
 
 #include "Core/Interfaces/Exception.h"
 
-#include <queue>
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <unordered_set>
 
 namespace Zelnor::Conf
 {
+
+namespace
+{
+
+/// Identifiers are small as a rule, since they are counted up from 1; then one bit each is enough. A document
+/// may bring any others.
+class IdSet
+{
+public:
+    /// Whether the identifier was not in the set yet.
+    bool Insert(NodeId id)
+    {
+        constexpr NodeId kMostBits = 1 << 24;
+        if (id < 0 || id >= kMostBits)
+        {
+            return m_others.insert(id).second;
+        }
+        const auto bit = static_cast<std::size_t>(id);
+        if (bit >= m_bits.size())
+        {
+            m_bits.resize(std::max(bit + 1, 2 * m_bits.size()));
+        }
+        const bool inserted = !m_bits[bit];
+        m_bits[bit] = true;
+        return inserted;
+    }
+
+private:
+    std::vector<bool> m_bits;
+    std::unordered_set<NodeId> m_others;
+};
+
+} // namespace
 
 bool PathExistInGraph(const boost::intrusive_ptr<const ITranscodingMetaGraph>& graph, NodeId from, NodeId to)
 {
@@ -15,28 +49,21 @@ bool PathExistInGraph(const boost::intrusive_ptr<const ITranscodingMetaGraph>& g
     {
         ZELNOR_THROW(std::invalid_argument("graph is NULL"));
     }
-    std::queue<NodeId> pending;
     // Marked when they are queued, not when they are taken: many ways may lead to one node.
-    std::unordered_set<NodeId> queued{from};
+    IdSet queued;
+    queued.Insert(from);
+    std::vector<NodeId> queue{from};
     std::vector<NodeId> outputs;
-    pending.push(from);
-    while (!pending.empty())
+    for (std::size_t next = 0; next < queue.size(); ++next)
     {
-        const NodeId id = pending.front();
-        pending.pop();
-        if (id == to)
+        if (queue[next] == to)
         {
             return true;
         }
         outputs.clear();
-        graph->Outputs(id, outputs);
-        for (const NodeId output : outputs)
-        {
-            if (queued.insert(output).second)
-            {
-                pending.push(output);
-            }
-        }
+        graph->Outputs(queue[next], outputs);
+        std::copy_if(outputs.begin(), outputs.end(), std::back_inserter(queue),
+                     [&queued](NodeId output) { return queued.Insert(output); });
     }
     return false;
 }

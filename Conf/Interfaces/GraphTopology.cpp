@@ -1,76 +1,133 @@
 #include "Conf/Interfaces/GrahpImpl.h"
 
-#include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace Zelnor::Conf
 {
 
 // Nothing here recurses: a job may be a chain of any length.
 
+/// The links alone, by the positions of their nodes, close together in memory: nodes lie far apart, and the
+/// tests would visit each of them several times.
+struct ITranscodingMetaGraph::GrahpImpl::Topology
+{
+    /// The targets of the links from the node at position i stand from `begins[i]` up to `begins[i + 1]`.
+    std::vector<VertexT> begins;
+    std::vector<VertexT> targets;
+    /// Number of links to each node.
+    std::vector<std::size_t> inputs;
+
+    bool HasUnlinkedNode() const;
+    bool HasCycle() const;
+    bool IsConnected() const;
+};
+
 bool ITranscodingMetaGraph::GrahpImpl::TopologyIsValid() const
 {
-    return m_nodes.size() >= 2 && !HasUnlinkedNode() && !HasCycle() && IsConnected();
+    if (m_nodes.size() < 2)
+    {
+        return false;
+    }
+    const Topology topology = GetTopology();
+    return !topology.HasUnlinkedNode() && !topology.HasCycle() && topology.IsConnected();
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::HasUnlinkedNode() const
+ITranscodingMetaGraph::GrahpImpl::Topology ITranscodingMetaGraph::GrahpImpl::GetTopology() const
 {
-    return std::any_of(m_nodes.begin(), m_nodes.end(),
-                       [](const auto& node) { return node->outgoing.empty() && node->incoming.empty(); });
+    Topology topology;
+    topology.begins.reserve(m_nodes.size() + 1);
+    topology.targets.reserve(m_links.size());
+    topology.inputs.reserve(m_nodes.size());
+    for (const auto& node : m_nodes)
+    {
+        topology.begins.push_back(topology.targets.size());
+        for (const LinkEnd& end : node->outgoing)
+        {
+            topology.targets.push_back(end.other->position);
+        }
+        topology.inputs.push_back(node->incoming.size());
+    }
+    topology.begins.push_back(topology.targets.size());
+    return topology;
+}
+
+bool ITranscodingMetaGraph::GrahpImpl::Topology::HasUnlinkedNode() const
+{
+    for (VertexT vertex = 0; vertex < inputs.size(); ++vertex)
+    {
+        if (inputs[vertex] == 0 && begins[vertex] == begins[vertex + 1])
+        {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// Takes away nodes without inputs, together with their links, as long as there are any. What is left over
 /// lies on cycles or behind them.
-bool ITranscodingMetaGraph::GrahpImpl::HasCycle() const
+bool ITranscodingMetaGraph::GrahpImpl::Topology::HasCycle() const
 {
-    std::vector<std::size_t> inputs(m_nodes.size());
-    std::vector<const Node*> free;
-    for (const auto& node : m_nodes)
+    std::vector<std::size_t> inputsLeft = inputs;
+    std::vector<VertexT> free;
+    for (VertexT vertex = 0; vertex < inputs.size(); ++vertex)
     {
-        inputs[node->position] = node->incoming.size();
-        if (node->incoming.empty())
+        if (inputs[vertex] == 0)
         {
-            free.push_back(node.get());
+            free.push_back(vertex);
         }
     }
-    std::size_t left = m_nodes.size();
-    for (; !free.empty(); --left)
+    std::size_t nodesLeft = inputs.size();
+    for (; !free.empty(); --nodesLeft)
     {
-        const Node& node = *free.back();
+        const VertexT vertex = free.back();
         free.pop_back();
-        for (const LinkEnd& end : node.outgoing)
+        for (std::size_t link = begins[vertex]; link < begins[vertex + 1]; ++link)
         {
-            if (--inputs[end.other->position] == 0)
+            if (--inputsLeft[targets[link]] == 0)
             {
-                free.push_back(end.other);
+                free.push_back(targets[link]);
             }
         }
     }
-    return left != 0;
+    return nodesLeft != 0;
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::IsConnected() const
+/// Joins the sets of both ends of each link and counts the sets that are left. A set is a tree whose root
+/// stands for it; the smaller set goes under the larger one, so that the way up stays short.
+bool ITranscodingMetaGraph::GrahpImpl::Topology::IsConnected() const
 {
-    std::vector<bool> reached(m_nodes.size());
-    std::vector<const Node*> pending{m_nodes.front().get()};
-    reached.front() = true;
-    std::size_t count = 0;
-    for (; !pending.empty(); ++count)
-    {
-        const Node& node = *pending.back();
-        pending.pop_back();
-        for (const LinkEnds* const ends : {&node.outgoing, &node.incoming})
+    std::vector<VertexT> parents(inputs.size());
+    std::iota(parents.begin(), parents.end(), VertexT{0});
+    std::vector<std::size_t> sizes(inputs.size(), 1);
+    const auto rootOf = [&parents](VertexT vertex) {
+        while (parents[vertex] != vertex)
         {
-            for (const LinkEnd& end : *ends)
+            vertex = parents[vertex] = parents[parents[vertex]];
+        }
+        return vertex;
+    };
+    std::size_t sets = inputs.size();
+    for (VertexT source = 0; source < inputs.size(); ++source)
+    {
+        for (std::size_t link = begins[source]; link < begins[source + 1]; ++link)
+        {
+            VertexT larger = rootOf(source);
+            VertexT smaller = rootOf(targets[link]);
+            if (larger == smaller)
             {
-                if (!reached[end.other->position])
-                {
-                    reached[end.other->position] = true;
-                    pending.push_back(end.other);
-                }
+                continue;
             }
+            if (sizes[larger] < sizes[smaller])
+            {
+                std::swap(larger, smaller);
+            }
+            parents[smaller] = larger;
+            sizes[larger] += sizes[smaller];
+            --sets;
         }
     }
-    return count == m_nodes.size();
+    return sets == 1;
 }
 
 } // namespace Zelnor::Conf

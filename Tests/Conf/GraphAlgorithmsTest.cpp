@@ -63,6 +63,18 @@ TEST(PathExistInGraph, FollowsTheFirstOfSeveralNodesWithOneIdentifier)
     EXPECT_TRUE(PathExistInGraph(graph, 1, 3));
 }
 
+TEST(PathExistInGraph, TakesIdentifiersOfAnySize)
+{
+    const GraphPtr graph = Loaded(
+        R"({"vertices":[{"id":-5},{"id":0},{"id":16777215},{"id":16777216},{"id":4611686018427387904}],)"
+        R"("edges":[{"from":4611686018427387904,"to":16777216},{"from":16777216,"to":16777215},)"
+        R"({"from":16777215,"to":0},{"from":0,"to":-5},{"from":0,"to":4611686018427387904},)"
+        R"({"from":-5,"to":16777216}]})");
+    EXPECT_TRUE(PathExistInGraph(graph, 4611686018427387904, -5));
+    EXPECT_TRUE(PathExistInGraph(graph, -5, 4611686018427387904));
+    EXPECT_FALSE(PathExistInGraph(graph, -5, 1));
+}
+
 TEST(PathExistInGraph, WithoutAGraphThrows)
 {
     const Thrown thrown = ExpectThrow<std::invalid_argument>([] { PathExistInGraph(nullptr, 1, 1); });
