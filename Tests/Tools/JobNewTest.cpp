@@ -150,7 +150,8 @@ TEST_F(JobNew, StrangeNamesComeBackByteForByte)
 {
     for (const std::string& name :
          {std::string("with blank 'and' \"quotes\".mp4"), std::string("two\nlines"), std::string("-dash.mp4"),
-          std::string("$HOME;`ls`*?"), std::string("\xc3\xa4\xe6\x97\xa5"), std::string("invalid\xff\xfe")})
+          std::string("[a,b]"), std::string("{}"), std::string("\"q\""), std::string("$HOME;`ls`*?"),
+          std::string("\xc3\xa4\xe6\x97\xa5"), std::string("invalid\xff\xfe")})
     {
         Write(name, "media");
         const ProcessResult result =

@@ -82,7 +82,7 @@ void AddJobCheck(CLI::App& job)
     CLI::App* const command =
         AddCommand(job, "check", "Tell whether a job can be run: exit code 0 if so, else 1 and every reason");
     const auto options = std::make_shared<Options>();
-    command->add_option("JOB", options->job, "The job's document")->required();
+    command->add_option("JOB", options->job, "The job's document")->type_name("FILE")->required();
     command->add_flag("--json", options->json, "Answer for scripts");
     OnRun(*command, [options] { return Run(*options); });
 }

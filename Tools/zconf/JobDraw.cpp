@@ -81,13 +81,16 @@ void AddJobDraw(CLI::App& job)
 {
     CLI::App* const command = AddCommand(job, "draw", "Draw a job as a graph (DOT, SVG, PNG or PDF)");
     const auto options = std::make_shared<Options>();
-    command->add_option("JOB", options->job, "The job's document")->required();
-    command->add_option("-o,--output", options->output,
-                        "The drawing; its extension .dot, .svg, .png or .pdf says what is drawn, and "
-                        "\"-\" (the default) is DOT on standard output");
+    command->add_option("JOB", options->job, "The job's document")->type_name("FILE")->required();
+    command
+        ->add_option("-o,--output", options->output,
+                     "The drawing; its extension .dot, .svg, .png or .pdf says what is drawn, and "
+                     "\"-\" (the default) is DOT on standard output")
+        ->type_name("FILE");
     command
         ->add_option("-f,--format", options->format,
                      "What is drawn (dot, svg, png or pdf), whatever the extension")
+        ->type_name("FORMAT")
         ->check(CLI::IsMember(std::vector<std::string>(kFormats.begin(), kFormats.end())));
     OnRun(*command, [options] { return Run(*options); });
 }

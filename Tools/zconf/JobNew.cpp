@@ -145,17 +145,22 @@ void AddJobNew(CLI::App& job)
     command
         ->add_option("-p,--preset", options->preset,
                      "What to make: a preset file, or the name of one that came with the program")
+        ->type_name("FILE")
         ->required();
     command
         ->add_option(
             "-i,--input", options->input,
             "The media file to read; must be there. It is kept as given: a relative path is meant from "
             "the folder in which the job will be run")
+        ->type_name("FILE")
         ->required();
-    command->add_option("-t,--output", options->output, "The media file to make; kept as given")->required();
+    command->add_option("-t,--output", options->output, "The media file to make; kept as given")
+        ->type_name("FILE")
+        ->required();
     command->add_flag("--lossless-dvd", options->losslessDvd,
                       "Make the container DVD, whatever the preset says");
-    command->add_option("-o,--job", options->job, "Where the job's document goes (default \"-\")");
+    command->add_option("-o,--job", options->job, "Where the job's document goes (default \"-\")")
+        ->type_name("FILE");
     OnRun(*command, [options] { return Run(*options); });
 }
 

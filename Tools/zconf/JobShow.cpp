@@ -258,7 +258,7 @@ void AddJobShow(CLI::App& job)
     CLI::App* const command =
         AddCommand(job, "show", "Show a job's nodes and links, their neighbours and their records");
     const auto options = std::make_shared<Options>();
-    command->add_option("JOB", options->job, "The job's document")->required();
+    command->add_option("JOB", options->job, "The job's document")->type_name("FILE")->required();
     command->add_flag("--json", options->json, "Answer for scripts");
     OnRun(*command, [options] { return Run(*options); });
 }
