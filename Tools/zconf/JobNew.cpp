@@ -2,29 +2,27 @@
 #include "Tools/zconf/Errors.h"
 #include "Tools/zconf/Input.h"
 #include "Tools/zconf/JobCommands.h"
+#include "Tools/zconf/JobPlan.h"
 #include "Tools/zconf/Output.h"
 #include "Tools/zconf/PresetFile.h"
-
-#include "Conf/Interfaces/ITranscodingMetaGraph.h"
-#include "Core/Interfaces/DataStream.h"
+#include "Tools/zconf/StandardStreams.h"
+#include "Tools/zconf/Text.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <initializer_list>
 #include <memory>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace Zelnor::Tool
 {
 
 namespace
 {
-
-using Conf::ITranscodingMetaGraph;
-using Core::Property;
 
 struct Options
 {
@@ -33,26 +31,9 @@ struct Options
     std::string output;
     std::string job = "-";
     bool losslessDvd = false;
+    std::vector<unsigned int> streams;
+    std::vector<std::string> merges;
 };
-
-/// Refuses an input that the job could not read; standard input is not touched.
-void CheckInput(const std::string& input)
-{
-    if (IsStandardStream(input))
-    {
-        return;
-    }
-    struct stat status = {};
-    const bool found = ::stat(input.c_str(), &status) == 0;
-    if (!found || ::access(input.c_str(), R_OK) != 0)
-    {
-        throw ToolError("Cannot read '" + input + "': " + std::generic_category().message(errno));
-    }
-    if (S_ISDIR(status.st_mode))
-    {
-        throw ToolError("Cannot read '" + input + "': " + std::generic_category().message(EISDIR));
-    }
-}
 
 /// Whether both names mean the same file, be it there or not.
 bool IsSameFile(const std::string& one, const std::string& other)
@@ -100,39 +81,54 @@ void CheckDistinct(const Options& options, const std::string& preset)
     }
 }
 
-/// Source and target are the nodes 1 and 2; the streams between them follow in the preset's order.
-boost::intrusive_ptr<ITranscodingMetaGraph> MakeJob(const boost::intrusive_ptr<const Conf::IPreset>& preset,
-                                                    const Options& options)
+/// "2+3": the stream 3 is merged into the stream 2.
+std::pair<unsigned int, unsigned int> ParseMerge(const std::string& text)
 {
-    const auto graph = ITranscodingMetaGraph::Create();
-    const Conf::NodeId source = graph->AddNode(ITranscodingMetaGraph::MakeInFileDescription(options.input));
-    const Conf::NodeId target = graph->AddNode(
-        ITranscodingMetaGraph::MakeOutFileDescription(preset, options.output, options.losslessDvd));
-    unsigned int index = 0;
-    for (const Property& stream : preset->GetProperty()[Conf::IPreset::KEY_STREAMS])
+    unsigned int master = 0;
+    unsigned int slave = 0;
+    char rest = 0;
+    if (std::sscanf(text.c_str(), "%9u+%9u%c", &master, &slave, &rest) != 2)
     {
-        const Conf::NodeId raw = graph->AddNode(ITranscodingMetaGraph::MakeRawStreamDescription(index++));
-        graph->AddLink(source, raw, Property());
-        graph->AddLink(raw, target, stream);
+        throw ToolError("--merge: expected two streams of the input, as 1+2, found '" + text + "'");
     }
-    return graph;
+    return {master, slave};
 }
 
-int Run(const Options& options)
+JobWishes WishesOf(const Options& options)
 {
-    CheckInput(options.input);
+    JobWishes wishes = {options.output, {options.streams, options.losslessDvd}, {}};
+    for (const std::string& merge : options.merges)
+    {
+        wishes.merges.push_back(ParseMerge(merge));
+    }
+    return wishes;
+}
+
+int Run(Options options)
+{
+    if (IsStandardStream(options.input))
+    {
+        throw ToolError("A job needs its input by name, not from standard input");
+    }
     if (options.output.empty())
     {
         throw ToolError("The output has no name");
     }
     const std::string presetFile = FindPreset(options.preset);
+    const auto preset = PresetFile::Open(presetFile);
+    // Known before the files are compared, for it is the file that will be written.
+    options.output = WithExtension(options.output, ContainerOf(preset->GetProperty(), options.losslessDvd));
     CheckDistinct(options, presetFile);
-    const auto graph = MakeJob(PresetFile::Open(presetFile), options);
-    if (!graph->TopologyIsValid())
+    const PlannedJob job = PlanJob(ProbeMedia(options.input), preset, WishesOf(options));
+    for (const std::string& note : job.notes)
+    {
+        WriteMessage("zconf: note: " + Printable(note) + "\n");
+    }
+    if (!job.graph->TopologyIsValid())
     {
         throw ToolError(InputName(presetFile) + ": The preset does not make a valid job");
     }
-    WriteDocument(options.job, [&graph](const auto& output) { graph->Save(output); });
+    WriteDocument(options.job, [&job](const auto& output) { job.graph->Save(output); });
     return kExitSuccess;
 }
 
@@ -154,9 +150,19 @@ void AddJobNew(CLI::App& job)
             "the folder in which the job will be run")
         ->type_name("FILE")
         ->required();
-    command->add_option("-t,--output", options->output, "The media file to make; kept as given")
+    command
+        ->add_option(
+            "-t,--output", options->output,
+            "The media file to make; kept as given, but for the container's extension, which is added to "
+            "a name without one")
         ->type_name("FILE")
         ->required();
+    command->add_option("-s,--stream", options->streams,
+                        "A stream of the input to convert, by its number; may be repeated (default: the best "
+                        "video and audio, and the subtitles that the output can hold)");
+    command->add_option("--merge", options->merges,
+                        "Two streams, as 1+2: the second is mixed into the first (audio), or drawn over it "
+                        "(a subtitle over a video); may be repeated");
     command->add_flag("--lossless-dvd", options->losslessDvd,
                       "Make the container DVD, whatever the preset says");
     command->add_option("-o,--job", options->job, "Where the job's document goes (default \"-\")")
