@@ -63,7 +63,7 @@ int RunCommandLine(int argc, char** argv)
     app.require_subcommand(1);
     AddAllCommands(app);
     app.footer("A file named \"-\" is standard input or standard output.\n"
-               "Exit codes: 0 done, 1 the answer is no, 2 failed.");
+               "Exit codes: 0 done, 1 the answer is no, 2 failed, 3 ffmpeg failed.");
     try
     {
         app.parse(argc, argv);

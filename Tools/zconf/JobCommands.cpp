@@ -7,11 +7,12 @@ namespace Zelnor::Tool
 
 void AddJobCommands(CLI::App& app)
 {
-    CLI::App* const job = AddCommandGroup(app, "job", "Make, show, check and draw transcoding jobs");
+    CLI::App* const job = AddCommandGroup(app, "job", "Make, show, check, draw and run transcoding jobs");
     AddJobNew(*job);
     AddJobShow(*job);
     AddJobCheck(*job);
     AddJobDraw(*job);
+    AddJobRun(*job);
 }
 
 } // namespace Zelnor::Tool

@@ -10,5 +10,6 @@ void AddJobNew(CLI::App& job);
 void AddJobShow(CLI::App& job);
 void AddJobCheck(CLI::App& job);
 void AddJobDraw(CLI::App& job);
+void AddJobRun(CLI::App& job);
 
 } // namespace Zelnor::Tool

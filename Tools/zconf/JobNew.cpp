@@ -1,5 +1,6 @@
 #include "Tools/zconf/CommandLine.h"
 #include "Tools/zconf/Errors.h"
+#include "Tools/zconf/Files.h"
 #include "Tools/zconf/Input.h"
 #include "Tools/zconf/JobCommands.h"
 #include "Tools/zconf/JobPlan.h"
@@ -35,27 +36,6 @@ struct Options
     std::vector<std::string> merges;
 };
 
-/// Whether both names mean the same file, be it there or not.
-bool IsSameFile(const std::string& one, const std::string& other)
-{
-    if (IsStandardStream(one) || IsStandardStream(other))
-    {
-        return false;
-    }
-    std::error_code error;
-    if (std::filesystem::equivalent(one, other, error))
-    {
-        return true;
-    }
-    const auto resolved = [](const std::string& name) {
-        std::error_code failure;
-        const auto path =
-            std::filesystem::weakly_canonical(std::filesystem::absolute(name, failure), failure);
-        return failure ? std::filesystem::path(name) : path;
-    };
-    return resolved(one) == resolved(other);
-}
-
 /// Neither making nor running the job may destroy what goes into it.
 void CheckDistinct(const Options& options, const std::string& preset)
 {
@@ -73,7 +53,8 @@ void CheckDistinct(const Options& options, const std::string& preset)
     {
         struct stat status = {};
         const bool isSpecial = ::stat(pair.one.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-        if (!isSpecial && IsSameFile(pair.one, pair.other))
+        const bool isStream = IsStandardStream(pair.one) || IsStandardStream(pair.other);
+        if (!isSpecial && !isStream && IsSameFile(pair.one, pair.other))
         {
             throw ToolError(std::string("The ") + pair.oneName + " and the " + pair.otherName +
                             " are the same file: '" + pair.one + "'");
