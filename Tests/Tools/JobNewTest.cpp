@@ -1,3 +1,4 @@
+#include "Tests/Support/Clip.h"
 #include "Tests/Support/ZconfTest.h"
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
@@ -19,7 +20,7 @@ using testing::HasSubstr;
 class JobNew : public ZconfTest
 {
 protected:
-    JobNew() { Write("in.mp4", "not looked into"); }
+    JobNew() { Write("in.mp4", TinyClip()); }
 
     static std::vector<std::string> Command(std::vector<std::string> more = {})
     {
@@ -54,10 +55,11 @@ TEST_F(JobNew, WritesTheDocumentToStandardOutputAndNothingElse)
         result.output,
         R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":"in.mp4"}}}},)"
         R"({"id":2,"data":{"data":{"mp3":{"$$TYPE_ID$$":"format_mp3","name":"MP3","id":"mp3",)"
-        R"("container":"mp3","filePath":"out.mp3"}}}},)"
-        R"({"id":3,"data":{"data":{"streamRaw":{"id":0}}}}],)"
-        R"("edges":[{"id":1,"from":1,"to":3},{"id":2,"from":3,"to":2,"data":{"data":{"audio":)"
-        R"({"codec_id":"CODEC_ID_MP3","bitrate_mode":"CBR","bitrate":192000,)"
+        R"("container":"mp3","filePath":"out.mp3","metadata":{}}}}},)"
+        R"({"id":3,"data":{"data":{"streamRaw":{"id":1}}}}],)"
+        R"("edges":[{"id":1,"from":1,"to":3},{"id":2,"from":3,"to":2,"data":{"data":{"format_codec_audio":)"
+        R"({"metadata":{},"codec.options.encode":{},"codec.options.analyze":{},"name":"mp3",)"
+        R"("codec_id":"CODEC_ID_MP3","bitrate_mode":"CBR","bitrate":192000,)"
         R"("sample_format":"SAMPLE_FMT_S16P","sample_rate":44100,"layout":"STEREO"}}}}]})");
 }
 
@@ -77,7 +79,7 @@ TEST_F(JobNew, EveryStreamOfThePresetGetsARawStreamBetweenSourceAndTarget)
     EXPECT_EQ((*graph)[1], ITranscodingMetaGraph::MakeInFileDescription("in.mp4"));
     EXPECT_EQ((*graph)[3], ITranscodingMetaGraph::MakeRawStreamDescription(0));
     EXPECT_EQ((*graph)[4], ITranscodingMetaGraph::MakeRawStreamDescription(1));
-    EXPECT_EQ(graph->GetLink(3, 2).GetName(), "video");
+    EXPECT_EQ(graph->GetLink(3, 2).GetName(), "format_codec_video");
     EXPECT_EQ(graph->GetLink(3, 2)["codec_id"].GetString(), "CODEC_ID_H264");
     EXPECT_EQ(graph->GetLink(4, 2)["codec_id"].GetString(), "CODEC_ID_AAC");
 }
@@ -138,7 +140,7 @@ TEST_F(JobNew, NothingMayOverwriteWhatGoesIn)
     std::filesystem::create_hard_link(Folder() / "preset.json", Folder() / "other.json");
     ExpectFailure(Zconf({"job", "new", "-p", "preset.json", "-i", "in.mp4", "-t", "o", "-o", "other.json"}),
                   "The job and the preset are the same file: 'other.json'");
-    EXPECT_EQ(Read("in.mp4"), "not looked into");
+    EXPECT_EQ(Read("in.mp4"), TinyClip());
 }
 
 TEST_F(JobNew, TheOutputNeedsAName)
@@ -153,7 +155,7 @@ TEST_F(JobNew, StrangeNamesComeBackByteForByte)
           std::string("[a,b]"), std::string("{}"), std::string("\"q\""), std::string("$HOME;`ls`*?"),
           std::string("\xc3\xa4\xe6\x97\xa5"), std::string("invalid\xff\xfe")})
     {
-        Write(name, "media");
+        Write(name, TinyClip());
         const ProcessResult result =
             Zconf({"job", "new", "-p", "mp3", "--input=" + name, "--output=" + name + ".out", "-o", "j"});
         ExpectQuietSuccess(result);
@@ -250,7 +252,7 @@ TEST_F(JobNew, AnUnknownPresetIsToldWithTheKnownOnes)
     const ProcessResult result = NewFrom("mp5");
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.messages, HasSubstr("There is no preset 'mp5'"));
-    EXPECT_THAT(result.messages, HasSubstr("mkv-vp8-vorbis, mp3"));
+    EXPECT_THAT(result.messages, HasSubstr("mkv-vp8-vorbis, mov-mpeg4-aac, mp3"));
     ExpectFailure(NewFrom("./mp3"), "Cannot open './mp3': No such file or directory");
 }
 

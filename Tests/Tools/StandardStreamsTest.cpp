@@ -1,3 +1,4 @@
+#include "Tests/Support/Clip.h"
 #include "Tests/Support/ZconfTest.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +16,7 @@ protected:
     StandardStreams()
     {
         Write("job.json", kValid);
-        Write("in.mp4", "media");
+        Write("in.mp4", TinyClip());
     }
 };
 

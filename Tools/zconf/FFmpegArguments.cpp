@@ -2,6 +2,7 @@
 
 #include "Tools/zconf/CodecArguments.h"
 #include "Tools/zconf/Containers.h"
+#include "Tools/zconf/EncoderCheck.h"
 #include "Tools/zconf/Errors.h"
 #include "Tools/zconf/FilterArguments.h"
 
@@ -179,6 +180,7 @@ private:
     {
         const AVCodec& encoder = EncoderFor(stream.codec);
         CheckContainer(encoder.id);
+        RequireAccepted(stream.codec, encoder);
         const std::string filters = StreamFilters(m_transcode, stream);
         if (stream.merged.empty())
         {

@@ -1,6 +1,7 @@
 #include "Tools/zconf/TargetCodec.h"
 
 #include "Tools/zconf/Containers.h"
+#include "Tools/zconf/EncoderCheck.h"
 #include "Tools/zconf/EncoderFacts.h"
 #include "Tools/zconf/Errors.h"
 #include "Tools/zconf/VideoGeometry.h"
@@ -65,24 +66,26 @@ const AVCodec& RequireEncoder(const std::string& codecId)
     return *encoder;
 }
 
-[[noreturn]] void RefuseSetting(const AVCodec& encoder, const std::string& what)
+/// H.264's profiles for all players have no other pixels.
+bool NeedsUsualPixels(const Property& target)
 {
-    throw ToolError(std::string("The encoder ") + encoder.name + " does not take " + what);
+    const auto profile = target.FindChild(IFormatCodec::TAG_PROFILE);
+    const std::string word = profile == target.end() ? "" : profile->GetString();
+    return target[IFormatCodec::TAG_CODEC_ID].GetString() == IFormatCodecVideo::CODEC_ID_H264 &&
+           (word == IFormatCodecVideo::TAG_X264_PROFILE_BASELINE ||
+            word == IFormatCodecVideo::TAG_X264_PROFILE_MAIN ||
+            word == IFormatCodecVideo::TAG_X264_PROFILE_HIGH);
 }
 
 void ChoosePixelFormat(const AVCodec& encoder, const IFormatCodecVideo& source, IFormatCodecVideo& target)
 {
-    const PixFmt asked = target.GetPixelFormat();
-    if (asked != PIX_FMT_NONE)
+    if (target.GetPixelFormat() != PIX_FMT_NONE)
     {
-        if (!Accepts(encoder, asked))
-        {
-            RefuseSetting(encoder, "the pixel format " + PixFmtDescription::Find(asked)->name);
-        }
         return;
     }
     const PixFmt known = source.GetPixelFormat();
-    const PixFmt nearest = NearestPixelFormat(encoder, known == PIX_FMT_NONE ? PIX_FMT_YUV420P : known);
+    const bool usual = known == PIX_FMT_NONE || NeedsUsualPixels(target.GetProperty());
+    const PixFmt nearest = NearestPixelFormat(encoder, usual ? PIX_FMT_YUV420P : known);
     if (nearest != PIX_FMT_NONE)
     {
         target.SetPixelFormat(nearest);
@@ -91,23 +94,20 @@ void ChoosePixelFormat(const AVCodec& encoder, const IFormatCodecVideo& source, 
 
 void ChooseFrameRate(const AVCodec& encoder, const IFormatCodecVideo& source, IFormatCodecVideo& target)
 {
-    constexpr int kUsualRate = 25;
-    const bool asked = IsSet(target, IFormatCodecVideo::TAG_FPS);
-    const Property& facts = asked ? target.GetProperty() : source.GetProperty();
-    Property::Ratio ratio(kUsualRate);
-    if (facts.ChildExists(IFormatCodecVideo::TAG_FPS))
+    if (IsSet(target, IFormatCodecVideo::TAG_FPS))
     {
-        ratio = facts[IFormatCodecVideo::TAG_FPS].GetRatio();
+        return;
+    }
+    constexpr int kUsualRate = 25;
+    Property::Ratio ratio(kUsualRate);
+    if (IsSet(source, IFormatCodecVideo::TAG_FPS))
+    {
+        ratio = source.GetProperty()[IFormatCodecVideo::TAG_FPS].GetRatio();
     }
     AVRational rate = {};
     constexpr int kLargestTerm = 65535;
     av_reduce(&rate.num, &rate.den, ratio.numerator(), ratio.denominator(), kLargestTerm);
     const AVRational nearest = NearestFrameRate(encoder, rate);
-    if (asked && av_cmp_q(nearest, rate) != 0)
-    {
-        RefuseSetting(encoder, "the frame rate " + std::to_string(ratio.numerator()) + "/" +
-                                   std::to_string(ratio.denominator()));
-    }
     target.SetFrameRate(static_cast<unsigned int>(nearest.num), static_cast<unsigned int>(nearest.den));
 }
 
@@ -169,6 +169,7 @@ Property MakeVideo(const MediaStream& source, const Property& settings, const st
     ChoosePixelFormat(encoder, facts, *target);
     ChooseSize(ShownFrame(source), NeedsSquarePixels(encoder.id, container), *target);
     ChooseFrameRate(encoder, facts, *target);
+    RequireAccepted(target->GetProperty(), encoder);
     FillBitrate(encoder, *target);
     FillBitrateMode(*target);
     CarryTags(source, settings, *target);
@@ -194,33 +195,21 @@ int RateOf(const IFormatCodecAudio& audio)
                : kUsualRate;
 }
 
-/// Fills in what the preset leaves open, and refuses what it asks for in vain.
+/// Fills in what the preset leaves open.
 void ChooseSamples(const AVCodec& encoder, const IFormatCodecAudio& source, IFormatCodecAudio& target)
 {
     if (!IsSet(target, IFormatCodecAudio::TAG_SAMPLE_FORMAT))
     {
         target.SetSampleFormat(NearestSampleFormat(encoder, SampleFormatOf(source)));
     }
-    else if (!Accepts(encoder, target.GetSampleFormat()))
-    {
-        RefuseSetting(encoder, Conf::SampleFmtRecord::Find(target.GetSampleFormat())->textId);
-    }
     if (!IsSet(target, IFormatCodecAudio::TAG_LAYOUT))
     {
         target.SetChannelLayout(NearestLayout(encoder, LayoutOf(source)));
-    }
-    else if (!Accepts(encoder, target.GetChannelLayout()))
-    {
-        RefuseSetting(encoder, "the layout " + *Conf::LayoutRecord::Find(target.GetChannelLayout())->textId);
     }
     if (!IsSet(target, IFormatCodecAudio::TAG_SAMPLE_RATE))
     {
         SetValue(target, IFormatCodecAudio::TAG_SAMPLE_RATE,
                  static_cast<long long>(NearestRate(encoder, RateOf(source))));
-    }
-    else if (!AcceptsRate(encoder, RateOf(target)))
-    {
-        RefuseSetting(encoder, "the sample rate " + std::to_string(RateOf(target)));
     }
 }
 
@@ -231,6 +220,7 @@ Property MakeAudio(const MediaStream& source, const Property& settings)
     const AVCodec& encoder = RequireEncoder(CodecIdOf(*target));
     SetValue(*target, IFormatCodec::TAG_NAME, std::string(avcodec_get_name(encoder.id)));
     ChooseSamples(encoder, dynamic_cast<const IFormatCodecAudio&>(*source.descriptor), *target);
+    RequireAccepted(target->GetProperty(), encoder);
     FillBitrateMode(*target);
     CarryTags(source, settings, *target);
     return target->GetProperty();

@@ -1,0 +1,378 @@
+#include "Tests/Support/MediaTest.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class JobRun : public MediaTest
+{
+protected:
+    JobRun() { Write("in.mkv", TinyClip()); }
+
+    void Mp3() const { ExpectQuietSuccess(New("mp3", "in.mkv", "out.mp3")); }
+
+    /// A program to be taken for ffmpeg.
+    std::string Script(const std::string& lines) const
+    {
+        Write("engine", "#!/bin/bash\n" + lines + "\n");
+        ::chmod((Folder() / "engine").c_str(), 0755);
+        return "./engine";
+    }
+};
+
+TEST_F(JobRun, MakesTheTargetAndNothingElse)
+{
+    Mp3();
+    const ProcessResult result = RunJob();
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.messages, HasSubstr("zconf: out.mp3: done\n"));
+    EXPECT_EQ(Facts("out.mp3").Audio().codec, "mp3");
+    EXPECT_THAT(Files(), ElementsAre("in.mkv", "job.json", "out.mp3"));
+    struct stat status = {};
+    ASSERT_EQ(::stat((Folder() / "out.mp3").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0644U);
+}
+
+TEST_F(JobRun, ADryRunPrintsTheCommandAndRunsNothing)
+{
+    Mp3();
+    const ProcessResult result = RunJob({"--dry-run"});
+    ExpectQuietSuccess(result);
+    EXPECT_EQ(result.output,
+              "ffmpeg -hide_banner -nostdin -v error -nostats -progress pipe:1 -n -i file:in.mkv -map 0:1 "
+              "-filter:0 aformat=sample_fmts=s16p:sample_rates=44100:channel_layouts=stereo -c:0 libmp3lame "
+              "-b:0 192000 -map_metadata -1 -map_metadata:s -1 -max_muxing_queue_size 4096 -f mp3 "
+              "file:out.mp3\n");
+    EXPECT_FALSE(Exists("out.mp3"));
+}
+
+TEST_F(JobRun, ThePrintedCommandWorksInAShell)
+{
+    ExpectQuietSuccess(New("mp3", "in.mkv", "it's $HOME \"x\".mp3"));
+    EXPECT_EQ(Shell("eval \"$(\"$ZCONF\" job run -n job.json)\"").exitCode, 0);
+    EXPECT_EQ(Facts("it's $HOME \"x\".mp3").Audio().codec, "mp3");
+}
+
+TEST_F(JobRun, AnExistingFileIsKeptUnlessAskedOtherwise)
+{
+    Mp3();
+    Write("out.mp3", "old");
+    ExpectFailure(RunJob(), "'out.mp3' is there already; --overwrite replaces it");
+    EXPECT_EQ(Read("out.mp3"), "old");
+    EXPECT_EQ(RunJob({"--overwrite"}).exitCode, 0);
+    EXPECT_EQ(Facts("out.mp3").Audio().codec, "mp3");
+}
+
+TEST_F(JobRun, AFileThatAppearsMeanwhileIsKept)
+{
+    Mp3();
+    const ProcessResult result = RunJob({"--ffmpeg", Script("echo old > out.mp3")});
+    ExpectFailure(result, "Cannot write 'out.mp3': File exists");
+    EXPECT_EQ(Read("out.mp3"), "old\n");
+}
+
+TEST_F(JobRun, AFailureOfFFmpegGivesItsLastLinesAndLeavesNothing)
+{
+    Mp3();
+    const ProcessResult result =
+        RunJob({"--ffmpeg", Script("for i in $(seq 30); do echo line $i >&2; done; exit 7")});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.messages, StartsWith("zconf: ffmpeg failed to make 'out.mp3':\n  line 21\n"));
+    EXPECT_THAT(result.messages, HasSubstr("  line 30\n  (exit code 7)\n"));
+    EXPECT_THAT(Files(), ElementsAre("engine", "in.mkv", "job.json"));
+}
+
+TEST_F(JobRun, AFailureKeepsTheFileThatWasToBeReplaced)
+{
+    Mp3();
+    Write("out.mp3", "old");
+    EXPECT_EQ(RunJob({"--overwrite", "--ffmpeg", Script("echo half > \"${!#}\"; exit 1")}).exitCode, 3);
+    EXPECT_EQ(Read("out.mp3"), "old");
+}
+
+TEST_F(JobRun, WithoutFFmpegThereIsOneSentence)
+{
+    Mp3();
+    ExpectFailure(RunJob({"--ffmpeg", "./none"}), "Cannot run './none': No such file or directory");
+    EXPECT_THAT(Files(), ElementsAre("in.mkv", "job.json"));
+}
+
+TEST_F(JobRun, ASignalStopsFFmpegAndLeavesNoHalfFile)
+{
+    Mp3();
+    Script("target=${!#}; echo half > \"${target#file:}\"; echo $$ > running; exec sleep 50");
+    for (const auto& [name, number] : {std::pair("INT", SIGINT), std::pair("TERM", SIGTERM)})
+    {
+        const ProcessResult result = Shell(std::string("exec timeout --preserve-status -s ") + name +
+                                           " 1 \"$ZCONF\" job run job.json --ffmpeg ./engine");
+        EXPECT_EQ(result.exitCode, 128 + number);
+        EXPECT_FALSE(result.timedOut);
+        ASSERT_TRUE(Exists("running"));
+        EXPECT_EQ(::kill(static_cast<pid_t>(std::stol(Read("running"))), 0), -1);
+        EXPECT_THAT(Files(), ElementsAre("engine", "in.mkv", "job.json", "running"));
+    }
+}
+
+TEST_F(JobRun, ShowsABarOnATerminal)
+{
+    Mp3();
+    ProcessOptions options;
+    options.terminal = true;
+    const std::string engine = Script("echo out_time_us=100000; echo speed=2.0x; echo progress=continue");
+    const ProcessResult result = RunJob({"--ffmpeg", engine}, options);
+    EXPECT_THAT(result.output, HasSubstr("] "));
+    EXPECT_THAT(result.output, HasSubstr("%  2.0x  0:00:01 left  out.mp3"));
+    EXPECT_THAT(result.output, HasSubstr("\x1b[K"));
+}
+
+TEST_F(JobRun, TellsTenthsInPlainLinesElsewhere)
+{
+    Mp3();
+    const std::string engine =
+        Script("for t in 60000 61000 150000; do echo out_time_us=$t; echo progress=continue; done");
+    const ProcessResult result = RunJob({"--ffmpeg", engine});
+    EXPECT_EQ(std::count(result.messages.begin(), result.messages.end(), '%'), 2) << result.messages;
+    EXPECT_THAT(result.messages, Not(HasSubstr("\r")));
+}
+
+TEST_F(JobRun, TwoPassesLeaveNothingBehind)
+{
+    std::filesystem::create_directory(Folder() / "tmp");
+    ExpectQuietSuccess(New("webm-vp9-opus", "in.mkv", "out.webm"));
+    ProcessOptions options;
+    options.environment = {"TMPDIR=" + (Folder() / "tmp").string()};
+    EXPECT_EQ(RunJob({}, options).exitCode, 0);
+    EXPECT_TRUE(std::filesystem::is_empty(Folder() / "tmp"));
+    EXPECT_THAT(Files(), ElementsAre("in.mkv", "job.json", "out.webm", "tmp"));
+    const std::string printed = RunJob({"-n"}).output;
+    EXPECT_THAT(printed, HasSubstr("-pass:0 1 -passlogfile:0 ffmpeg2pass-0-0 -f null file:/dev/null\n"));
+    EXPECT_THAT(printed, HasSubstr("-pass:0 2 -passlogfile:0 ffmpeg2pass-0-0 "));
+}
+
+TEST_F(JobRun, EveryNameIsAPlainFile)
+{
+    for (const std::string& name :
+         {std::string("-y"), std::string("50%d 'n' \"q\".mp3"), std::string("two\nlines.mp3"),
+          std::string("http:x.mp3"), std::string("pipe:1.mp3"), std::string("a|b;c.mp3")})
+    {
+        SCOPED_TRACE(name);
+        const std::string input = name + ".in";
+        const std::string output = name + ".out";
+        Write(input, TinyClip());
+        ExpectQuietSuccess(New("mp3", input, output));
+        EXPECT_EQ(RunJob().exitCode, 0);
+        EXPECT_EQ(Facts(output).Audio().codec, "mp3");
+    }
+}
+
+TEST_F(JobRun, PicturesWhoseNamesLookLikePatternsArePlainFiles)
+{
+    Make({"-f", "lavfi", "-i", "testsrc=s=64x48:d=0.04", "-frames:v", "1", "-update", "1", "p.png"});
+    std::filesystem::rename(Folder() / "p.png", Folder() / "in%03d*.png");
+    ExpectQuietSuccess(New("png", "in%03d*.png", "out%03d*.png"));
+    const ProcessResult result = RunJob();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_TRUE(Exists("out%03d*.png"));
+    EXPECT_EQ(Facts("out%03d*.png").Video().width, 64);
+}
+
+TEST_F(JobRun, CarriesTagsAndLanguages)
+{
+    Make({"-i", "in.mkv", "-c", "copy", "-metadata", "title=T=\"1\"", "-metadata", "secret=x",
+          "-metadata:s:a", "language=deu", "tagged.mkv"});
+    ExpectQuietSuccess(New("mkv-h264-ac3", "tagged.mkv", "out.mkv"));
+    EXPECT_EQ(RunJob().exitCode, 0);
+    const MediaFacts facts = Facts("out.mkv");
+    EXPECT_EQ(facts.tags.at("title"), "T=\"1\"");
+    EXPECT_EQ(facts.tags.count("SECRET"), 0U);
+    EXPECT_EQ(facts.Audio().language, "deu");
+}
+
+TEST_F(JobRun, TurnsATurnedVideoUpright)
+{
+    Make({"-f", "lavfi", "-i", "testsrc=s=160x96:d=0.2", "-c:v", "mpeg4", "plain.mp4"});
+    Make({"-i", "plain.mp4", "-c", "copy", "-metadata:s:v:0", "rotate=90", "turned.mp4"});
+    EXPECT_EQ(New("mp4-h264-aac", "turned.mp4", "out.mp4").exitCode, 0);
+    EXPECT_EQ(RunJob().exitCode, 0);
+    EXPECT_EQ(Facts("out.mp4").Video().width, 96);
+    EXPECT_EQ(Facts("out.mp4").Video().height, 160);
+}
+
+TEST_F(JobRun, APictureOfAnotherShapeGetsBarsOnADvd)
+{
+    Make({"-f", "lavfi", "-i", "color=red:s=480x200:d=0.2", "-c:v", "ffv1", "scope.mkv"});
+    EXPECT_EQ(New("dvd-pal", "scope.mkv", "out.vob").exitCode, 0);
+    EXPECT_THAT(RunJob({"-n"}).output, HasSubstr("pad=720:576"));
+    EXPECT_EQ(RunJob().exitCode, 0);
+    EXPECT_NEAR(Facts("out.vob").Video().aspect, 2.21, 0.01);
+}
+
+TEST_F(JobRun, LosslessDvdKeepsWhatADvdCanHold)
+{
+    Make({"-f", "lavfi", "-i", "testsrc=s=720x576:r=25:d=0.4", "-f", "lavfi", "-i", "sine=r=48000:d=0.4",
+          "-c:v", "mpeg2video", "-c:a", "mp2", "in.vob"});
+    EXPECT_EQ(New("mp4-h264-aac", "in.vob", "out", {"--lossless-dvd"}).exitCode, 0);
+    const std::string command = RunJob({"-n"}).output;
+    EXPECT_THAT(command, HasSubstr("-c:0 copy"));
+    EXPECT_THAT(command, HasSubstr("-c:1 copy"));
+    EXPECT_EQ(RunJob().exitCode, 0);
+    EXPECT_EQ(Facts("out.vob").Video().codec, "mpeg2video");
+    EXPECT_EQ(Facts("out.vob").Audio().codec, "mp2");
+}
+
+TEST_F(JobRun, MergesSoundsAndDrawsSubtitles)
+{
+    Write("s.srt", "1\n00:00:00,000 --> 00:00:01,000\nHello\n");
+    Make({"-f",
+          "lavfi",
+          "-i",
+          "color=black:s=320x240:d=0.4",
+          "-f",
+          "lavfi",
+          "-i",
+          "sine=d=0.4",
+          "-f",
+          "lavfi",
+          "-i",
+          "sine=f=880:d=0.4",
+          "-i",
+          "s.srt",
+          "-map",
+          "0",
+          "-map",
+          "1",
+          "-map",
+          "2",
+          "-map",
+          "3",
+          "-c:v",
+          "ffv1",
+          "-c:a",
+          "flac",
+          "it's [a], 'b'; c:d.mkv"});
+    ExpectQuietSuccess(New("mp4-h264-aac", "it's [a], 'b'; c:d.mkv", "out.mp4",
+                           {"--stream", "0", "--stream", "1", "--merge", "1+2", "--merge", "0+3"}));
+    EXPECT_THAT(RunJob({"-n"}).output, HasSubstr("[0:1][0:2]amix=inputs=2:normalize=0,aformat="));
+    const ProcessResult result = RunJob();
+    EXPECT_EQ(result.exitCode, 0) << result.messages;
+    EXPECT_EQ(Facts("out.mp4").streams.size(), 2U);
+    ExpectQuietSuccess(New("mp4-h264-aac", "it's [a], 'b'; c:d.mkv", "x.mp4", {"-s", "0", "--merge", "0+1"}));
+    ExpectFailure(RunJob(), "Stream 1 (audio) cannot be merged into stream 0 (video)");
+}
+
+TEST_F(JobRun, TheBitrateModesBecomeBounds)
+{
+    const auto command = [this](const std::string& settings) {
+        Preset("matroska", R"({"video":{"codec_id":"CODEC_ID_MPEG4",)" + settings + "}}");
+        ExpectQuietSuccess(New("./preset.json", "in.mkv", "o.mkv"));
+        return RunJob({"-n"}).output;
+    };
+    EXPECT_THAT(command(R"("bitrate_mode":"CBR","bitrate":4000000)"),
+                HasSubstr("-b:0 4000000 -minrate:0 4000000 -maxrate:0 4000000 -bufsize:0 4000000 "));
+    EXPECT_THAT(command(R"("bitrate_mode":"VBR","bitrate":4000000)"),
+                HasSubstr("-b:0 4000000 -minrate:0 2000000 -maxrate:0 8000000 -bufsize:0 8000000 "));
+    EXPECT_THAT(command(R"("bitrate_mode":"VBR","bitrate":4000000,"quality":32)"),
+                HasSubstr("-b:0 1333333 -minrate:0 666666 -maxrate:0 2666666 -bufsize:0 2666666 "));
+    EXPECT_THAT(command(R"("bitrate_mode":"CBR_AUTO","bitrate":4000000)"), HasSubstr("-b:0 4000000 -map_m"));
+    // The calculator's proposal for 64x48 at 25 frames a second.
+    EXPECT_THAT(command(R"("bitrate_mode":"CBR_AUTO")"), HasSubstr("-b:0 126"));
+}
+
+TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
+{
+    struct Case
+    {
+        const char* from;
+        const char* to;
+        const char* sentence;
+    };
+    const Case kCases[] = {
+        {"CODEC_ID_H264", "CODEC_ID_H265", "Encoding CODEC_ID_H265 is disabled"},
+        {"CODEC_ID_H264", "CODEC_ID_RV40", "The installed FFmpeg has no encoder for CODEC_ID_RV40"},
+        {"CODEC_ID_H264", "CODEC_ID_AUTO", "The installed FFmpeg has no encoder for CODEC_ID_AUTO"},
+        {R"("container":"mp4")", R"("container":"a64x")", "The container a64x cannot hold h264"},
+        {R"("container":"mp4")", R"("container":"webm")", "The container webm cannot hold h264"},
+        {R"("profile":"high")", R"("profile":"highest")", "The encoder libx264 has no profile 'highest'"},
+        {R"("preset":"medium")", R"("preset":"glacial")", "The encoder libx264 has no preset 'glacial'"},
+        {R"("preset":"medium")", R"("tune":"psychic")", "The encoder libx264 has no tune 'psychic'"},
+        {R"("preset":"medium")", R"("odd":1)", "The setting 'odd' of a stream is not known here"},
+        {R"("bitrate_mode":"VBR")", R"("bitrate_mode":"ABR")",
+         "There is no bitrate mode 'ABR', only CBR, CBR_AUTO and VBR"},
+        {R"("preset":"medium")", R"("preferred_encoder":"ENCODER_NVENC_H264")",
+         "There is no encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264 here"},
+        {R"("codec.options.encode":{})", R"("codec.options.encode":{"no_such":1})",
+         "The encoder libx264 has no option for 'no_such'"},
+        {R"("PIXELFORMAT":0)", R"("PIXELFORMAT":28)",
+         "The encoder libx264 does not take the pixel format RGBA"},
+        {R"("streamRaw":{"id":0})", R"("streamRaw":{"id":7})",
+         "Node 3 cannot be run: 'in.mkv' has no stream 7"},
+        {R"("streamRaw":{"id":0})", R"("streamRaw":{"id":1})",
+         "Stream 1 is audio, and the record of what it becomes is 'format_codec_video', not "
+         "'format_codec_audio'"},
+        {R"("sourceFile")", R"("camera")",
+         "Node 1 cannot be run: its source is of the type 'camera', not a file"},
+        {R"("filePath":"in.mkv")", R"("filePath":"gone")", "Cannot read 'gone': No such file or directory"},
+        {R"("filePath":"out.mp4")", R"("filePath":"in.mkv")",
+         "The output and the input are the same file: 'in.mkv'"},
+    };
+    for (const Case& entry : kCases)
+    {
+        SCOPED_TRACE(entry.to);
+        ExpectQuietSuccess(New("mp4-h264-aac", "in.mkv", "out.mp4"));
+        Edit(entry.from, entry.to);
+        ExpectFailure(RunJob({"--ffmpeg", "/bin/false"}), entry.sentence);
+        EXPECT_FALSE(Exists("out.mp4"));
+    }
+}
+
+TEST_F(JobRun, AnInvalidJobIsRefused)
+{
+    Write("job.json", kUnlinked);
+    ExpectFailure(RunJob(), "The job is not valid; 'zconf job check' tells why");
+}
+
+TEST_F(JobRun, SubtitlesGoWhereTheContainerCanHoldThem)
+{
+    Write("s.srt", "1\n00:00:00,000 --> 00:00:00,200\nHello\n");
+    Make({"-i", "in.mkv", "-i", "s.srt", "-c", "copy", "-c:s", "srt", "-metadata:s:s", "language=fra",
+          "sub.mkv"});
+    for (const auto& [preset, codec] :
+         {std::pair("mp4-h264-aac", "mov_text"), std::pair("mkv-h264-ac3", "subrip"),
+          std::pair("webm-vp8-vorbis", "webvtt")})
+    {
+        SCOPED_TRACE(preset);
+        ExpectQuietSuccess(New(preset, "sub.mkv", preset));
+        EXPECT_EQ(RunJob().exitCode, 0);
+        const std::string name = std::string(preset) + (preset[1] == 'p'   ? ".mp4"
+                                                        : preset[1] == 'k' ? ".mkv"
+                                                                           : ".webm");
+        const auto subtitles = Facts(name).Of(AVMEDIA_TYPE_SUBTITLE);
+        ASSERT_EQ(subtitles.size(), 1U);
+        EXPECT_EQ(subtitles[0].codec, codec);
+        EXPECT_EQ(subtitles[0].language, "fra");
+    }
+    EXPECT_THAT(New("dvd-pal", "sub.mkv", "x", {"--stream", "2"}).messages,
+                HasSubstr("The container dvd cannot hold stream 2, a subtitle of text"));
+}
+
+TEST_F(JobRun, ATruncatedSourceIsConvertedAsFarAsItGoes)
+{
+    Write("cut.mkv", TinyClip().substr(0, TinyClip().size() * 3 / 4));
+    ExpectQuietSuccess(New("mkv-h264-ac3", "cut.mkv", "out.mkv"));
+    EXPECT_EQ(RunJob().exitCode, 0);
+    EXPECT_GT(Facts("out.mkv").Video().seconds, 0.04);
+    EXPECT_LT(Facts("out.mkv").Video().seconds, 0.21);
+}
+
+} // namespace
