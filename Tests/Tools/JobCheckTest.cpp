@@ -157,24 +157,19 @@ std::vector<int> CycleIn(const std::string& output)
     return ids;
 }
 
-TEST_F(JobCheck, AgreesWithTheLibraryAboutRandomJobs)
+struct RandomJob
 {
-    std::mt19937 random(20240607);
-    int valid = 0;
-    int cyclic = 0;
-    for (int round = 0; round < 150; ++round)
+    explicit RandomJob(std::mt19937& random)
     {
-        const int count = 2 + static_cast<int>(random() % 6);
-        std::vector<std::string> nodes;
-        for (int i = 1; i <= count; ++i)
+        const unsigned count = 2 + static_cast<unsigned>(random() % 6);
+        for (unsigned i = 1; i <= count; ++i)
         {
             nodes.push_back(std::to_string(i));
         }
-        std::set<Link> links;
         for (auto i = random() % 10; i > 0; --i)
         {
-            int from = 1 + static_cast<int>(random() % static_cast<unsigned>(count));
-            int to = 1 + static_cast<int>(random() % static_cast<unsigned>(count));
+            int from = 1 + static_cast<int>(random() % count);
+            int to = 1 + static_cast<int>(random() % count);
             // Mostly forward, so that valid jobs occur too.
             if (from > to && random() % 8 != 0)
             {
@@ -185,23 +180,44 @@ TEST_F(JobCheck, AgreesWithTheLibraryAboutRandomJobs)
                 links.emplace(from, to);
             }
         }
-        const std::string document = Document(nodes, {links.begin(), links.end()});
+    }
+
+    std::vector<std::string> nodes;
+    std::set<Link> links;
+};
+
+bool IsCycleOf(const std::set<Link>& links, const std::vector<int>& path)
+{
+    for (std::size_t i = 1; i < path.size(); ++i)
+    {
+        if (links.count({path[i - 1], path[i]}) == 0)
+        {
+            return false;
+        }
+    }
+    return path.size() > 1 && path.front() == path.back();
+}
+
+TEST_F(JobCheck, AgreesWithTheLibraryAboutRandomJobs)
+{
+    std::mt19937 random(20240607);
+    int valid = 0;
+    int cyclic = 0;
+    for (int round = 0; round < 150; ++round)
+    {
+        const RandomJob job(random);
+        const std::string document = Document(job.nodes, {job.links.begin(), job.links.end()});
         SCOPED_TRACE(document);
         const auto graph = Conf::ITranscodingMetaGraph::Create();
         graph->Load(Core::MemoryDataInput::Create(document));
         const ProcessResult result = Check(document);
         EXPECT_EQ(result.exitCode, graph->TopologyIsValid() ? 0 : 1);
         valid += graph->TopologyIsValid() ? 1 : 0;
-
         const std::vector<int> cycle = CycleIn(result.output);
-        cyclic += cycle.empty() ? 0 : 1;
-        for (std::size_t i = 1; i < cycle.size(); ++i)
-        {
-            EXPECT_EQ(links.count({cycle[i - 1], cycle[i]}), 1U);
-        }
         if (!cycle.empty())
         {
-            EXPECT_EQ(cycle.front(), cycle.back());
+            ++cyclic;
+            EXPECT_TRUE(IsCycleOf(job.links, cycle));
         }
     }
     EXPECT_GT(valid, 10);
