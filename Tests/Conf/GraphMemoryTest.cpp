@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace
 {
@@ -50,8 +51,8 @@ using Core::Property;
 
 /// Runs `action` with its first, second, ... allocation failing, until it succeeds. Expects that `graph` is
 /// unchanged by each failure. Returns the number of failures.
-template <class Action>
-int FailEveryAllocation(const ITranscodingMetaGraph& graph, Action&& action)
+template <class Action, class Check>
+int FailEveryAllocation(const ITranscodingMetaGraph& graph, Action&& action, Check&& checkAfterFailure)
 {
     const std::string before = JsonOf(graph);
     const NodeId counter = graph.GetNodesCount();
@@ -68,8 +69,15 @@ int FailEveryAllocation(const ITranscodingMetaGraph& graph, Action&& action)
         {
             EXPECT_EQ(JsonOf(graph), before);
             EXPECT_EQ(graph.GetNodesCount(), counter);
+            checkAfterFailure();
         }
     }
+}
+
+template <class Action>
+int FailEveryAllocation(const ITranscodingMetaGraph& graph, Action&& action)
+{
+    return FailEveryAllocation(graph, std::forward<Action>(action), [] {});
 }
 
 Property BigRecord()
@@ -103,6 +111,18 @@ TEST(GraphMemory, ANodeThatBreaksTheOrderIsAddedAsAWholeOrNotAtAll)
     }
     EXPECT_EQ((*graph)[2], BigRecord());
     ExpectNodeNotFound(1, [&] { (*graph)[1]; });
+}
+
+TEST(GraphMemory, ANodeThatWasNotAddedIsNotFoundWhileTheOrderIsBroken)
+{
+    const GraphPtr graph = Loaded(R"({"vertices":[{"id":2},{"id":1}],"edges":[]})");
+    for (const NodeId id : {3, 4, 5})
+    {
+        FailEveryAllocation(
+            *graph, [&] { graph->AddNode(BigRecord()); },
+            [&] { ExpectNodeNotFound(id, [&] { (*graph)[id]; }); });
+        EXPECT_EQ((*graph)[id], BigRecord());
+    }
 }
 
 TEST(GraphMemory, ALinkIsAddedAsAWholeOrNotAtAll)

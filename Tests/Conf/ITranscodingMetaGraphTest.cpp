@@ -379,7 +379,7 @@ TEST(ITranscodingMetaGraph, AChainOfAMillionNodesIsHandled)
 
 TEST(ITranscodingMetaGraph, AHubOfManyLinksIsHandledInBothDirections)
 {
-    constexpr int kNodes = 200'000;
+    constexpr int kNodes = 600'000;
     const GraphPtr graph = ITranscodingMetaGraph::Create();
     const NodeId out = graph->AddNode(Property());
     const NodeId in = graph->AddNode(Property());
