@@ -7,6 +7,10 @@ void AddAllCommands(CLI::App& app)
 {
     AddJobCommands(app);
     AddProbeCommand(app);
+    AddListCommands(app);
+    AddExplainCommand(app);
+    AddBitrateCommand(app);
+    AddExtensionsCommand(app);
 }
 
 } // namespace Zelnor::Tool

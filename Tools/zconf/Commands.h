@@ -15,5 +15,13 @@ void AddAllCommands(CLI::App& app);
 void AddJobCommands(CLI::App& app);
 /// probe
 void AddProbeCommand(CLI::App& app);
+/// list codecs, list formats and so on
+void AddListCommands(CLI::App& app);
+/// explain
+void AddExplainCommand(CLI::App& app);
+/// bitrate
+void AddBitrateCommand(CLI::App& app);
+/// extensions
+void AddExtensionsCommand(CLI::App& app);
 
 } // namespace Zelnor::Tool
