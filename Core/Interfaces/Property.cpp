@@ -176,14 +176,6 @@ Property& Property::operator=(const Ratio& value)
     return *this;
 }
 
-PropertyTypes Property::GetType() const
-{
-    static constexpr std::array<PropertyTypes, std::variant_size_v<Value>> kTypes = {
-        PROPERTY_TYPE_GROUP, PROPERTY_TYPE_NONE, PROPERTY_TYPE_INT64, PROPERTY_TYPE_STRING,
-        PROPERTY_TYPE_RATIO};
-    return kTypes[m_value.index()];
-}
-
 long long Property::GetInt64() const
 {
     const long long* const value = std::get_if<long long>(&m_value);

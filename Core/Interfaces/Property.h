@@ -70,7 +70,7 @@ public:
     Property& operator=(T) = delete;
 
     const std::string& GetName() const { return m_name; }
-    PropertyTypes GetType() const;
+    PropertyTypes GetType() const { return kTypes[m_value.index()]; }
 
     long long GetInt64() const;
     /// Valid until the property changes; asked of a temporary, the text itself.
@@ -126,9 +126,12 @@ public:
 
 private:
     using Children = std::list<Property>;
-    /// The order of the alternatives is that of the table in `GetType()`. A scalar has no children, so they
-    /// share their room with the value.
+    /// A scalar has no children, so they share their room with the value.
     using Value = std::variant<Children, std::monostate, long long, std::string, Ratio>;
+    /// The type of each alternative of `Value`, in their order.
+    static constexpr PropertyTypes kTypes[] = {PROPERTY_TYPE_GROUP, PROPERTY_TYPE_NONE, PROPERTY_TYPE_INT64,
+                                               PROPERTY_TYPE_STRING, PROPERTY_TYPE_RATIO};
+    static_assert(std::variant_size_v<Value> == sizeof kTypes / sizeof *kTypes);
 
     void CopyChildrenFrom(const Property& other);
     void DestroyChildren() noexcept;

@@ -6,6 +6,7 @@
 #include <boost/container/small_vector.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <optional>
@@ -113,13 +114,14 @@ std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t de
                            static_cast<long long>(bottom));
 }
 
-/// Builds properties from JSON values. Recurses once for each nested group, at most `kMaxDepth` times. Its
-/// operations tell whether the JSON was a record; if not, `GetRefusal()` says why.
+/// Builds properties from JSON values, each in the place where it is to stay. Recurses once for each nested
+/// group, at most `kMaxDepth` times. Its operations tell whether the JSON was a record; if not,
+/// `GetRefusal()` says why.
 class Reader
 {
 public:
-    /// The record that `json`, an object with one member, is.
-    bool Record(const rapidjson::Value& json, const Place* parent, Property& record)
+    /// Appends the record that `json`, an object with one member, is to `group`.
+    bool Record(const rapidjson::Value& json, const Place* parent, Property& group)
     {
         if (!json.IsObject() || json.MemberCount() != 1)
         {
@@ -128,7 +130,7 @@ public:
                                 : KindOf(json);
             return Refuse(parent, "expected a record (an object with one member), found " + found);
         }
-        return Member(*json.MemberBegin(), parent, record);
+        return Member(*json.MemberBegin(), parent, group);
     }
 
     const std::string& GetRefusal() const { return m_refusal; }
@@ -140,7 +142,7 @@ private:
         return false;
     }
 
-    bool Member(const rapidjson::Value::Member& member, const Place* parent, Property& property)
+    bool Member(const rapidjson::Value::Member& member, const Place* parent, Property& group)
     {
         Place place{parent, TextOf(member.name), {}, parent == nullptr ? 0 : parent->groups};
         const rapidjson::Value& json = member.value;
@@ -148,21 +150,21 @@ private:
         switch (json.GetType())
         {
         case rapidjson::kNullType:
-            property = Property::None(name);
+            group.Add(Property::None(name));
             return true;
         case rapidjson::kStringType:
-            property = Property(std::move(name), std::string(TextOf(json)));
+            group.Add(Property(std::move(name), std::string(TextOf(json))));
             return true;
         case rapidjson::kObjectType:
-            property = Property(std::move(name));
-            return Object(json, place, property);
+            group.Add(Property(std::move(name)));
+            return Object(json, place, *std::prev(group.end()));
         case rapidjson::kArrayType:
-            property = Property(std::move(name));
-            return Array(json, place, property);
+            group.Add(Property(std::move(name)));
+            return Array(json, place, *std::prev(group.end()));
         case rapidjson::kNumberType:
             if (json.IsInt64())
             {
-                property = Property(std::move(name), static_cast<long long>(json.GetInt64()));
+                group.Add(Property(std::move(name), static_cast<long long>(json.GetInt64())));
                 return true;
             }
             break;
@@ -181,16 +183,9 @@ private:
         {
             return Refuse(&place, kTooDeep);
         }
-        for (const auto& member : json.GetObject())
-        {
-            Property child;
-            if (!Member(member, &place, child))
-            {
-                return false;
-            }
-            group.Add(std::move(child));
-        }
-        return true;
+        const auto members = json.GetObject();
+        return std::all_of(members.begin(), members.end(),
+                           [&](const auto& member) { return Member(member, &place, group); });
     }
 
     bool Array(const rapidjson::Value& json, Place& place, Property& property)
@@ -206,17 +201,10 @@ private:
             return Refuse(&place, kTooDeep);
         }
         std::size_t index = 0;
-        for (const rapidjson::Value& element : elements)
-        {
+        return std::all_of(elements.begin(), elements.end(), [&](const rapidjson::Value& element) {
             const Place inside{&place, {}, index++, place.groups};
-            Property child;
-            if (!Record(element, &inside, child))
-            {
-                return false;
-            }
-            property.Add(std::move(child));
-        }
-        return true;
+            return Record(element, &inside, property);
+        });
     }
 
     bool Ratio(const rapidjson::Value& top, const rapidjson::Value& bottom, const Place& place,
@@ -326,16 +314,18 @@ void CheckDepth(const Property& record, int wrappers)
 
 void PropertySerializer::Load(Property& property, rapidjson::Value& json)
 {
-    Property loaded;
     if (json.IsNull())
     {
-        loaded = Property(property.GetName());
+        property = Property(property.GetName());
+        return;
     }
-    else if (Reader reader; !reader.Record(json, nullptr, loaded))
+    Property holder;
+    Reader reader;
+    if (!reader.Record(json, nullptr, holder))
     {
         ZELNOR_THROW(RefusalException(reader.GetRefusal()));
     }
-    property = std::move(loaded);
+    property = std::move(*holder.begin());
 }
 
 void PropertySerializer::Save(const Property& property, rapidjson::Value& json,
