@@ -133,20 +133,28 @@ TEST(ConfException, ARefusedMethodIsACoreFailureAndNoneOfTheConfiguration)
     EXPECT_FALSE(Catches<ConfException>(ThrowMethodIsNotApplicable));
 }
 
+/// Looks into the object: the compiler may not conclude its class from its declaration.
+template <class E>
+void ExpectType(const E& object)
+{
+    const Exception* volatile address = &object;
+    EXPECT_EQ(typeid(*address), typeid(E));
+}
+
 TEST(ConfException, EveryExportedObjectIsOfItsOwnClass)
 {
-    EXPECT_EQ(typeid(exportDummyException), typeid(ConfException));
-    EXPECT_EQ(typeid(exportDummyException1), typeid(PresetException));
-    EXPECT_EQ(typeid(exportDummyException2), typeid(ConstraintException));
-    EXPECT_EQ(typeid(exportDummyException3), typeid(ConstraintIsNotApplicableForTypeException));
-    EXPECT_EQ(typeid(exportDummyException4), typeid(CheckedPropertyHasDifferentTypeException));
-    EXPECT_EQ(typeid(exportDummyException5), typeid(HelperException));
-    EXPECT_EQ(typeid(exportDummyException6), typeid(FormatException));
-    EXPECT_EQ(typeid(exportDummyException7), typeid(ProfileException));
-    EXPECT_EQ(typeid(exportDummyException8), typeid(NodeNotFound));
-    EXPECT_EQ(typeid(exportDummyException9), typeid(LinkExists));
-    EXPECT_EQ(typeid(exportDummyException10), typeid(LinkNotFound));
-    EXPECT_EQ(typeid(exportDummyException11), typeid(BadJson));
+    ExpectType<ConfException>(exportDummyException);
+    ExpectType<PresetException>(exportDummyException1);
+    ExpectType<ConstraintException>(exportDummyException2);
+    ExpectType<ConstraintIsNotApplicableForTypeException>(exportDummyException3);
+    ExpectType<CheckedPropertyHasDifferentTypeException>(exportDummyException4);
+    ExpectType<HelperException>(exportDummyException5);
+    ExpectType<FormatException>(exportDummyException6);
+    ExpectType<ProfileException>(exportDummyException7);
+    ExpectType<NodeNotFound>(exportDummyException8);
+    ExpectType<LinkExists>(exportDummyException9);
+    ExpectType<LinkNotFound>(exportDummyException10);
+    ExpectType<BadJson>(exportDummyException11);
 }
 
 TEST(ConfException, AddStackPutsTheStackOnTheVeryObjectItIsGiven)
