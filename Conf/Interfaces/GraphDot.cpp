@@ -21,25 +21,34 @@ bool IsTrivial(const Property& record, std::string_view emptyName)
 
 /// Graphviz refuses a quoted text of more than 16,384 bytes without an escape in it. It drops an escaped line
 /// break, so these may stand wherever needed.
+constexpr std::size_t kLongestStretch = 8192;
+/// It also refuses to draw what is wider than 65,535 points, some 9,000 characters. A line that would not fit
+/// a screen anyway is continued on the next.
+constexpr std::size_t kLongestLine = 1000;
+
+/// Copies a quoted text and breaks it where Graphviz needs it, never inside a character or an escape.
 void AppendBroken(const std::string& quoted, std::string& text)
 {
-    constexpr std::size_t kLongest = 8192;
-    if (quoted.size() < kLongest)
-    {
-        text += quoted;
-        return;
-    }
-    std::size_t length = 0;
+    std::size_t line = 0;
+    std::size_t stretch = 0;
+    bool escaped = false;
     for (const char c : quoted)
     {
-        const bool beginsCharacter = (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
-        if (length >= kLongest && beginsCharacter)
+        const bool mayBreak = !escaped && (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
+        if (mayBreak && line >= kLongestLine && c != '\n')
+        {
+            text += "\\n";
+            line = stretch = 0;
+        }
+        if (mayBreak && stretch >= kLongestStretch)
         {
             text += "\\\n";
-            length = 0;
+            stretch = 0;
         }
         text += c;
-        length = c == '\\' ? 0 : length + 1;
+        escaped = c == '\\' && !escaped;
+        line = c == '\n' ? 0 : line + 1;
+        stretch = escaped ? 0 : stretch + 1;
     }
 }
 
