@@ -301,7 +301,7 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
         {"CODEC_ID_H264", "CODEC_ID_H265", "Encoding CODEC_ID_H265 is disabled"},
         {"CODEC_ID_H264", "CODEC_ID_RV40", "The installed FFmpeg has no encoder for CODEC_ID_RV40"},
         {"CODEC_ID_H264", "CODEC_ID_AUTO", "The installed FFmpeg has no encoder for CODEC_ID_AUTO"},
-        {R"("container":"mp4")", R"("container":"a64x")", "The container a64x cannot hold h264"},
+        {R"("container":"mp4")", R"("container":"a64x")", "The installed FFmpeg cannot write the container 'a64x'"},
         {R"("container":"mp4")", R"("container":"webm")", "The container webm cannot hold h264"},
         {R"("profile":"high")", R"("profile":"highest")", "The encoder libx264 has no profile 'highest'"},
         {R"("preset":"medium")", R"("preset":"glacial")", "The encoder libx264 has no preset 'glacial'"},

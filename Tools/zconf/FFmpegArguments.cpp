@@ -52,6 +52,11 @@ public:
 
     std::vector<std::string> Build()
     {
+        if (FindMuxer(m_transcode.container) == nullptr)
+        {
+            throw ToolError("The installed FFmpeg cannot write the container '" + m_transcode.container +
+                            "'");
+        }
         Add({"-hide_banner", "-nostdin", "-v", "error", "-nostats", "-progress", "pipe:1"});
         Add({m_files.replace || m_pass == Pass::First ? "-y" : "-n"});
         for (std::size_t i = 0; i < m_transcode.inputs.size(); ++i)
@@ -153,7 +158,7 @@ private:
 
     void CheckContainer(AVCodecID codec) const
     {
-        if (m_pass != Pass::First && !MayHold(m_transcode.container, codec))
+        if (!MayHold(m_transcode.container, codec))
         {
             throw ToolError("The container " + m_transcode.container + " cannot hold " +
                             avcodec_get_name(codec));
@@ -250,11 +255,6 @@ private:
     void AddOutput()
     {
         const AVOutputFormat* const muxer = FindMuxer(m_transcode.container);
-        if (muxer == nullptr)
-        {
-            throw ToolError("The installed FFmpeg cannot write the container '" + m_transcode.container +
-                            "'");
-        }
         // The records say what is known of the target; nothing is taken over behind their back.
         Add({"-map_metadata", "-1", "-map_metadata:s", "-1"});
         AddTags("-metadata", m_transcode.target);

@@ -7,12 +7,14 @@ namespace Zelnor::Tool
 
 void AddJobCommands(CLI::App& app)
 {
-    CLI::App* const job = AddCommandGroup(app, "job", "Make, show, check, draw and run transcoding jobs");
+    CLI::App* const job =
+        AddCommandGroup(app, "job", "Make, show, check, draw, run and compare transcoding jobs");
     AddJobNew(*job);
     AddJobShow(*job);
     AddJobCheck(*job);
     AddJobDraw(*job);
     AddJobRun(*job);
+    AddJobDiff(*job);
 }
 
 } // namespace Zelnor::Tool

@@ -11,5 +11,6 @@ void AddJobShow(CLI::App& job);
 void AddJobCheck(CLI::App& job);
 void AddJobDraw(CLI::App& job);
 void AddJobRun(CLI::App& job);
+void AddJobDiff(CLI::App& job);
 
 } // namespace Zelnor::Tool
