@@ -6,8 +6,10 @@
 #include <execinfo.h>
 #include <link.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <string_view>
@@ -126,11 +128,14 @@ Symbols g_symbols;
 
 std::string GetCallStack()
 {
-    constexpr int kMostFrames = 64;
-    std::array<void*, kMostFrames> addresses;
-    const int count = backtrace(addresses.data(), kMostFrames);
-    // The first frame is this function's own.
-    return g_symbols.NamesOf(addresses.data() + 1, count - 1);
+    constexpr std::ptrdiff_t kMostFrames = 63;
+    // How many frames stand before the caller's differs: a sanitizer adds one of its own to this function's.
+    constexpr int kRoom = kMostFrames + 4;
+    std::array<void*, kRoom> addresses;
+    const auto end = addresses.begin() + backtrace(addresses.data(), kRoom);
+    const auto caller = std::find(addresses.begin(), end, __builtin_return_address(0));
+    const auto begin = caller != end ? caller : addresses.begin();
+    return g_symbols.NamesOf(begin, static_cast<int>(std::min(end - begin, kMostFrames)));
 }
 
 } // namespace Zelnor
