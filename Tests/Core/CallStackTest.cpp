@@ -77,9 +77,17 @@ TEST(CallStack, GivesLibraryAndOffsetWhereNoNameIsKnown)
     EXPECT_EQ(0u, GetCallStack().find("ZelnorCoreTests + 0x"));
 }
 
-TEST(CallStack, NamesTheFunctionWhoseLastInstructionThrows)
+TEST(CallStack, NamesTheFunctionWhoseLastInstructionIsTheCall)
 {
-    // The call that throws does not return, so its return address may already be the next function's.
+    const Plugin plugin(ZELNOR_PLUGIN_FIRST);
+    const std::vector<std::string> frames = FramesOf(plugin.StackOfThrow());
+    ASSERT_GT(frames.size(), 2u);
+    ExpectFrame(frames[0], "First::ThrowStack()", "libZelnorPluginFirst.so)");
+    ExpectFrame(frames[1], "ZelnorPluginThrow", "libZelnorPluginFirst.so)");
+}
+
+TEST(CallStack, NamesTheFunctionThatThrows)
+{
     const auto thrown =
         Testing::ExpectThrow<Core::PropertyException>([] { Core::Property("p", 1).GetRatio(); });
     EXPECT_NE(std::string::npos,

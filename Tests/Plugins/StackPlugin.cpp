@@ -11,6 +11,8 @@ namespace ZELNOR_PLUGIN
 
 ZELNOR_API [[gnu::noinline]] std::string StackOfPlugin() { return Zelnor::GetCallStack() + ""; }
 
+[[noreturn, gnu::noinline]] ZELNOR_API void ThrowStack() { throw Zelnor::GetCallStack(); }
+
 namespace
 {
 
@@ -40,3 +42,6 @@ extern "C" ZELNOR_API void ZelnorPluginStack(std::string& stack)
         stack = ZELNOR_PLUGIN::StackOfPlugin();
     }
 }
+
+// Ends with the call, since that does not return: the return address is not in the function any more.
+extern "C" ZELNOR_API void ZelnorPluginThrow() { ZELNOR_PLUGIN::ThrowStack(); }

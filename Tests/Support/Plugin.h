@@ -33,6 +33,20 @@ public:
         return stack;
     }
 
+    /// The call stack that the plugin sees where it throws.
+    std::string StackOfThrow() const
+    {
+        try
+        {
+            reinterpret_cast<void (*)()>(::dlsym(m_handle, "ZelnorPluginThrow"))();
+        }
+        catch (const std::string& stack)
+        {
+            return stack;
+        }
+        return {};
+    }
+
 private:
     void* m_handle;
 };
