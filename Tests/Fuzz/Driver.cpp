@@ -48,12 +48,12 @@ std::string Piece(const std::vector<std::string>& corpus, Random& random)
 
 void Mutate(std::string& input, const std::vector<std::string>& corpus, Random& random)
 {
-    static const std::string kBytes = std::string("{}[]\":,-0123456789eE.tfn\\u \0\xff\xc3", 32);
+    static constexpr char kBytes[] = "{}[]\":,-0123456789eE.tfn\\u \0\xff\xc3";
     const std::size_t at = Below(random, input.size() + 1);
     switch (Below(random, 6))
     {
     case 0:
-        input.insert(at, 1, kBytes[Below(random, kBytes.size())]);
+        input.insert(at, 1, kBytes[Below(random, sizeof kBytes - 1)]);
         break;
     case 1:
         input.erase(at, Below(random, 8) + 1);
@@ -61,7 +61,7 @@ void Mutate(std::string& input, const std::vector<std::string>& corpus, Random& 
     case 2:
         if (at < input.size())
         {
-            input[at] = kBytes[Below(random, kBytes.size())];
+            input[at] = kBytes[Below(random, sizeof kBytes - 1)];
         }
         break;
     case 3:
