@@ -61,8 +61,7 @@ Property::Property(std::string&& name, std::string&& value)
 
 Property::Property(std::string&& name, const Ratio& value) : m_name(std::move(name)), m_value(value) {}
 
-// It delegates so that the destructor, which does not recurse, clears up when a deep copy fails half-way.
-Property::Property(const Property& other) : Property(other.m_name)
+Property::Property(const Property& other) : m_name(other.m_name)
 {
     if (other.GetChildren() == nullptr)
     {
