@@ -337,6 +337,56 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
     }
 }
 
+TEST_F(JobRun, EncodersOfManyKindsAreServed)
+{
+    Make({"-f", "lavfi", "-i", "testsrc=s=352x288:d=0.2", "-f", "lavfi", "-i", "anullsrc=cl=5.1:d=0.2",
+          "-c:v", "mpeg4", "-c:a", "flac", "-t", "0.2", "six.mkv"});
+    struct Case
+    {
+        const char* container;
+        const char* streams;
+        const char* layout; ///< empty: no sound
+    };
+    const Case kCases[] = {
+        {"ogg",
+         R"({"video":{"codec_id":"CODEC_ID_THEORA"},"audio":{"codec_id":"CODEC_ID_VORBIS","bitrate":256000}})",
+         "5.1"},
+        {"wmv",
+         R"({"video":{"codec_id":"CODEC_ID_WMV2"},"audio":{"codec_id":"CODEC_ID_WMAV2","bitrate":128000}})",
+         "stereo"},
+        {"avi",
+         R"({"video":{"codec_id":"CODEC_ID_MPEG4","two_pass_encoding":1},"audio":{"codec_id":"CODEC_ID_MP3"}})",
+         "stereo"},
+        {"3gp",
+         R"({"video":{"codec_id":"CODEC_ID_H263"},"audio":{"codec_id":"CODEC_ID_AAC","layout":"MONO"}})",
+         "mono"},
+        {"m4a", R"({"audio":{"codec_id":"CODEC_ID_ALAC"}})", "5.1"},
+        {"wav", R"({"audio":{"codec_id":"CODEC_ID_PCM_S16LE"}})", "5.1"},
+        {"mpegts", R"({"video":{"codec_id":"CODEC_ID_MPEG2VIDEO"},"audio":{"codec_id":"CODEC_ID_MP2"}})",
+         "stereo"},
+        {"jpeg2000", R"({"video":{"codec_id":"CODEC_ID_MJPEG"}})", ""},
+    };
+    for (const Case& entry : kCases)
+    {
+        SCOPED_TRACE(entry.container);
+        Preset(entry.container, entry.streams);
+        const std::string name = std::string("out.") + entry.container;
+        ExpectQuietSuccess(New("./preset.json", "six.mkv", name));
+        const ProcessResult result = RunJob();
+        ASSERT_EQ(result.exitCode, 0) << result.messages;
+        const std::vector<StreamFacts> sounds = Facts(name).Of(AVMEDIA_TYPE_AUDIO);
+        ASSERT_EQ(sounds.size(), *entry.layout != 0 ? 1U : 0U);
+        EXPECT_EQ(sounds.empty() ? "" : sounds.front().layout, entry.layout);
+    }
+}
+
+TEST_F(JobRun, AnEncoderWithoutTwoPassesIsNotAskedForThem)
+{
+    Preset("ogg", R"({"video":{"codec_id":"CODEC_ID_THEORA","two_pass_encoding":"two_pass"}})");
+    ExpectQuietSuccess(New("./preset.json", "in.mkv", "o.ogv"));
+    ExpectFailure(RunJob(), "The encoder libtheora does not encode in two passes");
+}
+
 TEST_F(JobRun, AnInvalidJobIsRefused)
 {
     Write("job.json", kUnlinked);

@@ -36,10 +36,21 @@ const std::vector<ChannelLayout>& KnownLayouts(AVCodecID codec)
                                                      Conf::CH_LAYOUT_5POINT0_BACK,
                                                      Conf::CH_LAYOUT_5POINT1_BACK,
                                                      Conf::CH_LAYOUT_7POINT1_WIDE_BACK};
+    static const std::vector<ChannelLayout> s_wma = {Conf::CH_LAYOUT_MONO, Conf::CH_LAYOUT_STEREO};
     static const std::vector<ChannelLayout> s_none;
-    return codec == AV_CODEC_ID_AAC                                   ? s_aac
-           : codec == AV_CODEC_ID_VORBIS || codec == AV_CODEC_ID_OPUS ? s_vorbis
-                                                                      : s_none;
+    switch (codec)
+    {
+    case AV_CODEC_ID_AAC:
+        return s_aac;
+    case AV_CODEC_ID_VORBIS:
+    case AV_CODEC_ID_OPUS:
+        return s_vorbis;
+    case AV_CODEC_ID_WMAV1:
+    case AV_CODEC_ID_WMAV2:
+        return s_wma;
+    default:
+        return s_none;
+    }
 }
 
 /// Empty when the encoder takes all.
@@ -215,9 +226,9 @@ bool IsWithoutBitrate(AVCodecID codec)
 
 bool HasTwoPasses(const AVCodec& encoder)
 {
-    constexpr std::array<std::string_view, 9> kEncoders = {"libx264", "libvpx",     "libvpx-vp9",
-                                                           "mpeg4",   "mpeg2video", "mpeg1video",
-                                                           "libxvid", "libtheora",  "flv"};
+    // Not libtheora: it says that it can, and FFmpeg fails at the end of its first pass.
+    constexpr std::array<std::string_view, 8> kEncoders = {"libx264",    "libvpx",     "libvpx-vp9", "mpeg4",
+                                                           "mpeg2video", "mpeg1video", "libxvid",    "flv"};
     return std::find(kEncoders.begin(), kEncoders.end(), encoder.name) != kEncoders.end();
 }
 
