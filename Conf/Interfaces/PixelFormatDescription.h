@@ -43,8 +43,9 @@ struct ZELNOR_API PixFmtDescription
     int flags;                 ///< sum of 2 (YUV), 4 (RGB), 8 (has alpha), 16 (planar or semi-planar)
     PixFmtColorRange colorRange;
 
-    /// The description of a format. \throw std::logic_error with nothing but the call stack when there is
-    /// none
+    /// The description of a format.
+    ///
+    /// \throw std::logic_error with nothing but the call stack as its message when there is none
     static const PixFmtDescription* Find(PixFmt pixFmt);
     /// The same by name; names are case-sensitive.
     static const PixFmtDescription* Find(const std::string& name);

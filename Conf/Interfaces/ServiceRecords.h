@@ -66,8 +66,10 @@ struct ZELNOR_API SampleInfo
     /// Nothing is set.
     SampleInfo();
 
-    /// Sets all three; the rate is not checked. \throw FormatException when the format or the layout has no
-    /// record, the format being looked up first; nothing is changed then
+    /// Sets all three; the rate is not checked.
+    ///
+    /// \throw FormatException when the format or the layout has no record, the format being looked up first;
+    ///        nothing is changed then
     void Init(SampleFormats format, int rate, ChannelLayout layout);
     /// Takes from `defaults` what is not set here, each of the three by itself. A rate of 0 is set.
     void ReplaceDefaultsForm(const SampleInfo& defaults); // kept: "Form"
