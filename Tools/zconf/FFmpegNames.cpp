@@ -2,6 +2,7 @@
 
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/ConfException.h"
+#include "Tools/zconf/Names.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -54,13 +55,6 @@ constexpr LayoutName kLayoutNames[] = {
 };
 
 constexpr std::string_view kSampleFormatPrefix = "SAMPLE_FMT_";
-
-std::string LowerCase(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
 
 bool HasName(const AVChannelLayout& layout, const char* name)
 {
