@@ -22,6 +22,8 @@ double coef_gif[4] = {602.9157590971861, 0.0, 7.261130503590738, 0.2190654184806
 namespace
 {
 
+constexpr const char* kUnit = "Conf/Interfaces/BitrateCalculator";
+
 using Limits = std::numeric_limits<long long>;
 
 struct CodecCurve
@@ -217,7 +219,7 @@ long long GetDefaultVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
     const Core::Property* const record = FindVideoRecord(codec.get());
     if (record == nullptr)
     {
-        ZELNOR_THROW(IncompatibleType());
+        ZELNOR_THROW(kUnit, IncompatibleType());
     }
     const VideoFacts facts = ReadVideoFacts(*record);
     return ScaleByRecord(facts.defaultBitrate, facts, *record);
@@ -228,7 +230,7 @@ long long GetMinVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
     const Core::Property* const record = FindVideoRecord(codec.get());
     if (record == nullptr)
     {
-        ZELNOR_THROW(IncompatibleType());
+        ZELNOR_THROW(kUnit, IncompatibleType());
     }
     const VideoFacts facts = ReadVideoFacts(*record);
     return ScaleByRecord(Half(facts.defaultBitrate), facts, *record);
@@ -239,7 +241,7 @@ long long GetMaxVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
     const Core::Property* const record = FindVideoRecord(codec.get());
     if (record == nullptr)
     {
-        ZELNOR_THROW(IncompatibleType());
+        ZELNOR_THROW(kUnit, IncompatibleType());
     }
     const VideoFacts facts = ReadVideoFacts(*record);
     return ScaleByRecord(Double(facts.defaultBitrate), facts, *record);
@@ -255,7 +257,7 @@ long long GetBitrateBounded(const Core::Property& codec, Boundary boundary)
     }
     if (mode != IFormatCodec::TAG_BITRATE_MODE_VBR)
     {
-        ZELNOR_THROW(std::invalid_argument("Unexpected bitrate mode: " + mode));
+        ZELNOR_THROW(kUnit, std::invalid_argument("Unexpected bitrate mode: " + mode));
     }
     if (codec.GetName() == IFormatCodecAudio::TAG_FORMAT_CODEC_AUDIO)
     {
@@ -265,7 +267,7 @@ long long GetBitrateBounded(const Core::Property& codec, Boundary boundary)
     {
         return BoundVideoBitrate(bitrate, codec, boundary);
     }
-    ZELNOR_THROW(std::invalid_argument("Unsupported codec format for bitrate calculation"));
+    ZELNOR_THROW(kUnit, std::invalid_argument("Unsupported codec format for bitrate calculation"));
 }
 
 long long GetMinBitrate(const Core::Property& codec) { return GetBitrateBounded(codec, BOUNDARY_LOWER); }

@@ -13,6 +13,8 @@ namespace Zelnor::Conf
 namespace
 {
 
+constexpr const char* kUnit = "Conf/Interfaces/GraphAlgorithms";
+
 /// Identifiers are small as a rule, since they are counted up from 1; then one bit each is enough. A document
 /// may bring any others.
 class IdSet
@@ -47,7 +49,7 @@ bool PathExistInGraph(const boost::intrusive_ptr<const ITranscodingMetaGraph>& g
 {
     if (graph == nullptr)
     {
-        ZELNOR_THROW(std::invalid_argument("graph is NULL"));
+        ZELNOR_THROW(kUnit, std::invalid_argument("graph is NULL"));
     }
     // Marked when they are queued, not when they are taken: many ways may lead to one node.
     IdSet queued;

@@ -10,6 +10,8 @@ namespace Zelnor::Conf
 namespace
 {
 
+constexpr const char* kUnit = "Conf/Interfaces/IFormatCodecVideo";
+
 const std::string TAG_PIX_FMT("PIXELFORMAT");
 
 void Reduce(std::uint32_t& a, std::uint32_t& b)
@@ -134,7 +136,7 @@ void IFormatCodecVideo::SetFrameRate(std::uint32_t num, std::uint32_t den)
     if (den == 0)
     {
         // Thrown here, so that the place of the throw is ours and does not hang on the version of Boost.
-        ZELNOR_THROW_WITHOUT_STACK(boost::bad_rational());
+        ZELNOR_THROW_WITHOUT_STACK(kUnit, boost::bad_rational());
     }
     m_property.SetChildT(TAG_FPS, Core::Property::Ratio(num, den));
 }

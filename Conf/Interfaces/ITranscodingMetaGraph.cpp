@@ -23,6 +23,8 @@ namespace Zelnor::Conf
 namespace
 {
 
+constexpr const char* kUnit = "Conf/Interfaces/ITranscodingMetaGraph";
+
 using Core::Property;
 
 template <class E>
@@ -80,7 +82,7 @@ ITranscodingMetaGraph::GrahpImpl::VertexT ITranscodingMetaGraph::GrahpImpl::Vert
     }
     NodeNotFound exception;
     exception << ProfileException::TagRequestedNodeId(id);
-    ZELNOR_THROW(exception);
+    ZELNOR_THROW(kUnit, exception);
 }
 
 std::optional<ITranscodingMetaGraph::GrahpImpl::VertexT>
@@ -112,7 +114,7 @@ NodeId ITranscodingMetaGraph::GrahpImpl::AddNode(const Property& data)
 {
     if (m_nodeCounter == std::numeric_limits<NodeId>::max())
     {
-        ZELNOR_THROW(Failure(kNoIdentifierLeft));
+        ZELNOR_THROW(kUnit, Failure(kNoIdentifierLeft));
     }
     AppendNode(m_nodeCounter + 1, Property(data));
     return ++m_nodeCounter;
@@ -153,7 +155,7 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveNode(NodeId id)
     if (!links.empty())
     {
         const Link& link = *links.front().link;
-        ZELNOR_THROW(LinkFailure<LinkExists>(link.source->meta.id, link.target->meta.id));
+        ZELNOR_THROW(kUnit, LinkFailure<LinkExists>(link.source->meta.id, link.target->meta.id));
     }
     m_nodes.erase(m_nodes.begin() + static_cast<std::ptrdiff_t>(vertex));
     for (VertexT moved = vertex; moved < m_nodes.size(); ++moved)
@@ -205,11 +207,11 @@ LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, Propert
     Node& target = NodeById(to);
     if (FindLink(source, target) != nullptr)
     {
-        ZELNOR_THROW(LinkFailure<LinkExists>(from, to));
+        ZELNOR_THROW(kUnit, LinkFailure<LinkExists>(from, to));
     }
     if (m_linkCounter == std::numeric_limits<LinkId>::max())
     {
-        ZELNOR_THROW(Failure(kNoIdentifierLeft));
+        ZELNOR_THROW(kUnit, Failure(kNoIdentifierLeft));
     }
     Links added;
     added.push_back(Link{&source, &target, {m_linkCounter + 1, std::move(data)}});
@@ -229,7 +231,7 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveLink(NodeId from, NodeId to)
     const LinkEnd* const found = FindLink(source, target);
     if (found == nullptr)
     {
-        ZELNOR_THROW(LinkFailure<LinkNotFound>(from, to));
+        ZELNOR_THROW(kUnit, LinkFailure<LinkNotFound>(from, to));
     }
     const Links::iterator link = found->link;
     for (LinkEnds* const ends : {&source.outgoing, &target.incoming})
@@ -248,7 +250,7 @@ const Property& ITranscodingMetaGraph::GrahpImpl::GetLink(NodeId from, NodeId to
     const LinkEnd* const found = FindLink(source, NodeById(to));
     if (found == nullptr)
     {
-        ZELNOR_THROW(LinkFailure<LinkNotFound>(from, to));
+        ZELNOR_THROW(kUnit, LinkFailure<LinkNotFound>(from, to));
     }
     return found->link->meta.data;
 }
@@ -298,21 +300,21 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
     rapidjson::Document document;
     if (!ParseObject(in, document))
     {
-        ZELNOR_THROW(BadStructure("The root node must be an object."));
+        ZELNOR_THROW(kUnit, BadStructure("The root node must be an object."));
     }
     rapidjson::Value* const vertices = FindArray(document, VERTICES);
     rapidjson::Value* const edges = FindArray(document, EDGES);
     if (vertices == nullptr || edges == nullptr)
     {
-        ZELNOR_THROW(BadStructure("The root object must have two nested arrays named " +
-                                  std::string(VERTICES) + " and " + std::string(EDGES)));
+        ZELNOR_THROW(kUnit, BadStructure("The root object must have two nested arrays named " +
+                                         std::string(VERTICES) + " and " + std::string(EDGES)));
     }
     m_nodes.reserve(m_nodes.size() + vertices->Size());
     for (rapidjson::SizeType i = 0; i < vertices->Size(); ++i)
     {
         if (!(*vertices)[i].IsObject())
         {
-            ZELNOR_THROW(BadStructure(NotAnObject(VERTICES, i, (*vertices)[i])));
+            ZELNOR_THROW(kUnit, BadStructure(NotAnObject(VERTICES, i, (*vertices)[i])));
         }
         LoadNode((*vertices)[i]);
     }
@@ -320,7 +322,7 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
     {
         if (!(*edges)[i].IsObject())
         {
-            ZELNOR_THROW(BadStructure(NotAnObject(EDGES, i, (*edges)[i])));
+            ZELNOR_THROW(kUnit, BadStructure(NotAnObject(EDGES, i, (*edges)[i])));
         }
         LoadLink((*edges)[i]);
     }
@@ -382,7 +384,7 @@ void ITranscodingMetaGraph::Load(boost::intrusive_ptr<Core::IDataInput> in)
 {
     if (in == nullptr)
     {
-        ZELNOR_THROW(Failure(kNoStream));
+        ZELNOR_THROW(kUnit, Failure(kNoStream));
     }
     m_impl->Load(*in);
 }
@@ -391,7 +393,7 @@ void ITranscodingMetaGraph::Save(boost::intrusive_ptr<Core::IDataOutput> out) co
 {
     if (out == nullptr)
     {
-        ZELNOR_THROW(Failure(kNoStream));
+        ZELNOR_THROW(kUnit, Failure(kNoStream));
     }
     m_impl->Save(*out);
 }
@@ -400,7 +402,7 @@ void ITranscodingMetaGraph::SaveInToDot(boost::intrusive_ptr<Core::IDataOutput> 
 {
     if (out == nullptr)
     {
-        ZELNOR_THROW(Failure(kNoStream));
+        ZELNOR_THROW(kUnit, Failure(kNoStream));
     }
     m_impl->SaveInToDot(*out);
 }
@@ -427,7 +429,7 @@ Property ITranscodingMetaGraph::MakeOutFileDescription(const boost::intrusive_pt
 {
     if (preset == nullptr)
     {
-        ZELNOR_THROW(std::invalid_argument("preset is NULL"));
+        ZELNOR_THROW(kUnit, std::invalid_argument("preset is NULL"));
     }
     Property record = preset->GetProperty();
     if (record.ChildExists(IPreset::KEY_STREAMS))

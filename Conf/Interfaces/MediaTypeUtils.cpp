@@ -14,6 +14,8 @@ namespace Zelnor::Conf
 namespace
 {
 
+constexpr const char* kUnit = "Conf/Interfaces/MediaTypeUtils";
+
 struct Group
 {
     const std::string* name;
@@ -133,7 +135,7 @@ std::vector<std::string> GetSupportedFormatExtensions(const std::string& groupId
     const Group* const group = FindGroup(groupId);
     if (group == nullptr)
     {
-        ZELNOR_THROW(std::invalid_argument("Unknown group id"));
+        ZELNOR_THROW(kUnit, std::invalid_argument("Unknown group id"));
     }
     const std::string_view list = group->extensions;
     std::vector<std::string> extensions;
@@ -165,7 +167,7 @@ std::string GetDefaultFileExtensionForContainer(const std::string& containerName
             return std::string(container.extension);
         }
     }
-    ZELNOR_THROW(std::invalid_argument("Unknown media container name: " + containerName));
+    ZELNOR_THROW(kUnit, std::invalid_argument("Unknown media container name: " + containerName));
 }
 
 } // namespace Zelnor::Conf

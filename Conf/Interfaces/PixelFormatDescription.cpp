@@ -10,6 +10,8 @@ namespace Zelnor
 namespace
 {
 
+constexpr const char* kUnit = "Conf/Interfaces/PixelFormatDescription";
+
 /// BT.601 components of a colour; only the low byte of each counts.
 struct YCbCr
 {
@@ -78,7 +80,7 @@ const PixFmtDescription* PixFmtDescription::Find(PixFmt pixFmt)
             return &record;
         }
     }
-    ZELNOR_THROW_AT_LINE(60, std::logic_error(""));
+    ZELNOR_THROW_AT_LINE(kUnit, 60, std::logic_error(""));
 }
 
 const PixFmtDescription* PixFmtDescription::Find(const std::string& name)
@@ -90,14 +92,14 @@ const PixFmtDescription* PixFmtDescription::Find(const std::string& name)
             return &record;
         }
     }
-    ZELNOR_THROW_AT_LINE(68, std::logic_error(""));
+    ZELNOR_THROW_AT_LINE(kUnit, 68, std::logic_error(""));
 }
 
 std::int32_t PixFmtDescription::GetPlanWidth(std::int32_t width, int plane) const
 {
     if (plane < 0 || plane >= components)
     {
-        ZELNOR_THROW_AT_LINE(75, std::invalid_argument("Unexpected plan"));
+        ZELNOR_THROW_AT_LINE(kUnit, 75, std::invalid_argument("Unexpected plan"));
     }
     return IsChroma(plane) ? ChromaSize(width, log2ChromaW) : width;
 }
@@ -106,7 +108,7 @@ std::int32_t PixFmtDescription::GetPlanHeight(std::int32_t height, int plane) co
 {
     if (plane < 0 || plane >= components)
     {
-        ZELNOR_THROW_AT_LINE(90, std::invalid_argument("Unexpected plan"));
+        ZELNOR_THROW_AT_LINE(kUnit, 90, std::invalid_argument("Unexpected plan"));
     }
     return IsChroma(plane) ? ChromaSize(height, log2ChromaH) : height;
 }

@@ -9,6 +9,13 @@
 namespace Zelnor::Conf
 {
 
+namespace
+{
+
+constexpr const char* kUnit = "Conf/Interfaces/ServiceRecords";
+
+} // namespace
+
 namespace details
 {
 
@@ -41,7 +48,7 @@ static const T* FindRecord(const T* records, std::size_t count, const Functor& m
         }
     }
     // The line is part of the contract with the product's error reports.
-    ZELNOR_THROW_AT_LINE(68, FormatException() << TagDescription(message));
+    ZELNOR_THROW_AT_LINE(kUnit, 68, FormatException() << TagDescription(message));
 }
 
 } // namespace details

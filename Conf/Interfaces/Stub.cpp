@@ -65,6 +65,8 @@ namespace Zelnor::Conf
 namespace
 {
 
+constexpr const char* kUnit = "Conf/Interfaces/Stub";
+
 using Accelerator = IFormatCodecVideo::AcceleratorType;
 
 struct Accelerated
@@ -124,7 +126,7 @@ void IFormatCodecVideo::GetAcceleratedEncoderCodecs(AcceleratorType accelerator,
 {
     if (!ListAccelerated(acceleratedEncoders, accelerator, &Accelerated::codec, out))
     {
-        ZELNOR_THROW_WITHOUT_STACK(KeyNotFound());
+        ZELNOR_THROW_WITHOUT_STACK(kUnit, KeyNotFound());
     }
 }
 
@@ -137,7 +139,7 @@ void IFormatCodecVideo::GetAcceleratedDecoderCodecs(AcceleratorType accelerator,
     }
     if (!ListAccelerated(acceleratedDecoders, accelerator, &Accelerated::codec, out))
     {
-        ZELNOR_THROW_WITHOUT_STACK(KeyNotFound());
+        ZELNOR_THROW_WITHOUT_STACK(kUnit, KeyNotFound());
     }
 }
 
@@ -146,7 +148,7 @@ std::string IFormatCodecVideo::GetAcceleratedEncoder(AcceleratorType accelerator
     const std::string* const encoder = FindAccelerated(acceleratedEncoders, accelerator, codecId);
     if (encoder == nullptr)
     {
-        ZELNOR_THROW_WITHOUT_STACK(KeyNotFound());
+        ZELNOR_THROW_WITHOUT_STACK(kUnit, KeyNotFound());
     }
     return *encoder;
 }
@@ -156,7 +158,7 @@ std::string IFormatCodecVideo::GetAcceleratedDecoder(AcceleratorType accelerator
     const std::string* const decoder = FindAccelerated(acceleratedDecoders, accelerator, codecId);
     if (decoder == nullptr)
     {
-        ZELNOR_THROW_WITHOUT_STACK(KeyNotFound());
+        ZELNOR_THROW_WITHOUT_STACK(kUnit, KeyNotFound());
     }
     return *decoder;
 }
@@ -165,7 +167,7 @@ void IFormatCodecVideo::GetAcceleratedEncoders(AcceleratorType accelerator, std:
 {
     if (!ListAccelerated(acceleratedEncoders, accelerator, &Accelerated::implementation, out))
     {
-        ZELNOR_THROW_WITHOUT_STACK(KeyNotFound());
+        ZELNOR_THROW_WITHOUT_STACK(kUnit, KeyNotFound());
     }
 }
 
@@ -173,7 +175,7 @@ void IFormatCodecVideo::GetAcceleratedDecoders(AcceleratorType accelerator, std:
 {
     if (!ListAccelerated(acceleratedDecoders, accelerator, &Accelerated::implementation, out))
     {
-        ZELNOR_THROW_WITHOUT_STACK(KeyNotFound());
+        ZELNOR_THROW_WITHOUT_STACK(kUnit, KeyNotFound());
     }
 }
 
@@ -290,8 +292,8 @@ const std::string& AVCodecIDToTextID(AVCodecID id, const MapCodecs& map)
     if (found == map.end())
     {
         const std::string number = std::to_string(static_cast<int>(id));
-        ZELNOR_THROW(FormatException()
-                     << TagDescription("Provided codec id (#" + number + ") is not found in list"));
+        ZELNOR_THROW(kUnit, FormatException() << TagDescription("Provided codec id (#" + number +
+                                                                ") is not found in list"));
     }
     return found->second;
 }
@@ -302,8 +304,8 @@ AVCodecID AVCodecIDFromTextID(const std::string& textId, const MapCodecs& map)
         std::find_if(map.begin(), map.end(), [&](const auto& entry) { return entry.second == textId; });
     if (found == map.end())
     {
-        ZELNOR_THROW(FormatException()
-                     << TagDescription("Provided codec textID ('" + textId + "') is not found in list"));
+        ZELNOR_THROW(kUnit, FormatException() << TagDescription("Provided codec textID ('" + textId +
+                                                                "') is not found in list"));
     }
     return found->first;
 }
@@ -322,8 +324,8 @@ bool IsAudioBitrateRequired(const std::string& textId)
     if (std::none_of(std::begin(audioCodecs), std::end(audioCodecs),
                      [&](const auto& codec) { return codec.second == textId; }))
     {
-        ZELNOR_THROW(FormatException()
-                     << TagDescription("Provided audio codec id is not found in list: " + textId));
+        ZELNOR_THROW(kUnit, FormatException()
+                                << TagDescription("Provided audio codec id is not found in list: " + textId));
     }
     return true;
 }
@@ -472,7 +474,7 @@ MediaType IPreset::MediaTypeFromPresetStreamType(const std::string& streamType)
             return row.mediaType;
         }
     }
-    ZELNOR_THROW(std::logic_error("Unknown preset stream type"));
+    ZELNOR_THROW(kUnit, std::logic_error("Unknown preset stream type"));
 }
 
 std::string IPreset::PresetStreamTypeFormMediaType(MediaType mediaType)
@@ -484,14 +486,14 @@ std::string IPreset::PresetStreamTypeFormMediaType(MediaType mediaType)
             return *row.text;
         }
     }
-    ZELNOR_THROW(std::logic_error("Unknown media type"));
+    ZELNOR_THROW(kUnit, std::logic_error("Unknown media type"));
 }
 
 bool IsAudioOnlyPreset(const boost::intrusive_ptr<const IPreset>& preset)
 {
     if (preset == nullptr)
     {
-        ZELNOR_THROW(std::invalid_argument("preset is NULL"));
+        ZELNOR_THROW(kUnit, std::invalid_argument("preset is NULL"));
     }
     std::vector<int> audioStreams;
     preset->GetStreamIndexes(IPreset::STREAM_TYPE_AUDIO, audioStreams);

@@ -21,6 +21,8 @@ namespace Zelnor::Core
 namespace
 {
 
+constexpr const char* kUnit = "Core/Interfaces/DataStream";
+
 constexpr mode_t kNewFileMode = 0666;
 constexpr const char* kCommitted = "It is committed already";
 
@@ -146,7 +148,7 @@ FileDataInput::FileDataInput(const ioPath& path)
 {
     if (m_descriptor < 0)
     {
-        ZELNOR_THROW(Failure("open", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("open", m_name, errno));
     }
 }
 
@@ -163,7 +165,7 @@ std::size_t FileDataInput::Read(void* buffer, std::size_t size)
         }
         if (errno != EINTR)
         {
-            ZELNOR_THROW(Failure("read", m_name, errno));
+            ZELNOR_THROW(kUnit, Failure("read", m_name, errno));
         }
     }
 }
@@ -181,7 +183,7 @@ FileDataOutput::FileDataOutput(const ioPath& path)
 {
     if (m_descriptor < 0)
     {
-        ZELNOR_THROW(Failure("write", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
     }
 }
 
@@ -191,7 +193,7 @@ void FileDataOutput::Write(const void* data, std::size_t size)
 {
     if (const int reason = WriteAll(m_descriptor, data, size))
     {
-        ZELNOR_THROW(Failure("write", m_name, reason));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
     }
 }
 
@@ -207,22 +209,22 @@ AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path) : m_name(path.utf
     std::optional<std::string> target = FollowLinks(path.native());
     if (!target || HasNul(*target))
     {
-        ZELNOR_THROW(Failure("write", m_name, target ? EINVAL : ELOOP));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, target ? EINVAL : ELOOP));
     }
     m_target = std::move(*target);
     struct stat status = {};
     const bool exists = ::stat(m_target.c_str(), &status) == 0;
     if (!exists && (errno != ENOENT || m_target.empty()))
     {
-        ZELNOR_THROW(Failure("write", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
     }
     if (exists && !S_ISREG(status.st_mode))
     {
-        ZELNOR_THROW(Failure("replace", m_name, "Not a regular file"));
+        ZELNOR_THROW(kUnit, Failure("replace", m_name, "Not a regular file"));
     }
     if (exists && ::faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0)
     {
-        ZELNOR_THROW(Failure("write", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
     }
     // From its first moment nobody may open the new file who may not open the old one.
     const mode_t mode = exists ? status.st_mode & 07777 : kNewFileMode;
@@ -231,7 +233,7 @@ AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path) : m_name(path.utf
     {
         const int reason = errno;
         Discard();
-        ZELNOR_THROW(Failure("write", m_name, reason));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
     }
 }
 
@@ -251,11 +253,11 @@ void AtomicFileDataOutput::Write(const void* data, std::size_t size)
 {
     if (m_descriptor < 0)
     {
-        ZELNOR_THROW(Failure("write", m_name, kCommitted));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, kCommitted));
     }
     if (const int reason = WriteAll(m_descriptor, data, size))
     {
-        ZELNOR_THROW(Failure("write", m_name, reason));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
     }
 }
 
@@ -263,12 +265,12 @@ void AtomicFileDataOutput::Commit()
 {
     if (m_descriptor < 0)
     {
-        ZELNOR_THROW(Failure("commit", m_name, kCommitted));
+        ZELNOR_THROW(kUnit, Failure("commit", m_name, kCommitted));
     }
     const std::string folder = FolderOf(m_target);
     if (::fsync(m_descriptor) != 0 || ::rename(m_temporary.c_str(), m_target.c_str()) != 0)
     {
-        ZELNOR_THROW(Failure("write", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
     }
     ::close(m_descriptor);
     m_descriptor = -1;

@@ -8,8 +8,6 @@
 #include <boost/exception/all.hpp>
 #include <boost/throw_exception.hpp>
 
-#include <array>
-#include <cstddef>
 #include <exception>
 #include <stdexcept>
 #include <string>
@@ -98,33 +96,6 @@ std::enable_if_t<std::is_base_of_v<std::logic_error, E>, E> AddStack(const E& ex
 namespace details
 {
 
-/// "Core/Interfaces/Property" of ".../Core/Interfaces/Property.h": the last three parts of a source's path,
-/// without the extension. It is the same wherever a header is installed and whatever path the compiler was
-/// given.
-template <std::size_t N>
-constexpr std::array<char, N> UnitOf(const char (&path)[N])
-{
-    std::size_t begin = N - 1;
-    for (int slashes = 0; begin > 0; --begin)
-    {
-        if (path[begin - 1] == '/' && ++slashes == 3)
-        {
-            break;
-        }
-    }
-    std::size_t end = N - 1;
-    for (std::size_t i = begin; i < N - 1; ++i)
-    {
-        end = path[i] == '.' ? i : path[i] == '/' ? N - 1 : end;
-    }
-    std::array<char, N> unit{};
-    for (std::size_t i = begin; i < end; ++i)
-    {
-        unit[i - begin] = path[i];
-    }
-    return unit;
-}
-
 template <class E>
 [[noreturn]] void ThrowWithStack(const E& exception, const boost::source_location& location)
 {
@@ -135,22 +106,25 @@ template <class E>
 
 } // namespace Zelnor
 
-/// The place of a throw: the unit of the current source, `line`, and the current function's full signature.
-#define ZELNOR_LOCATION(line)                                                                                \
+/// The place of a throw: `unit`, `line`, and the current function's full signature. The unit is a
+/// compile-time constant such as "Core/Interfaces/Property": exceptions keep the pointer.
+#define ZELNOR_LOCATION(unit, line)                                                                          \
     boost::source_location(                                                                                  \
         [] {                                                                                                 \
-            static constexpr auto unit = ::Zelnor::details::UnitOf(__FILE__);                                \
-            return unit.data();                                                                              \
+            static constexpr const char* constantUnit = (unit);                                              \
+            return constantUnit;                                                                             \
         }(),                                                                                                 \
         (line), BOOST_CURRENT_FUNCTION)
 
 /// Throws `exception` (with its tags already on it) with the call stack and the place of the throw. It
 /// arrives wrapped, so that `boost::current_exception()` can copy it.
-#define ZELNOR_THROW(exception) ::Zelnor::details::ThrowWithStack((exception), ZELNOR_LOCATION(__LINE__))
+#define ZELNOR_THROW(unit, exception)                                                                        \
+    ::Zelnor::details::ThrowWithStack((exception), ZELNOR_LOCATION(unit, __LINE__))
 
 /// The same where the contract with the callers fixes the line that is recorded.
-#define ZELNOR_THROW_AT_LINE(line, exception)                                                                \
-    ::Zelnor::details::ThrowWithStack((exception), ZELNOR_LOCATION(line))
+#define ZELNOR_THROW_AT_LINE(unit, line, exception)                                                          \
+    ::Zelnor::details::ThrowWithStack((exception), ZELNOR_LOCATION(unit, line))
 
 /// The same where the contract fixes the whole message, so that no call stack may be added to it.
-#define ZELNOR_THROW_WITHOUT_STACK(exception) ::boost::throw_exception((exception), ZELNOR_LOCATION(__LINE__))
+#define ZELNOR_THROW_WITHOUT_STACK(unit, exception)                                                          \
+    ::boost::throw_exception((exception), ZELNOR_LOCATION(unit, __LINE__))

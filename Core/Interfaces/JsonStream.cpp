@@ -8,6 +8,8 @@ namespace Zelnor::Core
 namespace
 {
 
+constexpr const char* kUnit = "Core/Interfaces/JsonStream";
+
 CoreException Unsupported(const char* operation)
 {
     CoreException exception;
@@ -33,10 +35,10 @@ void JsonZelnorStreamIn::Fill()
     m_buffer[count] = '\0';
 }
 
-JsonZelnorStreamIn::Ch* JsonZelnorStreamIn::PutBegin() { ZELNOR_THROW(Unsupported("writing")); }
-void JsonZelnorStreamIn::Put(Ch) { ZELNOR_THROW(Unsupported("writing")); }
-void JsonZelnorStreamIn::Flush() { ZELNOR_THROW(Unsupported("writing")); }
-std::size_t JsonZelnorStreamIn::PutEnd(Ch*) { ZELNOR_THROW(Unsupported("writing")); }
+JsonZelnorStreamIn::Ch* JsonZelnorStreamIn::PutBegin() { ZELNOR_THROW(kUnit, Unsupported("writing")); }
+void JsonZelnorStreamIn::Put(Ch) { ZELNOR_THROW(kUnit, Unsupported("writing")); }
+void JsonZelnorStreamIn::Flush() { ZELNOR_THROW(kUnit, Unsupported("writing")); }
+std::size_t JsonZelnorStreamIn::PutEnd(Ch*) { ZELNOR_THROW(kUnit, Unsupported("writing")); }
 
 JsonZelnorStreamOut::JsonZelnorStreamOut(IDataOutput& output) : m_output(output) {}
 
@@ -49,10 +51,10 @@ void JsonZelnorStreamOut::Flush()
     }
 }
 
-JsonZelnorStreamOut::Ch JsonZelnorStreamOut::Peek() const { ZELNOR_THROW(Unsupported("reading")); }
-JsonZelnorStreamOut::Ch JsonZelnorStreamOut::Take() { ZELNOR_THROW(Unsupported("reading")); }
-std::size_t JsonZelnorStreamOut::Tell() const { ZELNOR_THROW(Unsupported("reading")); }
-JsonZelnorStreamOut::Ch* JsonZelnorStreamOut::PutBegin() { ZELNOR_THROW(Unsupported("reading")); }
-std::size_t JsonZelnorStreamOut::PutEnd(Ch*) { ZELNOR_THROW(Unsupported("reading")); }
+JsonZelnorStreamOut::Ch JsonZelnorStreamOut::Peek() const { ZELNOR_THROW(kUnit, Unsupported("reading")); }
+JsonZelnorStreamOut::Ch JsonZelnorStreamOut::Take() { ZELNOR_THROW(kUnit, Unsupported("reading")); }
+std::size_t JsonZelnorStreamOut::Tell() const { ZELNOR_THROW(kUnit, Unsupported("reading")); }
+JsonZelnorStreamOut::Ch* JsonZelnorStreamOut::PutBegin() { ZELNOR_THROW(kUnit, Unsupported("reading")); }
+std::size_t JsonZelnorStreamOut::PutEnd(Ch*) { ZELNOR_THROW(kUnit, Unsupported("reading")); }
 
 } // namespace Zelnor::Core

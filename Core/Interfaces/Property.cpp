@@ -180,7 +180,7 @@ long long Property::GetInt64() const
     const long long* const value = std::get_if<long long>(&m_value);
     if (value == nullptr)
     {
-        ZELNOR_THROW(OtherKind("a 64-bit integer"));
+        ZELNOR_THROW(details::kPropertyUnit, OtherKind("a 64-bit integer"));
     }
     return *value;
 }
@@ -190,7 +190,7 @@ const std::string& Property::GetString() const&
     const std::string* const value = std::get_if<std::string>(&m_value);
     if (value == nullptr)
     {
-        ZELNOR_THROW(OtherKind("a string"));
+        ZELNOR_THROW(details::kPropertyUnit, OtherKind("a string"));
     }
     return *value;
 }
@@ -202,7 +202,7 @@ const Property::Ratio& Property::GetRatio() const&
     const Ratio* const value = std::get_if<Ratio>(&m_value);
     if (value == nullptr)
     {
-        ZELNOR_THROW(OtherKind("a rational"));
+        ZELNOR_THROW(details::kPropertyUnit, OtherKind("a rational"));
     }
     return *value;
 }
@@ -237,7 +237,7 @@ const Property& Property::operator[](const std::string& name) const&
     const const_iterator found = FindChild(name);
     if (found == end())
     {
-        ZELNOR_THROW(NoSuchChild(name));
+        ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
     }
     return *found;
 }
@@ -253,7 +253,7 @@ const Property& Property::operator[](unsigned long index) const&
 {
     if (index >= Count())
     {
-        ZELNOR_THROW(NoSuchChild(index));
+        ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(index));
     }
     return *AtPosition(*GetChildren(), index);
 }
@@ -296,7 +296,7 @@ Property& Property::SetChild(const std::string& name, Property&& value)
     Children* const children = GetChildren();
     if (children == nullptr)
     {
-        ZELNOR_THROW(NotApplicable("SetChild"));
+        ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
     }
     if (&value == this)
     {
@@ -325,7 +325,7 @@ void Property::Add(Property&& child)
     Children* const children = GetChildren();
     if (children == nullptr)
     {
-        ZELNOR_THROW(NotApplicable("Add"));
+        ZELNOR_THROW(details::kPropertyUnit, NotApplicable("Add"));
     }
     if (&child == this)
     {
@@ -340,7 +340,7 @@ void Property::RemoveChild(const std::string& name)
     const iterator found = FindChild(name);
     if (found == end())
     {
-        ZELNOR_THROW(NoSuchChild(name));
+        ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
     }
     GetChildren()->erase(found);
 }

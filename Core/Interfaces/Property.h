@@ -12,6 +12,13 @@
 #include <type_traits>
 #include <variant>
 
+namespace Zelnor::details
+{
+
+inline constexpr const char* kPropertyUnit = "Core/Interfaces/Property";
+
+} // namespace Zelnor::details
+
 namespace Zelnor::Core
 {
 
@@ -155,7 +162,7 @@ Property& Property::CreateChildT(const std::string& name, const T& value)
     if (children == nullptr)
     {
         // The line is part of the contract with the product's error reports.
-        ZELNOR_THROW_AT_LINE(243, NotApplicable("CreateChildT"));
+        ZELNOR_THROW_AT_LINE(details::kPropertyUnit, 243, NotApplicable("CreateChildT"));
     }
     return children->emplace_back(name, value);
 }
@@ -166,7 +173,7 @@ Property& Property::SetChildT(const std::string& name, const T& value)
     if (GetChildren() == nullptr)
     {
         // The line is part of the contract with the product's error reports.
-        ZELNOR_THROW_AT_LINE(260, NotApplicable("SetChildT"));
+        ZELNOR_THROW_AT_LINE(details::kPropertyUnit, 260, NotApplicable("SetChildT"));
     }
     const iterator found = FindChild(name);
     if (found == end())

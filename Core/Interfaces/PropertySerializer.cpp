@@ -20,6 +20,8 @@ namespace Zelnor::Core
 namespace
 {
 
+constexpr const char* kUnit = "Core/Interfaces/PropertySerializer";
+
 constexpr const char* kTooDeep = "groups are nested deeper than 512";
 
 /// Where in the document the reader is: the way of names and positions from the outermost record to here.
@@ -308,7 +310,7 @@ void CheckDepth(const Property& record, int wrappers)
 {
     if (const char* const reason = ReasonAgainstAll(record, wrappers))
     {
-        ZELNOR_THROW(RefusalException(Refusal(record.GetName(), reason)));
+        ZELNOR_THROW(kUnit, RefusalException(Refusal(record.GetName(), reason)));
     }
 }
 
@@ -323,7 +325,7 @@ void PropertySerializer::Load(Property& property, rapidjson::Value& json)
     Reader reader;
     if (!reader.Record(json, nullptr, holder))
     {
-        ZELNOR_THROW(RefusalException(reader.GetRefusal()));
+        ZELNOR_THROW(kUnit, RefusalException(reader.GetRefusal()));
     }
     property = std::move(*holder.begin());
 }
@@ -333,7 +335,7 @@ void PropertySerializer::Save(const Property& property, rapidjson::Value& json,
 {
     if (const char* const reason = ReasonAgainstAll(property, 0))
     {
-        ZELNOR_THROW(RefusalException(Refusal(property.GetName(), reason)));
+        ZELNOR_THROW(kUnit, RefusalException(Refusal(property.GetName(), reason)));
     }
     rapidjson::Document document(&allocator);
     const auto generate = [&property](rapidjson::Document& handler) {

@@ -19,6 +19,8 @@ namespace Zelnor::Conf
 namespace
 {
 
+constexpr const char* kUnit = "Tests/Conf/ConfExceptionTest";
+
 using Core::CoreException;
 using Core::MethodIsNotApplicable;
 using Core::PropertyException;
@@ -108,7 +110,7 @@ bool Catches(Thrower thrower)
 
 void ThrowLinkExists()
 {
-    ZELNOR_THROW(LinkExists() << ProfileException::TagRequestedLink(std::pair(1LL, 2LL)));
+    ZELNOR_THROW(kUnit, LinkExists() << ProfileException::TagRequestedLink(std::pair(1LL, 2LL)));
 }
 void ThrowMethodIsNotApplicable() { Core::Property("five", 5LL).SetChildT("child", 5LL); }
 void MissALayout() { LayoutRecord::Find(9); }

@@ -17,6 +17,8 @@ namespace Zelnor
 namespace
 {
 
+constexpr const char* kUnit = "Tests/Core/ExceptionTest";
+
 using Core::CoreException;
 using Core::MethodIsNotApplicable;
 using Core::PropertyException;
@@ -51,17 +53,11 @@ static_assert(!std::is_convertible_v<Both<MethodIsNotApplicable>*, PropertyExcep
 static_assert(std::is_convertible_v<Both<Exception>*, std::exception*>);
 static_assert(std::is_convertible_v<Both<Exception>*, boost::exception*>);
 
-template <std::size_t N>
-std::string Unit(const char (&path)[N])
-{
-    return details::UnitOf(path).data();
-}
-
 [[noreturn]] void ThrowDescribed(const std::string& description)
 {
     PropertyException exception;
     exception << TagDescription(description) << PropertyException::TagPropertyType(PROPERTY_TYPE_RATIO);
-    ZELNOR_THROW(exception);
+    ZELNOR_THROW(kUnit, exception);
 }
 
 template <class Base>
@@ -69,7 +65,7 @@ bool CatchAs()
 {
     try
     {
-        ZELNOR_THROW(MethodIsNotApplicable());
+        ZELNOR_THROW(kUnit, MethodIsNotApplicable());
     }
     catch (const Base&)
     {
@@ -128,7 +124,7 @@ TEST(Exception, ThrowRecordsUnitLineFunctionAndStack)
     int line = 0;
     const Thrown thrown = ExpectThrow<CoreException>([&] {
         line = __LINE__ + 1;
-        ZELNOR_THROW(CoreException());
+        ZELNOR_THROW(kUnit, CoreException());
     });
     EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
     EXPECT_EQ(line, thrown.line);
@@ -141,7 +137,7 @@ TEST(Exception, ThrowRecordsUnitLineFunctionAndStack)
 TEST(Exception, ThrowOfAStandardExceptionRecordsTheSame)
 {
     const Thrown thrown =
-        ExpectThrow<std::invalid_argument>([] { ZELNOR_THROW(std::invalid_argument("wrong")); });
+        ExpectThrow<std::invalid_argument>([] { ZELNOR_THROW(kUnit, std::invalid_argument("wrong")); });
     EXPECT_EQ(0u, thrown.what.find("wrong\n"));
     EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
     EXPECT_GT(thrown.line.value_or(0), 0);
@@ -150,31 +146,30 @@ TEST(Exception, ThrowOfAStandardExceptionRecordsTheSame)
 
 TEST(Exception, ThrowMayFixTheLine)
 {
-    EXPECT_EQ(4711, ExpectThrow<CoreException>([] { ZELNOR_THROW_AT_LINE(4711, CoreException()); }).line);
+    EXPECT_EQ(4711,
+              ExpectThrow<CoreException>([] { ZELNOR_THROW_AT_LINE(kUnit, 4711, CoreException()); }).line);
 }
 
 TEST(Exception, ThrowMayLeaveTheMessageAlone)
 {
     const Thrown thrown = ExpectThrow<std::out_of_range>(
-        [] { ZELNOR_THROW_WITHOUT_STACK(std::out_of_range("key not found")); });
+        [] { ZELNOR_THROW_WITHOUT_STACK(kUnit, std::out_of_range("key not found")); });
     EXPECT_EQ("key not found", thrown.what);
     EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
     EXPECT_GT(thrown.line.value_or(0), 0);
 }
 
-TEST(Exception, UnitIsTheLastThreePartsWithoutTheExtension)
+TEST(Exception, RecordedUnitIsTheOneThatWasGivenWhereverTheThrowStands)
 {
-    EXPECT_EQ("Core/Interfaces/Property", Unit("/usr/include/zelnor/Core/Interfaces/Property.h"));
-    EXPECT_EQ("Core/Interfaces/Property", Unit("/Core/Interfaces/Property.h"));
-    EXPECT_EQ("Core/Interfaces/Property", Unit("Core/Interfaces/Property.h"));
-    EXPECT_EQ("Interfaces/Property", Unit("Interfaces/Property.cpp"));
-    EXPECT_EQ("Property", Unit("Property.cpp"));
-    EXPECT_EQ("Property", Unit("Property"));
-    EXPECT_EQ("a/b/c.d", Unit("x/a/b/c.d.h"));
-    EXPECT_EQ("a.b/c.d/e", Unit("a.b/c.d/e"));
-    EXPECT_EQ("Core/Interfaces/", Unit("Core/Interfaces/"));
-    EXPECT_EQ("Core/Interfaces/", Unit("Core/Interfaces/.hidden"));
-    EXPECT_EQ("", Unit(""));
+    const Thrown thrown =
+        ExpectThrow<CoreException>([] { ZELNOR_THROW("Core/Interfaces/Elsewhere", CoreException()); });
+    EXPECT_EQ(thrown.file, "Core/Interfaces/Elsewhere");
+    const Thrown atLine =
+        ExpectThrow<CoreException>([] { ZELNOR_THROW_AT_LINE("Some/Unit", 4711, CoreException()); });
+    EXPECT_EQ(atLine.file, "Some/Unit");
+    const Thrown withoutStack = ExpectThrow<std::out_of_range>(
+        [] { ZELNOR_THROW_WITHOUT_STACK("Another/Unit", std::out_of_range("key not found")); });
+    EXPECT_EQ(withoutStack.file, "Another/Unit");
 }
 
 TEST(Exception, CopyThroughBoostCurrentExceptionKeepsTags)

@@ -13,10 +13,12 @@ namespace Zelnor::Testing
 namespace
 {
 
+constexpr const char* kUnit = "Tests/Package/Thrower";
+
 template <class E>
 [[noreturn]] void Throw()
 {
-    ZELNOR_THROW(E() << TagDescription("from another shared object"));
+    ZELNOR_THROW(kUnit, E() << TagDescription("from another shared object"));
 }
 
 const std::vector<std::pair<std::string, void (*)()>>& Throwers()

@@ -9,6 +9,8 @@
 namespace
 {
 
+constexpr const char* kUnit = "Tests/Package/Unloadable";
+
 template <class E, class Action>
 bool Throws(Action&& action)
 {
@@ -35,6 +37,6 @@ extern "C" __attribute__((visibility("default"))) bool UseTheLibraries()
     return codec->GetRefCount() == 1 &&
            Throws<Core::PropertyException>([&] { static_cast<void>(codec->GetProperty()["missing"]); }) &&
            Throws<Exception>([] { Core::Property("number", 1LL).SetChildT("child", 1LL); }) &&
-           Throws<Conf::ConfException>([] { ZELNOR_THROW(Conf::BadJson()); }) &&
-           Throws<std::invalid_argument>([] { ZELNOR_THROW(std::invalid_argument("bad")); });
+           Throws<Conf::ConfException>([] { ZELNOR_THROW(kUnit, Conf::BadJson()); }) &&
+           Throws<std::invalid_argument>([] { ZELNOR_THROW(kUnit, std::invalid_argument("bad")); });
 }

@@ -10,10 +10,13 @@ namespace Zelnor::Testing
 namespace
 {
 
+constexpr const char* kUnit = "Tests/Support/ExpectTest";
+
 void ThrowPropertyException()
 {
-    ZELNOR_THROW_AT_LINE(7, PropertyException() << TagDescription("no such child")
-                                                << PropertyException::TagPropertyName("group"));
+    ZELNOR_THROW_AT_LINE(kUnit, 7,
+                         PropertyException() << TagDescription("no such child")
+                                             << PropertyException::TagPropertyName("group"));
 }
 
 TEST(ExpectThrow, CopiesWhatTheExceptionCarries)
@@ -32,8 +35,8 @@ TEST(ExpectThrow, CopiesWhatTheExceptionCarries)
 
 TEST(ExpectThrow, ReadsTheMessageOfAStandardException)
 {
-    const Thrown thrown =
-        ExpectThrow<std::invalid_argument>([] { ZELNOR_THROW_WITHOUT_STACK(std::invalid_argument("bad")); });
+    const Thrown thrown = ExpectThrow<std::invalid_argument>(
+        [] { ZELNOR_THROW_WITHOUT_STACK(kUnit, std::invalid_argument("bad")); });
 
     EXPECT_EQ(thrown.what, "bad");
     EXPECT_EQ(thrown.file, "Tests/Support/ExpectTest");

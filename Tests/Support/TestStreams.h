@@ -12,6 +12,8 @@
 namespace Zelnor::Testing
 {
 
+inline constexpr const char* kTestStreamsUnit = "Tests/Support/TestStreams";
+
 /// Counts for a stream that lives on the stack of a test; it is never deleted through a pointer.
 template <class Stream>
 class OnStack : public Stream
@@ -46,7 +48,7 @@ public:
     {
         if (++m_calls >= m_failAt)
         {
-            ZELNOR_THROW(StreamFailure());
+            ZELNOR_THROW(kTestStreamsUnit, StreamFailure());
         }
         const std::size_t count = std::min({size, m_piece, m_bytes.size() - m_position});
         std::copy_n(m_bytes.data() + m_position, count, static_cast<char*>(buffer));
@@ -74,7 +76,7 @@ public:
     {
         if (++m_calls >= m_failAt)
         {
-            ZELNOR_THROW(StreamFailure());
+            ZELNOR_THROW(kTestStreamsUnit, StreamFailure());
         }
         m_bytes.append(static_cast<const char*>(data), size);
     }

@@ -17,6 +17,8 @@ namespace Zelnor::Tool
 namespace
 {
 
+constexpr const char* kUnit = "Tools/zconf/StandardStreams";
+
 constexpr int kSignalledExitBase = 128;
 
 Core::CoreException Failure(const char* action, const char* stream, int reason)
@@ -41,7 +43,7 @@ public:
             }
             if (errno != EINTR)
             {
-                ZELNOR_THROW(Failure("read", "standard input", errno));
+                ZELNOR_THROW(kUnit, Failure("read", "standard input", errno));
             }
         }
     }
@@ -67,7 +69,7 @@ public:
             }
             else if (errno != EINTR)
             {
-                ZELNOR_THROW(Failure("write", "standard output", errno));
+                ZELNOR_THROW(kUnit, Failure("write", "standard output", errno));
             }
         }
     }
