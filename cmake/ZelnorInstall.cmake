@@ -3,8 +3,12 @@
 
 include(CMakePackageConfigHelpers)
 
+set(libraries ZelnorCore ZelnorConf)
+if(TARGET ZelnorMedia)
+  list(APPEND libraries ZelnorMedia)
+endif()
 install(
-  TARGETS ZelnorCore ZelnorConf
+  TARGETS ${libraries}
   EXPORT ZelnorTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 

@@ -1,7 +1,7 @@
-#include "Tools/zconf/CommandLine.h"
-#include "Tools/zconf/Errors.h"
-#include "Tools/zconf/Logging.h"
-#include "Tools/zconf/StandardStreams.h"
+#include "Tools/zconf/Console/CommandLine.h"
+#include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/Logging.h"
+#include "Tools/zconf/Console/StandardStreams.h"
 
 #include <exception>
 

@@ -1,0 +1,202 @@
+#include "Media/Jobs/JobDifferences.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+using Conf::NodeId;
+using Core::Property;
+
+/// A value as it stands in a document; a group by what it holds.
+std::string ValueText(const Property& value)
+{
+    switch (value.GetType())
+    {
+    case PROPERTY_TYPE_NONE:
+        return "null";
+    case PROPERTY_TYPE_INT64:
+        return std::to_string(value.GetInt64());
+    case PROPERTY_TYPE_STRING:
+        return '"' + value.GetString() + '"';
+    case PROPERTY_TYPE_RATIO:
+        return "[" + std::to_string(value.GetRatio().numerator()) + ", " +
+               std::to_string(value.GetRatio().denominator()) + "]";
+    case PROPERTY_TYPE_GROUP:
+        break;
+    }
+    return "a group of " + std::to_string(value.Count());
+}
+
+/// The names of the children in order, equal ones numbered, and the children.
+std::vector<std::pair<std::string, const Property*>> KeyedChildren(const Property& group)
+{
+    std::map<std::string, int> counts;
+    for (const Property& child : group)
+    {
+        ++counts[child.GetName()];
+    }
+    std::map<std::string, int> seen;
+    std::vector<std::pair<std::string, const Property*>> children;
+    for (const Property& child : group)
+    {
+        const std::string& name = child.GetName();
+        const std::string number = "[" + std::to_string(++seen[name]) + "]";
+        children.emplace_back(counts[name] == 1 ? name : name + number, &child);
+    }
+    return children;
+}
+
+class Differ
+{
+public:
+    explicit Differ(std::vector<JobDifference>& found) : m_found(found) {}
+
+    void Records(const std::string& place, const Property& one, const Property& other)
+    {
+        m_place = place;
+        if (one.GetName() != other.GetName())
+        {
+            Report("name of the record", '"' + one.GetName() + '"', '"' + other.GetName() + '"');
+        }
+        Values("", one, other);
+    }
+    void Existence(const std::string& place, std::size_t one, std::size_t other)
+    {
+        const auto text = [](std::size_t count) {
+            return count == 0 ? "" : count == 1 ? "there" : "there " + std::to_string(count) + " times";
+        };
+        m_found.push_back({place, "", text(one), text(other)});
+    }
+
+private:
+    void Report(const std::string& key, const std::string& one, const std::string& other)
+    {
+        m_found.push_back({m_place, key, one, other});
+    }
+
+    void Values(const std::string& key, const Property& one, const Property& other)
+    {
+        const bool areGroups = one.GetType() == PROPERTY_TYPE_GROUP && other.GetType() == PROPERTY_TYPE_GROUP;
+        if (areGroups)
+        {
+            Groups(key, one, other);
+        }
+        else if (one.GetType() != other.GetType() || ValueText(one) != ValueText(other))
+        {
+            Report(key.empty() ? "value of the record" : key, ValueText(one), ValueText(other));
+        }
+    }
+
+    void Groups(const std::string& key, const Property& one, const Property& other)
+    {
+        const auto ones = KeyedChildren(one);
+        const auto others = KeyedChildren(other);
+        const std::map<std::string, const Property*> inOne(ones.begin(), ones.end());
+        const std::map<std::string, const Property*> inOther(others.begin(), others.end());
+        const std::size_t before = m_found.size();
+        const auto path = [&key](const std::string& name) { return key.empty() ? name : key + "." + name; };
+        for (const auto& [name, child] : ones)
+        {
+            const auto match = inOther.find(name);
+            if (match == inOther.end())
+            {
+                Report(path(name), ValueText(*child), "");
+            }
+            else
+            {
+                Values(path(name), *child, *match->second);
+            }
+        }
+        for (const auto& [name, child] : others)
+        {
+            if (inOne.count(name) == 0)
+            {
+                Report(path(name), "", ValueText(*child));
+            }
+        }
+        if (m_found.size() == before && one != other && SameKeysInOtherOrder(ones, others))
+        {
+            Report(key.empty() ? "order of the keys" : key + ", order of its keys", Names(ones),
+                   Names(others));
+        }
+    }
+
+    static bool SameKeysInOtherOrder(const std::vector<std::pair<std::string, const Property*>>& ones,
+                                     const std::vector<std::pair<std::string, const Property*>>& others)
+    {
+        return !std::equal(ones.begin(), ones.end(), others.begin(), others.end(),
+                           [](const auto& a, const auto& b) { return a.first == b.first; });
+    }
+
+    static std::string Names(const std::vector<std::pair<std::string, const Property*>>& children)
+    {
+        std::string names;
+        for (const auto& [name, child] : children)
+        {
+            names += (names.empty() ? "" : ", ") + name;
+        }
+        return names;
+    }
+
+    std::vector<JobDifference>& m_found;
+    std::string m_place;
+};
+
+/// Walks what either side lists, in order, and compares what both have.
+template <class Id, class Compare>
+void Walk(const std::vector<Id>& ones, const std::vector<Id>& others, const Compare& compare)
+{
+    std::map<Id, std::pair<std::size_t, std::size_t>> counts;
+    for (const Id& id : ones)
+    {
+        ++counts[id].first;
+    }
+    for (const Id& id : others)
+    {
+        ++counts[id].second;
+    }
+    for (const auto& [id, count] : counts)
+    {
+        compare(id, count.first, count.second);
+    }
+}
+
+} // namespace
+
+std::vector<JobDifference> DiffJobs(const JobFile& one, const JobFile& other)
+{
+    std::vector<JobDifference> found;
+    Differ differ(found);
+    Walk(one.nodes, other.nodes, [&](NodeId id, std::size_t inOne, std::size_t inOther) {
+        const std::string place = "node " + std::to_string(id);
+        if (inOne != inOther)
+        {
+            differ.Existence(place, inOne, inOther);
+        }
+        if (inOne != 0 && inOther != 0)
+        {
+            differ.Records(place, (*one.graph)[id], (*other.graph)[id]);
+        }
+    });
+    Walk(one.links, other.links, [&](const JobFile::Link& link, std::size_t inOne, std::size_t inOther) {
+        const std::string place = "link " + std::to_string(link.first) + " -> " + std::to_string(link.second);
+        if (inOne != inOther)
+        {
+            differ.Existence(place, inOne, inOther);
+        }
+        if (inOne != 0 && inOther != 0)
+        {
+            differ.Records(place, one.graph->GetLink(link.first, link.second),
+                           other.graph->GetLink(link.first, link.second));
+        }
+    });
+    return found;
+}
+
+} // namespace Zelnor::Media

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Core/Interfaces/Export.h"
+
+#include "Media/Jobs/JobFile.h"
+
+#include <string>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// One thing in which two jobs differ. An empty text means that a side has it not.
+struct JobDifference
+{
+    std::string place; ///< "node 2", "link 3 -> 2"
+    std::string key;   ///< the path of names inside the record; empty: the whole
+    std::string one;
+    std::string other;
+};
+
+/// What differs between two jobs: nodes by their ids, links by their ends, records by key. Equal keys of a
+/// group are compared in order and told apart as "key[1]", "key[2]". Empty exactly when the jobs are equal
+/// but for the order in which nodes and links are listed.
+ZELNOR_API std::vector<JobDifference> DiffJobs(const JobFile& one, const JobFile& other);
+
+} // namespace Zelnor::Media

@@ -1,0 +1,103 @@
+#include "Media/Planning/Containers.h"
+
+#include "Media/Probe/FFmpegNames.h"
+
+#include "Conf/Interfaces/FormatLists.h"
+#include "Conf/Interfaces/IFormatCodecSubtitle.h"
+#include "Conf/Interfaces/IFormatFile.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+using Conf::IFormatCodecSubtitle;
+using Conf::IFormatFile;
+
+constexpr const char* kPictureMuxer = "image2";
+
+/// The muxer's name where it is not the container's.
+std::string MuxerName(const std::string& container)
+{
+    struct Alias
+    {
+        const std::string* container;
+        const char* muxer;
+    };
+    static const Alias s_aliases[] = {
+        {&IFormatFile::FORMAT_M4A, "ipod"},        {&IFormatFile::FORMAT_MPEG2TS, "mpegts"},
+        {&IFormatFile::FORMAT_WMA, "asf"},         {&IFormatFile::FORMAT_WMV, "asf"},
+        {&IFormatFile::FORMAT_TIF, kPictureMuxer},
+    };
+    const auto* const found = std::find_if(std::begin(s_aliases), std::end(s_aliases),
+                                           [&](const Alias& row) { return *row.container == container; });
+    return found != std::end(s_aliases)        ? found->muxer
+           : Conf::IsImageContainer(container) ? kPictureMuxer
+                                               : container;
+}
+
+/// FFmpeg takes anything for these containers of DVDs, so what players of DVDs take is told here.
+bool IsDvd(const std::string& container)
+{
+    return container == IFormatFile::FORMAT_DVD || container == IFormatFile::FORMAT_VOB;
+}
+
+bool DvdHolds(AVCodecID codec)
+{
+    constexpr std::array<AVCodecID, 7> kCodecs = {
+        AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_AC3,         AV_CODEC_ID_MP2,
+        AV_CODEC_ID_DTS,        AV_CODEC_ID_PCM_DVD,    AV_CODEC_ID_DVD_SUBTITLE};
+    return std::find(kCodecs.begin(), kCodecs.end(), codec) != kCodecs.end();
+}
+
+int AskMuxer(const std::string& container, AVCodecID codec)
+{
+    const AVOutputFormat* const muxer = FindMuxer(container);
+    return muxer == nullptr   ? 0
+           : IsDvd(container) ? static_cast<int>(DvdHolds(codec))
+                              : avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL);
+}
+
+} // namespace
+
+const AVOutputFormat* FindMuxer(const std::string& container)
+{
+    return av_guess_format(MuxerName(container).c_str(), nullptr, nullptr);
+}
+
+bool IsPicture(const std::string& container) { return MuxerName(container) == kPictureMuxer; }
+
+bool CertainlyHolds(const std::string& container, AVCodecID codec) { return AskMuxer(container, codec) == 1; }
+
+bool MayHold(const std::string& container, AVCodecID codec) { return AskMuxer(container, codec) != 0; }
+
+std::vector<std::string> SubtitleCodecsFor(const std::string& container, const std::string& sourceCodec,
+                                           bool isBitmap)
+{
+    std::vector<std::string> candidates = {sourceCodec};
+    if (isBitmap)
+    {
+        candidates.insert(candidates.end(), {IFormatCodecSubtitle::CODEC_ID_DVD_SUBTITLE,
+                                             IFormatCodecSubtitle::CODEC_ID_DVB_SUBTITLE});
+    }
+    else
+    {
+        candidates.insert(candidates.end(),
+                          {IFormatCodecSubtitle::CODEC_ID_SUBRIP, IFormatCodecSubtitle::CODEC_ID_MOV_TEXT,
+                           IFormatCodecSubtitle::CODEC_ID_WEBVTT, IFormatCodecSubtitle::CODEC_ID_ASS});
+    }
+    std::vector<std::string> codecs;
+    std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(codecs),
+                 [&container](const std::string& textId) {
+                     const AVCodec* const encoder = FindEncoder(textId);
+                     return encoder != nullptr && CertainlyHolds(container, encoder->id);
+                 });
+    return codecs;
+}
+
+} // namespace Zelnor::Media

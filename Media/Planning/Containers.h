@@ -1,0 +1,29 @@
+#pragma once
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+#include <string>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// What writes a container, a `FORMAT_` text, in the installed FFmpeg; null when nothing does.
+const AVOutputFormat* FindMuxer(const std::string& container);
+
+/// Whether the container's files hold one picture.
+bool IsPicture(const std::string& container);
+
+/// Whether the container is known to hold streams of the codec.
+bool CertainlyHolds(const std::string& container, AVCodecID codec);
+/// Whether it may hold them: FFmpeg does not know it of every container.
+bool MayHold(const std::string& container, AVCodecID codec);
+
+/// The codecs, as `CODEC_ID_` texts, that a subtitle in the container may have, the best first. Text stays
+/// text and pictures stay pictures.
+std::vector<std::string> SubtitleCodecsFor(const std::string& container, const std::string& sourceCodec,
+                                           bool isBitmap);
+
+} // namespace Zelnor::Media

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Media/Probe/FFmpegNames.h"
+
+namespace Zelnor::Media
+{
+
+/// \file
+/// What an encoder takes, and what of it is nearest to something wanted. An encoder that lists nothing takes
+/// everything.
+
+bool Accepts(const AVCodec& encoder, PixFmt format);
+bool Accepts(const AVCodec& encoder, Conf::SampleFormats format);
+bool Accepts(const AVCodec& encoder, Conf::ChannelLayout layout);
+bool AcceptsRate(const AVCodec& encoder, int sampleRate);
+
+/// Of the vocabulary's formats that the encoder takes, the one that loses the least of `wanted`.
+/// PIX_FMT_NONE when the encoder takes none of them.
+PixFmt NearestPixelFormat(const AVCodec& encoder, PixFmt wanted);
+/// The same samples in the other arrangement are nearer than other samples.
+Conf::SampleFormats NearestSampleFormat(const AVCodec& encoder, Conf::SampleFormats wanted);
+/// The same number of channels, else fewer.
+Conf::ChannelLayout NearestLayout(const AVCodec& encoder, Conf::ChannelLayout wanted);
+/// The next higher rate, else the highest.
+int NearestRate(const AVCodec& encoder, int wanted);
+AVRational NearestFrameRate(const AVCodec& encoder, AVRational wanted);
+
+/// Whether what the codec makes has no bitrate to be set: it is lossless, or made of pictures without one.
+bool IsWithoutBitrate(AVCodecID codec);
+/// Whether the encoder can use the statistics of a first pass.
+bool HasTwoPasses(const AVCodec& encoder);
+/// Whether the encoder, or every encoder, has an option of that name.
+bool HasOption(const AVCodec& encoder, const std::string& name);
+
+} // namespace Zelnor::Media

@@ -1,0 +1,289 @@
+#include "Media/Presets/PresetRules.h"
+
+#include "Media/MediaException.h"
+
+#include "Conf/Interfaces/ConfException.h"
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Interfaces/IFormatCodecSubtitle.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
+#include "Conf/Interfaces/IFormatFile.h"
+#include "Conf/Interfaces/IPreset.h"
+#include "Conf/Interfaces/ServiceRecords.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+using Conf::IFormatCodec;
+using Conf::IFormatCodecAudio;
+using Conf::IFormatCodecSubtitle;
+using Conf::IFormatCodecVideo;
+using Conf::IFormatFile;
+using Conf::IPreset;
+using Core::Property;
+
+constexpr const char* kUnit = "Media/Presets/PresetRules";
+
+/// A constant of the vocabulary.
+struct Word
+{
+    std::string_view name;
+    const std::string* text;
+};
+
+/// Whether `text` is the text of a constant whose name begins with `prefix`.
+template <class Words>
+bool IsWord(const Words& words, std::string_view prefix, const std::string& text)
+{
+    return std::any_of(std::begin(words), std::end(words), [&](const Word& word) {
+        return word.name.substr(0, prefix.size()) == prefix && *word.text == text;
+    });
+}
+
+bool IsContainer(const Property& value)
+{
+    static const Word s_words[] = {
+#define ZELNOR_TEXT(name, text) {#name, &IFormatFile::name},
+#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
+    };
+    return IsWord(s_words, "FORMAT_", value.GetString());
+}
+
+bool IsVideoCodec(const std::string& text)
+{
+    static const Word s_words[] = {
+#define ZELNOR_CODEC(name) {#name, &IFormatCodecVideo::name},
+#define ZELNOR_CODEC_AS(name, enumerator) {#name, &IFormatCodecVideo::name},
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+    };
+    return IsWord(s_words, "", text);
+}
+
+bool IsAudioCodec(const std::string& text)
+{
+    static const Word s_words[] = {
+#define ZELNOR_CODEC(name) {#name, &IFormatCodecAudio::name},
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+    };
+    return IsWord(s_words, "", text);
+}
+
+bool IsSubtitleCodec(const std::string& text)
+{
+    static const Word s_words[] = {
+#define ZELNOR_CODEC(name) {#name, &IFormatCodecSubtitle::name},
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
+    };
+    return IsWord(s_words, "", text);
+}
+
+bool IsCodecOf(MediaType mediaType, const std::string& text)
+{
+    switch (mediaType)
+    {
+    case MEDIA_TYPE_VIDEO:
+        return IsVideoCodec(text);
+    case MEDIA_TYPE_AUDIO:
+        return IsAudioCodec(text);
+    case MEDIA_TYPE_SUBTITLE:
+        return IsSubtitleCodec(text);
+    }
+    return false;
+}
+
+template <class Record>
+bool HasRecord(const Property& value)
+{
+    try
+    {
+        Record::Find(value.GetString());
+        return true;
+    }
+    catch (const Conf::FormatException&)
+    {
+        return false;
+    }
+}
+
+bool IsAnything(const Property&) { return true; }
+bool IsPositive(const Property& value) { return value.GetInt64() > 0; }
+bool IsPositiveRatio(const Property& value) { return value.GetRatio() > 0; }
+bool IsBitrateMode(const Property& value)
+{
+    const std::string& text = value.GetString();
+    return text == IFormatCodec::TAG_BITRATE_MODE_CBR || text == IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO ||
+           text == IFormatCodec::TAG_BITRATE_MODE_VBR;
+}
+
+/// What the value under a key must be, if the key is there.
+struct Rule
+{
+    const std::string* key;
+    PropertyTypes type;
+    bool (*accepts)(const Property& value);
+    const char* expected;
+};
+
+const Rule* FileRules(std::size_t& count)
+{
+    static const Rule s_rules[] = {
+        {&IPreset::KEY_TYPE_ID, PROPERTY_TYPE_STRING, IsAnything, "a string"},
+        {&IPreset::KEY_NAME, PROPERTY_TYPE_STRING, IsAnything, "a string"},
+        {&IPreset::KEY_ID, PROPERTY_TYPE_STRING, IsAnything, "a string"},
+        {&IFormatFile::TAG_CONTAINER, PROPERTY_TYPE_STRING, IsContainer,
+         "the name of a container, as \"mp4\""},
+    };
+    count = std::size(s_rules);
+    return s_rules;
+}
+
+const Rule* StreamRules(std::size_t& count)
+{
+    constexpr const char* kNumber = "a positive integer";
+    static const Rule s_rules[] = {
+        {&IFormatCodec::TAG_BITRATE, PROPERTY_TYPE_INT64, IsPositive, kNumber},
+        {&IFormatCodec::TAG_PEAK_BITRATE, PROPERTY_TYPE_INT64, IsPositive, kNumber},
+        {&IFormatCodec::TAG_BITRATE_MODE, PROPERTY_TYPE_STRING, IsBitrateMode, "CBR, CBR_AUTO or VBR"},
+        {&IFormatCodec::TAG_PROFILE, PROPERTY_TYPE_STRING, IsAnything, "a string"},
+        {&IFormatCodec::TAG_PRESET, PROPERTY_TYPE_STRING, IsAnything, "a string"},
+        {&IFormatCodecVideo::TAG_WIDTH, PROPERTY_TYPE_INT64, IsPositive, kNumber},
+        {&IFormatCodecVideo::TAG_HEIGHT, PROPERTY_TYPE_INT64, IsPositive, kNumber},
+        {&IFormatCodecVideo::TAG_FPS, PROPERTY_TYPE_RATIO, IsPositiveRatio, "a rate as [30000, 1001]"},
+        {&IFormatCodecVideo::TAG_X264_TUNE, PROPERTY_TYPE_STRING, IsAnything, "a string"},
+        {&IFormatCodecAudio::TAG_SAMPLE_RATE, PROPERTY_TYPE_INT64, IsPositive, kNumber},
+        {&IFormatCodecAudio::TAG_SAMPLE_FORMAT, PROPERTY_TYPE_STRING, HasRecord<Conf::SampleFmtRecord>,
+         "a sample format, as \"SAMPLE_FMT_S16\""},
+        {&IFormatCodecAudio::TAG_LAYOUT, PROPERTY_TYPE_STRING, HasRecord<Conf::LayoutRecord>,
+         "a channel layout, as \"STEREO\""},
+    };
+    count = std::size(s_rules);
+    return s_rules;
+}
+
+std::string FoundText(const Property& value)
+{
+    switch (value.GetType())
+    {
+    case PROPERTY_TYPE_NONE:
+        return "null";
+    case PROPERTY_TYPE_INT64:
+        return std::to_string(value.GetInt64());
+    case PROPERTY_TYPE_STRING:
+        return "'" + value.GetString() + "'";
+    case PROPERTY_TYPE_RATIO:
+        return std::to_string(value.GetRatio().numerator()) + "/" +
+               std::to_string(value.GetRatio().denominator());
+    case PROPERTY_TYPE_GROUP:
+        break;
+    }
+    return "a group";
+}
+
+[[noreturn]] void Refuse(const std::string& place, const std::string& expected, const std::string& found)
+{
+    ZELNOR_THROW(kUnit,
+                 MakeError<PresetFileException>(place + ": expected " + expected + ", found " + found));
+}
+
+void Apply(const Rule* rules, std::size_t count, const Property& group, const std::string& place)
+{
+    for (const Rule* rule = rules; rule != rules + count; ++rule)
+    {
+        const auto value = group.FindChild(*rule->key);
+        if (value != group.end() && (value->GetType() != rule->type || !rule->accepts(*value)))
+        {
+            Refuse(place + "." + *rule->key, rule->expected, FoundText(*value));
+        }
+    }
+}
+
+const Property& Required(const Property& group, const std::string& key, const std::string& expected,
+                         const std::string& place)
+{
+    const auto child = group.FindChild(key);
+    if (child == group.end())
+    {
+        Refuse(place + "." + key, expected, "nothing");
+    }
+    return *child;
+}
+
+MediaType MediaTypeOf(const Property& stream, const std::string& place)
+{
+    try
+    {
+        return IPreset::MediaTypeFromPresetStreamType(stream.GetName());
+    }
+    catch (const std::logic_error&)
+    {
+        Refuse(place, "a stream type (audio, video, subtitles_video, subtitles_text)",
+               "'" + stream.GetName() + "'");
+    }
+}
+
+const char* CodecKind(MediaType mediaType)
+{
+    switch (mediaType)
+    {
+    case MEDIA_TYPE_VIDEO:
+        return "a video codec, as \"CODEC_ID_H264\"";
+    case MEDIA_TYPE_AUDIO:
+        return "an audio codec, as \"CODEC_ID_AAC\"";
+    case MEDIA_TYPE_SUBTITLE:
+        return "a subtitle codec, as \"CODEC_ID_SRT\"";
+    }
+    return "a codec";
+}
+
+void CheckStream(const Property& stream, const std::string& streamsPlace)
+{
+    const MediaType mediaType = MediaTypeOf(stream, streamsPlace);
+    const std::string place = streamsPlace + "." + stream.GetName();
+    if (stream.GetType() != PROPERTY_TYPE_GROUP)
+    {
+        Refuse(place, "a group of settings", FoundText(stream));
+    }
+    const Property& codec = Required(stream, IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), place);
+    if (codec.GetType() != PROPERTY_TYPE_STRING || !IsCodecOf(mediaType, codec.GetString()))
+    {
+        Refuse(place + "." + IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), FoundText(codec));
+    }
+    std::size_t count = 0;
+    const Rule* const rules = StreamRules(count);
+    Apply(rules, count, stream, place);
+}
+
+} // namespace
+
+void CheckPreset(const Property& preset)
+{
+    const std::string& place = preset.GetName();
+    if (preset.GetType() != PROPERTY_TYPE_GROUP)
+    {
+        Refuse(place, "a group", FoundText(preset));
+    }
+    std::size_t count = 0;
+    const Rule* const rules = FileRules(count);
+    Required(preset, IFormatFile::TAG_CONTAINER, "the name of a container, as \"mp4\"", place);
+    Apply(rules, count, preset, place);
+    const std::string expected = "a group of at least one stream";
+    const Property& streams = Required(preset, IPreset::KEY_STREAMS, expected, place);
+    if (streams.Count() == 0)
+    {
+        Refuse(place + "." + IPreset::KEY_STREAMS, expected,
+               streams.GetType() == PROPERTY_TYPE_GROUP ? "an empty one" : FoundText(streams));
+    }
+    for (const Property& stream : streams)
+    {
+        CheckStream(stream, place + "." + IPreset::KEY_STREAMS);
+    }
+}
+
+} // namespace Zelnor::Media

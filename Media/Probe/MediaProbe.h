@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatFile.h"
+#include "Core/Interfaces/DataStream.h"
+#include "Core/Interfaces/Export.h"
+#include "Core/Interfaces/ioPath.h"
+
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// \file
+/// What is in a media file: descriptors with the facts that the vocabulary has words for, and beside them the
+/// few facts that it has none for.
+
+namespace Zelnor::Media
+{
+
+enum class StreamKind
+{
+    Video,
+    Audio,
+    Subtitle,
+    Data,
+    Attachment,
+    Unknown,
+};
+
+/// "video"
+ZELNOR_API const char* NameOf(StreamKind kind);
+
+/// One stream of a file.
+struct MediaStream
+{
+    unsigned int index = 0;
+    StreamKind kind = StreamKind::Unknown;
+    std::string codec; ///< FFmpeg's name: "h264"
+    /// An `IFormatCodecVideo`, `IFormatCodecAudio` or `IFormatCodecSubtitle`; for other kinds of stream an
+    /// `IFormatCodec`. It has no codec id when the vocabulary has none for the codec.
+    boost::intrusive_ptr<Conf::IFormatCodec> descriptor;
+    bool isDefault = false;
+    bool isForced = false;
+    bool isAttachedPicture = false; ///< a cover, not a video
+    bool isInterlaced = false;
+    bool isBitmap = false;     ///< a subtitle of pictures, not of text
+    unsigned int rotation = 0; ///< clockwise degrees (0, 90, 180, 270) by which it is to be shown turned
+    std::optional<std::int64_t> duration; ///< in microseconds
+    std::vector<std::string> notes;       ///< what the descriptor cannot say, as sentences without an end
+};
+
+/// A media file and its streams, in its order.
+struct MediaFile
+{
+    std::string name;    ///< as given
+    std::string demuxer; ///< FFmpeg's names: "mov,mp4,m4a,3gp,3g2,mj2"
+    boost::intrusive_ptr<Conf::IFormatFile> descriptor;
+    std::optional<std::int64_t> duration; ///< in microseconds
+    bool durationIsEstimated = false;
+    std::vector<std::string> notes;
+    std::vector<MediaStream> streams;
+};
+
+/// Opens the file and looks at its streams. The name is a file's, whatever characters it is made of.
+/// \throw ProbeException "Cannot read 'x.mp4': Invalid data found when processing input (moov atom not
+/// found)"
+ZELNOR_API MediaFile ProbeMedia(const ioPath& path);
+/// The same from a stream, which messages call `name`. What the stream throws passes through.
+ZELNOR_API MediaFile ProbeMedia(Core::IDataInput& input, const std::string& name);
+
+/// The name under which FFmpeg takes `path` as a plain file, whatever characters it is made of.
+std::string FFmpegFileName(const std::string& path);
+
+} // namespace Zelnor::Media

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Media/Probe/MediaProbe.h"
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+namespace Zelnor::Media
+{
+
+/// What FFmpeg found out about a stream, as a descriptor and notes.
+MediaStream DescribeStream(AVFormatContext& context, AVStream& stream);
+
+/// FFmpeg's tags as children of the group `metadata`, the first one of each key.
+void AddTags(const AVDictionary* tags, Core::Property& metadata);
+
+/// `count` units of `base` in microseconds; nothing when it is not known.
+std::optional<std::int64_t> Microseconds(std::int64_t count, AVRational base);
+
+} // namespace Zelnor::Media

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Core/Interfaces/Export.h"
+
+#include <string>
+
+namespace Zelnor::Media
+{
+
+/// Whether both names mean the same file, be it there or not.
+ZELNOR_API bool IsSameFile(const std::string& one, const std::string& other);
+
+} // namespace Zelnor::Media

@@ -1,0 +1,113 @@
+#include "Tools/zconf/Commands/BitrateCurve.h"
+#include "Tools/zconf/Commands/Catalogue.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Console/CommandLine.h"
+#include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/FrameSizeText.h"
+#include "Tools/zconf/Console/Names.h"
+#include "Tools/zconf/Console/Output.h"
+
+#include "Conf/Interfaces/BitrateCalculator.h"
+
+#include <memory>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+constexpr int kNoQuality = -1;
+
+struct Options
+{
+    std::string codec;
+    std::string size;
+    std::string fps;
+    int quality = kNoQuality;
+    std::string curve;
+    bool json = false;
+};
+
+std::string VideoCodec(const std::string& name)
+{
+    const CodecEntry* const codec = FindCodec(name);
+    if (codec == nullptr)
+    {
+        std::vector<std::string> videoCodecs;
+        for (const CodecEntry& known : AllCodecs())
+        {
+            if (known.kind == "video")
+            {
+                videoCodecs.push_back(known.id);
+            }
+        }
+        ThrowUnknownName("codec", name, videoCodecs);
+    }
+    if (codec->kind != "video")
+    {
+        throw ToolError("'" + codec->id + "' is no video codec; bitrates are proposed for video only");
+    }
+    return codec->id;
+}
+
+Facts Answer(const BitrateQuestion& question)
+{
+    const auto& [codec, size, fps, quality] = question;
+    Facts facts = {{"codec", codec}, {"width", size.width}, {"height", size.height}, {"fps", fps}};
+    if (quality != kNoQuality)
+    {
+        facts.push_back({"quality", static_cast<long long>(quality)});
+    }
+    facts.push_back({"default", Conf::GetDefaultVideoBitrate(codec, size.width, size.height, fps, quality)});
+    facts.push_back({"minimum", Conf::GetMinVideoBitrate(codec, size.width, size.height, fps, quality)});
+    facts.push_back({"maximum", Conf::GetMaxVideoBitrate(codec, size.width, size.height, fps, quality)});
+    return facts;
+}
+
+int Run(const Options& options)
+{
+    const BitrateQuestion question = {VideoCodec(options.codec), ParseFrameSize(options.size),
+                                      ParseFrameRate(options.fps), options.quality};
+    if (!options.curve.empty())
+    {
+        // Nothing but the drawing when that goes to standard output.
+        WriteDocument(options.curve, DrawBitrateCurve(question));
+        if (IsStandardStream(options.curve))
+        {
+            return kExitSuccess;
+        }
+    }
+    const Facts answer = Answer(question);
+    if (options.json)
+    {
+        WriteJsonAnswer(answer);
+    }
+    else
+    {
+        // What was asked need not be told again.
+        WriteText(LinesText(Facts(answer.end() - 3, answer.end()), 0, Painter::ForStandardOutput()));
+    }
+    return kExitSuccess;
+}
+
+} // namespace
+
+void AddBitrateCommand(CLI::App& app)
+{
+    CLI::App* const command =
+        AddCommand(app, "bitrate", "Propose a video bitrate, with bounds, in bits per second");
+    const auto options = std::make_shared<Options>();
+    command->add_option("--codec", options->codec, "The video codec, such as CODEC_ID_H264 or h264")
+        ->required();
+    command->add_option("--size", options->size, "The frame's size, such as 1920x1080")->required();
+    command->add_option("--fps", options->fps, "Frames a second, such as 25 or 30000/1001")->required();
+    command->add_option("--quality", options->quality, "From 1 (all of the bitrate) to 32 (a third of it)")
+        ->check(CLI::Range(1, Conf::IFormatCodec::MAX_QUALITY));
+    command->add_option("--curve", options->curve,
+                        "Also draw the bitrates of larger and smaller frames in this SVG file, with gnuplot");
+    command->add_flag("--json", options->json, "Answer for scripts");
+    OnRun(*command, [options] { return Run(*options); });
+}
+
+} // namespace Zelnor::Tool

@@ -1,0 +1,381 @@
+#include "Tools/zconf/Commands/Catalogue.h"
+
+#include "Tools/zconf/Console/Names.h"
+
+#include "Conf/Interfaces/CodecMaps.h"
+#include "Conf/Interfaces/FormatLists.h"
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Interfaces/IFormatCodecSubtitle.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
+#include "Conf/Interfaces/MediaTypeUtils.h"
+#include "Conf/Interfaces/PixelFormatDescription.h"
+#include "Conf/Interfaces/ServiceRecords.h"
+
+#include <algorithm>
+#include <map>
+#include <stdexcept>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+using Conf::IFormatCodec;
+using Conf::IFormatCodecVideo;
+using Accelerator = IFormatCodecVideo::AcceleratorType;
+
+constexpr const char* kCodecPrefix = "CODEC_ID_";
+
+void AddUnlessKnown(std::vector<std::string>& names, const std::vector<std::string>& more)
+{
+    for (const std::string& name : more)
+    {
+        if (std::find(names.begin(), names.end(), name) == names.end())
+        {
+            names.push_back(name);
+        }
+    }
+}
+
+std::vector<CodecEntry> ReadCodecs()
+{
+    std::vector<CodecEntry> codecs;
+    const auto add = [&](const char* kind, const char* id, const char* ffmpegName) {
+        // The constants that are their own text are not all codecs.
+        if (std::string(id).rfind(kCodecPrefix, 0) == 0)
+        {
+            codecs.push_back({id, kind, ffmpegName});
+        }
+    };
+#define ZELNOR_SELF(name) add("video", #name, "");
+#define ZELNOR_CODEC(name) add("video", #name, "AV_" #name);
+#define ZELNOR_CODEC_AS(name, enumerator) add("video", #name, #enumerator);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+#define ZELNOR_SELF(name) add("audio", #name, "");
+#define ZELNOR_CODEC(name) add("audio", #name, "AV_" #name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+#define ZELNOR_CODEC(name) add("subtitle", #name, "AV_" #name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
+#define ZELNOR_SELF(name) add("other", #name, "");
+#define ZELNOR_CODEC(name) add("other", #name, "AV_" #name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
+    for (CodecEntry& codec : codecs)
+    {
+        if (codec.id == IFormatCodec::CODEC_ID_NONE)
+        {
+            codec.ffmpegName = "AV_" + codec.id; // in the tables, though not as a row of the vocabulary
+        }
+    }
+    return codecs;
+}
+
+/// The codec and the implementation of each row that an accelerator has; nothing when it has none.
+using Implementations = std::map<std::string, std::string>;
+
+Implementations EncodersOf(Accelerator accelerator)
+{
+    std::vector<std::string> codecs;
+    Implementations implementations;
+    IFormatCodecVideo::GetAcceleratedEncoderCodecs(accelerator, codecs);
+    for (const std::string& codec : codecs)
+    {
+        implementations[codec] = IFormatCodecVideo::GetAcceleratedEncoder(accelerator, codec);
+    }
+    return implementations;
+}
+
+Implementations DecodersOf(Accelerator accelerator)
+{
+    std::vector<std::string> codecs;
+    Implementations implementations;
+    IFormatCodecVideo::GetAcceleratedDecoderCodecs(accelerator, codecs);
+    for (const std::string& codec : codecs)
+    {
+        implementations[codec] = IFormatCodecVideo::GetAcceleratedDecoder(accelerator, codec);
+    }
+    return implementations;
+}
+
+using Query = Implementations (*)(Accelerator);
+
+std::vector<std::string> AcceleratedOf(const std::string& codecId, Query query)
+{
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < AcceleratorNames().size(); ++i)
+    {
+        const Implementations implementations = query(static_cast<Accelerator>(i));
+        const auto found = implementations.find(codecId);
+        if (found != implementations.end())
+        {
+            lines.push_back(AcceleratorNames()[i] + " " + found->second);
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string> CodecsOf(const Implementations& implementations)
+{
+    std::vector<std::string> codecs;
+    for (const auto& [codec, implementation] : implementations)
+    {
+        codecs.push_back(codec);
+    }
+    return codecs;
+}
+
+/// Implementations with the accelerator and the codec that they serve, where they serve one only.
+std::vector<Facts> ListImplementations(const std::vector<std::string>& names, Query query)
+{
+    std::vector<Facts> things;
+    for (const std::string& name : names)
+    {
+        std::string accelerator;
+        std::string codecId;
+        for (std::size_t i = 0; i < AcceleratorNames().size(); ++i)
+        {
+            for (const auto& [codec, implementation] : query(static_cast<Accelerator>(i)))
+            {
+                if (implementation == name)
+                {
+                    accelerator = AcceleratorNames()[i];
+                    codecId = codec;
+                }
+            }
+        }
+        things.push_back({{"name", name}, {"accelerator", accelerator}, {"codec", codecId}});
+    }
+    return things;
+}
+
+} // namespace
+
+const std::vector<CodecEntry>& AllCodecs()
+{
+    static const std::vector<CodecEntry> codecs = ReadCodecs();
+    return codecs;
+}
+
+const CodecEntry* FindCodec(const std::string& name)
+{
+    const std::string bare = BareName(name);
+    const auto found = std::find_if(AllCodecs().begin(), AllCodecs().end(),
+                                    [&](const CodecEntry& codec) { return BareName(codec.id) == bare; });
+    return found == AllCodecs().end() ? nullptr : &*found;
+}
+
+std::vector<std::string> CodecNames()
+{
+    std::vector<std::string> names;
+    for (const CodecEntry& codec : AllCodecs())
+    {
+        names.push_back(codec.id);
+    }
+    return names;
+}
+
+std::vector<std::string> ContainerNames()
+{
+    std::vector<std::string> names;
+    AddUnlessKnown(names, Conf::GetFormatList());
+    AddUnlessKnown(names, Conf::GetImageContainerList());
+    AddUnlessKnown(names, Conf::GetAudioContainerList());
+    return names;
+}
+
+std::string ContainerKind(const std::string& format)
+{
+    if (Conf::IsImageContainer(format))
+    {
+        return "image";
+    }
+    return Conf::IsAudioContainer(format) ? "audio" : "other";
+}
+
+std::string DefaultExtension(const std::string& format)
+{
+    try
+    {
+        return Conf::GetDefaultFileExtensionForContainer(format);
+    }
+    catch (const std::invalid_argument&)
+    {
+        return "";
+    }
+}
+
+std::vector<std::string> SampleFormatNames()
+{
+    return {
+#define ZELNOR_SAMPLE_FORMAT(name, value, bitsPerSample, planar, counterpart) #name,
+#include "Conf/Interfaces/Vocabulary/SampleFormats.def"
+    };
+}
+
+std::vector<std::string> LayoutNames()
+{
+    return {
+#define ZELNOR_LAYOUT(name, enumerator, text, channels) text,
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+    };
+}
+
+std::vector<std::string> PixelFormatNames()
+{
+    std::vector<std::string> names;
+    for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
+    {
+        names.push_back(record.name);
+    }
+    return names;
+}
+
+std::vector<std::string> PixelFormatFlags(int flags)
+{
+    const std::pair<int, const char*> words[] = {{2, "yuv"}, {4, "rgb"}, {8, "alpha"}, {16, "planar"}};
+    std::vector<std::string> names;
+    for (const auto& [flag, word] : words)
+    {
+        if ((flags & flag) != 0)
+        {
+            names.emplace_back(word);
+        }
+    }
+    return names;
+}
+
+std::string ColorRangeName(int colorRange)
+{
+    switch (static_cast<PixFmtDescription::PixFmtColorRange>(colorRange))
+    {
+    case PixFmtDescription::COLOR_RANGE_LIMITED:
+        return "limited";
+    case PixFmtDescription::COLOR_RANGE_FULL:
+        return "full";
+    case PixFmtDescription::COLOR_RANGE_UNSPECIFIED:
+        break;
+    }
+    return "unspecified";
+}
+
+const std::vector<std::string>& AcceleratorNames()
+{
+    // Their positions are the values of the enumeration.
+    static const std::vector<std::string> names = {"nvenc", "cuda", "im-hw", "im-sw"};
+    return names;
+}
+
+std::vector<std::string> AcceleratedEncodersOf(const std::string& codecId)
+{
+    return AcceleratedOf(codecId, EncodersOf);
+}
+
+std::vector<std::string> AcceleratedDecodersOf(const std::string& codecId)
+{
+    return AcceleratedOf(codecId, DecodersOf);
+}
+
+std::vector<Facts> ListCodecs()
+{
+    std::map<std::string, long long> numbers;
+    for (const auto& [id, text] : Conf::GetFFCodecsMap())
+    {
+        numbers[text] = id;
+    }
+    std::vector<Facts> things;
+    for (const CodecEntry& codec : AllCodecs())
+    {
+        things.push_back({{"name", codec.id}, {"kind", codec.kind}, {"ffmpeg", codec.ffmpegName}});
+        const auto number = numbers.find(codec.id);
+        if (number != numbers.end())
+        {
+            things.back().push_back({"number", number->second});
+        }
+    }
+    return things;
+}
+
+std::vector<Facts> ListContainers()
+{
+    std::vector<Facts> things;
+    for (const std::string& name : ContainerNames())
+    {
+        things.push_back(
+            {{"name", name}, {"kind", ContainerKind(name)}, {"extension", DefaultExtension(name)}});
+    }
+    return things;
+}
+
+std::vector<Facts> ListMuxers()
+{
+    std::vector<Facts> things;
+    for (const std::string& name : Conf::GetMuxerImplList())
+    {
+        things.push_back({{"name", name}, {"role", std::string("muxer")}});
+    }
+    for (const std::string& name : Conf::GetParserImplList())
+    {
+        things.push_back({{"name", name}, {"role", std::string("parser")}});
+    }
+    return things;
+}
+
+std::vector<Facts> ListDecoders() { return ListImplementations(Conf::GetDecoderImplList(), DecodersOf); }
+
+std::vector<Facts> ListEncoders() { return ListImplementations(Conf::GetEncoderImplList(), EncodersOf); }
+
+std::vector<Facts> ListAccelerators()
+{
+    std::vector<Facts> things;
+    for (std::size_t i = 0; i < AcceleratorNames().size(); ++i)
+    {
+        const auto accelerator = static_cast<Accelerator>(i);
+        things.push_back({{"name", AcceleratorNames()[i]},
+                          {"encodes", CodecsOf(EncodersOf(accelerator))},
+                          {"decodes", CodecsOf(DecodersOf(accelerator))}});
+    }
+    return things;
+}
+
+std::vector<Facts> ListPixelFormats()
+{
+    std::vector<Facts> things;
+    for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
+    {
+        things.push_back({{"name", record.name},
+                          {"value", static_cast<long long>(record.pixFmt)},
+                          {"components", static_cast<long long>(record.components)},
+                          {"range", ColorRangeName(record.colorRange)},
+                          {"flags", PixelFormatFlags(record.flags)}});
+    }
+    return things;
+}
+
+std::vector<Facts> ListSampleFormats()
+{
+    std::vector<Facts> things;
+    for (const std::string& name : SampleFormatNames())
+    {
+        const Conf::SampleFmtRecord* const record = Conf::SampleFmtRecord::Find(name);
+        things.push_back({{"name", name},
+                          {"value", static_cast<long long>(record->format)},
+                          {"bits", static_cast<long long>(record->bitsPerSample)},
+                          {"order", std::string(record->planar ? "planar" : "packed")}});
+    }
+    return things;
+}
+
+std::vector<Facts> ListLayouts()
+{
+    std::vector<Facts> things;
+    for (const std::string& name : LayoutNames())
+    {
+        const Conf::LayoutRecord* const record = Conf::LayoutRecord::Find(name);
+        things.push_back({{"name", name},
+                          {"value", static_cast<long long>(record->layout)},
+                          {"channels", static_cast<long long>(record->channels)}});
+    }
+    return things;
+}
+
+} // namespace Zelnor::Tool

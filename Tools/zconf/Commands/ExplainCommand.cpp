@@ -1,0 +1,294 @@
+#include "Media/Probe/FFmpegNames.h"
+#include "Tools/zconf/Commands/Catalogue.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Console/CommandLine.h"
+#include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/FrameSizeText.h"
+#include "Tools/zconf/Console/Names.h"
+#include "Tools/zconf/Console/Output.h"
+
+#include "Conf/Interfaces/CodecMaps.h"
+#include "Conf/Interfaces/ConfException.h"
+#include "Conf/Interfaces/FormatLists.h"
+#include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/MediaTypeUtils.h"
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include <algorithm>
+#include <memory>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string name;
+    std::string size;
+    bool json = false;
+};
+
+std::string TextOf(const char* text) { return text == nullptr ? "" : text; }
+
+bool Holds(const std::vector<std::string>& list, const std::string& text)
+{
+    return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+struct NamedList
+{
+    const char* name;
+    const std::vector<std::string>& list;
+};
+
+std::vector<std::string> ListsWith(const std::string& text, const std::vector<NamedList>& lists)
+{
+    std::vector<std::string> names;
+    for (const NamedList& candidate : lists)
+    {
+        if (Holds(candidate.list, text))
+        {
+            names.emplace_back(candidate.name);
+        }
+    }
+    return names;
+}
+
+Facts ExplainCodec(const CodecEntry& codec)
+{
+    Facts facts = {{"name", codec.id}, {"is", codec.kind + " codec"}, {"ffmpeg", codec.ffmpegName}};
+    const AVCodecID number = Media::CodecNumberOf(codec.id);
+    const bool isInTables = number != AV_CODEC_ID_NONE || codec.id == Conf::IFormatCodec::CODEC_ID_NONE;
+    if (isInTables)
+    {
+        facts.push_back({"number", static_cast<long long>(number)});
+    }
+    facts.push_back({"in the codec tables", isInTables});
+    facts.push_back({"lists", ListsWith(codec.id, {{"external decoders", Conf::GetExternalDecoderList()},
+                                                   {"external encoders", Conf::GetExternalEncoderList()},
+                                                   {"disabled decoders", Conf::GetDisabledDecoderList()},
+                                                   {"disabled encoders", Conf::GetDisabledEncoderList()}})});
+    facts.push_back({"accelerated encoders", AcceleratedEncodersOf(codec.id)});
+    facts.push_back({"accelerated decoders", AcceleratedDecodersOf(codec.id)});
+    if (codec.kind == "audio")
+    {
+        try
+        {
+            facts.push_back({"bitrate required", Conf::IsAudioBitrateRequired(codec.id)});
+        }
+        catch (const Conf::FormatException&)
+        {
+            // A codec that is in no table: the library does not say.
+        }
+    }
+    return facts;
+}
+
+/// Whether FFmpeg's list of names, separated by commas, has the name.
+bool HasName(const char* names, const std::string& name)
+{
+    return ("," + TextOf(names) + ",").find("," + name + ",") != std::string::npos;
+}
+
+std::string MuxerOf(const std::string& format)
+{
+    void* state = nullptr;
+    while (const AVOutputFormat* const muxer = av_muxer_iterate(&state))
+    {
+        if (HasName(muxer->name, format))
+        {
+            return TextOf(muxer->long_name);
+        }
+    }
+    return "";
+}
+
+std::string DemuxerOf(const std::string& format)
+{
+    void* state = nullptr;
+    while (const AVInputFormat* const demuxer = av_demuxer_iterate(&state))
+    {
+        if (HasName(demuxer->name, format))
+        {
+            return TextOf(demuxer->long_name);
+        }
+    }
+    return "";
+}
+
+Facts ExplainContainer(const std::string& format)
+{
+    return {{"name", format},
+            {"is", std::string("container")},
+            {"ffmpeg muxer", MuxerOf(format)},
+            {"ffmpeg demuxer", DemuxerOf(format)},
+            {"default extension", DefaultExtension(format)},
+            {"lists", ListsWith(format, {{"formats", Conf::GetFormatList()},
+                                         {"image containers", Conf::GetImageContainerList()},
+                                         {"audio containers", Conf::GetAudioContainerList()},
+                                         {"disabled parsers", Conf::GetDisabledFormatParserList()},
+                                         {"disabled muxers", Conf::GetDisabledFormatMuxerList()}})}};
+}
+
+std::vector<FrameSize> PlanesOf(const PixFmtDescription& format, const FrameSize& frame)
+{
+    std::vector<FrameSize> planes;
+    for (int plane = 0; plane < format.components; ++plane)
+    {
+        planes.push_back({format.GetPlanWidth(static_cast<std::int32_t>(frame.width), plane),
+                          format.GetPlanHeight(static_cast<std::int32_t>(frame.height), plane)});
+    }
+    return planes;
+}
+
+Facts ExplainPixelFormat(const PixFmtDescription& format, const FrameSize* frame)
+{
+    const AVPixelFormat ffmpeg = Media::ToFFmpeg(format.pixFmt);
+    Facts facts = {{"name", format.name},
+                   {"is", std::string("pixel format")},
+                   {"value", static_cast<long long>(format.pixFmt)},
+                   {"ffmpeg", TextOf(av_get_pix_fmt_name(ffmpeg))},
+                   {"components", static_cast<long long>(format.components)},
+                   {"flags", PixelFormatFlags(format.flags)},
+                   {"colour range", ColorRangeName(format.colorRange)},
+                   {"chroma divided by",
+                    std::vector<FrameSize>{{1LL << format.log2ChromaW, 1LL << format.log2ChromaH}}}};
+    if (frame != nullptr)
+    {
+        facts.push_back({"planes", PlanesOf(format, *frame)});
+    }
+    return facts;
+}
+
+Facts ExplainSampleFormat(const std::string& name)
+{
+    const Conf::SampleFmtRecord& record = *Conf::SampleFmtRecord::Find(name);
+    return {{"name", name},
+            {"is", std::string("sample format")},
+            {"value", static_cast<long long>(record.format)},
+            {"ffmpeg", record.format == Conf::SAMPLE_FMT_NONE
+                           ? std::string()
+                           : TextOf(av_get_sample_fmt_name(Media::ToFFmpeg(record.format)))},
+            {"bits", static_cast<long long>(record.bitsPerSample)},
+            {"planar", record.planar},
+            {"counterpart", Conf::SampleFmtRecord::Find(record.counterpart)->textId}};
+}
+
+Facts ExplainLayout(const std::string& name)
+{
+    const Conf::LayoutRecord& record = *Conf::LayoutRecord::Find(name);
+    return {{"name", name},
+            {"is", std::string("channel layout")},
+            {"value", static_cast<long long>(record.layout)},
+            {"ffmpeg", TextOf(Media::ToFFmpeg(record.layout))},
+            {"channels", static_cast<long long>(record.channels)}};
+}
+
+/// Everything that goes by the name: a codec and a container may share it.
+std::vector<Facts> Explain(const std::string& name, const FrameSize* frame)
+{
+    const std::string bare = BareName(name);
+    const auto isMeant = [&](const std::string& known) { return BareName(known) == bare; };
+    std::vector<Facts> things;
+    if (const CodecEntry* const codec = FindCodec(name))
+    {
+        things.push_back(ExplainCodec(*codec));
+    }
+    for (const std::string& format : ContainerNames())
+    {
+        if (isMeant(format))
+        {
+            things.push_back(ExplainContainer(format));
+        }
+    }
+    for (const PixFmtDescription& format : PixFmtDescription::s_pixelFormatRecords)
+    {
+        if (isMeant(format.name))
+        {
+            things.push_back(ExplainPixelFormat(format, frame));
+        }
+    }
+    for (const std::string& format : SampleFormatNames())
+    {
+        if (isMeant(format))
+        {
+            things.push_back(ExplainSampleFormat(format));
+        }
+    }
+    for (const std::string& layout : LayoutNames())
+    {
+        if (isMeant(layout))
+        {
+            things.push_back(ExplainLayout(layout));
+        }
+    }
+    return things;
+}
+
+std::vector<std::string> AllNames()
+{
+    std::vector<std::string> names;
+    for (const auto& some :
+         {CodecNames(), ContainerNames(), PixelFormatNames(), SampleFormatNames(), LayoutNames()})
+    {
+        names.insert(names.end(), some.begin(), some.end());
+    }
+    return names;
+}
+
+std::string TextFor(const std::vector<Facts>& things, const Painter& paint)
+{
+    constexpr std::size_t kIndent = 2;
+    std::string text;
+    for (const Facts& facts : things)
+    {
+        // The first two facts are the heading.
+        text += (text.empty() ? "" : "\n") + paint(Style::Heading, FactText(facts[0].value)) + ": " +
+                FactText(facts[1].value) + "\n" +
+                LinesText(Facts(facts.begin() + 2, facts.end()), kIndent, paint);
+    }
+    return text;
+}
+
+int Run(const Options& options)
+{
+    const FrameSize frame = options.size.empty() ? FrameSize{} : ParseFrameSize(options.size);
+    const std::vector<Facts> things = Explain(options.name, options.size.empty() ? nullptr : &frame);
+    if (things.empty())
+    {
+        ThrowUnknownName("name", options.name, AllNames());
+    }
+    if (options.json)
+    {
+        WriteJsonAnswer(things);
+    }
+    else
+    {
+        WriteText(TextFor(things, Painter::ForStandardOutput()));
+    }
+    return kExitSuccess;
+}
+
+} // namespace
+
+void AddExplainCommand(CLI::App& app)
+{
+    CLI::App* const command = AddCommand(
+        app, "explain", "Tell what a name stands for: a codec, container, pixel or sample format, layout");
+    const auto options = std::make_shared<Options>();
+    command
+        ->add_option("NAME", options->name, "The name, in whatever letter case, with its prefix or without")
+        ->required();
+    command->add_option("--size", options->size,
+                        "Tell the sizes of a pixel format's planes in such a frame: WxH");
+    command->add_flag("--json", options->json, "Answer for scripts");
+    OnRun(*command, [options] { return Run(*options); });
+}
+
+} // namespace Zelnor::Tool

@@ -1,0 +1,124 @@
+#include "Media/Jobs/JobDifferences.h"
+#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Console/CommandLine.h"
+#include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/Input.h"
+#include "Tools/zconf/Console/JsonOutput.h"
+#include "Tools/zconf/Console/Output.h"
+#include "Tools/zconf/Console/Table.h"
+#include "Tools/zconf/Console/Text.h"
+
+#include <memory>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string one;
+    std::string other;
+    bool json = false;
+};
+
+/// A place as a heading, and below it a line for each key: "-" what the first job has, "+" the second.
+std::string DifferencesText(const std::vector<Media::JobDifference>& differences)
+{
+    const Painter paint = Painter::ForStandardOutput();
+    std::string text;
+    std::string place;
+    for (const Media::JobDifference& difference : differences)
+    {
+        if (difference.place != place)
+        {
+            place = difference.place;
+            text += paint(Style::Heading, place) + "\n";
+        }
+        if (!difference.key.empty())
+        {
+            text += "  " + paint(Style::Key, Printable(difference.key)) + "\n";
+        }
+        const std::string indent = difference.key.empty() ? "  " : "    ";
+        if (!difference.one.empty())
+        {
+            text += indent + paint(Style::Bad, "- " + Printable(difference.one)) + "\n";
+        }
+        if (!difference.other.empty())
+        {
+            text += indent + paint(Style::Good, "+ " + Printable(difference.other)) + "\n";
+        }
+    }
+    return text;
+}
+
+void WriteText(JsonOutput& json, const char* key, const std::string& text)
+{
+    json.Key(key);
+    if (text.empty())
+    {
+        json.GetWriter().Null();
+    }
+    else
+    {
+        json.String(text);
+    }
+}
+
+void WriteJson(const std::vector<Media::JobDifference>& differences)
+{
+    JsonOutput json;
+    json.GetWriter().StartObject();
+    json.Key("equal");
+    json.GetWriter().Bool(differences.empty());
+    json.Key("differences");
+    json.GetWriter().StartArray();
+    for (const Media::JobDifference& difference : differences)
+    {
+        json.GetWriter().StartObject();
+        WriteText(json, "place", difference.place);
+        WriteText(json, "key", difference.key);
+        WriteText(json, "first", difference.one);
+        WriteText(json, "second", difference.other);
+        json.GetWriter().EndObject();
+    }
+    json.GetWriter().EndArray();
+    json.GetWriter().EndObject();
+    json.Finish();
+}
+
+int Run(const Options& options)
+{
+    if (IsStandardStream(options.one) && IsStandardStream(options.other))
+    {
+        throw ToolError("Only one of the two jobs can come from standard input");
+    }
+    const std::vector<Media::JobDifference> differences =
+        Media::DiffJobs(Media::ReadJob(*OpenInput(options.one), InputName(options.one)),
+                        Media::ReadJob(*OpenInput(options.other), InputName(options.other)));
+    if (options.json)
+    {
+        WriteJson(differences);
+    }
+    else
+    {
+        Tool::WriteText(DifferencesText(differences));
+    }
+    return differences.empty() ? kExitSuccess : kExitNo;
+}
+
+} // namespace
+
+void AddJobDiff(CLI::App& job)
+{
+    CLI::App* const command =
+        AddCommand(job, "diff", "Tell in what two jobs differ; exit code 0 when in nothing, else 1");
+    const auto options = std::make_shared<Options>();
+    command->add_option("A", options->one, "The first job's document")->required();
+    command->add_option("B", options->other, "The second job's document")->required();
+    command->add_flag("--json", options->json, "Write the differences as JSON, for scripts");
+    OnRun(*command, [options] { return Run(*options); });
+}
+
+} // namespace Zelnor::Tool

@@ -1,0 +1,99 @@
+#include "Media/Jobs/JobFile.h"
+#include "Media/Running/Subprocess.h"
+#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Console/CommandLine.h"
+#include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/Input.h"
+#include "Tools/zconf/Console/Output.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string job;
+    std::string output = "-";
+    std::string format;
+};
+
+constexpr std::array<const char*, 4> kFormats = {"dot", "svg", "png", "pdf"};
+
+/// The format that the output's name asks for.
+std::string FormatOf(const std::string& output)
+{
+    if (IsStandardStream(output))
+    {
+        return "dot";
+    }
+    std::string extension = std::filesystem::path(output).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    for (const char* const format : kFormats)
+    {
+        if (extension == std::string(".") + format)
+        {
+            return format;
+        }
+    }
+    throw ToolError(output + ": The extension does not say what to draw: expected .dot, .svg, .png or .pdf " +
+                    "(or give --format)");
+}
+
+std::string DrawWithGraphviz(const std::string& dot, const std::string& format)
+{
+    const Media::ProcessResult result = Media::RunFilter({"dot", "-T" + format}, dot);
+    if (!result.started)
+    {
+        throw ToolError("Drawing as " + format +
+                        " needs Graphviz, and its program 'dot' is not in PATH; the format dot needs it not");
+    }
+    if (result.exitCode != 0 || result.output.empty())
+    {
+        const std::string message = result.messages.substr(0, result.messages.find('\n'));
+        throw ToolError("Graphviz failed with exit code " + std::to_string(result.exitCode) +
+                        (message.empty() ? "" : ": " + message));
+    }
+    return result.output;
+}
+
+int Run(const Options& options)
+{
+    // Asked first, so that a wrong name is told before anything is read.
+    const std::string format = options.format.empty() ? FormatOf(options.output) : options.format;
+    const Media::JobFile job = Media::ReadJob(*OpenInput(options.job), InputName(options.job));
+    const auto dot = Core::MemoryDataOutput::Create();
+    job.graph->SaveInToDot(dot);
+    WriteDocument(options.output,
+                  format == "dot" ? dot->GetData() : DrawWithGraphviz(dot->GetData(), format));
+    return kExitSuccess;
+}
+
+} // namespace
+
+void AddJobDraw(CLI::App& job)
+{
+    CLI::App* const command = AddCommand(job, "draw", "Draw a job as a graph (DOT, SVG, PNG or PDF)");
+    const auto options = std::make_shared<Options>();
+    command->add_option("JOB", options->job, "The job's document")->type_name("FILE")->required();
+    command
+        ->add_option("-o,--output", options->output,
+                     "The drawing; its extension .dot, .svg, .png or .pdf says what is drawn, and "
+                     "\"-\" (the default) is DOT on standard output")
+        ->type_name("FILE");
+    command
+        ->add_option("-f,--format", options->format,
+                     "What is drawn (dot, svg, png or pdf), whatever the extension")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember(std::vector<std::string>(kFormats.begin(), kFormats.end())));
+    OnRun(*command, [options] { return Run(*options); });
+}
+
+} // namespace Zelnor::Tool

@@ -1,0 +1,78 @@
+#include "Tools/zconf/Console/FrameSizeText.h"
+
+#include "Tools/zconf/Console/Errors.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+/// The number that the whole text says, in the classic locale; nothing else does.
+template <class Number>
+std::optional<Number> ParseNumber(std::string_view text)
+{
+    Number number{};
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return result.ec == std::errc() && result.ptr == text.data() + text.size() ? std::optional(number)
+                                                                               : std::nullopt;
+}
+
+std::optional<long long> ParseLength(std::string_view text)
+{
+    const auto length = ParseNumber<std::int32_t>(text);
+    return length && *length > 0 ? std::optional<long long>(*length) : std::nullopt;
+}
+
+std::optional<double> ParseRate(std::string_view text)
+{
+    const std::size_t slash = text.find('/');
+    if (slash == std::string_view::npos)
+    {
+        return ParseNumber<double>(text);
+    }
+    const auto numerator = ParseNumber<std::int64_t>(text.substr(0, slash));
+    const auto denominator = ParseNumber<std::int64_t>(text.substr(slash + 1));
+    if (!numerator || !denominator || *denominator <= 0)
+    {
+        return std::nullopt;
+    }
+    return static_cast<double>(*numerator) / static_cast<double>(*denominator);
+}
+
+} // namespace
+
+FrameSize ParseFrameSize(const std::string& text)
+{
+    const std::string_view view = text;
+    const std::size_t cross = view.find('x');
+    if (cross != std::string_view::npos)
+    {
+        const auto width = ParseLength(view.substr(0, cross));
+        const auto height = ParseLength(view.substr(cross + 1));
+        if (width && height)
+        {
+            return {*width, *height};
+        }
+    }
+    throw ToolError("'" + text + "' is no size: expected WIDTHxHEIGHT, such as 1920x1080");
+}
+
+double ParseFrameRate(const std::string& text)
+{
+    const std::optional<double> rate = ParseRate(text);
+    if (!rate || !std::isfinite(*rate) || *rate <= 0)
+    {
+        throw ToolError("'" + text + "' is no frame rate: expected such as 25, 29.97 or 30000/1001");
+    }
+    return *rate;
+}
+
+} // namespace Zelnor::Tool

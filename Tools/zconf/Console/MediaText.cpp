@@ -1,0 +1,180 @@
+#include "Tools/zconf/Console/MediaText.h"
+
+#include "Tools/zconf/Console/Table.h"
+#include "Tools/zconf/Console/Text.h"
+
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
+
+#include <algorithm>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+using Conf::IFormat;
+using Conf::IFormatCodec;
+using Conf::IFormatCodecAudio;
+using Conf::IFormatCodecVideo;
+using Conf::IFormatFile;
+using Core::Property;
+
+constexpr std::int64_t kSecond = 1000000;
+
+/// The text or number under a key, with a unit; empty when there is none.
+std::string ValueText(const Property& record, const std::string& key, const char* unit = "")
+{
+    const auto child = record.FindChild(key);
+    if (child == record.end())
+    {
+        return "";
+    }
+    switch (child->GetType())
+    {
+    case PROPERTY_TYPE_INT64:
+        return std::to_string(child->GetInt64()) + unit;
+    case PROPERTY_TYPE_STRING:
+        return child->GetString() + unit;
+    case PROPERTY_TYPE_RATIO:
+        return std::to_string(child->GetRatio().numerator()) +
+               (child->GetRatio().denominator() == 1
+                    ? ""
+                    : "/" + std::to_string(child->GetRatio().denominator())) +
+               unit;
+    case PROPERTY_TYPE_NONE:
+    case PROPERTY_TYPE_GROUP:
+        break;
+    }
+    return "";
+}
+
+std::string SizeText(const IFormatCodecVideo& video)
+{
+    if (!video.GetProperty().ChildExists(IFormatCodecVideo::TAG_WIDTH))
+    {
+        return "";
+    }
+    const Conf::FrameInfo frame = video.GetFrameInfo();
+    return std::to_string(frame.width) + "x" + std::to_string(frame.height) + " (" +
+           std::to_string(video.GetFrameAspectX()) + ":" + std::to_string(video.GetFrameAspectY()) + ")";
+}
+
+std::string PixelFormatText(const IFormatCodecVideo& video)
+{
+    const PixFmt format = video.GetPixelFormat();
+    return format == PIX_FMT_NONE ? "" : PixFmtDescription::Find(format)->name;
+}
+
+std::string FlagsText(const Media::MediaStream& stream)
+{
+    std::string text;
+    const auto add = [&text](bool flag, const std::string& word) {
+        text += !flag ? "" : (text.empty() ? "" : ", ") + word;
+    };
+    add(stream.isDefault, "default");
+    add(stream.isForced, "forced");
+    add(stream.isInterlaced, "interlaced");
+    add(stream.isAttachedPicture, "attached picture");
+    add(stream.rotation != 0, "turned by " + std::to_string(stream.rotation) + " degrees");
+    return text;
+}
+
+std::vector<std::string> FactsOf(const Media::MediaStream& stream)
+{
+    const Property& record = stream.descriptor->GetProperty();
+    std::vector<std::string> facts = {ValueText(record, IFormatCodec::TAG_CODEC_ID)};
+    if (facts.front().empty())
+    {
+        facts.front() = stream.codec;
+    }
+    if (const auto* const video = dynamic_cast<const IFormatCodecVideo*>(stream.descriptor.get()))
+    {
+        facts.push_back(SizeText(*video));
+        facts.push_back(ValueText(record, IFormatCodecVideo::TAG_FPS, " fps"));
+        facts.push_back(PixelFormatText(*video));
+    }
+    else if (dynamic_cast<const IFormatCodecAudio*>(stream.descriptor.get()) != nullptr)
+    {
+        facts.push_back(ValueText(record, IFormatCodecAudio::TAG_SAMPLE_RATE, " Hz"));
+        facts.push_back(ValueText(record, IFormatCodecAudio::TAG_LAYOUT));
+        facts.push_back(ValueText(record, IFormatCodecAudio::TAG_SAMPLE_FORMAT));
+    }
+    facts.push_back(ValueText(record, IFormatCodec::TAG_BITRATE, " bit/s"));
+    facts.push_back(ValueText(record, IFormatCodec::TAG_PROFILE));
+    facts.push_back(ValueText(record[IFormat::TAG_METADATA], IFormatCodec::TAG_LANGUAGE));
+    facts.push_back(FlagsText(stream));
+    facts.erase(std::remove(facts.begin(), facts.end(), std::string()), facts.end());
+    return facts;
+}
+
+std::string FileTable(const Media::MediaFile& file, const Painter& paint)
+{
+    const Property& record = file.descriptor->GetProperty();
+    Table table(2);
+    const auto add = [&table](const std::string& key, const std::string& value) {
+        if (!value.empty())
+        {
+            table.AddRow({{key, Style::Key}, {value}});
+        }
+    };
+    const std::string container = ValueText(record, IFormatFile::TAG_CONTAINER);
+    add("container", container.empty() ? file.demuxer : container);
+    add("duration", file.duration ? DurationText(*file.duration) +
+                                        (file.durationIsEstimated ? " (estimated from the bitrate)" : "")
+                                  : "not known");
+    add("size", ValueText(record, IFormatFile::TAG_FORMAT_FILE_SIZE, " bytes"));
+    add("modified", ValueText(record, IFormatFile::TAG_FILE_MODIFY_TIME));
+    for (const Property& tag : record[IFormat::TAG_METADATA])
+    {
+        add(tag.GetName(), tag.GetType() == PROPERTY_TYPE_STRING ? tag.GetString() : "");
+    }
+    for (const std::string& note : file.notes)
+    {
+        add("note", note);
+    }
+    return table.Text(paint);
+}
+
+} // namespace
+
+std::string DurationText(std::int64_t microseconds)
+{
+    const std::int64_t milliseconds = (microseconds + kSecond / 2000) / (kSecond / 1000);
+    const auto padded = [](std::int64_t number, std::size_t width) {
+        const std::string digits = std::to_string(number);
+        return std::string(width > digits.size() ? width - digits.size() : 0, '0') + digits;
+    };
+    return std::to_string(milliseconds / 3600000) + ":" + padded(milliseconds / 60000 % 60, 2) + ":" +
+           padded(milliseconds / 1000 % 60, 2) + "." + padded(milliseconds % 1000, 3);
+}
+
+std::string StreamText(const Media::MediaStream& stream)
+{
+    std::string text;
+    for (const std::string& fact : FactsOf(stream))
+    {
+        text += (text.empty() ? "" : "  ") + fact;
+    }
+    return text;
+}
+
+std::string MediaText(const Media::MediaFile& file, const Painter& paint)
+{
+    std::string text = paint(Style::Heading, Printable(file.name)) + "\n" + FileTable(file, paint);
+    Table table;
+    for (const Media::MediaStream& stream : file.streams)
+    {
+        table.AddRow({{"stream " + std::to_string(stream.index), Style::Id},
+                      {Media::NameOf(stream.kind), Style::Key},
+                      {StreamText(stream)}});
+        for (const std::string& note : stream.notes)
+        {
+            table.AddRow({{""}, {"note", Style::Bad}, {note}});
+        }
+    }
+    return text + table.Text(paint);
+}
+
+} // namespace Zelnor::Tool

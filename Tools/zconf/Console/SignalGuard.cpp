@@ -1,0 +1,47 @@
+#include "Tools/zconf/Console/SignalGuard.h"
+
+#include <array>
+#include <csignal>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t g_caught = 0;
+std::array<struct sigaction, kSignals.size()> g_former;
+
+void Catch(int signal) { g_caught = signal; }
+
+} // namespace
+
+SignalGuard::SignalGuard()
+{
+    g_caught = 0;
+    struct sigaction action = {};
+    action.sa_handler = Catch;
+    for (std::size_t i = 0; i < kSignals.size(); ++i)
+    {
+        ::sigaction(kSignals[i], nullptr, &g_former[i]);
+        // What is ignored, as under nohup, stays so.
+        if (g_former[i].sa_handler != SIG_IGN)
+        {
+            ::sigaction(kSignals[i], &action, nullptr);
+        }
+    }
+}
+
+SignalGuard::~SignalGuard()
+{
+    for (std::size_t i = 0; i < kSignals.size(); ++i)
+    {
+        ::sigaction(kSignals[i], &g_former[i], nullptr);
+    }
+}
+
+int SignalGuard::Caught() { return g_caught; }
+
+} // namespace Zelnor::Tool

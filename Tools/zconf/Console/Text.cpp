@@ -1,0 +1,100 @@
+#include "Tools/zconf/Console/Text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+unsigned char ByteAt(const std::string& text, std::size_t position)
+{
+    return position < text.size() ? static_cast<unsigned char>(text[position]) : 0;
+}
+
+bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+
+/// Number of bytes of the well-formed UTF-8 character at `position`, or 0.
+std::size_t CharacterLength(const std::string& text, std::size_t position)
+{
+    const unsigned char first = ByteAt(text, position);
+    const unsigned char second = ByteAt(text, position + 1);
+    if (first < 0x80)
+    {
+        return 1;
+    }
+    const std::size_t length = first >= 0xC2 && first < 0xE0   ? 2
+                               : first >= 0xE0 && first < 0xF0 ? 3
+                               : first >= 0xF0 && first < 0xF5 ? 4
+                                                               : 0;
+    for (std::size_t i = 1; i < length; ++i)
+    {
+        if (!IsContinuation(ByteAt(text, position + i)))
+        {
+            return 0;
+        }
+    }
+    const bool overlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+    const bool beyond = (first == 0xED && second >= 0xA0) || (first == 0xF4 && second >= 0x90);
+    return overlong || beyond ? 0 : length;
+}
+
+/// C0 and C1 controls and DEL.
+bool IsControl(const std::string& text, std::size_t position, std::size_t length)
+{
+    const unsigned char first = ByteAt(text, position);
+    return length == 1 ? first < 0x20 || first == 0x7F
+                       : length == 2 && first == 0xC2 && ByteAt(text, position + 1) < 0xA0;
+}
+
+std::string Escaped(unsigned char byte)
+{
+    switch (byte)
+    {
+    case '\n':
+        return "\\n";
+    case '\r':
+        return "\\r";
+    case '\t':
+        return "\\t";
+    default:
+        break;
+    }
+    constexpr std::array<char, 16> kDigits = {'0', '1', '2', '3', '4', '5', '6', '7',
+                                              '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'};
+    return std::string("\\x") + kDigits[byte >> 4U] + kDigits[byte & 0xFU];
+}
+
+} // namespace
+
+std::string Printable(const std::string& text)
+{
+    std::string printable;
+    printable.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();)
+    {
+        const std::size_t length = CharacterLength(text, i);
+        if (length != 0 && !IsControl(text, i, length))
+        {
+            printable.append(text, i, length);
+            i += length;
+            continue;
+        }
+        const std::size_t end = i + std::max<std::size_t>(length, 1);
+        for (; i < end; ++i)
+        {
+            printable += Escaped(ByteAt(text, i));
+        }
+    }
+    return printable;
+}
+
+std::size_t Columns(const std::string& text)
+{
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return !IsContinuation(static_cast<unsigned char>(c)); }));
+}
+
+} // namespace Zelnor::Tool
