@@ -19,8 +19,7 @@ auto About(const std::string& file, Action&& action) -> decltype(action())
     }
     catch (const Core::PropertyException&)
     {
-        ZELNOR_THROW("Media/About", MakeError<E>(file + ": " + ErrorText(std::current_exception()))
-                                        << MediaException::TagFile(file));
+        ZELNOR_THROW("Media/About", MakeError<E>(Place{file}, ErrorText(std::current_exception())));
     }
     catch (const Core::CoreException&)
     {
@@ -28,8 +27,7 @@ auto About(const std::string& file, Action&& action) -> decltype(action())
     }
     catch (const std::exception&)
     {
-        ZELNOR_THROW("Media/About", MakeError<E>(file + ": " + ErrorText(std::current_exception()))
-                                        << MediaException::TagFile(file));
+        ZELNOR_THROW("Media/About", MakeError<E>(Place{file}, ErrorText(std::current_exception())));
     }
 }
 

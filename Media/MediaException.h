@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Conf/Interfaces/ITranscodingMetaGraph.h"
+#include "Media/Place.h"
+
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/Export.h"
 
@@ -83,6 +84,23 @@ E MakeError(const std::string& description)
 {
     E exception;
     exception << TagDescription(description);
+    return exception;
+}
+
+namespace details
+{
+/// Attaches the tags for what is known of `place`.
+ZELNOR_API void TagPlace(const Place& place, const MediaException& exception);
+} // namespace details
+
+/// An exception about `place`: the description is the place's text, a colon, and the reason; the tags name
+/// the place's parts.
+template <class E>
+E MakeError(const Place& place, const std::string& reason)
+{
+    const std::string where = place.Text();
+    E exception = MakeError<E>(where.empty() ? reason : where + ": " + reason);
+    details::TagPlace(place, exception);
     return exception;
 }
 
