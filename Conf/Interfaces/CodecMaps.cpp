@@ -1,0 +1,69 @@
+#include "Conf/Interfaces/CodecMaps.h"
+
+#include "Conf/Interfaces/ConfException.h"
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Private/Registry.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Zelnor::Conf
+{
+
+const MapCodecs& GetFFVideoCodecsMap() { return mapVideoCodecs; }
+const MapCodecs& GetFFAudioCodecsMap() { return mapAudioCodecs; }
+const MapCodecs& GetFFSubtitleCodecsMap() { return mapSubtitleCodecs; }
+const MapCodecs& GetFFCodecsMap() { return mapCodecs; }
+
+const std::string& AVCodecIDToTextID(AVCodecID id, const MapCodecs& map)
+{
+    const auto found = map.find(id);
+    if (found == map.end())
+    {
+        const std::string number = std::to_string(static_cast<int>(id));
+        ZELNOR_THROW(kStubUnit, FormatException() << TagDescription("Provided codec id (#" + number +
+                                                                    ") is not found in list"));
+    }
+    return found->second;
+}
+
+AVCodecID AVCodecIDFromTextID(const std::string& textId, const MapCodecs& map)
+{
+    const auto found =
+        std::find_if(map.begin(), map.end(), [&](const auto& entry) { return entry.second == textId; });
+    if (found == map.end())
+    {
+        ZELNOR_THROW(kStubUnit, FormatException() << TagDescription("Provided codec textID ('" + textId +
+                                                                    "') is not found in list"));
+    }
+    return found->first;
+}
+
+const std::string& CodecIDToTextID(AVCodecID id) { return AVCodecIDToTextID(id, mapCodecs); }
+
+AVCodecID CodecIDFromTextID(const std::string& textId) { return AVCodecIDFromTextID(textId, mapCodecs); }
+
+bool IsAudioBitrateRequired(const std::string& textId)
+{
+    if (std::find(std::begin(PCMCodecs), std::end(PCMCodecs), textId) != std::end(PCMCodecs) ||
+        textId == IFormatCodecAudio::CODEC_ID_FLAC || textId == IFormatCodecAudio::CODEC_ID_ALAC)
+    {
+        return false;
+    }
+    if (std::none_of(std::begin(audioCodecs), std::end(audioCodecs),
+                     [&](const auto& codec) { return codec.second == textId; }))
+    {
+        ZELNOR_THROW(kStubUnit, FormatException() << TagDescription(
+                                    "Provided audio codec id is not found in list: " + textId));
+    }
+    return true;
+}
+
+MapCodecs concat(const MapCodecs& a, const MapCodecs& b)
+{
+    MapCodecs both = a;
+    both.insert(b.begin(), b.end());
+    return both;
+}
+
+} // namespace Zelnor::Conf
