@@ -20,9 +20,7 @@ foreach(root IN ITEMS "${PROJECT_SOURCE_DIR}" "${ZELNOR_GENERATED_DIR}")
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/zelnor/${layer}"
         FILES_MATCHING
         PATTERN "*.h"
-        PATTERN "*.def"
-        # Private to the library; it lies beside the sources that include it.
-        PATTERN "GrahpImpl.h" EXCLUDE)
+        PATTERN "*.def")
     endif()
   endforeach()
 endforeach()

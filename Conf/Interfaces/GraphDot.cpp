@@ -1,5 +1,6 @@
-#include "Conf/Interfaces/GrahpImpl.h"
-
+#include "Conf/Private/GrahpImpl.h"
+#include "Conf/Private/GraphUnit.h"
+#include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/PrintPropertyValue.h"
 
 #include <sstream>
@@ -87,6 +88,15 @@ void ITranscodingMetaGraph::GrahpImpl::SaveInToDot(Core::IDataOutput& out) const
     }
     text += "}\n";
     out.Write(text.data(), text.size());
+}
+
+void ITranscodingMetaGraph::SaveInToDot(boost::intrusive_ptr<Core::IDataOutput> out) const
+{
+    if (out == nullptr)
+    {
+        ZELNOR_THROW(kGraphUnit, NoStream());
+    }
+    m_impl->SaveInToDot(*out);
 }
 
 } // namespace Zelnor::Conf

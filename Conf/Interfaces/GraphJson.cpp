@@ -1,5 +1,6 @@
-#include "Conf/Interfaces/GrahpImpl.h"
-
+#include "Conf/Private/GrahpImpl.h"
+#include "Conf/Private/GraphUnit.h"
+#include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/JsonStream.h"
 #include "Core/Interfaces/PropertyEvents.h"
 #include "Core/Interfaces/PropertySerializer.h"
@@ -27,7 +28,33 @@ rapidjson::Value* FindMember(rapidjson::Value& object, std::string_view key)
     return found == object.MemberEnd() ? nullptr : &found->value;
 }
 
-/// 0 stands for everything that is no 64-bit integer.
+/// Whether the whole input is one JSON document with an object at its root.
+bool ParseObject(Core::IDataInput& in, rapidjson::Document& document)
+{
+    Core::JsonZelnorStreamIn stream(in);
+    // The default parser recurses on every bracket, so that a document could overflow the stack.
+    document.ParseStream<rapidjson::kParseIterativeFlag>(stream);
+    // RapidJSON takes a NUL byte for the end, whatever follows it.
+    return !document.HasParseError() && stream.AtEnd() && document.IsObject();
+}
+
+/// The array `key` of an object, or null.
+rapidjson::Value* FindArray(rapidjson::Value& object, std::string_view key)
+{
+    rapidjson::Value* const member = FindMember(object, key);
+    return member != nullptr && member->IsArray() ? member : nullptr;
+}
+
+std::string NotAnObject(std::string_view array, rapidjson::SizeType index, const rapidjson::Value& found)
+{
+    // In the order of rapidjson::Type.
+    static constexpr const char* kKinds[] = {"null",     "false",    "true",    "an object",
+                                             "an array", "a string", "a number"};
+    return std::string(array) + "[" + std::to_string(index) + "] must be an object, found " +
+           kKinds[found.GetType()];
+}
+
+/// 0 stands for everything that is not a 64-bit integer.
 long long ReadInteger(rapidjson::Value& object, std::string_view key)
 {
     const rapidjson::Value* const member = FindMember(object, key);
@@ -57,6 +84,13 @@ bool IsEmptyRecord(const Property& record)
 {
     return record.GetType() == PROPERTY_TYPE_NONE ||
            (record.GetType() == PROPERTY_TYPE_GROUP && record.GetName().empty() && record.Count() == 0);
+}
+
+BadJson BadStructure(const std::string& what)
+{
+    BadJson exception;
+    exception << ProfileException::TagJsonBadStructure(what);
+    return exception;
 }
 
 /// Streams the document, so that saving takes no memory but a buffer.
@@ -102,31 +136,6 @@ private:
 
 } // namespace
 
-bool ITranscodingMetaGraph::GrahpImpl::ParseObject(Core::IDataInput& in, rapidjson::Document& document)
-{
-    Core::JsonZelnorStreamIn stream(in);
-    // The default parser recurses on every bracket, so that a document could overflow the stack.
-    document.ParseStream<rapidjson::kParseIterativeFlag>(stream);
-    // RapidJSON takes a NUL byte for the end, whatever follows it.
-    return !document.HasParseError() && stream.AtEnd() && document.IsObject();
-}
-
-rapidjson::Value* ITranscodingMetaGraph::GrahpImpl::FindArray(rapidjson::Value& object, std::string_view key)
-{
-    rapidjson::Value* const member = FindMember(object, key);
-    return member != nullptr && member->IsArray() ? member : nullptr;
-}
-
-std::string ITranscodingMetaGraph::GrahpImpl::NotAnObject(std::string_view array, rapidjson::SizeType index,
-                                                          const rapidjson::Value& found)
-{
-    // In the order of rapidjson::Type.
-    static constexpr const char* kKinds[] = {"null",     "false",    "true",    "an object",
-                                             "an array", "a string", "a number"};
-    return std::string(array) + "[" + std::to_string(index) + "] must be an object, found " +
-           kKinds[found.GetType()];
-}
-
 void ITranscodingMetaGraph::GrahpImpl::LoadNode(rapidjson::Value& element)
 {
     // The record before the identifier: one that is refused leaves the counter alone.
@@ -142,6 +151,41 @@ void ITranscodingMetaGraph::GrahpImpl::LoadLink(rapidjson::Value& element)
     // The link gets the identifier after this one; callers rely on that.
     m_linkCounter = std::max(m_linkCounter, ReadInteger(element, ID));
     AddLink(ReadInteger(element, FROM), ReadInteger(element, TO), Unwrap(std::move(record)));
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
+{
+    m_nodeCounter = 0;
+    m_linkCounter = 0;
+    rapidjson::Document document;
+    if (!ParseObject(in, document))
+    {
+        ZELNOR_THROW(kGraphUnit, BadStructure("The root node must be an object."));
+    }
+    rapidjson::Value* const vertices = FindArray(document, VERTICES);
+    rapidjson::Value* const edges = FindArray(document, EDGES);
+    if (vertices == nullptr || edges == nullptr)
+    {
+        ZELNOR_THROW(kGraphUnit, BadStructure("The root object must have two nested arrays named " +
+                                              std::string(VERTICES) + " and " + std::string(EDGES)));
+    }
+    m_nodes.reserve(m_nodes.size() + vertices->Size());
+    for (rapidjson::SizeType i = 0; i < vertices->Size(); ++i)
+    {
+        if (!(*vertices)[i].IsObject())
+        {
+            ZELNOR_THROW(kGraphUnit, BadStructure(NotAnObject(VERTICES, i, (*vertices)[i])));
+        }
+        LoadNode((*vertices)[i]);
+    }
+    for (rapidjson::SizeType i = 0; i < edges->Size(); ++i)
+    {
+        if (!(*edges)[i].IsObject())
+        {
+            ZELNOR_THROW(kGraphUnit, BadStructure(NotAnObject(EDGES, i, (*edges)[i])));
+        }
+        LoadLink((*edges)[i]);
+    }
 }
 
 void ITranscodingMetaGraph::GrahpImpl::CheckRecords() const
@@ -183,6 +227,26 @@ void ITranscodingMetaGraph::GrahpImpl::Save(Core::IDataOutput& out) const
     }
     writer.EndArray();
     writer.EndObject();
+}
+
+// The interface
+
+void ITranscodingMetaGraph::Load(boost::intrusive_ptr<Core::IDataInput> in)
+{
+    if (in == nullptr)
+    {
+        ZELNOR_THROW(kGraphUnit, NoStream());
+    }
+    m_impl->Load(*in);
+}
+
+void ITranscodingMetaGraph::Save(boost::intrusive_ptr<Core::IDataOutput> out) const
+{
+    if (out == nullptr)
+    {
+        ZELNOR_THROW(kGraphUnit, NoStream());
+    }
+    m_impl->Save(*out);
 }
 
 } // namespace Zelnor::Conf

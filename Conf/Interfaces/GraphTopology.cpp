@@ -1,4 +1,4 @@
-#include "Conf/Interfaces/GrahpImpl.h"
+#include "Conf/Private/GrahpImpl.h"
 
 #include <numeric>
 #include <utility>
@@ -129,5 +129,7 @@ bool ITranscodingMetaGraph::GrahpImpl::Topology::IsConnected() const
     }
     return sets == 1;
 }
+
+bool ITranscodingMetaGraph::TopologyIsValid() const { return m_impl->TopologyIsValid(); }
 
 } // namespace Zelnor::Conf

@@ -1,29 +1,20 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 
 #include "Conf/Interfaces/ConfException.h"
-#include "Conf/Interfaces/GrahpImpl.h"
-#include "Conf/Interfaces/IFormatFile.h"
+#include "Conf/Private/GrahpImpl.h"
+#include "Conf/Private/GraphUnit.h"
 #include "Core/Interfaces/Exception.h"
-
-#include <glog/logging.h>
 
 #include <algorithm>
 #include <iterator>
 #include <limits>
-#include <stdexcept>
-#include <string>
 #include <utility>
-
-// Error reports name this unit for whatever a graph throws, so every throw stands here. What throws nothing
-// has sources of its own.
 
 namespace Zelnor::Conf
 {
 
 namespace
 {
-
-constexpr const char* kUnit = "Conf/Interfaces/ITranscodingMetaGraph";
 
 using Core::Property;
 
@@ -35,22 +26,12 @@ E LinkFailure(NodeId from, NodeId to)
     return exception;
 }
 
-ProfileException Failure(const char* description)
+ProfileException NoIdentifierLeft()
 {
     ProfileException exception;
-    exception << TagDescription(description);
+    exception << TagDescription("No identifier is left");
     return exception;
 }
-
-BadJson BadStructure(const std::string& what)
-{
-    BadJson exception;
-    exception << ProfileException::TagJsonBadStructure(what);
-    return exception;
-}
-
-constexpr const char* kNoIdentifierLeft = "No identifier is left";
-constexpr const char* kNoStream = "No stream is given";
 
 /// Takes the allocation that `push_back` would need ahead of it, so that the `push_back` cannot fail.
 template <class T>
@@ -82,7 +63,7 @@ ITranscodingMetaGraph::GrahpImpl::VertexT ITranscodingMetaGraph::GrahpImpl::Vert
     }
     NodeNotFound exception;
     exception << ProfileException::TagRequestedNodeId(id);
-    ZELNOR_THROW(kUnit, exception);
+    ZELNOR_THROW(kGraphUnit, exception);
 }
 
 std::optional<ITranscodingMetaGraph::GrahpImpl::VertexT>
@@ -114,7 +95,7 @@ NodeId ITranscodingMetaGraph::GrahpImpl::AddNode(const Property& data)
 {
     if (m_nodeCounter == std::numeric_limits<NodeId>::max())
     {
-        ZELNOR_THROW(kUnit, Failure(kNoIdentifierLeft));
+        ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
     AppendNode(m_nodeCounter + 1, Property(data));
     return ++m_nodeCounter;
@@ -155,7 +136,7 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveNode(NodeId id)
     if (!links.empty())
     {
         const Link& link = *links.front().link;
-        ZELNOR_THROW(kUnit, LinkFailure<LinkExists>(link.source->meta.id, link.target->meta.id));
+        ZELNOR_THROW(kGraphUnit, LinkFailure<LinkExists>(link.source->meta.id, link.target->meta.id));
     }
     m_nodes.erase(m_nodes.begin() + static_cast<std::ptrdiff_t>(vertex));
     for (VertexT moved = vertex; moved < m_nodes.size(); ++moved)
@@ -207,11 +188,11 @@ LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, Propert
     Node& target = NodeById(to);
     if (FindLink(source, target) != nullptr)
     {
-        ZELNOR_THROW(kUnit, LinkFailure<LinkExists>(from, to));
+        ZELNOR_THROW(kGraphUnit, LinkFailure<LinkExists>(from, to));
     }
     if (m_linkCounter == std::numeric_limits<LinkId>::max())
     {
-        ZELNOR_THROW(kUnit, Failure(kNoIdentifierLeft));
+        ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
     Links added;
     added.push_back(Link{&source, &target, {m_linkCounter + 1, std::move(data)}});
@@ -231,7 +212,7 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveLink(NodeId from, NodeId to)
     const LinkEnd* const found = FindLink(source, target);
     if (found == nullptr)
     {
-        ZELNOR_THROW(kUnit, LinkFailure<LinkNotFound>(from, to));
+        ZELNOR_THROW(kGraphUnit, LinkFailure<LinkNotFound>(from, to));
     }
     const Links::iterator link = found->link;
     for (LinkEnds* const ends : {&source.outgoing, &target.incoming})
@@ -250,7 +231,7 @@ const Property& ITranscodingMetaGraph::GrahpImpl::GetLink(NodeId from, NodeId to
     const LinkEnd* const found = FindLink(source, NodeById(to));
     if (found == nullptr)
     {
-        ZELNOR_THROW(kUnit, LinkFailure<LinkNotFound>(from, to));
+        ZELNOR_THROW(kGraphUnit, LinkFailure<LinkNotFound>(from, to));
     }
     return found->link->meta.data;
 }
@@ -290,41 +271,6 @@ void ITranscodingMetaGraph::GrahpImpl::Outputs(std::vector<NodeId>& out) const
         {
             out.push_back(node->meta.id);
         }
-    }
-}
-
-void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
-{
-    m_nodeCounter = 0;
-    m_linkCounter = 0;
-    rapidjson::Document document;
-    if (!ParseObject(in, document))
-    {
-        ZELNOR_THROW(kUnit, BadStructure("The root node must be an object."));
-    }
-    rapidjson::Value* const vertices = FindArray(document, VERTICES);
-    rapidjson::Value* const edges = FindArray(document, EDGES);
-    if (vertices == nullptr || edges == nullptr)
-    {
-        ZELNOR_THROW(kUnit, BadStructure("The root object must have two nested arrays named " +
-                                         std::string(VERTICES) + " and " + std::string(EDGES)));
-    }
-    m_nodes.reserve(m_nodes.size() + vertices->Size());
-    for (rapidjson::SizeType i = 0; i < vertices->Size(); ++i)
-    {
-        if (!(*vertices)[i].IsObject())
-        {
-            ZELNOR_THROW(kUnit, BadStructure(NotAnObject(VERTICES, i, (*vertices)[i])));
-        }
-        LoadNode((*vertices)[i]);
-    }
-    for (rapidjson::SizeType i = 0; i < edges->Size(); ++i)
-    {
-        if (!(*edges)[i].IsObject())
-        {
-            ZELNOR_THROW(kUnit, BadStructure(NotAnObject(EDGES, i, (*edges)[i])));
-        }
-        LoadLink((*edges)[i]);
     }
 }
 
@@ -376,99 +322,6 @@ void ITranscodingMetaGraph::Inputs(std::vector<NodeId>& out) const { m_impl->Inp
 
 void ITranscodingMetaGraph::Outputs(std::vector<NodeId>& out) const { m_impl->Outputs(out); }
 
-bool ITranscodingMetaGraph::TopologyIsValid() const { return m_impl->TopologyIsValid(); }
-
 NodeId ITranscodingMetaGraph::GetNodesCount() const { return m_impl->GetNodesCount(); }
-
-void ITranscodingMetaGraph::Load(boost::intrusive_ptr<Core::IDataInput> in)
-{
-    if (in == nullptr)
-    {
-        ZELNOR_THROW(kUnit, Failure(kNoStream));
-    }
-    m_impl->Load(*in);
-}
-
-void ITranscodingMetaGraph::Save(boost::intrusive_ptr<Core::IDataOutput> out) const
-{
-    if (out == nullptr)
-    {
-        ZELNOR_THROW(kUnit, Failure(kNoStream));
-    }
-    m_impl->Save(*out);
-}
-
-void ITranscodingMetaGraph::SaveInToDot(boost::intrusive_ptr<Core::IDataOutput> out) const
-{
-    if (out == nullptr)
-    {
-        ZELNOR_THROW(kUnit, Failure(kNoStream));
-    }
-    m_impl->SaveInToDot(*out);
-}
-
-// Builders
-
-Property ITranscodingMetaGraph::GetControlledBy(unsigned int index)
-{
-    Property record(CONTROLLED_BY);
-    record.SetChildT(CONTROLLED_BY, static_cast<long long>(index)); // kept: the record's own name
-    return record;
-}
-
-Property ITranscodingMetaGraph::MakeInFileDescription(const ioPath& path)
-{
-    Property record(KEY_SOURCE);
-    record.SetChildT(IPreset::KEY_TYPE_ID, KEY_SOURCE_TYPE_FILE);
-    record.SetChildT(KEY_FILEPATH, path.utf8string());
-    return record;
-}
-
-Property ITranscodingMetaGraph::MakeOutFileDescription(const boost::intrusive_ptr<const IPreset>& preset,
-                                                       const ioPath& path, bool losslessDvd)
-{
-    if (preset == nullptr)
-    {
-        ZELNOR_THROW(kUnit, std::invalid_argument("preset is NULL"));
-    }
-    Property record = preset->GetProperty();
-    if (record.ChildExists(IPreset::KEY_STREAMS))
-    {
-        record.RemoveChild(IPreset::KEY_STREAMS);
-    }
-    record.SetChildT(KEY_FILEPATH, path.utf8string());
-    if (losslessDvd)
-    {
-        google::LogMessage(__FILE__, __LINE__).stream()
-            << "Replacing output format for lossless conversion to DVD";
-        record.SetChildT(IFormatFile::TAG_CONTAINER, IFormatFile::FORMAT_DVD);
-    }
-    return record;
-}
-
-Property ITranscodingMetaGraph::MakeRawStreamDescription(unsigned int index)
-{
-    Property record(KEY_STREAM_RAW);
-    record.SetChildT(KEY_STREAM_RAW_ID, static_cast<long long>(index));
-    return record;
-}
-
-void ITranscodingMetaGraph::AddSlaveStreamIndex(Property& target, const Property& settings,
-                                                unsigned int index)
-{
-    // Complete before the target is touched: `settings` may be the target or a part of it.
-    Property entry;
-    entry.SetChildT(MERGE_WITH, static_cast<long long>(index)); // kept: MERGE_WITH, not MERGE_WITH_INDEX
-    entry.SetChild(MERGE_SETTINGS, settings);
-    const Property::iterator list = target.FindChild(MERGE_WITH);
-    if (list != target.end())
-    {
-        list->Add(std::move(entry));
-        return;
-    }
-    Property newList;
-    newList.Add(std::move(entry));
-    target.SetChild(MERGE_WITH, std::move(newList));
-}
 
 } // namespace Zelnor::Conf

@@ -3,11 +3,10 @@
 set -euo pipefail
 source=$1 build=$2 prefix=$3
 
-# The headers that say of themselves that they are private, and no others, stay at home.
+# All headers of the public folders; those in Conf/Private stay at home.
 public() {
     cd "$source"
-    find Core/Interfaces Conf/Interfaces \( -name '*.h' -o -name '*.def' \) -print0 |
-        xargs -0 grep -LE '^// Private to the library'
+    find Core/Interfaces Conf/Interfaces \( -name '*.h' -o -name '*.def' \) -print
     if [[ -d $build/generated ]]; then
         cd "$build/generated"
         find . -type f -printf '%P\n'

@@ -103,12 +103,6 @@ private:
     void IndexAfterRemoval(NodeId id);
     static const LinkEnd* FindLink(const Node& source, const Node& target);
 
-    /// Whether the whole input is one JSON document with an object at its root.
-    static bool ParseObject(Core::IDataInput& in, rapidjson::Document& document);
-    /// The array `key` of an object, or null.
-    static rapidjson::Value* FindArray(rapidjson::Value& object, std::string_view key);
-    static std::string NotAnObject(std::string_view array, rapidjson::SizeType index,
-                                   const rapidjson::Value& found);
     void LoadNode(rapidjson::Value& element);
     void LoadLink(rapidjson::Value& element);
     void CheckRecords() const;

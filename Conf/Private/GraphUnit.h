@@ -1,0 +1,21 @@
+#pragma once
+
+// Private to the library, not installed: what the sources of the graph have in common in their exceptions.
+
+#include "Conf/Interfaces/ConfException.h"
+
+namespace Zelnor::Conf
+{
+
+/// What every exception of a graph records as its place, whichever source it comes from.
+inline constexpr const char* kGraphUnit = "Conf/Interfaces/ITranscodingMetaGraph";
+
+/// The exception for a null stream, ready to be thrown.
+inline ProfileException NoStream()
+{
+    ProfileException exception;
+    exception << TagDescription("No stream is given");
+    return exception;
+}
+
+} // namespace Zelnor::Conf
