@@ -7,24 +7,12 @@
 
 /// The smallest preset: a record, and no streams. Presets belong to the application, which usually reads them
 /// from a file.
-class FixedPreset final : public Zelnor::Conf::IPreset
+class FixedPreset final : public Zelnor::Counted<Zelnor::Conf::IPreset>
 {
 public:
     static boost::intrusive_ptr<const IPreset> Create(Zelnor::Core::Property record)
     {
         return new FixedPreset(std::move(record));
-    }
-
-    int AddRef() const override { return m_references.AddRefImpl(); }
-    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
-    int Release() const override
-    {
-        const int left = m_references.ReleaseImpl();
-        if (left == 0)
-        {
-            delete this;
-        }
-        return left;
     }
 
     const Zelnor::Core::Property& GetProperty() const override { return m_record; }
@@ -34,6 +22,5 @@ public:
 private:
     explicit FixedPreset(Zelnor::Core::Property record) : m_record(std::move(record)) {}
 
-    Zelnor::RefCountImpl m_references;
     Zelnor::Core::Property m_record;
 };

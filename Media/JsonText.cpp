@@ -1,8 +1,7 @@
 #include "Media/JsonText.h"
 
-#include "Media/Counted.h"
-
 #include "Core/Interfaces/JsonStream.h"
+#include "Core/Interfaces/RefCountImpl.h"
 
 #include <rapidjson/error/en.h>
 

@@ -22,15 +22,7 @@ int IFormatCodec::AddRef() const { return m_references.AddRefImpl(); }
 
 int IFormatCodec::GetRefCount() const { return m_references.GetRefCountImpl(); }
 
-int IFormatCodec::Release() const
-{
-    const int count = m_references.ReleaseImpl();
-    if (count == 0)
-    {
-        delete this;
-    }
-    return count;
-}
+int IFormatCodec::Release() const { return m_references.ReleaseOrDestroyImpl(this); }
 
 int IFormatCodec::GetCodecType() const { return -1; }
 

@@ -20,15 +20,7 @@ int IFormatCodecAudio::AddRef() const { return m_audioReferences.AddRefImpl(); }
 
 int IFormatCodecAudio::GetRefCount() const { return m_audioReferences.GetRefCountImpl(); }
 
-int IFormatCodecAudio::Release() const
-{
-    const int count = m_audioReferences.ReleaseImpl();
-    if (count == 0)
-    {
-        delete this;
-    }
-    return count;
-}
+int IFormatCodecAudio::Release() const { return m_audioReferences.ReleaseOrDestroyImpl(this); }
 
 int IFormatCodecAudio::GetCodecType() const { return 1; }
 

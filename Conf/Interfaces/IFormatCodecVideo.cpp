@@ -66,15 +66,7 @@ int IFormatCodecVideo::AddRef() const { return m_videoReferences.AddRefImpl(); }
 
 int IFormatCodecVideo::GetRefCount() const { return m_videoReferences.GetRefCountImpl(); }
 
-int IFormatCodecVideo::Release() const
-{
-    const int count = m_videoReferences.ReleaseImpl();
-    if (count == 0)
-    {
-        delete this;
-    }
-    return count;
-}
+int IFormatCodecVideo::Release() const { return m_videoReferences.ReleaseOrDestroyImpl(this); }
 
 int IFormatCodecVideo::GetCodecType() const { return 0; }
 

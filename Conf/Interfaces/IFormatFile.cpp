@@ -19,15 +19,7 @@ int IFormatFile::AddRef() const { return m_references.AddRefImpl(); }
 
 int IFormatFile::GetRefCount() const { return m_references.GetRefCountImpl(); }
 
-int IFormatFile::Release() const
-{
-    const int count = m_references.ReleaseImpl();
-    if (count == 0)
-    {
-        delete this;
-    }
-    return count;
-}
+int IFormatFile::Release() const { return m_references.ReleaseOrDestroyImpl(this); }
 
 boost::intrusive_ptr<IFormatChapterList> IFormatFile::GetChapters() const { return nullptr; }
 

@@ -289,15 +289,7 @@ int ITranscodingMetaGraph::AddRef() const { return m_references.AddRefImpl(); }
 
 int ITranscodingMetaGraph::GetRefCount() const { return m_references.GetRefCountImpl(); }
 
-int ITranscodingMetaGraph::Release() const
-{
-    const int count = m_references.ReleaseImpl();
-    if (count == 0)
-    {
-        delete this;
-    }
-    return count;
-}
+int ITranscodingMetaGraph::Release() const { return m_references.ReleaseOrDestroyImpl(this); }
 
 NodeId ITranscodingMetaGraph::AddNode(const Property& data) { return m_impl->AddNode(data); }
 

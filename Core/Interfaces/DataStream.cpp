@@ -123,21 +123,6 @@ std::pair<int, std::string> CreateTemporary(const std::string& folder, mode_t mo
 IDataInput::~IDataInput() = default;
 IDataOutput::~IDataOutput() = default;
 
-#define ZELNOR_COUNT_REFERENCES(Class)                                                                       \
-    int Class::AddRef() const { return m_references.AddRefImpl(); }                                          \
-    int Class::GetRefCount() const { return m_references.GetRefCountImpl(); }                                \
-    int Class::Release() const                                                                               \
-    {                                                                                                        \
-        const int count = m_references.ReleaseImpl();                                                        \
-        if (count == 0)                                                                                      \
-        {                                                                                                    \
-            delete this;                                                                                     \
-        }                                                                                                    \
-        return count;                                                                                        \
-    }
-
-ZELNOR_COUNT_REFERENCES(FileDataInput)
-
 boost::intrusive_ptr<FileDataInput> FileDataInput::Create(const ioPath& path)
 {
     return new FileDataInput(path);
@@ -170,8 +155,6 @@ std::size_t FileDataInput::Read(void* buffer, std::size_t size)
     }
 }
 
-ZELNOR_COUNT_REFERENCES(FileDataOutput)
-
 boost::intrusive_ptr<FileDataOutput> FileDataOutput::Create(const ioPath& path)
 {
     return new FileDataOutput(path);
@@ -196,8 +179,6 @@ void FileDataOutput::Write(const void* data, std::size_t size)
         ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
     }
 }
-
-ZELNOR_COUNT_REFERENCES(AtomicFileDataOutput)
 
 boost::intrusive_ptr<AtomicFileDataOutput> AtomicFileDataOutput::Create(const ioPath& path)
 {
@@ -284,8 +265,6 @@ void AtomicFileDataOutput::Commit()
     }
 }
 
-ZELNOR_COUNT_REFERENCES(MemoryDataInput)
-
 boost::intrusive_ptr<MemoryDataInput> MemoryDataInput::Create(std::string bytes)
 {
     return new MemoryDataInput(std::move(bytes));
@@ -306,8 +285,6 @@ std::size_t MemoryDataInput::Read(void* buffer, std::size_t size)
     }
     return count;
 }
-
-ZELNOR_COUNT_REFERENCES(MemoryDataOutput)
 
 boost::intrusive_ptr<MemoryDataOutput> MemoryDataOutput::Create() { return new MemoryDataOutput(); }
 

@@ -35,42 +35,34 @@ public:
 };
 
 /// Reads a file from its beginning.
-class ZELNOR_API FileDataInput final : public IDataInput
+class ZELNOR_API FileDataInput final : public Counted<IDataInput>
 {
 public:
     static boost::intrusive_ptr<FileDataInput> Create(const ioPath& path);
 
-    int AddRef() const override;
-    int GetRefCount() const override;
-    int Release() const override;
     std::size_t Read(void* buffer, std::size_t size) override;
 
 private:
     explicit FileDataInput(const ioPath& path);
     ~FileDataInput() override;
 
-    RefCountImpl m_references;
     std::string m_name;
     int m_descriptor;
 };
 
 /// Writes straight to the named file, which is emptied at once, and holds nothing back: what was written is
 /// in the file even when a later step fails. Also right for pipes and devices.
-class ZELNOR_API FileDataOutput final : public IDataOutput
+class ZELNOR_API FileDataOutput final : public Counted<IDataOutput>
 {
 public:
     static boost::intrusive_ptr<FileDataOutput> Create(const ioPath& path);
 
-    int AddRef() const override;
-    int GetRefCount() const override;
-    int Release() const override;
     void Write(const void* data, std::size_t size) override;
 
 private:
     explicit FileDataOutput(const ioPath& path);
     ~FileDataOutput() override;
 
-    RefCountImpl m_references;
     std::string m_name;
     int m_descriptor;
 };
@@ -81,14 +73,11 @@ private:
 ///
 /// A symbolic link is followed, so that the file it names is replaced and not the link. An existing file's
 /// permissions are kept. A target that exists and is no regular file (a device, a pipe, a folder) is refused.
-class ZELNOR_API AtomicFileDataOutput final : public IDataOutput
+class ZELNOR_API AtomicFileDataOutput final : public Counted<IDataOutput>
 {
 public:
     static boost::intrusive_ptr<AtomicFileDataOutput> Create(const ioPath& path);
 
-    int AddRef() const override;
-    int GetRefCount() const override;
-    int Release() const override;
     /// \throw CoreException also after `Commit()`
     void Write(const void* data, std::size_t size) override;
     /// Makes what was written so far the target's whole contents. When it throws, the target is as it was,
@@ -101,7 +90,6 @@ private:
     ~AtomicFileDataOutput() override;
     void Discard() noexcept;
 
-    RefCountImpl m_references;
     std::string m_name;
     std::string m_target;
     std::string m_temporary;
@@ -109,34 +97,27 @@ private:
 };
 
 /// Reads bytes that it owns.
-class ZELNOR_API MemoryDataInput final : public IDataInput
+class ZELNOR_API MemoryDataInput final : public Counted<IDataInput>
 {
 public:
     static boost::intrusive_ptr<MemoryDataInput> Create(std::string bytes);
 
-    int AddRef() const override;
-    int GetRefCount() const override;
-    int Release() const override;
     std::size_t Read(void* buffer, std::size_t size) override;
 
 private:
     explicit MemoryDataInput(std::string bytes);
     ~MemoryDataInput() override;
 
-    RefCountImpl m_references;
     std::string m_bytes;
     std::size_t m_position = 0;
 };
 
 /// Collects bytes in memory.
-class ZELNOR_API MemoryDataOutput final : public IDataOutput
+class ZELNOR_API MemoryDataOutput final : public Counted<IDataOutput>
 {
 public:
     static boost::intrusive_ptr<MemoryDataOutput> Create();
 
-    int AddRef() const override;
-    int GetRefCount() const override;
-    int Release() const override;
     void Write(const void* data, std::size_t size) override;
 
     /// Everything written so far; valid until the next write.
@@ -146,7 +127,6 @@ private:
     MemoryDataOutput();
     ~MemoryDataOutput() override;
 
-    RefCountImpl m_references;
     std::string m_data;
 };
 

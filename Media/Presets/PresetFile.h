@@ -1,10 +1,9 @@
 #pragma once
 
-#include "Media/Counted.h"
-
 #include "Conf/Interfaces/IPreset.h"
 #include "Core/Interfaces/DataStream.h"
 #include "Core/Interfaces/Export.h"
+#include "Core/Interfaces/RefCountImpl.h"
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 

@@ -28,24 +28,8 @@ static_assert(IFormatFile::MEDIA_ALL == 0 && IFormatFile::MEDIA_VIDEO == 1 && IF
               IFormatFile::MEDIA_SUBTITLES == 3 && IFormatFile::MEDIA_IMAGES == 4);
 static_assert(std::is_same_v<std::underlying_type_t<IFormatFile::MediaType>, std::int32_t>);
 
-class ChapterList : public IFormatChapterList
-{
-public:
-    int AddRef() const override { return m_references.AddRefImpl(); }
-    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
-    int Release() const override
-    {
-        const int count = m_references.ReleaseImpl();
-        if (count == 0)
-        {
-            delete this;
-        }
-        return count;
-    }
-
-private:
-    RefCountImpl m_references;
-};
+class ChapterList : public Counted<IFormatChapterList>
+{};
 
 TEST(IFormatFile, AFreshRecordIsAGroupWithNothingButEmptyMetadata)
 {

@@ -62,22 +62,10 @@ std::string StackOfAThrow()
 }
 
 /// Writes to itself without any lock, so that a missing order between the last holder and the others shows.
-class Written : public IRefCountable
+class Written : public Counted<IRefCountable>
 {
 public:
     explicit Written(std::atomic<int>& destroyed, int& sum) : m_destroyed(destroyed), m_sum(sum) {}
-
-    int AddRef() const override { return m_references.AddRefImpl(); }
-    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
-    int Release() const override
-    {
-        const int count = m_references.ReleaseImpl();
-        if (count == 0)
-        {
-            delete this;
-        }
-        return count;
-    }
 
     int slots[kThreads] = {};
 
@@ -91,7 +79,6 @@ private:
         ++m_destroyed;
     }
 
-    RefCountImpl m_references;
     std::atomic<int>& m_destroyed;
     int& m_sum;
 };

@@ -15,28 +15,15 @@ namespace Zelnor
 namespace
 {
 
-class Blob final : public IBlob
+class Blob final : public Counted<IBlob>
 {
 public:
     static boost::intrusive_ptr<Blob> Create(bool& destroyed) { return new Blob(destroyed); }
-
-    int AddRef() const override { return m_references.AddRefImpl(); }
-    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
-    int Release() const override
-    {
-        const int count = m_references.ReleaseImpl();
-        if (count == 0)
-        {
-            delete this;
-        }
-        return count;
-    }
 
 private:
     explicit Blob(bool& destroyed) : m_destroyed(destroyed) {}
     ~Blob() override { m_destroyed = true; }
 
-    RefCountImpl m_references;
     bool& m_destroyed;
 };
 

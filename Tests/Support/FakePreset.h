@@ -15,7 +15,7 @@ namespace Zelnor::Testing
 {
 
 /// A preset that answers what a test tells it to.
-class FakePreset final : public Conf::IPreset
+class FakePreset final : public Counted<Conf::IPreset>
 {
 public:
     using StreamIndexes = std::map<std::string, std::vector<int>>;
@@ -24,18 +24,6 @@ public:
     Create(const Core::Property& record, std::uint32_t streamCount = 0, StreamIndexes streamIndexes = {})
     {
         return new FakePreset(record, streamCount, std::move(streamIndexes));
-    }
-
-    int AddRef() const override { return m_references.AddRefImpl(); }
-    int GetRefCount() const override { return m_references.GetRefCountImpl(); }
-    int Release() const override
-    {
-        const int count = m_references.ReleaseImpl();
-        if (count == 0)
-        {
-            delete this;
-        }
-        return count;
     }
 
     const Core::Property& GetProperty() const override { return m_record; }
@@ -52,7 +40,6 @@ private:
     {}
     ~FakePreset() override = default;
 
-    RefCountImpl m_references;
     Core::Property m_record;
     std::uint32_t m_streamCount;
     StreamIndexes m_streamIndexes;

@@ -1,8 +1,7 @@
 #include "Tools/zconf/Console/StandardStreams.h"
 
-#include "Media/Counted.h"
-
 #include "Core/Interfaces/Exception.h"
+#include "Core/Interfaces/RefCountImpl.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -29,7 +28,7 @@ Core::CoreException Failure(const char* action, const char* stream, int reason)
     return exception;
 }
 
-class StandardInput final : public Media::Counted<Core::IDataInput>
+class StandardInput final : public Counted<Core::IDataInput>
 {
 public:
     std::size_t Read(void* buffer, std::size_t size) override
@@ -49,7 +48,7 @@ public:
     }
 };
 
-class StandardOutput final : public Media::Counted<Core::IDataOutput>
+class StandardOutput final : public Counted<Core::IDataOutput>
 {
 public:
     void Write(const void* data, std::size_t size) override
