@@ -1,39 +1,323 @@
+#include "Conf/Interfaces/GraphAlgorithms.h"
 #include "Conf/Private/GrahpImpl.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <iterator>
 #include <numeric>
+#include <optional>
+#include <unordered_map>
 #include <utility>
 
 namespace Zelnor::Conf
 {
 
-// Nothing here recurses: a job may be a chain of any length.
+// Nothing here recurses: a job may be a chain of any length. `TopologyIsValid` stops at the first fault, and
+// `GetTopologyFaults` asks the same functions on, so that the two cannot disagree.
 
-/// The links alone, by the positions of their nodes, close together in memory: nodes lie far apart, and the
-/// tests would visit each of them several times.
-struct ITranscodingMetaGraph::GrahpImpl::Topology
+/// Links by the positions of their nodes, close together in memory: nodes lie far apart, and the tests would
+/// visit each of them several times.
+struct Topology
 {
+    using VertexT = std::size_t;
+
+    VertexT Count() const { return inputs.size(); }
+    bool IsUnlinked(VertexT vertex) const
+    {
+        return inputs[vertex] == 0 && begins[vertex] == begins[vertex + 1];
+    }
+
     /// The targets of the links from the node at position i stand from `begins[i]` up to `begins[i + 1]`.
     std::vector<VertexT> begins;
     std::vector<VertexT> targets;
     /// Number of links to each node.
     std::vector<std::size_t> inputs;
-
-    bool HasUnlinkedNode() const;
-    bool HasCycle() const;
-    bool IsConnected() const;
 };
 
-bool ITranscodingMetaGraph::GrahpImpl::TopologyIsValid() const
+namespace
 {
-    if (m_nodes.size() < 2)
+
+using VertexT = Topology::VertexT;
+using Vertices = std::vector<VertexT>;
+
+constexpr std::size_t kFewestNodes = 2;
+
+/// The first node without links at or after `vertex`; `Count()` if there is none.
+VertexT FindUnlinked(const Topology& topology, VertexT vertex)
+{
+    while (vertex < topology.Count() && !topology.IsUnlinked(vertex))
     {
-        return false;
+        ++vertex;
     }
-    const Topology topology = GetTopology();
-    return !topology.HasUnlinkedNode() && !topology.HasCycle() && topology.IsConnected();
+    return vertex;
 }
 
-ITranscodingMetaGraph::GrahpImpl::Topology ITranscodingMetaGraph::GrahpImpl::GetTopology() const
+/// Takes away nodes without inputs, together with their links, as long as there are any. What is left over
+/// lies on cycles or behind them.
+bool HasCycle(const Topology& topology)
+{
+    std::vector<std::size_t> inputsLeft = topology.inputs;
+    Vertices free;
+    for (VertexT vertex = 0; vertex < topology.Count(); ++vertex)
+    {
+        if (inputsLeft[vertex] == 0)
+        {
+            free.push_back(vertex);
+        }
+    }
+    std::size_t nodesLeft = topology.Count();
+    for (; !free.empty(); --nodesLeft)
+    {
+        const VertexT vertex = free.back();
+        free.pop_back();
+        for (std::size_t link = topology.begins[vertex]; link < topology.begins[vertex + 1]; ++link)
+        {
+            if (--inputsLeft[topology.targets[link]] == 0)
+            {
+                free.push_back(topology.targets[link]);
+            }
+        }
+    }
+    return nodesLeft != 0;
+}
+
+/// The sets of nodes that links connect, whichever way they point. A set is a tree whose root stands for it;
+/// the smaller set goes under the larger one, so that the way up stays short.
+class ConnectedParts
+{
+public:
+    explicit ConnectedParts(const Topology& topology)
+        : m_parents(topology.Count()), m_sizes(topology.Count(), 1), m_count(topology.Count())
+    {
+        std::iota(m_parents.begin(), m_parents.end(), VertexT{0});
+        for (VertexT source = 0; source < topology.Count(); ++source)
+        {
+            for (std::size_t link = topology.begins[source]; link < topology.begins[source + 1]; ++link)
+            {
+                Join(RootOf(source), RootOf(topology.targets[link]));
+            }
+        }
+    }
+
+    std::size_t Count() const { return m_count; }
+    VertexT RootOf(VertexT vertex)
+    {
+        while (m_parents[vertex] != vertex)
+        {
+            vertex = m_parents[vertex] = m_parents[m_parents[vertex]];
+        }
+        return vertex;
+    }
+
+private:
+    void Join(VertexT larger, VertexT smaller)
+    {
+        if (larger == smaller)
+        {
+            return;
+        }
+        if (m_sizes[larger] < m_sizes[smaller])
+        {
+            std::swap(larger, smaller);
+        }
+        m_parents[smaller] = larger;
+        m_sizes[larger] += m_sizes[smaller];
+        --m_count;
+    }
+
+    Vertices m_parents;
+    std::vector<std::size_t> m_sizes;
+    std::size_t m_count;
+};
+
+/// The strong parts: sets of nodes of which each reaches each, so that the nodes of one cycle are in one
+/// part. Tarjan's search.
+class StrongParts
+{
+public:
+    explicit StrongParts(const Topology& topology)
+        : m_topology(topology), m_order(topology.Count(), kNone), m_low(m_order), m_part(m_order)
+    {
+        for (VertexT root = 0; root < m_order.size(); ++root)
+        {
+            if (m_order[root] == kNone)
+            {
+                Visit(root);
+            }
+        }
+    }
+
+    std::size_t Count() const { return m_count; }
+    std::size_t PartOf(VertexT vertex) const { return m_part[vertex]; }
+
+private:
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    void Visit(VertexT root)
+    {
+        Enter(root);
+        while (!m_path.empty())
+        {
+            const VertexT vertex = m_path.back();
+            if (m_next.back() == m_topology.begins[vertex + 1])
+            {
+                Leave(vertex);
+                continue;
+            }
+            const VertexT target = m_topology.targets[m_next.back()++];
+            if (m_order[target] == kNone)
+            {
+                Enter(target);
+            }
+            else if (m_part[target] == kNone)
+            {
+                m_low[vertex] = std::min(m_low[vertex], m_order[target]);
+            }
+        }
+    }
+
+    void Enter(VertexT vertex)
+    {
+        m_order[vertex] = m_low[vertex] = m_entered++;
+        m_path.push_back(vertex);
+        m_next.push_back(m_topology.begins[vertex]);
+        m_open.push_back(vertex);
+    }
+
+    void Leave(VertexT vertex)
+    {
+        m_path.pop_back();
+        m_next.pop_back();
+        if (!m_path.empty())
+        {
+            m_low[m_path.back()] = std::min(m_low[m_path.back()], m_low[vertex]);
+        }
+        if (m_low[vertex] != m_order[vertex])
+        {
+            return;
+        }
+        VertexT last = kNone;
+        do
+        {
+            last = m_open.back();
+            m_open.pop_back();
+            m_part[last] = m_count;
+        } while (last != vertex);
+        ++m_count;
+    }
+
+    const Topology& m_topology;
+    std::vector<std::size_t> m_order;
+    std::vector<std::size_t> m_low;
+    std::vector<std::size_t> m_part;
+    Vertices m_path;
+    /// For each node of the path, which of its links is to be followed next.
+    std::vector<std::size_t> m_next;
+    /// The nodes whose part is not complete yet.
+    Vertices m_open;
+    std::size_t m_entered = 0;
+    std::size_t m_count = 0;
+};
+
+/// The first node that `vertex` links to in its own strong part.
+std::optional<VertexT> NextInPart(const Topology& topology, const StrongParts& parts, VertexT vertex)
+{
+    const auto begin = topology.targets.begin() + static_cast<std::ptrdiff_t>(topology.begins[vertex]);
+    const auto end = topology.targets.begin() + static_cast<std::ptrdiff_t>(topology.begins[vertex + 1]);
+    const auto found = std::find_if(
+        begin, end, [&](VertexT target) { return parts.PartOf(target) == parts.PartOf(vertex); });
+    return found == end ? std::nullopt : std::optional<VertexT>(*found);
+}
+
+/// One cycle of each strong part that has any, in the order of their first nodes.
+std::vector<Vertices> FindCycles(const Topology& topology)
+{
+    std::vector<Vertices> cycles;
+    if (!HasCycle(topology))
+    {
+        return cycles;
+    }
+    const StrongParts parts(topology);
+    std::vector<bool> done(parts.Count(), false);
+    std::vector<bool> walked(topology.Count(), false);
+    for (VertexT start = 0; start < topology.Count(); ++start)
+    {
+        if (done[parts.PartOf(start)])
+        {
+            continue;
+        }
+        done[parts.PartOf(start)] = true;
+        Vertices walk;
+        std::optional<VertexT> vertex = start;
+        for (; vertex && !walked[*vertex]; vertex = NextInPart(topology, parts, *vertex))
+        {
+            walked[*vertex] = true;
+            walk.push_back(*vertex);
+        }
+        if (vertex)
+        {
+            cycles.emplace_back(std::find(walk.begin(), walk.end(), *vertex), walk.end());
+        }
+    }
+    return cycles;
+}
+
+Vertices FindAllUnlinked(const Topology& topology)
+{
+    Vertices unlinked;
+    for (VertexT vertex = FindUnlinked(topology, 0); vertex < topology.Count();
+         vertex = FindUnlinked(topology, vertex + 1))
+    {
+        unlinked.push_back(vertex);
+    }
+    return unlinked;
+}
+
+/// The linked nodes of each connected part, in the order of their first nodes.
+std::vector<Vertices> FindParts(const Topology& topology)
+{
+    ConnectedParts connected(topology);
+    std::vector<Vertices> parts;
+    std::unordered_map<VertexT, std::size_t> partOf;
+    for (VertexT vertex = 0; vertex < topology.Count(); ++vertex)
+    {
+        if (!topology.IsUnlinked(vertex))
+        {
+            const std::size_t part = partOf.try_emplace(connected.RootOf(vertex), parts.size()).first->second;
+            parts.resize(std::max(parts.size(), part + 1));
+            parts[part].push_back(vertex);
+        }
+    }
+    return parts;
+}
+
+/// The identifiers that stand more than once, each as soon as it is repeated.
+std::vector<NodeId> FindRepeated(const std::vector<NodeId>& ids)
+{
+    std::vector<NodeId> repeated;
+    if (std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()) == ids.end())
+    {
+        return repeated;
+    }
+    std::unordered_map<NodeId, std::size_t> counts;
+    std::copy_if(ids.begin(), ids.end(), std::back_inserter(repeated),
+                 [&counts](NodeId id) { return ++counts[id] == 2; });
+    return repeated;
+}
+
+std::vector<NodeId> IdsOf(const std::vector<NodeId>& ids, const Vertices& vertices)
+{
+    std::vector<NodeId> some;
+    some.reserve(vertices.size());
+    std::transform(vertices.begin(), vertices.end(), std::back_inserter(some),
+                   [&ids](VertexT vertex) { return ids[vertex]; });
+    return some;
+}
+
+} // namespace
+
+Topology ITranscodingMetaGraph::GrahpImpl::GetTopology() const
 {
     Topology topology;
     topology.begins.reserve(m_nodes.size() + 1);
@@ -52,84 +336,54 @@ ITranscodingMetaGraph::GrahpImpl::Topology ITranscodingMetaGraph::GrahpImpl::Get
     return topology;
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::Topology::HasUnlinkedNode() const
+bool ITranscodingMetaGraph::GrahpImpl::TopologyIsValid() const
 {
-    for (VertexT vertex = 0; vertex < inputs.size(); ++vertex)
+    if (m_nodes.size() < kFewestNodes)
     {
-        if (inputs[vertex] == 0 && begins[vertex] == begins[vertex + 1])
-        {
-            return true;
-        }
+        return false;
     }
-    return false;
+    const Topology topology = GetTopology();
+    return FindUnlinked(topology, 0) == topology.Count() && !HasCycle(topology) &&
+           ConnectedParts(topology).Count() == 1;
 }
 
-/// Takes away nodes without inputs, together with their links, as long as there are any. What is left over
-/// lies on cycles or behind them.
-bool ITranscodingMetaGraph::GrahpImpl::Topology::HasCycle() const
+std::vector<TopologyFault> ITranscodingMetaGraph::GrahpImpl::GetTopologyFaults() const
 {
-    std::vector<std::size_t> inputsLeft = inputs;
-    std::vector<VertexT> free;
-    for (VertexT vertex = 0; vertex < inputs.size(); ++vertex)
+    std::vector<TopologyFault> faults;
+    std::vector<NodeId> ids;
+    Nodes(ids);
+    const Topology topology = GetTopology();
+    if (ids.size() < kFewestNodes)
     {
-        if (inputs[vertex] == 0)
-        {
-            free.push_back(vertex);
-        }
+        faults.push_back({TopologyFault::TOO_FEW_NODES, {ids}});
     }
-    std::size_t nodesLeft = inputs.size();
-    for (; !free.empty(); --nodesLeft)
+    if (std::vector<NodeId> repeated = FindRepeated(ids); !repeated.empty())
     {
-        const VertexT vertex = free.back();
-        free.pop_back();
-        for (std::size_t link = begins[vertex]; link < begins[vertex + 1]; ++link)
-        {
-            if (--inputsLeft[targets[link]] == 0)
-            {
-                free.push_back(targets[link]);
-            }
-        }
+        faults.push_back({TopologyFault::REPEATED_IDS, {std::move(repeated)}});
     }
-    return nodesLeft != 0;
-}
-
-/// Joins the sets of both ends of each link and counts the sets that are left. A set is a tree whose root
-/// stands for it; the smaller set goes under the larger one, so that the way up stays short.
-bool ITranscodingMetaGraph::GrahpImpl::Topology::IsConnected() const
-{
-    std::vector<VertexT> parents(inputs.size());
-    std::iota(parents.begin(), parents.end(), VertexT{0});
-    std::vector<std::size_t> sizes(inputs.size(), 1);
-    const auto rootOf = [&parents](VertexT vertex) {
-        while (parents[vertex] != vertex)
-        {
-            vertex = parents[vertex] = parents[parents[vertex]];
-        }
-        return vertex;
-    };
-    std::size_t sets = inputs.size();
-    for (VertexT source = 0; source < inputs.size(); ++source)
+    if (const Vertices unlinked = FindAllUnlinked(topology); !unlinked.empty() && ids.size() >= kFewestNodes)
     {
-        for (std::size_t link = begins[source]; link < begins[source + 1]; ++link)
-        {
-            VertexT larger = rootOf(source);
-            VertexT smaller = rootOf(targets[link]);
-            if (larger == smaller)
-            {
-                continue;
-            }
-            if (sizes[larger] < sizes[smaller])
-            {
-                std::swap(larger, smaller);
-            }
-            parents[smaller] = larger;
-            sizes[larger] += sizes[smaller];
-            --sets;
-        }
+        faults.push_back({TopologyFault::UNLINKED_NODES, {IdsOf(ids, unlinked)}});
     }
-    return sets == 1;
+    for (const Vertices& cycle : FindCycles(topology))
+    {
+        faults.push_back({TopologyFault::CYCLE, {IdsOf(ids, cycle)}});
+    }
+    if (const std::vector<Vertices> parts = FindParts(topology); parts.size() > 1)
+    {
+        TopologyFault fault{TopologyFault::SEVERAL_PARTS, {}};
+        std::transform(parts.begin(), parts.end(), std::back_inserter(fault.groups),
+                       [&ids](const Vertices& part) { return IdsOf(ids, part); });
+        faults.push_back(std::move(fault));
+    }
+    return faults;
 }
 
 bool ITranscodingMetaGraph::TopologyIsValid() const { return m_impl->TopologyIsValid(); }
+
+std::vector<TopologyFault> GetTopologyFaults(const ITranscodingMetaGraph& graph)
+{
+    return graph.m_impl->GetTopologyFaults();
+}
 
 } // namespace Zelnor::Conf

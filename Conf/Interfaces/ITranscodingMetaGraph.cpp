@@ -194,12 +194,12 @@ LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, Propert
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    Links added;
+    LinkList added;
     added.push_back(Link{&source, &target, {m_linkCounter + 1, std::move(data)}});
     MakeRoomForOne(source.outgoing);
     MakeRoomForOne(target.incoming);
     m_links.splice(m_links.end(), added);
-    const Links::iterator link = std::prev(m_links.end());
+    const LinkList::iterator link = std::prev(m_links.end());
     source.outgoing.push_back({&target, link});
     target.incoming.push_back({&source, link});
     return ++m_linkCounter;
@@ -214,7 +214,7 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveLink(NodeId from, NodeId to)
     {
         ZELNOR_THROW(kGraphUnit, LinkFailure<LinkNotFound>(from, to));
     }
-    const Links::iterator link = found->link;
+    const LinkList::iterator link = found->link;
     for (LinkEnds* const ends : {&source.outgoing, &target.incoming})
     {
         ends->erase(std::find_if(ends->begin(), ends->end(),
@@ -234,6 +234,22 @@ const Property& ITranscodingMetaGraph::GrahpImpl::GetLink(NodeId from, NodeId to
         ZELNOR_THROW(kGraphUnit, LinkFailure<LinkNotFound>(from, to));
     }
     return found->link->meta.data;
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Nodes(std::vector<NodeId>& out) const
+{
+    for (const auto& node : m_nodes)
+    {
+        out.push_back(node->meta.id);
+    }
+}
+
+void ITranscodingMetaGraph::GrahpImpl::Links(std::vector<std::pair<NodeId, NodeId>>& out) const
+{
+    for (const Link& link : m_links)
+    {
+        out.emplace_back(link.source->meta.id, link.target->meta.id);
+    }
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Inputs(NodeId id, std::vector<NodeId>& out) const
@@ -305,6 +321,10 @@ void ITranscodingMetaGraph::RemoveLink(NodeId from, NodeId to) { m_impl->RemoveL
 Property ITranscodingMetaGraph::operator[](NodeId id) const { return m_impl->GetNode(id); }
 
 Property ITranscodingMetaGraph::GetLink(NodeId from, NodeId to) const { return m_impl->GetLink(from, to); }
+
+void ITranscodingMetaGraph::Nodes(std::vector<NodeId>& out) const { m_impl->Nodes(out); }
+
+void ITranscodingMetaGraph::Links(std::vector<std::pair<NodeId, NodeId>>& out) const { m_impl->Links(out); }
 
 void ITranscodingMetaGraph::Inputs(NodeId id, std::vector<NodeId>& out) const { m_impl->Inputs(id, out); }
 

@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Zelnor::Conf
@@ -20,6 +21,8 @@ namespace Zelnor::Conf
 /// Identifiers are handed out from 1 upward and never again.
 using NodeId = long long;
 using LinkId = long long;
+
+struct TopologyFault;
 
 /// One transcoding job: a directed graph whose nodes (files, streams) and links carry records. Between one
 /// ordered pair of nodes there is at most one link.
@@ -61,6 +64,10 @@ public:
     /// \throw LinkNotFound (from, to)
     Core::Property GetLink(NodeId from, NodeId to) const;
 
+    /// Appends to `out` all nodes, and all links as pairs of source and target, in the order in which they
+    /// were added.
+    void Nodes(std::vector<NodeId>& out) const;
+    void Links(std::vector<std::pair<NodeId, NodeId>>& out) const;
     /// Appends to `out` the nodes that link to this node, or that it links to, in the order the links were
     /// added.
     void Inputs(NodeId id, std::vector<NodeId>& out) const;
@@ -70,7 +77,7 @@ public:
     void Outputs(std::vector<NodeId>& out) const;
 
     /// Whether there are at least two nodes, none without links, no directed cycle, and one connected
-    /// component.
+    /// component. `GetTopologyFaults` (`GraphAlgorithms.h`) tells what is wrong.
     bool TopologyIsValid() const;
     /// The last identifier handed out: every node ever added counts, removed ones too. After `Load`, the
     /// largest identifier read.
@@ -122,6 +129,8 @@ public:
                                     unsigned int index);
 
 private:
+    friend ZELNOR_API std::vector<TopologyFault> GetTopologyFaults(const ITranscodingMetaGraph& graph);
+
     class GrahpImpl; // kept: the name as it is
 
     ITranscodingMetaGraph();

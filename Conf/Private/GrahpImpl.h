@@ -13,10 +13,14 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Zelnor::Conf
 {
+
+/// The links alone, as the tests of the topology walk them.
+struct Topology;
 
 class ZELNOR_LOCAL ITranscodingMetaGraph::GrahpImpl // kept: the name as it is
 {
@@ -43,7 +47,10 @@ public:
     void Outputs(NodeId id, std::vector<NodeId>& out) const;
     void Inputs(std::vector<NodeId>& out) const;
     void Outputs(std::vector<NodeId>& out) const;
+    void Nodes(std::vector<NodeId>& out) const;
+    void Links(std::vector<std::pair<NodeId, NodeId>>& out) const;
     bool TopologyIsValid() const;
+    std::vector<TopologyFault> GetTopologyFaults() const;
     NodeId GetNodesCount() const { return m_nodeCounter; }
 
     void Load(Core::IDataInput& in);
@@ -70,13 +77,13 @@ private:
         Meta<LinkId> meta;
     };
 
-    using Links = std::list<Link>;
+    using LinkList = std::list<Link>;
 
     /// A link as one of its nodes sees it. The other node stands here too, because searches need only that.
     struct LinkEnd
     {
         const Node* other;
-        Links::iterator link;
+        LinkList::iterator link;
     };
 
     using LinkEnds = std::vector<LinkEnd>;
@@ -90,7 +97,7 @@ private:
         LinkEnds incoming;
     };
 
-    using Nodes = std::vector<std::unique_ptr<Node>>;
+    using NodeList = std::vector<std::unique_ptr<Node>>;
     /// The first node of each identifier.
     using Index = std::unordered_map<NodeId, const Node*>;
 
@@ -107,12 +114,11 @@ private:
     void LoadLink(rapidjson::Value& element);
     void CheckRecords() const;
 
-    struct Topology;
     Topology GetTopology() const;
 
-    Nodes m_nodes;
+    NodeList m_nodes;
     /// In the order of creation.
-    Links m_links;
+    LinkList m_links;
     NodeId m_nodeCounter = 0;
     LinkId m_linkCounter = 0;
     /// Only there while identifiers do not ascend in storage order, which only a document can bring about;

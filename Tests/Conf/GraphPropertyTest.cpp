@@ -126,7 +126,10 @@ public:
         RC_ASSERT(DotOf(*m_graph) == m_model.Dot());
         RC_ASSERT(EntriesOf(*m_graph) == m_model.Without(false));
         RC_ASSERT(ExitsOf(*m_graph) == m_model.Without(true));
+        RC_ASSERT(NodesOf(*m_graph) == m_model.Ids());
+        RC_ASSERT(LinksOf(*m_graph) == m_model.LinkedIds());
         RC_ASSERT(m_graph->TopologyIsValid() == m_model.IsValid());
+        CompareFaults();
         for (long long id = -1; id <= most; ++id)
         {
             CompareNode(id, most);
@@ -134,6 +137,70 @@ public:
     }
 
 private:
+    using Groups = std::vector<std::vector<long long>>;
+
+    void CompareFaults() const
+    {
+        const std::vector<TopologyFault> faults = GetTopologyFaults(*m_graph);
+        RC_ASSERT(faults.empty() == m_model.IsValid());
+        RC_ASSERT(std::is_sorted(faults.begin(), faults.end(),
+                                 [](const auto& left, const auto& right) { return left.kind < right.kind; }));
+        const std::vector<long long> unlinked = m_model.UnlinkedIds();
+        const Groups parts = m_model.Parts();
+        const bool few = m_model.nodes.size() < 2;
+        ExpectGroups(faults, TopologyFault::TOO_FEW_NODES, few ? Groups{m_model.Ids()} : Groups());
+        ExpectGroups(faults, TopologyFault::REPEATED_IDS, OneUnlessEmpty(m_model.RepeatedIds()));
+        ExpectGroups(faults, TopologyFault::UNLINKED_NODES, few ? Groups() : OneUnlessEmpty(unlinked));
+        ExpectGroups(faults, TopologyFault::SEVERAL_PARTS, parts.size() > 1 ? parts : Groups());
+        CompareCycles(faults);
+    }
+
+    static Groups OneUnlessEmpty(const std::vector<long long>& ids)
+    {
+        return ids.empty() ? Groups() : Groups{ids};
+    }
+
+    /// The groups of all faults of the kind; the kinds but cycles are reported once.
+    static void ExpectGroups(const std::vector<TopologyFault>& faults, TopologyFault::Kind kind,
+                             const Groups& expected)
+    {
+        Groups groups;
+        for (const TopologyFault& fault : faults)
+        {
+            if (fault.kind == kind)
+            {
+                RC_ASSERT(groups.empty());
+                groups = fault.groups;
+            }
+        }
+        RC_ASSERT(groups == expected);
+    }
+
+    /// One cycle, whichever, of each set of nodes that lie on cycles together.
+    void CompareCycles(const std::vector<TopologyFault>& faults) const
+    {
+        Groups cyclicParts = m_model.CyclicParts();
+        for (const TopologyFault& fault : faults)
+        {
+            if (fault.kind != TopologyFault::CYCLE)
+            {
+                continue;
+            }
+            RC_ASSERT(!cyclicParts.empty());
+            RC_ASSERT(fault.groups.size() == 1u);
+            const std::vector<long long>& cycle = fault.groups.front();
+            const std::vector<long long>& part = cyclicParts.front();
+            for (std::size_t i = 0; i < cycle.size(); ++i)
+            {
+                RC_ASSERT(m_model.FindLink(cycle[i], cycle[(i + 1) % cycle.size()]).has_value());
+                RC_ASSERT(std::count(cycle.begin(), cycle.end(), cycle[i]) == 1);
+                RC_ASSERT(std::count(part.begin(), part.end(), cycle[i]) == 1);
+            }
+            cyclicParts.erase(cyclicParts.begin());
+        }
+        RC_ASSERT(cyclicParts.empty());
+    }
+
     void CompareNode(long long id, long long most) const
     {
         const auto position = m_model.Find(id);

@@ -243,6 +243,45 @@ TEST(ITranscodingMetaGraph, ANodeWithoutLinksIsAnEntryAndAnExit)
     EXPECT_EQ(ExitsOf(*graph), (Ids{1, 2, 4}));
 }
 
+TEST(ITranscodingMetaGraph, ListsItsNodesAndLinksInTheOrderTheyWereAdded)
+{
+    const GraphPtr graph = GraphWithNodes(4);
+    Link(*graph, {{3, 1}, {1, 2}, {4, 4}, {2, 1}});
+    EXPECT_EQ(NodesOf(*graph), (Ids{1, 2, 3, 4}));
+    EXPECT_EQ(LinksOf(*graph), (IdPairs{{3, 1}, {1, 2}, {4, 4}, {2, 1}}));
+    graph->RemoveLink(3, 1);
+    graph->RemoveNode(3);
+    EXPECT_EQ(NodesOf(*graph), (Ids{1, 2, 4}));
+    EXPECT_EQ(LinksOf(*graph), (IdPairs{{1, 2}, {4, 4}, {2, 1}}));
+}
+
+TEST(ITranscodingMetaGraph, ListsNothingWhenItIsEmpty)
+{
+    const GraphPtr graph = ITranscodingMetaGraph::Create();
+    EXPECT_EQ(NodesOf(*graph), Ids());
+    EXPECT_EQ(LinksOf(*graph), IdPairs());
+}
+
+TEST(ITranscodingMetaGraph, ListsAreAppended)
+{
+    const GraphPtr graph = GraphWithNodes(2);
+    Link(*graph, {{1, 2}});
+    Ids nodes = {7};
+    graph->Nodes(nodes);
+    EXPECT_EQ(nodes, (Ids{7, 1, 2}));
+    IdPairs links = {{8, 9}};
+    graph->Links(links);
+    EXPECT_EQ(links, (IdPairs{{8, 9}, {1, 2}}));
+}
+
+TEST(ITranscodingMetaGraph, ListsTheNodesOfADocumentInItsOrderEqualIdsIncluded)
+{
+    const GraphPtr graph = Loaded(R"({"vertices":[{"id":7},{"id":-3},{"id":7},{"id":2}],)"
+                                  R"("edges":[{"from":2,"to":7},{"from":7,"to":-3}]})");
+    EXPECT_EQ(NodesOf(*graph), (Ids{7, -3, 7, 2}));
+    EXPECT_EQ(LinksOf(*graph), (IdPairs{{2, 7}, {7, -3}}));
+}
+
 TEST(ITranscodingMetaGraph, OneNodeIsNoValidTopology)
 {
     const GraphPtr graph = GraphWithNodes(1);

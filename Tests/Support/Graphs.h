@@ -17,6 +17,7 @@ namespace Zelnor::Testing
 
 using GraphPtr = boost::intrusive_ptr<Conf::ITranscodingMetaGraph>;
 using Ids = std::vector<Conf::NodeId>;
+using IdPairs = std::vector<std::pair<Conf::NodeId, Conf::NodeId>>;
 
 inline std::string JsonOf(const Conf::ITranscodingMetaGraph& graph)
 {
@@ -42,6 +43,20 @@ inline GraphPtr Loaded(const std::string& json)
     GraphPtr graph = Conf::ITranscodingMetaGraph::Create();
     LoadInto(*graph, json);
     return graph;
+}
+
+inline Ids NodesOf(const Conf::ITranscodingMetaGraph& graph)
+{
+    Ids ids;
+    graph.Nodes(ids);
+    return ids;
+}
+
+inline IdPairs LinksOf(const Conf::ITranscodingMetaGraph& graph)
+{
+    IdPairs links;
+    graph.Links(links);
+    return links;
 }
 
 inline Ids InputsOf(const Conf::ITranscodingMetaGraph& graph, Conf::NodeId id)
@@ -83,8 +98,7 @@ inline GraphPtr GraphWithNodes(int count)
     return graph;
 }
 
-inline void Link(Conf::ITranscodingMetaGraph& graph,
-                 const std::vector<std::pair<Conf::NodeId, Conf::NodeId>>& links)
+inline void Link(Conf::ITranscodingMetaGraph& graph, const IdPairs& links)
 {
     for (const auto& [from, to] : links)
     {

@@ -99,21 +99,76 @@ public:
         return ids;
     }
 
+    std::vector<long long> Ids() const
+    {
+        std::vector<long long> ids;
+        for (const Node& node : nodes)
+        {
+            ids.push_back(node.id);
+        }
+        return ids;
+    }
+
+    std::vector<std::pair<long long, long long>> LinkedIds() const
+    {
+        std::vector<std::pair<long long, long long>> ids;
+        for (const Link& link : links)
+        {
+            ids.emplace_back(nodes[PositionOf(link.source)].id, nodes[PositionOf(link.target)].id);
+        }
+        return ids;
+    }
+
+    /// The ids that stand again behind their first place.
+    std::vector<long long> RepeatedIds() const
+    {
+        std::vector<long long> repeated;
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+        {
+            const bool stoodBefore = *Find(nodes[i].id) < i;
+            if (stoodBefore && std::find(repeated.begin(), repeated.end(), nodes[i].id) == repeated.end())
+            {
+                repeated.push_back(nodes[i].id);
+            }
+        }
+        return repeated;
+    }
+
+    std::vector<long long> UnlinkedIds() const
+    {
+        std::vector<long long> ids;
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+        {
+            if (Neighbours(i, true).empty() && Neighbours(i, false).empty())
+            {
+                ids.push_back(nodes[i].id);
+            }
+        }
+        return ids;
+    }
+
+    /// The linked nodes of each connected part.
+    std::vector<std::vector<long long>> Parts() const
+    {
+        const Closure either = Reached(true);
+        return Classes([&either](std::size_t a, std::size_t b) { return either[a][b] && either[b][b]; });
+    }
+
+    /// The nodes of each set in which each lies on a cycle with each.
+    std::vector<std::vector<long long>> CyclicParts() const
+    {
+        const Closure directed = Reached(false);
+        return Classes(
+            [&directed](std::size_t a, std::size_t b) { return directed[a][b] && directed[b][a]; });
+    }
+
     /// By the closure of the links: a cycle is a node that reaches itself, and a graph is connected when
     /// everything is reached both ways.
     bool IsValid() const
     {
         const std::size_t count = nodes.size();
-        std::vector<std::vector<bool>> directed(count, std::vector<bool>(count));
-        std::vector<std::vector<bool>> either = directed;
-        for (const Link& link : links)
-        {
-            const std::size_t source = PositionOf(link.source);
-            const std::size_t target = PositionOf(link.target);
-            directed[source][target] = either[source][target] = either[target][source] = true;
-        }
-        Close(directed);
-        Close(either);
+        const Closure directed = Reached(false);
+        const Closure either = Reached(true);
         bool valid = count >= 2;
         for (std::size_t i = 0; i < count; ++i)
         {
@@ -190,7 +245,49 @@ public:
     int nextKey = 0;
 
 private:
-    static void Close(std::vector<std::vector<bool>>& reaches)
+    using Closure = std::vector<std::vector<bool>>;
+
+    /// Which position reaches which along one link or more, or along links taken either way.
+    Closure Reached(bool eitherWay) const
+    {
+        Closure reaches(nodes.size(), std::vector<bool>(nodes.size()));
+        for (const Link& link : links)
+        {
+            const std::size_t source = PositionOf(link.source);
+            const std::size_t target = PositionOf(link.target);
+            reaches[source][target] = true;
+            reaches[target][source] = reaches[target][source] || eitherWay;
+        }
+        Close(reaches);
+        return reaches;
+    }
+
+    /// The classes of the nodes that are together with themselves, in the order of their first nodes.
+    template <class Together>
+    std::vector<std::vector<long long>> Classes(Together&& together) const
+    {
+        std::vector<std::vector<long long>> classes;
+        for (std::size_t first = 0; first < nodes.size(); ++first)
+        {
+            std::vector<long long> ids;
+            bool isFirst = true;
+            for (std::size_t other = 0; other < nodes.size(); ++other)
+            {
+                if (together(first, other))
+                {
+                    isFirst = isFirst && other >= first;
+                    ids.push_back(nodes[other].id);
+                }
+            }
+            if (isFirst && !ids.empty())
+            {
+                classes.push_back(ids);
+            }
+        }
+        return classes;
+    }
+
+    static void Close(Closure& reaches)
     {
         for (std::size_t via = 0; via < reaches.size(); ++via)
         {
