@@ -9,6 +9,7 @@ PresetFileException::~PresetFileException() noexcept = default;
 PlanException::~PlanException() noexcept = default;
 JobException::~JobException() noexcept = default;
 RunException::~RunException() noexcept = default;
+TranscodeFailed::~TranscodeFailed() noexcept = default;
 
 void details::TagPlace(const Place& place, const MediaException& exception)
 {

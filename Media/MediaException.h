@@ -8,6 +8,7 @@
 #include <exception>
 #include <string>
 #include <utility>
+#include <vector>
 
 /// \file
 /// What goes wrong on the road from a file to a finished transcode. Every exception carries a description;
@@ -23,6 +24,8 @@ struct ZELNOR_API NodeTag;
 struct ZELNOR_API LinkTag;
 struct ZELNOR_API StreamTag;
 struct ZELNOR_API KeyTag;
+struct ZELNOR_API ExitCodeTag;
+struct ZELNOR_API MessagesTag;
 } // namespace details
 
 /// The root of this library's exceptions.
@@ -76,6 +79,18 @@ class ZELNOR_API RunException : public virtual MediaException
 {
 public:
     ~RunException() noexcept override;
+};
+
+/// ffmpeg failed to make a target, which `TagFile` names.
+class ZELNOR_API TranscodeFailed : public virtual RunException
+{
+public:
+    /// Of ffmpeg; 128 + the signal's number when a signal ended it.
+    using TagExitCode = boost::error_info<details::ExitCodeTag, int>;
+    /// The last lines that ffmpeg wrote, in order; there may be none.
+    using TagMessages = boost::error_info<details::MessagesTag, std::vector<std::string>>;
+
+    ~TranscodeFailed() noexcept override;
 };
 
 /// An exception with that description.

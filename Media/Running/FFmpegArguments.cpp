@@ -44,15 +44,15 @@ const std::string& RecordNameOf(StreamKind kind)
                                        : IFormatCodecSubtitle::TAG_FORMAT_CODEC_SUBTITLE;
 }
 
+using Slot = FFmpegPass::Slot;
+
 /// Builds the arguments of one run.
 class Builder
 {
 public:
-    Builder(const Transcode& transcode, const PassFiles& files, Pass pass)
-        : m_transcode(transcode), m_files(files), m_pass(pass)
-    {}
+    Builder(const Transcode& transcode, Pass pass) : m_transcode(transcode), m_pass(pass) {}
 
-    std::vector<std::string> Build()
+    FFmpegPass Build()
     {
         if (FindMuxer(m_transcode.container) == nullptr)
         {
@@ -60,7 +60,7 @@ public:
                                                         m_transcode.container + "'"));
         }
         Add({"-hide_banner", "-nostdin", "-v", "error", "-nostats", "-progress", "pipe:1"});
-        Add({m_files.replace || m_pass == Pass::First ? "-y" : "-n"});
+        m_pass == Pass::First ? Add({"-y"}) : m_arguments.Add(Slot::Replace);
         for (std::size_t i = 0; i < m_transcode.inputs.size(); ++i)
         {
             AddInput(i);
@@ -87,7 +87,10 @@ public:
 private:
     void Add(std::initializer_list<std::string> arguments)
     {
-        m_arguments.insert(m_arguments.end(), arguments);
+        for (const std::string& argument : arguments)
+        {
+            m_arguments.Add(Slot::Text, argument);
+        }
     }
     /// An option for one stream of the output.
     void AddFor(unsigned int position, const std::string& option, const std::string& value)
@@ -230,8 +233,8 @@ private:
         }
         AddFor(position, "pass", m_pass == Pass::First ? "1" : "2");
         // Not the output's position, which is another one in the first pass.
-        AddFor(position, "passlogfile",
-               m_files.passLog + std::to_string(stream.input) + "-" + std::to_string(stream.stream));
+        Add({"-passlogfile:" + std::to_string(position)});
+        m_arguments.Add(Slot::PassLog, std::to_string(stream.input) + "-" + std::to_string(stream.stream));
     }
 
     /// A record's texts about the stream or file.
@@ -272,13 +275,13 @@ private:
         {
             Add({"-muxrate", "10080000", "-packetsize", "2048"});
         }
-        Add({"-f", muxer->name, FFmpegFileName(m_files.output)});
+        Add({"-f", muxer->name});
+        m_arguments.Add(Slot::Output);
     }
 
     const Transcode& m_transcode;
-    const PassFiles& m_files;
     Pass m_pass;
-    std::vector<std::string> m_arguments;
+    FFmpegPass m_arguments;
 };
 
 /// An argument cannot hold a NUL byte; what comes after it would be cut off silently.
@@ -296,19 +299,44 @@ void CheckArguments(const std::vector<std::string>& arguments)
 
 } // namespace
 
-std::vector<std::vector<std::string>> MakeFFmpegArguments(const Transcode& transcode, const PassFiles& files)
+std::vector<std::string> FFmpegPass::Arguments(const PassFiles& files) const
+{
+    std::vector<std::string> arguments;
+    arguments.reserve(m_arguments.size());
+    for (const auto& [slot, text] : m_arguments)
+    {
+        switch (slot)
+        {
+        case Slot::Text:
+            arguments.push_back(text);
+            break;
+        case Slot::Replace:
+            arguments.emplace_back(files.replace ? "-y" : "-n");
+            break;
+        case Slot::PassLog:
+            arguments.push_back(files.passLog + text);
+            break;
+        case Slot::Output:
+            arguments.push_back(FFmpegFileName(files.output));
+            break;
+        }
+    }
+    return arguments;
+}
+
+std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode)
 {
     const bool twoPasses =
         std::any_of(transcode.streams.begin(), transcode.streams.end(),
                     [](const TranscodeStream& stream) { return WantsTwoPasses(stream.codec); });
-    std::vector<std::vector<std::string>> runs;
+    std::vector<FFmpegPass> passes;
     for (const Pass pass :
          twoPasses ? std::vector<Pass>{Pass::First, Pass::Second} : std::vector<Pass>{Pass::Only})
     {
-        runs.push_back(Builder(transcode, files, pass).Build());
-        CheckArguments(runs.back());
+        passes.push_back(Builder(transcode, pass).Build());
+        CheckArguments(passes.back().Arguments({transcode.output, "", false}));
     }
-    return runs;
+    return passes;
 }
 
 } // namespace Zelnor::Media

@@ -5,6 +5,7 @@
 #include "Media/Running/Transcode.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Zelnor::Media
@@ -18,10 +19,30 @@ struct PassFiles
     bool replace = true; ///< whether the file to write may be there already
 };
 
-/// The arguments, without the program's name, of the runs of ffmpeg that make the transcode: one, or two when
-/// a stream is to be encoded in two passes. Everything in the records is honoured or refused.
+/// One run of ffmpeg. Its arguments are made and checked before anything starts; the files that are known
+/// only when it starts are filled in.
+class ZELNOR_API FFmpegPass
+{
+public:
+    enum class Slot
+    {
+        Text,    ///< the text as it is
+        Replace, ///< "-y" or "-n"
+        PassLog, ///< the beginning of the pass log's name, then the text
+        Output,  ///< the output file
+    };
+
+    void Add(Slot slot, const std::string& text = "") { m_arguments.emplace_back(slot, text); }
+    /// Without the program's name.
+    std::vector<std::string> Arguments(const PassFiles& files) const;
+
+private:
+    std::vector<std::pair<Slot, std::string>> m_arguments;
+};
+
+/// The runs of ffmpeg that make the transcode: one, or two when a stream is to be encoded in two passes.
+/// Everything in the records is honoured or refused.
 /// \throw RunException with the reason why something cannot be done
-ZELNOR_API std::vector<std::vector<std::string>> MakeFFmpegArguments(const Transcode& transcode,
-                                                                     const PassFiles& files);
+ZELNOR_API std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode);
 
 } // namespace Zelnor::Media

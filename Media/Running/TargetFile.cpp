@@ -90,7 +90,7 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     struct stat status = {};
     if (name.empty() || name.find('\0') != std::string::npos)
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("'" + name + "' is no name for an output"));
+        ZELNOR_THROW(kUnit, MakeError<RunException>("'" + name + "' is not a name for a target"));
     }
     if (::stat(name.c_str(), &status) != 0)
     {
@@ -102,8 +102,8 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     }
     if (S_ISREG(status.st_mode) && !overwrite)
     {
-        ZELNOR_THROW(kUnit,
-                     MakeError<RunException>("'" + name + "' is there already; --overwrite replaces it"));
+        ZELNOR_THROW(kUnit, MakeError<RunException>("'" + name +
+                                                    "' exists already; the option 'overwrite' replaces it"));
     }
 }
 

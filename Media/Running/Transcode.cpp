@@ -94,7 +94,7 @@ void CheckDecoder(NodeId node, const Property& record)
 class Reader
 {
 public:
-    Reader(const JobFile& job, NodeId target) : m_graph(*job.graph), m_target(target) {}
+    Reader(const ITranscodingMetaGraph& job, NodeId target) : m_graph(job), m_target(target) {}
 
     Transcode Read()
     {
@@ -174,14 +174,14 @@ private:
 
 } // namespace
 
-std::vector<Transcode> ReadTranscodes(const JobFile& job)
+std::vector<Transcode> ReadTranscodes(const ITranscodingMetaGraph& job)
 {
-    if (!job.graph->TopologyIsValid())
+    if (!job.TopologyIsValid())
     {
         ZELNOR_THROW(kUnit, MakeError<RunException>("The job is not valid; 'zconf job check' tells why"));
     }
     std::vector<NodeId> targets;
-    job.graph->Outputs(targets);
+    job.Outputs(targets);
     std::vector<Transcode> transcodes;
     for (const NodeId target : targets)
     {

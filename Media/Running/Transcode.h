@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Media/Jobs/JobFile.h"
 #include "Media/Probe/MediaProbe.h"
 
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/Export.h"
 #include "Core/Interfaces/Property.h"
 
@@ -40,6 +40,6 @@ struct Transcode
 /// What there is to do for a job, a transcode for each of its targets, in the document's order. Looks into
 /// the inputs. \throw RunException when the job is not of the form that can be run: source -> raw stream ->
 /// target
-ZELNOR_API std::vector<Transcode> ReadTranscodes(const JobFile& job);
+ZELNOR_API std::vector<Transcode> ReadTranscodes(const Conf::ITranscodingMetaGraph& job);
 
 } // namespace Zelnor::Media

@@ -68,7 +68,7 @@ TEST_F(JobRun, AnExistingFileIsKeptUnlessAskedOtherwise)
 {
     Mp3();
     Write("out.mp3", "old");
-    ExpectFailure(RunJob(), "'out.mp3' is there already; --overwrite replaces it");
+    ExpectFailure(RunJob(), "'out.mp3' exists already; the option 'overwrite' replaces it");
     EXPECT_EQ(Read("out.mp3"), "old");
     EXPECT_EQ(RunJob({"--overwrite"}).exitCode, 0);
     EXPECT_EQ(Facts("out.mp3").Audio().codec, "mp3");
@@ -325,7 +325,7 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
          "Node 1 cannot be run: its source is of the type 'camera', not a file"},
         {R"("filePath":"in.mkv")", R"("filePath":"gone")", "Cannot read 'gone': No such file or directory"},
         {R"("filePath":"out.mp4")", R"("filePath":"in.mkv")",
-         "The output and the input are the same file: 'in.mkv'"},
+         "job.json: node 4: the target and the source are the same file: 'in.mkv'"},
     };
     for (const Case& entry : kCases)
     {

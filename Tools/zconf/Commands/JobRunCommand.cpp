@@ -1,9 +1,6 @@
 #include "Media/Jobs/JobFile.h"
-#include "Media/Running/FFmpegArguments.h"
-#include "Media/Running/FFmpegProcess.h"
-#include "Media/Running/Files.h"
-#include "Media/Running/TargetFile.h"
-#include "Media/Running/Transcode.h"
+#include "Media/Running/JobPreparation.h"
+#include "Media/Running/JobRun.h"
 #include "Tools/zconf/Commands/JobCommands.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
@@ -15,12 +12,11 @@
 #include "Tools/zconf/Console/StandardStreams.h"
 #include "Tools/zconf/Console/Text.h"
 
-#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
-#include <optional>
-#include <utility>
+#include <string>
+#include <vector>
 
 namespace Zelnor::Tool
 {
@@ -53,153 +49,86 @@ std::vector<std::string> Command(const Options& options, const std::vector<std::
     return command;
 }
 
-/// Nothing may write over what it reads.
-void CheckTarget(const Media::Transcode& transcode, const Options& options)
+int Print(const Media::JobFile& job, const Options& options)
 {
-    for (const Media::MediaFile& input : transcode.inputs)
-    {
-        if (Media::IsSameFile(input.name, transcode.output))
-        {
-            throw ToolError("The output and the input are the same file: '" + transcode.output + "'");
-        }
-    }
-    Media::CheckReplaceable(transcode.output, options.overwrite);
-}
-
-int Print(const std::vector<Media::Transcode>& transcodes, const Options& options)
-{
+    Media::PreparationOptions preparation;
+    preparation.document = job.name;
+    preparation.checkTargets = false;
     std::string text;
-    for (const Media::Transcode& transcode : transcodes)
+    for (const Media::PreparedTranscode& prepared : Media::PrepareJob(*job.graph, preparation))
     {
-        for (const auto& arguments :
-             Media::MakeFFmpegArguments(transcode, {transcode.output, "ffmpeg2pass-", options.overwrite}))
+        for (const Media::FFmpegPass& pass : prepared.passes)
         {
-            text += ShellLine(Command(options, arguments)) + "\n";
+            const Media::PassFiles files = {prepared.transcode.output, "ffmpeg2pass-", options.overwrite};
+            text += ShellLine(Command(options, pass.Arguments(files))) + "\n";
         }
     }
     WriteText(text);
     return kExitSuccess;
 }
 
-std::optional<std::int64_t> DurationOf(const Media::Transcode& transcode)
-{
-    std::optional<std::int64_t> longest;
-    for (const Media::MediaFile& input : transcode.inputs)
-    {
-        longest = std::max(longest, input.duration);
-    }
-    return longest;
-}
-
-void ReportEngine(const std::string& sentence, const std::vector<std::string>& messages)
+void WriteWithLines(const std::string& sentence, const std::vector<std::string>& lines)
 {
     WriteMessage("zconf: " + sentence + "\n");
-    for (const std::string& message : messages)
+    for (const std::string& line : lines)
     {
-        WriteMessage("  " + Printable(message) + "\n");
+        WriteMessage("  " + Printable(line) + "\n");
     }
 }
 
-enum class Outcome
+void ReportDone(const Media::TargetResult& target, ProgressDisplay& display)
 {
-    Done,
-    Failed,
-    Stopped,
-};
-
-Outcome RunPasses(const std::vector<std::vector<std::string>>& passes, const Options& options,
-                  ProgressDisplay& display, std::vector<std::string>& messages)
-{
-    for (std::size_t i = 0; i < passes.size(); ++i)
+    display.ShowDone(target.file);
+    if (!target.warnings.empty())
     {
-        display.BeginRun(i);
-        Media::EngineResult result = Media::RunEngine(
-            Command(options, passes[i]), [&display](const auto& progress) { display.Show(progress); },
-            [] { return SignalGuard::Caught() != 0; });
-        messages = std::move(result.messages);
-        if (SignalGuard::Caught() != 0)
-        {
-            return Outcome::Stopped;
-        }
-        if (result.exitCode != 0)
-        {
-            messages.push_back("(exit code " + std::to_string(result.exitCode) + ")");
-            return Outcome::Failed;
-        }
+        WriteWithLines("note: ffmpeg reported warnings for '" + Printable(target.file) + "':",
+                       target.warnings);
     }
-    return Outcome::Done;
 }
 
-Outcome RunOne(const Media::Transcode& transcode, const Options& options)
+int ReportFailed(const Media::TranscodeFailed& failure)
 {
-    Media::TargetFile target(transcode.output, options.overwrite);
-    const Media::TemporaryFolder folder;
-    const auto passes =
-        Media::MakeFFmpegArguments(transcode, {target.GetWorkName(), folder.GetName() + "/pass-", true});
-    std::vector<std::string> messages;
-    Outcome outcome = Outcome::Done;
-    {
-        ProgressDisplay display(transcode.output, DurationOf(transcode), passes.size());
-        outcome = RunPasses(passes, options, display, messages);
-        if (outcome == Outcome::Done)
-        {
-            target.Commit();
-            display.ShowDone();
-        }
-    }
-    if (outcome == Outcome::Failed)
-    {
-        ReportEngine("ffmpeg failed to make '" + Printable(transcode.output) + "':", messages);
-    }
-    else if (outcome == Outcome::Done && !messages.empty())
-    {
-        ReportEngine("note: ffmpeg had something to say about '" + Printable(transcode.output) + "':",
-                     messages);
-    }
-    return outcome;
+    std::vector<std::string> lines = *boost::get_error_info<Media::TranscodeFailed::TagMessages>(failure);
+    lines.push_back("(exit code " +
+                    std::to_string(*boost::get_error_info<Media::TranscodeFailed::TagExitCode>(failure)) +
+                    ")");
+    const std::string file = *boost::get_error_info<Media::MediaException::TagFile>(failure);
+    WriteWithLines("ffmpeg failed to make '" + Printable(file) + "':", lines);
+    return kExitFFmpeg;
 }
 
-int RunAll(const std::vector<Media::Transcode>& transcodes, const Options& options)
+int RunTargets(const Media::JobFile& job, const Options& options)
 {
-    Outcome outcome = Outcome::Done;
+    Media::RunResult result;
     int signal = 0;
+    try
     {
-        const SignalGuard guard;
-        for (const Media::Transcode& transcode : transcodes)
-        {
-            outcome = RunOne(transcode, options);
-            if (outcome != Outcome::Done)
-            {
-                break;
-            }
-        }
+        ProgressDisplay display;
+        Media::RunOptions run;
+        run.ffmpeg = options.ffmpeg;
+        run.overwrite = options.overwrite;
+        run.document = job.name;
+        run.onProgress = [&display](const Media::RunProgress& progress) { display.Show(progress); };
+        run.onTargetDone = [&display](const Media::TargetResult& target) { ReportDone(target, display); };
+        const SignalGuard guard(run.cancel);
+        result = Media::RunJob(*job.graph, run);
         signal = SignalGuard::Caught();
     }
-    if (outcome == Outcome::Stopped)
+    catch (const Media::TranscodeFailed& failure)
+    {
+        return ReportFailed(failure);
+    }
+    if (signal != 0 && !result.IsDone())
     {
         EndBy(signal);
     }
-    return outcome == Outcome::Failed ? kExitEngine : kExitSuccess;
+    return kExitSuccess;
 }
 
 int Run(const Options& options)
 {
     const Media::JobFile job = Media::ReadJob(*OpenInput(options.job), InputName(options.job));
-    const std::vector<Media::Transcode> transcodes = Media::ReadTranscodes(job);
-    // Everything is asked before anything is begun.
-    for (const Media::Transcode& transcode : transcodes)
-    {
-        Media::MakeFFmpegArguments(transcode, {transcode.output, "", options.overwrite});
-        if (!options.dryRun)
-        {
-            CheckTarget(transcode, options);
-        }
-    }
-    if (options.dryRun)
-    {
-        return Print(transcodes, options);
-    }
-    return RunAll(transcodes, options);
+    return options.dryRun ? Print(job, options) : RunTargets(job, options);
 }
 
 } // namespace

@@ -14,7 +14,7 @@ namespace Zelnor::Tool
 constexpr int kExitSuccess = 0;
 constexpr int kExitNo = 1;      ///< the command worked, and its answer is no
 constexpr int kExitFailure = 2; ///< the command failed, or was used wrongly
-constexpr int kExitEngine = 3;  ///< ffmpeg failed
+constexpr int kExitFFmpeg = 3;  ///< ffmpeg failed
 
 /// A failure that the tool itself found; `what()` is the sentence for the user.
 class ToolError : public std::runtime_error

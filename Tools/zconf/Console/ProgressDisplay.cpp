@@ -38,69 +38,65 @@ std::string TimeLeft(double seconds)
 
 } // namespace
 
-std::string ProgressText(std::optional<double> part, double speed, std::optional<std::int64_t> left)
+std::string ProgressText(const Media::RunProgress& progress)
 {
     std::string text;
-    const auto add = [&text](const std::string& fact) { text += (text.empty() ? "" : "  ") + fact; };
-    if (part)
+    const auto add = [&text](const std::string& field) { text += (text.empty() ? "" : "  ") + field; };
+    if (progress.part)
     {
-        add(std::to_string(static_cast<int>(*part * 100)) + "%");
+        add(std::to_string(static_cast<int>(*progress.part * 100)) + "%");
     }
-    if (speed > 0)
+    if (progress.speed > 0)
     {
-        add(Fixed(speed) + "x");
-        if (left)
+        add(Fixed(progress.speed) + "x");
+        if (progress.duration)
         {
-            add(TimeLeft(static_cast<double>(*left) / kSecond / speed) + " left");
+            const auto passes = static_cast<double>(progress.passCount - progress.pass);
+            const double left =
+                static_cast<double>(*progress.duration) * passes - static_cast<double>(progress.done);
+            add(TimeLeft(std::max(left, 0.0) / kSecond / progress.speed) + " left");
         }
     }
     return text;
 }
 
-ProgressDisplay::ProgressDisplay(std::string name, std::optional<std::int64_t> duration, std::size_t runs)
-    : m_name(Printable(name)), m_duration(duration), m_runs(runs), m_isTerminal(::isatty(STDERR_FILENO) != 0)
-{}
+ProgressDisplay::ProgressDisplay() : m_isTerminal(::isatty(STDERR_FILENO) != 0) {}
 
 ProgressDisplay::~ProgressDisplay() { Clear(); }
 
-void ProgressDisplay::Show(const Media::EngineProgress& progress)
+void ProgressDisplay::Show(const Media::RunProgress& progress)
 {
-    std::optional<double> part;
-    std::optional<std::int64_t> left;
-    if (m_duration)
-    {
-        const std::int64_t done = std::clamp<std::int64_t>(progress.done, 0, *m_duration);
-        part = (static_cast<double>(m_run) + static_cast<double>(done) / static_cast<double>(*m_duration)) /
-               static_cast<double>(m_runs);
-        left = *m_duration * static_cast<std::int64_t>(m_runs - m_run) - done;
-    }
-    const std::string facts = ProgressText(part, progress.speed, left);
+    const std::string text = ProgressText(progress);
     if (m_isTerminal)
     {
-        ShowBar(facts, part.value_or(0));
+        ShowBar(text, progress);
         return;
     }
-    const int tenths = static_cast<int>(part.value_or(0) * 10);
+    if (std::exchange(m_target, progress.target) != progress.target)
+    {
+        m_tenths = 0;
+    }
+    const int tenths = static_cast<int>(progress.part.value_or(0) * 10);
     if (tenths > m_tenths && tenths < 10)
     {
         m_tenths = tenths;
-        WriteMessage("zconf: " + m_name + ": " + facts + "\n");
+        WriteMessage("zconf: " + Printable(progress.file) + ": " + text + "\n");
     }
 }
 
-void ProgressDisplay::ShowBar(const std::string& facts, double part)
+void ProgressDisplay::ShowBar(const std::string& text, const Media::RunProgress& progress)
 {
     constexpr std::size_t kWidth = 30;
-    const auto filled = static_cast<std::size_t>(part * kWidth);
+    const auto filled = static_cast<std::size_t>(progress.part.value_or(0) * kWidth);
     m_barIsShown = true;
     WriteMessage(kEraseLine + ("[" + std::string(filled, '#')) + std::string(kWidth - filled, '-') + "] " +
-                 facts + "  " + m_name);
+                 text + "  " + Printable(progress.file));
 }
 
-void ProgressDisplay::ShowDone()
+void ProgressDisplay::ShowDone(const std::string& file)
 {
     Clear();
-    WriteMessage("zconf: " + m_name + ": done\n");
+    WriteMessage("zconf: " + Printable(file) + ": done\n");
 }
 
 void ProgressDisplay::Clear()

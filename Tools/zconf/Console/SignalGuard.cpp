@@ -14,13 +14,20 @@ constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
 volatile std::sig_atomic_t g_caught = 0;
 std::array<struct sigaction, kSignals.size()> g_former;
 
-void Catch(int signal) { g_caught = signal; }
+const Media::CancelToken* g_cancel = nullptr;
+
+void Catch(int signal)
+{
+    g_caught = signal;
+    g_cancel->Cancel();
+}
 
 } // namespace
 
-SignalGuard::SignalGuard()
+SignalGuard::SignalGuard(const Media::CancelToken& cancel)
 {
     g_caught = 0;
+    g_cancel = &cancel;
     struct sigaction action = {};
     action.sa_handler = Catch;
     for (std::size_t i = 0; i < kSignals.size(); ++i)

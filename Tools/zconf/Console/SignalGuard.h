@@ -1,14 +1,17 @@
 #pragma once
 
+#include "Media/Running/JobRun.h"
+
 namespace Zelnor::Tool
 {
 
-/// While there is one, SIGINT, SIGTERM and SIGHUP do not end this process but are kept, so that it can stop
-/// ffmpeg and tidy up.
+/// While there is one, SIGINT, SIGTERM and SIGHUP do not end this process but cancel what it runs, so that it
+/// can stop ffmpeg and tidy up.
 class SignalGuard
 {
 public:
-    SignalGuard();
+    /// \param cancel  is cancelled when a signal comes; must outlive this object
+    explicit SignalGuard(const Media::CancelToken& cancel);
     /// Restores what the signals did before.
     ~SignalGuard();
     SignalGuard(const SignalGuard&) = delete;

@@ -10,15 +10,15 @@
 namespace Zelnor::Media
 {
 
-/// How far a run of the engine is.
-struct EngineProgress
+/// How far a run of ffmpeg is.
+struct FFmpegProgress
 {
     std::int64_t done = 0; ///< microseconds of the output
     double speed = 0;      ///< 2.0: twice as fast as it plays; 0: not known yet
 };
 
 /// What became of a run.
-struct EngineResult
+struct FFmpegResult
 {
     int exitCode = 0;                  ///< 128 + the signal's number when a signal ended it
     std::vector<std::string> messages; ///< its last lines
@@ -27,8 +27,8 @@ struct EngineResult
 /// Runs the program, found through PATH and without a shell, and reports its progress. Once `isCancelled`
 /// says so, the program is asked to end, and ended when it does not do so soon. \throw RunException when
 /// there is no such program, or it may not be run
-ZELNOR_API EngineResult RunEngine(const std::vector<std::string>& command,
-                                  const std::function<void(const EngineProgress&)>& report,
+ZELNOR_API FFmpegResult RunFFmpeg(const std::vector<std::string>& command,
+                                  const std::function<void(const FFmpegProgress&)>& report,
                                   const std::function<bool()>& isCancelled);
 
 } // namespace Zelnor::Media

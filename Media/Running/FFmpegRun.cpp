@@ -1,4 +1,4 @@
-#include "Media/Running/FFmpegProcess.h"
+#include "Media/Running/FFmpegRun.h"
 
 #include "Media/MediaException.h"
 
@@ -27,7 +27,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kUnit = "Media/Running/FFmpegProcess";
+constexpr const char* kUnit = "Media/Running/FFmpegRun";
 
 constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
 
@@ -95,7 +95,7 @@ private:
 class ProgressReader
 {
 public:
-    explicit ProgressReader(std::function<void(const EngineProgress&)> report) : m_report(std::move(report))
+    explicit ProgressReader(std::function<void(const FFmpegProgress&)> report) : m_report(std::move(report))
     {}
 
     void Line(const std::string& line)
@@ -121,8 +121,8 @@ public:
     }
 
 private:
-    std::function<void(const EngineProgress&)> m_report;
-    EngineProgress m_progress;
+    std::function<void(const FFmpegProgress&)> m_report;
+    FFmpegProgress m_progress;
 };
 
 /// A program that runs with its output and messages in pipes.
@@ -263,8 +263,8 @@ private:
 
 } // namespace
 
-EngineResult RunEngine(const std::vector<std::string>& command,
-                       const std::function<void(const EngineProgress&)>& report,
+FFmpegResult RunFFmpeg(const std::vector<std::string>& command,
+                       const std::function<void(const FFmpegProgress&)>& report,
                        const std::function<bool()>& isCancelled)
 {
     constexpr std::size_t kKeptLines = 10;
@@ -280,7 +280,7 @@ EngineResult RunEngine(const std::vector<std::string>& command,
     });
     Child child(command, isCancelled);
     child.Read(output, messages);
-    EngineResult result;
+    FFmpegResult result;
     result.exitCode = child.Wait();
     result.messages.assign(kept.begin(), kept.end());
     return result;

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Media/Running/FFmpegArguments.h"
+#include "Media/Running/Transcode.h"
+
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
+#include "Core/Interfaces/Export.h"
+
+#include <string>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// A transcode that was asked everything there is to ask before it starts.
+struct PreparedTranscode
+{
+    Transcode transcode;
+    std::vector<FFmpegPass> passes;
+};
+
+/// What is asked of a job beside what stands in it.
+struct PreparationOptions
+{
+    std::string document = {}; ///< what messages call the job; empty when it is not from a file
+    bool checkTargets = true;  ///< whether the targets can be written
+    bool overwrite = false;    ///< whether they may be there already
+};
+
+/// Asks everything that can be known before the job runs, of every target.
+/// \throw MediaException with the first reason why the job cannot be run
+ZELNOR_API std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,
+                                                     const PreparationOptions& options = {});
+
+} // namespace Zelnor::Media
