@@ -10,3 +10,14 @@ mark_as_advanced(ZELNOR_RAPIDJSON_INCLUDE_DIR ZELNOR_AVCODEC_INCLUDE_DIR)
 include(ZelnorFFmpeg)
 zelnor_ffmpeg_codecs("${ZELNOR_AVCODEC_INCLUDE_DIR}"
                      "${ZELNOR_GENERATED_DIR}/Conf/Interfaces/Vocabulary/FFmpegCodecs.h")
+
+# FFmpeg's libraries: the media library needs them, and the tests compare our tables with theirs where they are at hand.
+if(ZELNOR_BUILD_MEDIA)
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(ZELNOR_LIBAV REQUIRED IMPORTED_TARGET GLOBAL libavformat libavcodec libavutil)
+elseif(ZELNOR_BUILD_TESTS)
+  find_package(PkgConfig)
+  if(PkgConfig_FOUND)
+    pkg_check_modules(ZELNOR_LIBAV IMPORTED_TARGET GLOBAL libavformat libavcodec libavutil)
+  endif()
+endif()

@@ -39,7 +39,7 @@ function(zelnor_target target)
   endif()
 endfunction()
 
-# zelnor_library(<target> <output name>): a shared library of the package.
+# zelnor_library(<target> <output name>): a shared library of the package. Its file set HEADERS holds what is installed.
 function(zelnor_library target output)
   zelnor_target(${target})
   set_target_properties(
@@ -56,7 +56,4 @@ function(zelnor_library target output)
   endif()
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${exports}")
   target_compile_features(${target} PUBLIC cxx_std_17)
-  target_include_directories(
-    ${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>" "$<BUILD_INTERFACE:${ZELNOR_GENERATED_DIR}>"
-                     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zelnor>")
 endfunction()

@@ -12,7 +12,7 @@ public() {
         find . -type f -printf '%P\n'
     fi
 }
-if ! diff <(public | sort) <(cd "$prefix/include/zelnor" && find . -type f -printf '%P\n' | sort); then
+if ! diff <(public | sort) <(cd "$prefix/include/zelnor" && find Core Conf -type f | sort); then
     echo "what is installed is not what is public"
     exit 1
 fi
