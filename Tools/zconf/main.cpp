@@ -1,3 +1,4 @@
+#include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Logging.h"
@@ -12,7 +13,7 @@ int main(int argc, char** argv)
     {
         PrepareStandardStreams();
         const Logging logging(argv[0]);
-        return RunCommandLine(argc, argv);
+        return RunCommandLine(argc, argv, AddAllCommands);
     }
     catch (const ClosedPipe&)
     {

@@ -51,18 +51,22 @@ std::string VideoCodec(const std::string& name)
     return codec->id;
 }
 
-Facts Answer(const BitrateQuestion& question)
+Description Answer(const BitrateQuestion& question)
 {
     const auto& [codec, size, fps, quality] = question;
-    Facts facts = {{"codec", codec}, {"width", size.width}, {"height", size.height}, {"fps", fps}};
+    Description description = {
+        {"codec", codec}, {"width", size.width}, {"height", size.height}, {"fps", fps}};
     if (quality != kNoQuality)
     {
-        facts.push_back({"quality", static_cast<long long>(quality)});
+        description.push_back({"quality", static_cast<long long>(quality)});
     }
-    facts.push_back({"default", Conf::GetDefaultVideoBitrate(codec, size.width, size.height, fps, quality)});
-    facts.push_back({"minimum", Conf::GetMinVideoBitrate(codec, size.width, size.height, fps, quality)});
-    facts.push_back({"maximum", Conf::GetMaxVideoBitrate(codec, size.width, size.height, fps, quality)});
-    return facts;
+    description.push_back(
+        {"default", Conf::GetDefaultVideoBitrate(codec, size.width, size.height, fps, quality)});
+    description.push_back(
+        {"minimum", Conf::GetMinVideoBitrate(codec, size.width, size.height, fps, quality)});
+    description.push_back(
+        {"maximum", Conf::GetMaxVideoBitrate(codec, size.width, size.height, fps, quality)});
+    return description;
 }
 
 int Run(const Options& options)
@@ -78,7 +82,7 @@ int Run(const Options& options)
             return kExitSuccess;
         }
     }
-    const Facts answer = Answer(question);
+    const Description answer = Answer(question);
     if (options.json)
     {
         WriteJsonAnswer(answer);
@@ -86,7 +90,7 @@ int Run(const Options& options)
     else
     {
         // What was asked need not be told again.
-        WriteText(LinesText(Facts(answer.end() - 3, answer.end()), 0, Painter::ForStandardOutput()));
+        WriteText(LinesText(Description(answer.end() - 3, answer.end()), 0, Painter::ForStandardOutput()));
     }
     return kExitSuccess;
 }
@@ -106,7 +110,7 @@ void AddBitrateCommand(CLI::App& app)
         ->check(CLI::Range(1, Conf::IFormatCodec::MAX_QUALITY));
     command->add_option("--curve", options->curve,
                         "Also draw the bitrates of larger and smaller frames in this SVG file, with gnuplot");
-    command->add_flag("--json", options->json, "Answer for scripts");
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

@@ -50,8 +50,8 @@ std::string BitrateCurveScript(const BitrateQuestion& question)
     std::string script = "set terminal svg size 900,540 noenhanced background 'white'\n"
                          "set encoding utf8\n"
                          "set title '" +
-                         question.codecId + ", frames of the shape " + FactText(std::vector{question.size}) +
-                         ", " + FactText(question.fps) +
+                         question.codecId + ", frames of the shape " + FieldText(std::vector{question.size}) +
+                         ", " + FieldText(question.fps) +
                          " a second'\n"
                          "set xlabel 'Height of the frame'\n"
                          "set ylabel 'Mbit/s'\n"
@@ -60,7 +60,7 @@ std::string BitrateCurveScript(const BitrateQuestion& question)
                          "plot " +
                          curve + "lines lw 2 title 'maximum', " + curve + "lines lw 2 title 'default', " +
                          curve + "lines lw 2 title 'minimum', " + curve + "points pt 7 title '" +
-                         FactText(std::vector{question.size}) + "'\n";
+                         FieldText(std::vector{question.size}) + "'\n";
     for (const Calculate calculate : {calculateMax, calculateDefault, calculateMin})
     {
         script += Points(question, calculate, highest) + "e\n";

@@ -125,9 +125,9 @@ std::vector<std::string> CodecsOf(const Implementations& implementations)
 }
 
 /// Implementations with the accelerator and the codec that they serve, where they serve one only.
-std::vector<Facts> ListImplementations(const std::vector<std::string>& names, Query query)
+std::vector<Description> ListImplementations(const std::vector<std::string>& names, Query query)
 {
-    std::vector<Facts> things;
+    std::vector<Description> things;
     for (const std::string& name : names)
     {
         std::string accelerator;
@@ -275,14 +275,14 @@ std::vector<std::string> AcceleratedDecodersOf(const std::string& codecId)
     return AcceleratedOf(codecId, DecodersOf);
 }
 
-std::vector<Facts> ListCodecs()
+std::vector<Description> ListCodecs()
 {
     std::map<std::string, long long> numbers;
     for (const auto& [id, text] : Conf::GetFFCodecsMap())
     {
         numbers[text] = id;
     }
-    std::vector<Facts> things;
+    std::vector<Description> things;
     for (const CodecEntry& codec : AllCodecs())
     {
         things.push_back({{"name", codec.id}, {"kind", codec.kind}, {"ffmpeg", codec.ffmpegName}});
@@ -295,9 +295,9 @@ std::vector<Facts> ListCodecs()
     return things;
 }
 
-std::vector<Facts> ListContainers()
+std::vector<Description> ListContainers()
 {
-    std::vector<Facts> things;
+    std::vector<Description> things;
     for (const std::string& name : ContainerNames())
     {
         things.push_back(
@@ -306,9 +306,9 @@ std::vector<Facts> ListContainers()
     return things;
 }
 
-std::vector<Facts> ListMuxers()
+std::vector<Description> ListMuxers()
 {
-    std::vector<Facts> things;
+    std::vector<Description> things;
     for (const std::string& name : Conf::GetMuxerImplList())
     {
         things.push_back({{"name", name}, {"role", std::string("muxer")}});
@@ -320,13 +320,19 @@ std::vector<Facts> ListMuxers()
     return things;
 }
 
-std::vector<Facts> ListDecoders() { return ListImplementations(Conf::GetDecoderImplList(), DecodersOf); }
-
-std::vector<Facts> ListEncoders() { return ListImplementations(Conf::GetEncoderImplList(), EncodersOf); }
-
-std::vector<Facts> ListAccelerators()
+std::vector<Description> ListDecoders()
 {
-    std::vector<Facts> things;
+    return ListImplementations(Conf::GetDecoderImplList(), DecodersOf);
+}
+
+std::vector<Description> ListEncoders()
+{
+    return ListImplementations(Conf::GetEncoderImplList(), EncodersOf);
+}
+
+std::vector<Description> ListAccelerators()
+{
+    std::vector<Description> things;
     for (std::size_t i = 0; i < AcceleratorNames().size(); ++i)
     {
         const auto accelerator = static_cast<Accelerator>(i);
@@ -337,9 +343,9 @@ std::vector<Facts> ListAccelerators()
     return things;
 }
 
-std::vector<Facts> ListPixelFormats()
+std::vector<Description> ListPixelFormats()
 {
-    std::vector<Facts> things;
+    std::vector<Description> things;
     for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
     {
         things.push_back({{"name", record.name},
@@ -351,9 +357,9 @@ std::vector<Facts> ListPixelFormats()
     return things;
 }
 
-std::vector<Facts> ListSampleFormats()
+std::vector<Description> ListSampleFormats()
 {
-    std::vector<Facts> things;
+    std::vector<Description> things;
     for (const std::string& name : SampleFormatNames())
     {
         const Conf::SampleFmtRecord* const record = Conf::SampleFmtRecord::Find(name);
@@ -365,9 +371,9 @@ std::vector<Facts> ListSampleFormats()
     return things;
 }
 
-std::vector<Facts> ListLayouts()
+std::vector<Description> ListLayouts()
 {
-    std::vector<Facts> things;
+    std::vector<Description> things;
     for (const std::string& name : LayoutNames())
     {
         const Conf::LayoutRecord* const record = Conf::LayoutRecord::Find(name);

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Tools/zconf/Console/Facts.h"
+#include "Tools/zconf/Console/Description.h"
 
 #include <string>
 #include <vector>
 
 /// \file
-/// The library's vocabulary and registry as lists of things and facts about them.
+/// The library's vocabulary and registry as lists, with a description of each entry.
 
 namespace Zelnor::Tool
 {
@@ -47,15 +47,15 @@ const std::vector<std::string>& AcceleratorNames();
 std::vector<std::string> AcceleratedEncodersOf(const std::string& codecId);
 std::vector<std::string> AcceleratedDecodersOf(const std::string& codecId);
 
-// One line for each thing.
-std::vector<Facts> ListCodecs();
-std::vector<Facts> ListContainers();
-std::vector<Facts> ListMuxers();
-std::vector<Facts> ListDecoders();
-std::vector<Facts> ListEncoders();
-std::vector<Facts> ListAccelerators();
-std::vector<Facts> ListPixelFormats();
-std::vector<Facts> ListSampleFormats();
-std::vector<Facts> ListLayouts();
+// What `zconf list` shows, a description for each entry.
+std::vector<Description> ListCodecs();
+std::vector<Description> ListContainers();
+std::vector<Description> ListMuxers();
+std::vector<Description> ListDecoders();
+std::vector<Description> ListEncoders();
+std::vector<Description> ListAccelerators();
+std::vector<Description> ListPixelFormats();
+std::vector<Description> ListSampleFormats();
+std::vector<Description> ListLayouts();
 
 } // namespace Zelnor::Tool

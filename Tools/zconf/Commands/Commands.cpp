@@ -1,13 +1,22 @@
 #include "Tools/zconf/Commands/Commands.h"
 
+#include "Tools/zconf/Console/CommandLine.h"
+
 namespace Zelnor::Tool
 {
 
 void AddAllCommands(CLI::App& app)
 {
-    AddJobCommands(app);
+    CLI::App* const job =
+        AddCommandGroup(app, "job", "Make, show, check, draw, run and compare transcoding jobs");
+    AddJobNewCommand(*job);
+    AddJobShowCommand(*job);
+    AddJobCheckCommand(*job);
+    AddJobDrawCommand(*job);
+    AddJobRunCommand(*job);
+    AddJobDiffCommand(*job);
     AddProbeCommand(app);
-    AddListCommands(app);
+    AddListCommand(app);
     AddExplainCommand(app);
     AddBitrateCommand(app);
     AddExtensionsCommand(app);

@@ -3,25 +3,27 @@
 #include <CLI/CLI.hpp>
 
 /// \file
-/// One function for each group of commands. A new group is a source of its own, a line here, and a line in
-/// `AddAllCommands`.
+/// One function for each command, which stands in a source of its name. A new command is such a source, a
+/// line here, and a line in `AddAllCommands`.
 
 namespace Zelnor::Tool
 {
 
 void AddAllCommands(CLI::App& app);
 
-/// job new, job show, job check, job draw
-void AddJobCommands(CLI::App& app);
-/// probe
+// Commands below "zconf job".
+void AddJobNewCommand(CLI::App& job);
+void AddJobShowCommand(CLI::App& job);
+void AddJobCheckCommand(CLI::App& job);
+void AddJobDrawCommand(CLI::App& job);
+void AddJobRunCommand(CLI::App& job);
+void AddJobDiffCommand(CLI::App& job);
+
+// Commands below "zconf".
 void AddProbeCommand(CLI::App& app);
-/// list codecs, list formats and so on
-void AddListCommands(CLI::App& app);
-/// explain
+void AddListCommand(CLI::App& app);
 void AddExplainCommand(CLI::App& app);
-/// bitrate
 void AddBitrateCommand(CLI::App& app);
-/// extensions
 void AddExtensionsCommand(CLI::App& app);
 
 } // namespace Zelnor::Tool

@@ -60,34 +60,36 @@ std::vector<std::string> ListsWith(const std::string& text, const std::vector<Na
     return names;
 }
 
-Facts ExplainCodec(const CodecEntry& codec)
+Description ExplainCodec(const CodecEntry& codec)
 {
-    Facts facts = {{"name", codec.id}, {"is", codec.kind + " codec"}, {"ffmpeg", codec.ffmpegName}};
+    Description description = {
+        {"name", codec.id}, {"is", codec.kind + " codec"}, {"ffmpeg", codec.ffmpegName}};
     const AVCodecID number = Media::CodecNumberOf(codec.id);
     const bool isInTables = number != AV_CODEC_ID_NONE || codec.id == Conf::IFormatCodec::CODEC_ID_NONE;
     if (isInTables)
     {
-        facts.push_back({"number", static_cast<long long>(number)});
+        description.push_back({"number", static_cast<long long>(number)});
     }
-    facts.push_back({"in the codec tables", isInTables});
-    facts.push_back({"lists", ListsWith(codec.id, {{"external decoders", Conf::GetExternalDecoderList()},
-                                                   {"external encoders", Conf::GetExternalEncoderList()},
-                                                   {"disabled decoders", Conf::GetDisabledDecoderList()},
-                                                   {"disabled encoders", Conf::GetDisabledEncoderList()}})});
-    facts.push_back({"accelerated encoders", AcceleratedEncodersOf(codec.id)});
-    facts.push_back({"accelerated decoders", AcceleratedDecodersOf(codec.id)});
+    description.push_back({"in the codec tables", isInTables});
+    description.push_back(
+        {"lists", ListsWith(codec.id, {{"external decoders", Conf::GetExternalDecoderList()},
+                                       {"external encoders", Conf::GetExternalEncoderList()},
+                                       {"disabled decoders", Conf::GetDisabledDecoderList()},
+                                       {"disabled encoders", Conf::GetDisabledEncoderList()}})});
+    description.push_back({"accelerated encoders", AcceleratedEncodersOf(codec.id)});
+    description.push_back({"accelerated decoders", AcceleratedDecodersOf(codec.id)});
     if (codec.kind == "audio")
     {
         try
         {
-            facts.push_back({"bitrate required", Conf::IsAudioBitrateRequired(codec.id)});
+            description.push_back({"bitrate required", Conf::IsAudioBitrateRequired(codec.id)});
         }
         catch (const Conf::FormatException&)
         {
             // A codec that is in no table: the library does not say.
         }
     }
-    return facts;
+    return description;
 }
 
 /// Whether FFmpeg's list of names, separated by commas, has the name.
@@ -122,7 +124,7 @@ std::string DemuxerOf(const std::string& format)
     return "";
 }
 
-Facts ExplainContainer(const std::string& format)
+Description ExplainContainer(const std::string& format)
 {
     return {{"name", format},
             {"is", std::string("container")},
@@ -147,26 +149,26 @@ std::vector<FrameSize> PlanesOf(const PixFmtDescription& format, const FrameSize
     return planes;
 }
 
-Facts ExplainPixelFormat(const PixFmtDescription& format, const FrameSize* frame)
+Description ExplainPixelFormat(const PixFmtDescription& format, const FrameSize* frame)
 {
     const AVPixelFormat ffmpeg = Media::ToFFmpeg(format.pixFmt);
-    Facts facts = {{"name", format.name},
-                   {"is", std::string("pixel format")},
-                   {"value", static_cast<long long>(format.pixFmt)},
-                   {"ffmpeg", TextOf(av_get_pix_fmt_name(ffmpeg))},
-                   {"components", static_cast<long long>(format.components)},
-                   {"flags", PixelFormatFlags(format.flags)},
-                   {"colour range", ColorRangeName(format.colorRange)},
-                   {"chroma divided by",
-                    std::vector<FrameSize>{{1LL << format.log2ChromaW, 1LL << format.log2ChromaH}}}};
+    Description description = {{"name", format.name},
+                               {"is", std::string("pixel format")},
+                               {"value", static_cast<long long>(format.pixFmt)},
+                               {"ffmpeg", TextOf(av_get_pix_fmt_name(ffmpeg))},
+                               {"components", static_cast<long long>(format.components)},
+                               {"flags", PixelFormatFlags(format.flags)},
+                               {"colour range", ColorRangeName(format.colorRange)},
+                               {"chroma divided by", std::vector<FrameSize>{{1LL << format.log2ChromaW,
+                                                                             1LL << format.log2ChromaH}}}};
     if (frame != nullptr)
     {
-        facts.push_back({"planes", PlanesOf(format, *frame)});
+        description.push_back({"planes", PlanesOf(format, *frame)});
     }
-    return facts;
+    return description;
 }
 
-Facts ExplainSampleFormat(const std::string& name)
+Description ExplainSampleFormat(const std::string& name)
 {
     const Conf::SampleFmtRecord& record = *Conf::SampleFmtRecord::Find(name);
     return {{"name", name},
@@ -180,7 +182,7 @@ Facts ExplainSampleFormat(const std::string& name)
             {"counterpart", Conf::SampleFmtRecord::Find(record.counterpart)->textId}};
 }
 
-Facts ExplainLayout(const std::string& name)
+Description ExplainLayout(const std::string& name)
 {
     const Conf::LayoutRecord& record = *Conf::LayoutRecord::Find(name);
     return {{"name", name},
@@ -191,11 +193,11 @@ Facts ExplainLayout(const std::string& name)
 }
 
 /// Everything that goes by the name: a codec and a container may share it.
-std::vector<Facts> Explain(const std::string& name, const FrameSize* frame)
+std::vector<Description> Explain(const std::string& name, const FrameSize* frame)
 {
     const std::string bare = BareName(name);
     const auto isMeant = [&](const std::string& known) { return BareName(known) == bare; };
-    std::vector<Facts> things;
+    std::vector<Description> things;
     if (const CodecEntry* const codec = FindCodec(name))
     {
         things.push_back(ExplainCodec(*codec));
@@ -242,16 +244,16 @@ std::vector<std::string> AllNames()
     return names;
 }
 
-std::string TextFor(const std::vector<Facts>& things, const Painter& paint)
+std::string TextFor(const std::vector<Description>& things, const Painter& paint)
 {
     constexpr std::size_t kIndent = 2;
     std::string text;
-    for (const Facts& facts : things)
+    for (const Description& description : things)
     {
-        // The first two facts are the heading.
-        text += (text.empty() ? "" : "\n") + paint(Style::Heading, FactText(facts[0].value)) + ": " +
-                FactText(facts[1].value) + "\n" +
-                LinesText(Facts(facts.begin() + 2, facts.end()), kIndent, paint);
+        // The first two fields are the heading.
+        text += (text.empty() ? "" : "\n") + paint(Style::Heading, FieldText(description[0].value)) + ": " +
+                FieldText(description[1].value) + "\n" +
+                LinesText(Description(description.begin() + 2, description.end()), kIndent, paint);
     }
     return text;
 }
@@ -259,7 +261,7 @@ std::string TextFor(const std::vector<Facts>& things, const Painter& paint)
 int Run(const Options& options)
 {
     const FrameSize frame = options.size.empty() ? FrameSize{} : ParseFrameSize(options.size);
-    const std::vector<Facts> things = Explain(options.name, options.size.empty() ? nullptr : &frame);
+    const std::vector<Description> things = Explain(options.name, options.size.empty() ? nullptr : &frame);
     if (things.empty())
     {
         ThrowUnknownName("name", options.name, AllNames());
@@ -287,7 +289,7 @@ void AddExplainCommand(CLI::App& app)
         ->required();
     command->add_option("--size", options->size,
                         "Tell the sizes of a pixel format's planes in such a frame: WxH");
-    command->add_flag("--json", options->json, "Answer for scripts");
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

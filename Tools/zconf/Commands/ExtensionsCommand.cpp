@@ -43,7 +43,7 @@ std::string KindOf(IFormatFile::MediaType mediaType)
     return "";
 }
 
-Facts DescribeGroup(const std::string& group, const std::string& kind)
+Description DescribeGroup(const std::string& group, const std::string& kind)
 {
     return {{"name", group},
             {"kind", kind},
@@ -52,9 +52,9 @@ Facts DescribeGroup(const std::string& group, const std::string& kind)
 }
 
 /// The groups of a file dialog, and the one that it does not offer.
-std::vector<Facts> DescribeGroups()
+std::vector<Description> DescribeGroups()
 {
-    std::vector<Facts> groups;
+    std::vector<Description> groups;
     for (const auto& [mediaType, group] : Conf::GetSupportedFormats())
     {
         groups.push_back(DescribeGroup(group, KindOf(mediaType)));
@@ -65,7 +65,7 @@ std::vector<Facts> DescribeGroups()
 
 int ShowGroups(bool json)
 {
-    const std::vector<Facts> groups = DescribeGroups();
+    const std::vector<Description> groups = DescribeGroups();
     if (json)
     {
         WriteJsonAnswer(groups);
@@ -77,11 +77,11 @@ int ShowGroups(bool json)
 
 int ShowGroup(const std::string& name, bool json)
 {
-    const std::vector<Facts> groups = DescribeGroups();
+    const std::vector<Description> groups = DescribeGroups();
     std::vector<std::string> names;
-    for (const Facts& group : groups)
+    for (const Description& group : groups)
     {
-        names.push_back(FactText(group.front().value));
+        names.push_back(FieldText(group.front().value));
         if (LowerCase(names.back()) != LowerCase(name))
         {
             continue;
@@ -116,7 +116,7 @@ int ShowContainer(const std::string& name, bool json)
     }
     if (json)
     {
-        WriteJsonAnswer(Facts{{"container", LowerCase(name)}, {"extension", extension}});
+        WriteJsonAnswer(Description{{"container", LowerCase(name)}, {"extension", extension}});
     }
     else
     {
@@ -145,7 +145,7 @@ void AddExtensionsCommand(CLI::App& app)
         command->add_option("GROUP", options->group, "Only the extensions of this group, each on a line");
     command->add_option("--container", options->container, "The extension that files of this container get")
         ->excludes(group);
-    command->add_flag("--json", options->json, "Answer for scripts");
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

@@ -1,8 +1,8 @@
 #include "Media/Jobs/JobFaults.h"
-#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/JobInput.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
-#include "Tools/zconf/Console/Input.h"
 #include "Tools/zconf/Console/JsonOutput.h"
 #include "Tools/zconf/Console/Output.h"
 #include "Tools/zconf/Console/Terminal.h"
@@ -65,7 +65,7 @@ void WriteVerdict(const Media::JobFile& job, bool valid, const std::vector<Media
 
 int Run(const Options& options)
 {
-    const Media::JobFile job = Media::ReadJob(*OpenInput(options.job), InputName(options.job));
+    const Media::JobFile job = OpenJob(options.job);
     const bool valid = job.graph->TopologyIsValid();
     const std::vector<Media::JobFault> faults = Media::FindFaults(job);
     if (valid != faults.empty())
@@ -78,13 +78,13 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddJobCheck(CLI::App& job)
+void AddJobCheckCommand(CLI::App& job)
 {
     CLI::App* const command =
         AddCommand(job, "check", "Tell whether a job can be run: exit code 0 if so, else 1 and every reason");
     const auto options = std::make_shared<Options>();
-    command->add_option("JOB", options->job, "The job's document")->type_name("FILE")->required();
-    command->add_flag("--json", options->json, "Answer for scripts");
+    AddJobArgument(*command, options->job);
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

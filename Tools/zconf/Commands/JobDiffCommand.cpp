@@ -1,8 +1,8 @@
 #include "Media/Jobs/JobDifferences.h"
-#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/JobInput.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
-#include "Tools/zconf/Console/Input.h"
 #include "Tools/zconf/Console/JsonOutput.h"
 #include "Tools/zconf/Console/Output.h"
 #include "Tools/zconf/Console/Table.h"
@@ -95,8 +95,7 @@ int Run(const Options& options)
         throw ToolError("Only one of the two jobs can come from standard input");
     }
     const std::vector<Media::JobDifference> differences =
-        Media::DiffJobs(Media::ReadJob(*OpenInput(options.one), InputName(options.one)),
-                        Media::ReadJob(*OpenInput(options.other), InputName(options.other)));
+        Media::DiffJobs(OpenJob(options.one), OpenJob(options.other));
     if (options.json)
     {
         WriteJson(differences);
@@ -110,14 +109,14 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddJobDiff(CLI::App& job)
+void AddJobDiffCommand(CLI::App& job)
 {
     CLI::App* const command =
         AddCommand(job, "diff", "Tell in what two jobs differ; exit code 0 when in nothing, else 1");
     const auto options = std::make_shared<Options>();
     command->add_option("A", options->one, "The first job's document")->required();
     command->add_option("B", options->other, "The second job's document")->required();
-    command->add_flag("--json", options->json, "Write the differences as JSON, for scripts");
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

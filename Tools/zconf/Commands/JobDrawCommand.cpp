@@ -1,9 +1,8 @@
-#include "Media/Jobs/JobFile.h"
 #include "Media/Running/Subprocess.h"
-#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/JobInput.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
-#include "Tools/zconf/Console/Input.h"
 #include "Tools/zconf/Console/Output.h"
 
 #include <algorithm>
@@ -68,7 +67,7 @@ int Run(const Options& options)
 {
     // Asked first, so that a wrong name is told before anything is read.
     const std::string format = options.format.empty() ? FormatOf(options.output) : options.format;
-    const Media::JobFile job = Media::ReadJob(*OpenInput(options.job), InputName(options.job));
+    const Media::JobFile job = OpenJob(options.job);
     const auto dot = Core::MemoryDataOutput::Create();
     job.graph->SaveInToDot(dot);
     WriteDocument(options.output,
@@ -78,11 +77,11 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddJobDraw(CLI::App& job)
+void AddJobDrawCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(job, "draw", "Draw a job as a graph (DOT, SVG, PNG or PDF)");
     const auto options = std::make_shared<Options>();
-    command->add_option("JOB", options->job, "The job's document")->type_name("FILE")->required();
+    AddJobArgument(*command, options->job);
     command
         ->add_option("-o,--output", options->output,
                      "The drawing; its extension .dot, .svg, .png or .pdf says what is drawn, and "

@@ -1,7 +1,7 @@
 #include "Media/Planning/JobPlan.h"
 #include "Media/Presets/PresetFile.h"
 #include "Media/Running/Files.h"
-#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Input.h"
@@ -117,7 +117,7 @@ int Run(Options options)
 
 } // namespace
 
-void AddJobNew(CLI::App& job)
+void AddJobNewCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(job, "new", "Make a job that turns a media file into another one");
     const auto options = std::make_shared<Options>();

@@ -1,10 +1,9 @@
-#include "Media/Jobs/JobFile.h"
 #include "Media/Running/JobPreparation.h"
 #include "Media/Running/JobRun.h"
-#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/JobInput.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
-#include "Tools/zconf/Console/Input.h"
 #include "Tools/zconf/Console/Output.h"
 #include "Tools/zconf/Console/ProgressDisplay.h"
 #include "Tools/zconf/Console/ShellWords.h"
@@ -127,17 +126,17 @@ int RunTargets(const Media::JobFile& job, const Options& options)
 
 int Run(const Options& options)
 {
-    const Media::JobFile job = Media::ReadJob(*OpenInput(options.job), InputName(options.job));
+    const Media::JobFile job = OpenJob(options.job);
     return options.dryRun ? Print(job, options) : RunTargets(job, options);
 }
 
 } // namespace
 
-void AddJobRun(CLI::App& job)
+void AddJobRunCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(job, "run", "Run a job: make its targets with ffmpeg");
     const auto options = std::make_shared<Options>();
-    command->add_option("JOB", options->job, "The job's document")->required();
+    AddJobArgument(*command, options->job);
     command->add_flag("-n,--dry-run", options->dryRun,
                       "Print the commands, for a shell, instead of running them");
     command->add_flag("--overwrite", options->overwrite, "Replace a target that is there already");

@@ -1,8 +1,7 @@
-#include "Media/Jobs/JobFile.h"
-#include "Tools/zconf/Commands/JobCommands.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/JobInput.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
-#include "Tools/zconf/Console/Input.h"
 #include "Tools/zconf/Console/JsonOutput.h"
 #include "Tools/zconf/Console/Output.h"
 #include "Tools/zconf/Console/Table.h"
@@ -240,7 +239,7 @@ void WriteJson(const Media::JobFile& job)
 
 int Run(const Options& options)
 {
-    const Media::JobFile job = Media::ReadJob(*OpenInput(options.job), InputName(options.job));
+    const Media::JobFile job = OpenJob(options.job);
     if (options.json)
     {
         WriteJson(job);
@@ -254,13 +253,13 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddJobShow(CLI::App& job)
+void AddJobShowCommand(CLI::App& job)
 {
     CLI::App* const command =
         AddCommand(job, "show", "Show a job's nodes and links, their neighbours and their records");
     const auto options = std::make_shared<Options>();
-    command->add_option("JOB", options->job, "The job's document")->type_name("FILE")->required();
-    command->add_flag("--json", options->json, "Answer for scripts");
+    AddJobArgument(*command, options->job);
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

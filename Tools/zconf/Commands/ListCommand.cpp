@@ -17,8 +17,8 @@ namespace
 struct ListKind
 {
     const char* name;
-    const char* description;
-    std::vector<Facts> (*list)();
+    const char* help;
+    std::vector<Description> (*list)();
     /// What `--kind` may ask for; nothing when the things are all of one kind.
     std::vector<std::string> kinds = {};
 };
@@ -30,26 +30,27 @@ struct Options
     bool json = false;
 };
 
-const std::string& TextOf(const Facts& facts, const std::string& name)
+const std::string& TextOf(const Description& description, const std::string& name)
 {
-    const auto found =
-        std::find_if(facts.begin(), facts.end(), [&](const Fact& fact) { return fact.name == name; });
+    const auto found = std::find_if(description.begin(), description.end(),
+                                    [&](const Field& field) { return field.name == name; });
     return std::get<std::string>(found->value);
 }
 
-bool IsAskedFor(const Facts& facts, const Options& options)
+bool IsAskedFor(const Description& description, const Options& options)
 {
-    const std::string name = LowerCase(TextOf(facts, "name"));
+    const std::string name = LowerCase(TextOf(description, "name"));
     return name.find(LowerCase(options.filter)) != std::string::npos &&
-           (options.kind.empty() || TextOf(facts, "kind") == options.kind);
+           (options.kind.empty() || TextOf(description, "kind") == options.kind);
 }
 
 int Run(const ListKind& kind, const Options& options)
 {
-    std::vector<Facts> things = kind.list();
-    things.erase(std::remove_if(things.begin(), things.end(),
-                                [&](const Facts& facts) { return !IsAskedFor(facts, options); }),
-                 things.end());
+    std::vector<Description> things = kind.list();
+    things.erase(
+        std::remove_if(things.begin(), things.end(),
+                       [&](const Description& description) { return !IsAskedFor(description, options); }),
+        things.end());
     if (options.json)
     {
         WriteJsonAnswer(things);
@@ -63,7 +64,7 @@ int Run(const ListKind& kind, const Options& options)
 
 void AddList(CLI::App& group, const ListKind& kind)
 {
-    CLI::App* const command = AddCommand(group, kind.name, kind.description);
+    CLI::App* const command = AddCommand(group, kind.name, kind.help);
     const auto options = std::make_shared<Options>();
     command->add_option("FILTER", options->filter,
                         "Only names that contain this, in whatever letter case; exit code 1 when none does");
@@ -72,13 +73,13 @@ void AddList(CLI::App& group, const ListKind& kind)
         command->add_option("--kind", options->kind, "Only things of this kind")
             ->check(CLI::IsMember(kind.kinds));
     }
-    command->add_flag("--json", options->json, "Answer for scripts");
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [kind, options] { return Run(kind, *options); });
 }
 
 } // namespace
 
-void AddListCommands(CLI::App& app)
+void AddListCommand(CLI::App& app)
 {
     CLI::App* const group = AddCommandGroup(app, "list", "List what the library has names for");
     const ListKind kinds[] = {

@@ -1,10 +1,10 @@
 #include "Media/Probe/MediaProbe.h"
 #include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/MediaText.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Input.h"
 #include "Tools/zconf/Console/JsonOutput.h"
-#include "Tools/zconf/Console/MediaText.h"
 #include "Tools/zconf/Console/Output.h"
 
 #include <memory>
@@ -118,7 +118,7 @@ void AddProbeCommand(CLI::App& app)
     CLI::App* const command = AddCommand(app, "probe", "Show what is in a media file");
     const auto options = std::make_shared<Options>();
     command->add_option("MEDIA", options->media, "The media file; \"-\" is standard input")->required();
-    command->add_flag("--json", options->json, "Write the descriptors as records in JSON, for scripts");
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

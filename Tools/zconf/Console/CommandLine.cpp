@@ -1,6 +1,5 @@
 #include "Tools/zconf/Console/CommandLine.h"
 
-#include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Output.h"
 
@@ -45,6 +44,8 @@ CLI::App* AddCommandGroup(CLI::App& parent, const std::string& name, const std::
     return group;
 }
 
+void AddJsonFlag(CLI::App& command, bool& json) { command.add_flag("--json", json, "Write JSON"); }
+
 void OnRun(CLI::App& command, std::function<int()> run)
 {
     command.callback([run = std::move(run)] {
@@ -56,12 +57,12 @@ void OnRun(CLI::App& command, std::function<int()> run)
     });
 }
 
-int RunCommandLine(int argc, char** argv)
+int RunCommandLine(int argc, char** argv, const std::function<void(CLI::App&)>& addCommands)
 {
     CLI::App app("Transcoding jobs: make them, look at them, check and draw them.", "zconf");
     AddVersion(app);
     app.require_subcommand(1);
-    AddAllCommands(app);
+    addCommands(app);
     app.footer("A file named \"-\" is standard input or standard output.\n"
                "Exit codes: 0 done, 1 the answer is no, 2 failed, 3 ffmpeg failed.");
     try

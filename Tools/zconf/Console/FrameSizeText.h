@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/zconf/Console/Facts.h"
+#include "Tools/zconf/Console/Description.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "Tools/zconf/Console/MediaText.h"
+#include "Tools/zconf/Commands/MediaText.h"
 
 #include "Tools/zconf/Console/Table.h"
 #include "Tools/zconf/Console/Text.h"
@@ -81,32 +81,32 @@ std::string FlagsText(const Media::MediaStream& stream)
     return text;
 }
 
-std::vector<std::string> FactsOf(const Media::MediaStream& stream)
+std::vector<std::string> PartsOf(const Media::MediaStream& stream)
 {
     const Property& record = stream.descriptor->GetProperty();
-    std::vector<std::string> facts = {ValueText(record, IFormatCodec::TAG_CODEC_ID)};
-    if (facts.front().empty())
+    std::vector<std::string> parts = {ValueText(record, IFormatCodec::TAG_CODEC_ID)};
+    if (parts.front().empty())
     {
-        facts.front() = stream.codec;
+        parts.front() = stream.codec;
     }
     if (const auto* const video = dynamic_cast<const IFormatCodecVideo*>(stream.descriptor.get()))
     {
-        facts.push_back(SizeText(*video));
-        facts.push_back(ValueText(record, IFormatCodecVideo::TAG_FPS, " fps"));
-        facts.push_back(PixelFormatText(*video));
+        parts.push_back(SizeText(*video));
+        parts.push_back(ValueText(record, IFormatCodecVideo::TAG_FPS, " fps"));
+        parts.push_back(PixelFormatText(*video));
     }
     else if (dynamic_cast<const IFormatCodecAudio*>(stream.descriptor.get()) != nullptr)
     {
-        facts.push_back(ValueText(record, IFormatCodecAudio::TAG_SAMPLE_RATE, " Hz"));
-        facts.push_back(ValueText(record, IFormatCodecAudio::TAG_LAYOUT));
-        facts.push_back(ValueText(record, IFormatCodecAudio::TAG_SAMPLE_FORMAT));
+        parts.push_back(ValueText(record, IFormatCodecAudio::TAG_SAMPLE_RATE, " Hz"));
+        parts.push_back(ValueText(record, IFormatCodecAudio::TAG_LAYOUT));
+        parts.push_back(ValueText(record, IFormatCodecAudio::TAG_SAMPLE_FORMAT));
     }
-    facts.push_back(ValueText(record, IFormatCodec::TAG_BITRATE, " bit/s"));
-    facts.push_back(ValueText(record, IFormatCodec::TAG_PROFILE));
-    facts.push_back(ValueText(record[IFormat::TAG_METADATA], IFormatCodec::TAG_LANGUAGE));
-    facts.push_back(FlagsText(stream));
-    facts.erase(std::remove(facts.begin(), facts.end(), std::string()), facts.end());
-    return facts;
+    parts.push_back(ValueText(record, IFormatCodec::TAG_BITRATE, " bit/s"));
+    parts.push_back(ValueText(record, IFormatCodec::TAG_PROFILE));
+    parts.push_back(ValueText(record[IFormat::TAG_METADATA], IFormatCodec::TAG_LANGUAGE));
+    parts.push_back(FlagsText(stream));
+    parts.erase(std::remove(parts.begin(), parts.end(), std::string()), parts.end());
+    return parts;
 }
 
 std::string FileTable(const Media::MediaFile& file, const Painter& paint)
@@ -153,9 +153,9 @@ std::string DurationText(std::int64_t microseconds)
 std::string StreamText(const Media::MediaStream& stream)
 {
     std::string text;
-    for (const std::string& fact : FactsOf(stream))
+    for (const std::string& part : PartsOf(stream))
     {
-        text += (text.empty() ? "" : "  ") + fact;
+        text += (text.empty() ? "" : "  ") + part;
     }
     return text;
 }

@@ -1,4 +1,4 @@
-#include "Tools/zconf/Console/Facts.h"
+#include "Tools/zconf/Console/Description.h"
 
 #include "Tools/zconf/Console/Table.h"
 
@@ -81,7 +81,7 @@ void WriteSizes(JsonOutput& json, const std::vector<FrameSize>& sizes)
     json.GetWriter().EndArray();
 }
 
-void WriteValue(JsonOutput& json, const FactValue& value)
+void WriteValue(JsonOutput& json, const FieldValue& value)
 {
     std::visit(Overload{[&](bool flag) { json.GetWriter().Bool(flag); },
                         [&](long long number) { json.GetWriter().Int64(number); },
@@ -92,15 +92,29 @@ void WriteValue(JsonOutput& json, const FactValue& value)
                value);
 }
 
-bool IsEmptyText(const FactValue& value)
+bool IsEmptyText(const FieldValue& value)
 {
     const auto* const text = std::get_if<std::string>(&value);
     return text != nullptr && text->empty();
 }
 
+void WriteDescription(JsonOutput& json, const Description& description)
+{
+    json.GetWriter().StartObject();
+    for (const Field& field : description)
+    {
+        if (!IsEmptyText(field.value))
+        {
+            json.Key(KeyOf(field.name));
+            WriteValue(json, field.value);
+        }
+    }
+    json.GetWriter().EndObject();
+}
+
 } // namespace
 
-std::string FactText(const FactValue& value)
+std::string FieldText(const FieldValue& value)
 {
     return std::visit(Overload{[](bool flag) { return std::string(flag ? "yes" : "no"); },
                                [](long long number) { return std::to_string(number); },
@@ -113,48 +127,34 @@ std::string FactText(const FactValue& value)
                       value);
 }
 
-void WriteFacts(JsonOutput& json, const Facts& facts)
-{
-    json.GetWriter().StartObject();
-    for (const Fact& fact : facts)
-    {
-        if (!IsEmptyText(fact.value))
-        {
-            json.Key(KeyOf(fact.name));
-            WriteValue(json, fact.value);
-        }
-    }
-    json.GetWriter().EndObject();
-}
-
-void WriteJsonAnswer(const Facts& facts)
+void WriteJsonAnswer(const Description& description)
 {
     JsonOutput json;
-    WriteFacts(json, facts);
+    WriteDescription(json, description);
     json.Finish();
 }
 
-void WriteJsonAnswer(const std::vector<Facts>& things)
+void WriteJsonAnswer(const std::vector<Description>& descriptions)
 {
     JsonOutput json;
     json.GetWriter().StartArray();
-    for (const Facts& facts : things)
+    for (const Description& description : descriptions)
     {
-        WriteFacts(json, facts);
+        WriteDescription(json, description);
     }
     json.GetWriter().EndArray();
     json.Finish();
 }
 
-std::string ColumnsText(const std::vector<Facts>& things, const Painter& paint)
+std::string ColumnsText(const std::vector<Description>& descriptions, const Painter& paint)
 {
     Table table;
-    for (const Facts& facts : things)
+    for (const Description& description : descriptions)
     {
         std::vector<Table::Cell> cells;
-        for (const Fact& fact : facts)
+        for (const Field& field : description)
         {
-            cells.push_back({FactText(fact.value), cells.empty() ? Style::Key : Style::Plain});
+            cells.push_back({FieldText(field.value), cells.empty() ? Style::Key : Style::Plain});
         }
         // Nothing but blanks would follow.
         while (cells.size() > 1 && cells.back().text.empty())
@@ -166,15 +166,15 @@ std::string ColumnsText(const std::vector<Facts>& things, const Painter& paint)
     return table.Text(paint);
 }
 
-std::string LinesText(const Facts& facts, std::size_t indent, const Painter& paint)
+std::string LinesText(const Description& description, std::size_t indent, const Painter& paint)
 {
     Table table(indent);
-    for (const Fact& fact : facts)
+    for (const Field& field : description)
     {
-        const std::string text = FactText(fact.value);
+        const std::string text = FieldText(field.value);
         if (!text.empty())
         {
-            table.AddRow({{fact.name, Style::Key}, {text}});
+            table.AddRow({{field.name, Style::Key}, {text}});
         }
     }
     return table.Text(paint);

@@ -1,0 +1,17 @@
+#include "Tools/zconf/Commands/JobInput.h"
+
+#include "Tools/zconf/Console/Input.h"
+
+namespace Zelnor::Tool
+{
+
+void AddJobArgument(CLI::App& command, std::string& name)
+{
+    command.add_option("JOB", name, "The job's document; \"-\" is standard input")
+        ->type_name("FILE")
+        ->required();
+}
+
+Media::JobFile OpenJob(const std::string& name) { return Media::ReadJob(*OpenInput(name), InputName(name)); }
+
+} // namespace Zelnor::Tool

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Media/Jobs/JobFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+/// \file
+/// What all commands that read a job have in common.
+
+namespace Zelnor::Tool
+{
+
+/// The argument JOB of a command, kept in `name`.
+void AddJobArgument(CLI::App& command, std::string& name);
+
+/// Reads the job's document `name`, or standard input for "-".
+/// \throw Media::JobException, Core::CoreException
+Media::JobFile OpenJob(const std::string& name);
+
+} // namespace Zelnor::Tool
