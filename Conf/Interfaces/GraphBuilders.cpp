@@ -48,7 +48,7 @@ Property ITranscodingMetaGraph::MakeOutFileDescription(const boost::intrusive_pt
     record.SetChildT(KEY_FILEPATH, path.utf8string());
     if (losslessDvd)
     {
-        google::LogMessage(__FILE__, __LINE__).stream()
+        google::LogMessage(kGraphSource, __LINE__).stream()
             << "Replacing output format for lossless conversion to DVD";
         record.SetChildT(IFormatFile::TAG_CONTAINER, IFormatFile::FORMAT_DVD);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
-// Private to the library, not installed: what the sources of the graph have in common in their exceptions.
+// Private to the library, not installed: what the sources of the graph have in common in their exceptions and
+// their log.
 
 #include "Conf/Interfaces/ConfException.h"
 
@@ -9,6 +10,9 @@ namespace Zelnor::Conf
 
 /// What every exception of a graph records as its place, whichever source it comes from.
 inline constexpr const char* kGraphUnit = "Conf/Interfaces/ITranscodingMetaGraph";
+
+/// The same for a line in the log, which names a source.
+inline constexpr const char* kGraphSource = "Conf/Interfaces/ITranscodingMetaGraph.cpp";
 
 /// The exception for a null stream, ready to be thrown.
 inline ProfileException NoStream()
