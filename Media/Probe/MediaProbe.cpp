@@ -303,26 +303,6 @@ MediaFile Describe(const std::string& name, StreamReader* stream)
 
 } // namespace
 
-const char* NameOf(StreamKind kind)
-{
-    switch (kind)
-    {
-    case StreamKind::Video:
-        return "video";
-    case StreamKind::Audio:
-        return "audio";
-    case StreamKind::Subtitle:
-        return "subtitle";
-    case StreamKind::Data:
-        return "data";
-    case StreamKind::Attachment:
-        return "attachment";
-    case StreamKind::Unknown:
-        break;
-    }
-    return "unknown";
-}
-
 std::string FFmpegFileName(const std::string& path) { return "file:" + path; }
 
 MediaFile ProbeMedia(const ioPath& path)

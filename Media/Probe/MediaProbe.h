@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Media/Probe/StreamKinds.h"
+
 #include "Conf/Interfaces/IFormatCodec.h"
 #include "Conf/Interfaces/IFormatFile.h"
 #include "Core/Interfaces/DataStream.h"
@@ -19,19 +21,6 @@
 
 namespace Zelnor::Media
 {
-
-enum class StreamKind
-{
-    Video,
-    Audio,
-    Subtitle,
-    Data,
-    Attachment,
-    Unknown,
-};
-
-/// "video"
-ZELNOR_API const char* NameOf(StreamKind kind);
 
 /// One stream of a file.
 struct MediaStream

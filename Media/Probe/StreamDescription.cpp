@@ -3,7 +3,6 @@
 #include "Media/Probe/FFmpegNames.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
-#include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 extern "C" {
@@ -23,7 +22,6 @@ namespace
 
 using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
-using Conf::IFormatCodecSubtitle;
 using Conf::IFormatCodecVideo;
 using Core::Property;
 
@@ -60,45 +58,6 @@ const ProfileName* FindProfile(AVCodecID codec, std::string_view name)
         return row.codec == codec && row.name == name;
     });
     return found == std::end(s_names) ? nullptr : found;
-}
-
-StreamKind KindOf(AVMediaType type)
-{
-    switch (type)
-    {
-    case AVMEDIA_TYPE_VIDEO:
-        return StreamKind::Video;
-    case AVMEDIA_TYPE_AUDIO:
-        return StreamKind::Audio;
-    case AVMEDIA_TYPE_SUBTITLE:
-        return StreamKind::Subtitle;
-    case AVMEDIA_TYPE_DATA:
-        return StreamKind::Data;
-    case AVMEDIA_TYPE_ATTACHMENT:
-        return StreamKind::Attachment;
-    case AVMEDIA_TYPE_UNKNOWN:
-    case AVMEDIA_TYPE_NB:
-        break;
-    }
-    return StreamKind::Unknown;
-}
-
-boost::intrusive_ptr<IFormatCodec> MakeDescriptor(StreamKind kind)
-{
-    switch (kind)
-    {
-    case StreamKind::Video:
-        return IFormatCodecVideo::Create();
-    case StreamKind::Audio:
-        return IFormatCodecAudio::Create();
-    case StreamKind::Subtitle:
-        return IFormatCodecSubtitle::Create();
-    case StreamKind::Data:
-    case StreamKind::Attachment:
-    case StreamKind::Unknown:
-        break;
-    }
-    return IFormatCodec::Create();
 }
 
 unsigned int RotationOf(const AVStream& stream)
@@ -273,7 +232,7 @@ MediaStream DescribeStream(AVFormatContext& context, AVStream& stream)
     const AVCodecParameters& codec = *stream.codecpar;
     MediaStream described;
     described.index = static_cast<unsigned int>(stream.index);
-    described.kind = KindOf(codec.codec_type);
+    described.kind = KindOfCodecType(codec.codec_type);
     described.codec = avcodec_get_name(codec.codec_id);
     described.descriptor = MakeDescriptor(described.kind);
     described.isDefault = (stream.disposition & AV_DISPOSITION_DEFAULT) != 0;

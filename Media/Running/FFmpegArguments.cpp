@@ -7,9 +7,7 @@
 #include "Media/Running/FilterArguments.h"
 
 #include "Conf/Interfaces/IFormat.h"
-#include "Conf/Interfaces/IFormatCodecAudio.h"
-#include "Conf/Interfaces/IFormatCodecSubtitle.h"
-#include "Conf/Interfaces/IFormatCodecVideo.h"
+#include "Conf/Interfaces/IFormatCodec.h"
 #include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
@@ -22,9 +20,6 @@ namespace
 
 using Conf::IFormat;
 using Conf::IFormatCodec;
-using Conf::IFormatCodecAudio;
-using Conf::IFormatCodecSubtitle;
-using Conf::IFormatCodecVideo;
 using Conf::IFormatFile;
 using Core::Property;
 
@@ -36,13 +31,6 @@ enum class Pass
     First,
     Second,
 };
-
-const std::string& RecordNameOf(StreamKind kind)
-{
-    return kind == StreamKind::Video   ? IFormatCodecVideo::TAG_FORMAT_CODEC_VIDEO
-           : kind == StreamKind::Audio ? IFormatCodecAudio::TAG_FORMAT_CODEC_AUDIO
-                                       : IFormatCodecSubtitle::TAG_FORMAT_CODEC_SUBTITLE;
-}
 
 using Slot = FFmpegPass::Slot;
 
@@ -153,12 +141,12 @@ private:
 
     static void CheckRecord(const TranscodeStream& stream, const MediaStream& source)
     {
-        if (stream.codec.GetName() != RecordNameOf(source.kind))
+        if (stream.codec.GetName() != *DescribeKind(source.kind).recordName)
         {
             ZELNOR_THROW(kUnit, MakeError<RunException>(
                                     "Stream " + std::to_string(stream.stream) + " is " + NameOf(source.kind) +
                                     ", and the record of what it becomes is '" + stream.codec.GetName() +
-                                    "', not '" + RecordNameOf(source.kind) + "'"));
+                                    "', not '" + *DescribeKind(source.kind).recordName + "'"));
         }
     }
 
