@@ -39,4 +39,9 @@ Place Place::At(const std::string& otherKey) const
     return place;
 }
 
+Place Place::Under(const std::string& innerKey) const
+{
+    return At(key.empty() ? innerKey : key + "." + innerKey);
+}
+
 } // namespace Zelnor::Media

@@ -30,6 +30,8 @@ struct ZELNOR_API Place
     std::string TextInDocument() const;
     /// The same place with another key.
     Place At(const std::string& otherKey) const;
+    /// The place of a key inside the value that this place names: "p.$$STREAMS$$.audio" and "bitrate".
+    Place Under(const std::string& innerKey) const;
 };
 
 } // namespace Zelnor::Media

@@ -19,7 +19,7 @@ namespace
 using Conf::IFormatCodecSubtitle;
 using Conf::IFormatFile;
 
-constexpr const char* kPictureMuxer = "image2";
+constexpr const char* kImageMuxer = "image2";
 
 /// The muxer's name where it is not the container's.
 std::string MuxerName(const std::string& container)
@@ -30,18 +30,18 @@ std::string MuxerName(const std::string& container)
         const char* muxer;
     };
     static const Alias s_aliases[] = {
-        {&IFormatFile::FORMAT_M4A, "ipod"},        {&IFormatFile::FORMAT_MPEG2TS, "mpegts"},
-        {&IFormatFile::FORMAT_WMA, "asf"},         {&IFormatFile::FORMAT_WMV, "asf"},
-        {&IFormatFile::FORMAT_TIF, kPictureMuxer},
+        {&IFormatFile::FORMAT_M4A, "ipod"},      {&IFormatFile::FORMAT_MPEG2TS, "mpegts"},
+        {&IFormatFile::FORMAT_WMA, "asf"},       {&IFormatFile::FORMAT_WMV, "asf"},
+        {&IFormatFile::FORMAT_TIF, kImageMuxer},
     };
     const auto* const found = std::find_if(std::begin(s_aliases), std::end(s_aliases),
                                            [&](const Alias& row) { return *row.container == container; });
     return found != std::end(s_aliases)        ? found->muxer
-           : Conf::IsImageContainer(container) ? kPictureMuxer
+           : Conf::IsImageContainer(container) ? kImageMuxer
                                                : container;
 }
 
-/// FFmpeg takes anything for these containers of DVDs, so what players of DVDs take is told here.
+/// FFmpeg puts anything into these containers of DVDs, so what DVD players can play is listed here.
 bool IsDvd(const std::string& container)
 {
     return container == IFormatFile::FORMAT_DVD || container == IFormatFile::FORMAT_VOB;
@@ -70,7 +70,7 @@ const AVOutputFormat* FindMuxer(const std::string& container)
     return av_guess_format(MuxerName(container).c_str(), nullptr, nullptr);
 }
 
-bool IsPicture(const std::string& container) { return MuxerName(container) == kPictureMuxer; }
+bool IsPicture(const std::string& container) { return MuxerName(container) == kImageMuxer; }
 
 bool CertainlyHolds(const std::string& container, AVCodecID codec) { return AskMuxer(container, codec) == 1; }
 

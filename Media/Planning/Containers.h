@@ -1,5 +1,7 @@
 #pragma once
 
+// Private to the library, not installed.
+
 extern "C" {
 #include <libavformat/avformat.h>
 }
@@ -10,10 +12,10 @@ extern "C" {
 namespace Zelnor::Media
 {
 
-/// What writes a container, a `FORMAT_` text, in the installed FFmpeg; null when nothing does.
+/// The installed FFmpeg's muxer for a container, a `FORMAT_` text; null when it has none.
 const AVOutputFormat* FindMuxer(const std::string& container);
 
-/// Whether the container's files hold one picture.
+/// Whether the container's files hold one image.
 bool IsPicture(const std::string& container);
 
 /// Whether the container is known to hold streams of the codec.
@@ -22,7 +24,7 @@ bool CertainlyHolds(const std::string& container, AVCodecID codec);
 bool MayHold(const std::string& container, AVCodecID codec);
 
 /// The codecs, as `CODEC_ID_` texts, that a subtitle in the container may have, the best first. Text stays
-/// text and pictures stay pictures.
+/// text and bitmaps stay bitmaps.
 std::vector<std::string> SubtitleCodecsFor(const std::string& container, const std::string& sourceCodec,
                                            bool isBitmap);
 

@@ -22,7 +22,7 @@ using Conf::LayoutRecord;
 using Conf::SampleFmtRecord;
 using Conf::SampleFormats;
 
-/// The layouts of codecs whose FFmpeg encoders do not list them, or take others in ways that few players do.
+/// The layouts of codecs whose FFmpeg encoders do not list them, or support others that few players play.
 const std::vector<ChannelLayout>& KnownLayouts(AVCodecID codec)
 {
     static const std::vector<ChannelLayout> s_vorbis = {
@@ -53,7 +53,7 @@ const std::vector<ChannelLayout>& KnownLayouts(AVCodecID codec)
     }
 }
 
-/// Empty when the encoder takes all.
+/// Empty when the encoder supports all.
 std::vector<ChannelLayout> LayoutsOf(const AVCodec& encoder)
 {
     std::vector<ChannelLayout> layouts = KnownLayouts(encoder.id);
@@ -75,7 +75,7 @@ std::vector<PixFmt> PixelFormatsOf(const AVCodec& encoder)
     std::vector<PixFmt> formats;
     for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
     {
-        if (Accepts(encoder, record.pixFmt))
+        if (Supports(encoder, record.pixFmt))
         {
             formats.push_back(record.pixFmt);
         }
@@ -107,7 +107,7 @@ int ChannelsOf(ChannelLayout layout) { return LayoutRecord::Find(layout)->channe
 
 } // namespace
 
-bool Accepts(const AVCodec& encoder, PixFmt format)
+bool Supports(const AVCodec& encoder, PixFmt format)
 {
     const AVPixelFormat wanted = ToFFmpeg(format);
     // The encoder lists limited ranges too, and refuses them unless it is told to break the standard.
@@ -128,19 +128,19 @@ bool Accepts(const AVCodec& encoder, PixFmt format)
     return *candidate == wanted;
 }
 
-bool Accepts(const AVCodec& encoder, SampleFormats format)
+bool Supports(const AVCodec& encoder, SampleFormats format)
 {
     const std::vector<SampleFormats> formats = SampleFormatsOf(encoder);
     return formats.empty() || Contains(formats, format);
 }
 
-bool Accepts(const AVCodec& encoder, ChannelLayout layout)
+bool Supports(const AVCodec& encoder, ChannelLayout layout)
 {
     const std::vector<ChannelLayout> layouts = LayoutsOf(encoder);
     return layouts.empty() || Contains(layouts, layout);
 }
 
-bool AcceptsRate(const AVCodec& encoder, int sampleRate)
+bool SupportsSampleRate(const AVCodec& encoder, int sampleRate)
 {
     return sampleRate > 0 && NearestRate(encoder, sampleRate) == sampleRate;
 }
@@ -219,8 +219,8 @@ AVRational NearestFrameRate(const AVCodec& encoder, AVRational wanted)
 
 bool IsWithoutBitrate(AVCodecID codec)
 {
-    const AVCodecDescriptor* const facts = avcodec_descriptor_get(codec);
-    const bool lossy = facts != nullptr && (facts->props & AV_CODEC_PROP_LOSSY) != 0;
+    const AVCodecDescriptor* const description = avcodec_descriptor_get(codec);
+    const bool lossy = description != nullptr && (description->props & AV_CODEC_PROP_LOSSY) != 0;
     return !lossy || codec == AV_CODEC_ID_GIF;
 }
 

@@ -1,21 +1,23 @@
 #pragma once
 
+// Private to the library, not installed.
+
 #include "Media/Probe/FFmpegNames.h"
 
 namespace Zelnor::Media
 {
 
 /// \file
-/// What an encoder takes, and what of it is nearest to something wanted. An encoder that lists nothing takes
-/// everything.
+/// What an encoder supports, and what of it is nearest to something wanted. An encoder that lists nothing
+/// supports everything.
 
-bool Accepts(const AVCodec& encoder, PixFmt format);
-bool Accepts(const AVCodec& encoder, Conf::SampleFormats format);
-bool Accepts(const AVCodec& encoder, Conf::ChannelLayout layout);
-bool AcceptsRate(const AVCodec& encoder, int sampleRate);
+bool Supports(const AVCodec& encoder, PixFmt format);
+bool Supports(const AVCodec& encoder, Conf::SampleFormats format);
+bool Supports(const AVCodec& encoder, Conf::ChannelLayout layout);
+bool SupportsSampleRate(const AVCodec& encoder, int sampleRate);
 
-/// Of the vocabulary's formats that the encoder takes, the one that loses the least of `wanted`.
-/// PIX_FMT_NONE when the encoder takes none of them.
+/// Of the vocabulary's formats that the encoder supports, the one that loses the least of `wanted`.
+/// PIX_FMT_NONE when the encoder supports none of them.
 PixFmt NearestPixelFormat(const AVCodec& encoder, PixFmt wanted);
 /// The same samples in the other arrangement are nearer than other samples.
 Conf::SampleFormats NearestSampleFormat(const AVCodec& encoder, Conf::SampleFormats wanted);
@@ -25,7 +27,7 @@ Conf::ChannelLayout NearestLayout(const AVCodec& encoder, Conf::ChannelLayout wa
 int NearestRate(const AVCodec& encoder, int wanted);
 AVRational NearestFrameRate(const AVCodec& encoder, AVRational wanted);
 
-/// Whether what the codec makes has no bitrate to be set: it is lossless, or made of pictures without one.
+/// Whether the codec has no bitrate to be set: it is lossless, or codes images without one.
 bool IsWithoutBitrate(AVCodecID codec);
 /// Whether the encoder can use the statistics of a first pass.
 bool HasTwoPasses(const AVCodec& encoder);

@@ -2,12 +2,15 @@
 
 #include "Media/MediaException.h"
 #include "Media/Planning/EncoderCapabilities.h"
+#include "Media/ValueText.h"
 
+#include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
+#include <algorithm>
 #include <climits>
-#include <string>
+#include <optional>
 
 namespace Zelnor::Media
 {
@@ -21,97 +24,169 @@ using Core::Property;
 
 constexpr const char* kUnit = "Media/Planning/EncoderCheck";
 
-[[noreturn]] void Refuse(const AVCodec& encoder, const std::string& what)
+constexpr long long kLongestSide = 65535;
+
+/// Nothing when no format has that number.
+const PixFmtDescription* FindPixelFormat(long long number)
 {
-    ZELNOR_THROW(kUnit, MakeError<PlanException>(std::string("The encoder ") + encoder.name +
-                                                 " does not take " + what));
+    const auto& records = PixFmtDescription::s_pixelFormatRecords;
+    const auto found = std::find_if(records.begin(), records.end(),
+                                    [number](const auto& record) { return record.pixFmt == number; });
+    return found == records.end() ? nullptr : &*found;
 }
 
-std::string PixelFormatName(PixFmt format)
+/// Gathers what one encoder does not support of one record.
+class Check
 {
-    for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
+public:
+    Check(const Property& codec, const AVCodec& encoder) : m_codec(codec), m_encoder(encoder) {}
+
+    std::vector<EncoderFault> Find()
     {
-        if (record.pixFmt == format)
+        if (m_encoder.type == AVMEDIA_TYPE_VIDEO)
         {
-            return record.name;
+            CheckPixelFormat();
+            CheckLength(IFormatCodecVideo::TAG_WIDTH);
+            CheckLength(IFormatCodecVideo::TAG_HEIGHT);
+            CheckFrameRate();
+        }
+        else if (m_encoder.type == AVMEDIA_TYPE_AUDIO)
+        {
+            CheckSampleFormat();
+            CheckLayout();
+            CheckSampleRate();
+        }
+        return std::move(m_faults);
+    }
+
+private:
+    void Add(const std::string& key, const std::string& what)
+    {
+        m_faults.push_back({key, std::string("encoder ") + m_encoder.name + " does not support " + what});
+    }
+
+    /// The value under the key, if it is there and of the type; another type is a fault.
+    const Property* Value(const std::string& key, PropertyTypes type)
+    {
+        const auto value = m_codec.FindChild(key);
+        if (value == m_codec.end())
+        {
+            return nullptr;
+        }
+        if (value->GetType() != type)
+        {
+            m_faults.push_back(
+                {key, std::string("expected ") + TypeText(type) + ", found " + ValueText(*value)});
+            return nullptr;
+        }
+        return &*value;
+    }
+
+    void CheckPixelFormat()
+    {
+        const Property* const value = Value(kPixelFormatKey, PROPERTY_TYPE_INT64);
+        if (value == nullptr || value->GetInt64() == PIX_FMT_NONE)
+        {
+            return;
+        }
+        const PixFmtDescription* const format = FindPixelFormat(value->GetInt64());
+        if (format == nullptr)
+        {
+            Add(kPixelFormatKey, "pixel format number " + ValueText(*value));
+        }
+        else if (!Supports(m_encoder, format->pixFmt))
+        {
+            Add(kPixelFormatKey, "pixel format " + format->name);
         }
     }
-    return "number " + std::to_string(format);
-}
 
-void RequireLength(const Property& codec, const std::string& key, const AVCodec& encoder)
-{
-    constexpr long long kLongest = 65535;
-    const auto length = codec.FindChild(key);
-    if (length != codec.end() && (length->GetInt64() < 1 || length->GetInt64() > kLongest))
+    void CheckLength(const std::string& key)
     {
-        Refuse(encoder, "the " + key + " " + std::to_string(length->GetInt64()));
+        const Property* const length = Value(key, PROPERTY_TYPE_INT64);
+        if (length != nullptr && (length->GetInt64() < 1 || length->GetInt64() > kLongestSide))
+        {
+            Add(key, key + " " + ValueText(*length));
+        }
     }
-}
 
-void RequireFrameRate(const Property& codec, const AVCodec& encoder)
-{
-    const auto child = codec.FindChild(IFormatCodecVideo::TAG_FPS);
-    if (child == codec.end())
+    void CheckFrameRate()
     {
-        return;
+        const Property* const value = Value(IFormatCodecVideo::TAG_FPS, PROPERTY_TYPE_RATIO);
+        if (value == nullptr)
+        {
+            return;
+        }
+        const Property::Ratio& ratio = value->GetRatio();
+        AVRational rate = {};
+        const bool exact =
+            av_reduce(&rate.num, &rate.den, ratio.numerator(), ratio.denominator(), INT_MAX) != 0;
+        if (!exact || rate.num <= 0 || av_cmp_q(NearestFrameRate(m_encoder, rate), rate) != 0)
+        {
+            Add(IFormatCodecVideo::TAG_FPS, "frame rate " + ValueText(*value));
+        }
     }
-    const Property::Ratio& ratio = child->GetRatio();
-    AVRational rate = {};
-    const bool exact = av_reduce(&rate.num, &rate.den, ratio.numerator(), ratio.denominator(), INT_MAX) != 0;
-    if (!exact || rate.num <= 0 || av_cmp_q(NearestFrameRate(encoder, rate), rate) != 0)
-    {
-        Refuse(encoder, "the frame rate " + std::to_string(ratio.numerator()) + "/" +
-                            std::to_string(ratio.denominator()));
-    }
-}
 
-void RequireVideo(const Property& codec, const AVCodec& encoder)
-{
-    const auto video = IFormatCodecVideo::Create();
-    video->SetProperty(codec);
-    const PixFmt format = video->GetPixelFormat();
-    if (format != PIX_FMT_NONE && !Accepts(encoder, format))
+    template <class Record, class Member>
+    void CheckRecord(const std::string& key, const std::string& what, Member member)
     {
-        Refuse(encoder, "the pixel format " + PixelFormatName(format));
+        const Property* const value = Value(key, PROPERTY_TYPE_STRING);
+        if (value == nullptr)
+        {
+            return;
+        }
+        try
+        {
+            if (!Supports(m_encoder, Record::Find(value->GetString())->*member))
+            {
+                Add(key, what + " " + value->GetString());
+            }
+        }
+        catch (const Conf::FormatException&)
+        {
+            m_faults.push_back({key, "expected a " + what + ", found " + ValueText(*value)});
+        }
     }
-    RequireLength(codec, IFormatCodecVideo::TAG_WIDTH, encoder);
-    RequireLength(codec, IFormatCodecVideo::TAG_HEIGHT, encoder);
-    RequireFrameRate(codec, encoder);
-}
 
-void RequireAudio(const Property& codec, const AVCodec& encoder)
-{
-    const auto audio = IFormatCodecAudio::Create();
-    audio->SetProperty(codec);
-    if (codec.ChildExists(IFormatCodecAudio::TAG_SAMPLE_FORMAT) &&
-        !Accepts(encoder, audio->GetSampleFormat()))
+    void CheckSampleFormat()
     {
-        Refuse(encoder, codec[IFormatCodecAudio::TAG_SAMPLE_FORMAT].GetString());
+        CheckRecord<Conf::SampleFmtRecord>(IFormatCodecAudio::TAG_SAMPLE_FORMAT, "sample format",
+                                           &Conf::SampleFmtRecord::format);
     }
-    if (codec.ChildExists(IFormatCodecAudio::TAG_LAYOUT) && !Accepts(encoder, audio->GetChannelLayout()))
+
+    void CheckLayout()
     {
-        Refuse(encoder, "the layout " + codec[IFormatCodecAudio::TAG_LAYOUT].GetString());
+        CheckRecord<Conf::LayoutRecord>(IFormatCodecAudio::TAG_LAYOUT, "channel layout",
+                                        &Conf::LayoutRecord::layout);
     }
-    const auto rate = codec.FindChild(IFormatCodecAudio::TAG_SAMPLE_RATE);
-    if (rate != codec.end() &&
-        (rate->GetInt64() > INT_MAX || !AcceptsRate(encoder, static_cast<int>(rate->GetInt64()))))
+
+    void CheckSampleRate()
     {
-        Refuse(encoder, "the sample rate " + std::to_string(rate->GetInt64()));
+        const Property* const rate = Value(IFormatCodecAudio::TAG_SAMPLE_RATE, PROPERTY_TYPE_INT64);
+        if (rate != nullptr && (rate->GetInt64() < 1 || rate->GetInt64() > INT_MAX ||
+                                !SupportsSampleRate(m_encoder, static_cast<int>(rate->GetInt64()))))
+        {
+            Add(IFormatCodecAudio::TAG_SAMPLE_RATE, "sample rate " + ValueText(*rate));
+        }
     }
-}
+
+    const Property& m_codec;
+    const AVCodec& m_encoder;
+    std::vector<EncoderFault> m_faults;
+};
 
 } // namespace
 
-void RequireAccepted(const Property& codec, const AVCodec& encoder)
+std::vector<EncoderFault> FindEncoderFaults(const Property& codec, const AVCodec& encoder)
 {
-    if (encoder.type == AVMEDIA_TYPE_VIDEO)
+    return Check(codec, encoder).Find();
+}
+
+void RequireAccepted(const Property& codec, const AVCodec& encoder, const Place& place)
+{
+    const std::vector<EncoderFault> faults = FindEncoderFaults(codec, encoder);
+    if (!faults.empty())
     {
-        RequireVideo(codec, encoder);
-    }
-    else if (encoder.type == AVMEDIA_TYPE_AUDIO)
-    {
-        RequireAudio(codec, encoder);
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(place.Under(faults.front().key), faults.front().reason));
     }
 }
 

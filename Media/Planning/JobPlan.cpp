@@ -1,13 +1,16 @@
 #include "Media/Planning/JobPlan.h"
 
 #include "Media/MediaException.h"
+#include "Media/Planning/StreamPlan.h"
+#include "Media/Presets/PresetFile.h"
+#include "Media/Presets/PresetRules.h"
 #include "Media/Text.h"
 
 #include "Conf/Interfaces/MediaTypeUtils.h"
 
-#include <algorithm>
 #include <array>
 #include <filesystem>
+#include <stdexcept>
 
 namespace Zelnor::Media
 {
@@ -54,35 +57,20 @@ void CarryWorkTags(const MediaFile& source, Property& target)
 }
 
 /// The record of a raw stream with what is merged into it.
-Property RawStream(unsigned int index, const JobWishes& wishes)
+Property RawStream(unsigned int index, const JobRequest& request)
 {
     Property record = ITranscodingMetaGraph::MakeRawStreamDescription(index);
-    for (const auto& [master, slave] : wishes.merges)
+    for (const StreamMerge& merge : request.merges)
     {
-        if (master == index)
+        if (merge.base == index)
         {
-            ITranscodingMetaGraph::AddSlaveStreamIndex(record, Property(), slave);
+            ITranscodingMetaGraph::AddSlaveStreamIndex(record, Property(), merge.overlay);
         }
     }
     return record;
 }
 
-void CheckMerges(const StreamPlan& plan, const JobWishes& wishes)
-{
-    for (const auto& merge : wishes.merges)
-    {
-        if (std::none_of(plan.streams.begin(), plan.streams.end(),
-                         [&merge](const PlannedStream& stream) { return stream.source == merge.first; }))
-        {
-            ZELNOR_THROW(kUnit,
-                         MakeError<PlanException>("Nothing can be merged into stream " +
-                                                  std::to_string(merge.first) + ", which is not converted"));
-        }
-    }
-}
-
-} // namespace
-
+/// `output`, with the container's default extension if it has none.
 std::string WithExtension(const std::string& output, const std::string& container)
 {
     if (std::filesystem::path(output).has_extension())
@@ -100,27 +88,74 @@ std::string WithExtension(const std::string& output, const std::string& containe
     }
 }
 
-std::string ContainerOf(const Property& preset, bool losslessDvd)
+/// A `MediaFile` is a value that anybody can make.
+void CheckSource(const MediaFile& source)
 {
-    return losslessDvd ? IFormatFile::FORMAT_DVD : preset[IFormatFile::TAG_CONTAINER].GetString();
+    if (source.descriptor == nullptr)
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(Place{source.name}, "the file has no descriptor"));
+    }
+    unsigned int position = 0;
+    for (const MediaStream& stream : source.streams)
+    {
+        const Place place = PlaceOf(source, stream);
+        if (stream.index != position)
+        {
+            ZELNOR_THROW(kUnit,
+                         MakeError<PlanException>(place, "stands at position " + std::to_string(position) +
+                                                             " of the file"));
+        }
+        if (stream.descriptor == nullptr ||
+            (IsConvertible(stream.kind) && KindOfCodecType(stream.descriptor->GetCodecType()) != stream.kind))
+        {
+            ZELNOR_THROW(kUnit, MakeError<PlanException>(
+                                    place, std::string("expected a descriptor of ") + NameOf(stream.kind) +
+                                               ", found " +
+                                               (stream.descriptor == nullptr ? "nothing" : "another one")));
+        }
+        ++position;
+    }
 }
 
-PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Conf::IPreset>& preset,
-                   const JobWishes& wishes)
+void CheckPresetOf(const boost::intrusive_ptr<const Conf::IPreset>& preset)
 {
-    const bool losslessDvd = wishes.streams.losslessDvd;
-    const std::string container = ContainerOf(preset->GetProperty(), losslessDvd);
-    StreamPlan plan = PlanStreams(source, preset->GetProperty(), container, wishes.streams);
-    CheckMerges(plan, wishes);
-    Property target = ITranscodingMetaGraph::MakeOutFileDescription(
-        preset, WithExtension(wishes.output, container), losslessDvd);
+    if (preset == nullptr)
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>("A job needs a preset"));
+    }
+    // A preset file was checked when it was read.
+    if (dynamic_cast<const PresetFile*>(preset.get()) == nullptr)
+    {
+        CheckPreset(preset->GetProperty());
+    }
+}
+
+} // namespace
+
+PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Conf::IPreset>& preset,
+                   const JobRequest& request)
+{
+    CheckSource(source);
+    CheckPresetOf(preset);
+    if (request.output.empty())
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>("The output has no name"));
+    }
+    const Property& settings = preset->GetProperty();
+    const bool losslessDvd = request.streams.losslessDvd;
+    const std::string container =
+        losslessDvd ? IFormatFile::FORMAT_DVD : settings[IFormatFile::TAG_CONTAINER].GetString();
+    StreamPlan plan = PlanStreams(source, settings, container, request.streams);
+    CheckMerges(source, plan, request.merges);
+    PlannedJob job = {ITranscodingMetaGraph::Create(), WithExtension(request.output, container),
+                      std::move(plan.notes)};
+    Property target = ITranscodingMetaGraph::MakeOutFileDescription(preset, job.output, losslessDvd);
     CarryWorkTags(source, target);
-    PlannedJob job = {ITranscodingMetaGraph::Create(), std::move(plan.notes)};
     const Conf::NodeId from = job.graph->AddNode(ITranscodingMetaGraph::MakeInFileDescription(source.name));
     const Conf::NodeId to = job.graph->AddNode(target);
     for (const PlannedStream& stream : plan.streams)
     {
-        const Conf::NodeId raw = job.graph->AddNode(RawStream(stream.source, wishes));
+        const Conf::NodeId raw = job.graph->AddNode(RawStream(stream.source, request));
         job.graph->AddLink(from, raw, Property());
         job.graph->AddLink(raw, to, stream.codec);
     }

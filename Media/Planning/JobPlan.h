@@ -1,46 +1,50 @@
 #pragma once
 
-#include "Core/Interfaces/Export.h"
-
-#include "Media/Planning/StreamPlan.h"
+#include "Media/Planning/JobRequest.h"
 #include "Media/Probe/MediaProbe.h"
 
 #include "Conf/Interfaces/IPreset.h"
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
+#include "Core/Interfaces/Export.h"
+
+#include <boost/smart_ptr/intrusive_ptr.hpp>
 
 #include <string>
-#include <utility>
 #include <vector>
+
+/// \file
+/// Makes a job from a media file, a preset and a request:
+///
+///     JobRequest request;
+///     request.output = "out";
+///     const PlannedJob job = PlanJob(ProbeMedia("in.mkv"), PresetFile::Open("mp3.json"), request);
+///     job.graph->Save(AtomicFileDataOutput::Create("job.json")); // job.output is "out.mp3"
 
 namespace Zelnor::Media
 {
 
-/// What a job is made from.
-struct JobWishes
-{
-    std::string output; ///< the target's name; without an extension, it gets its container's default one
-    StreamWishes streams;
-    /// Pairs of a stream of the source and another one that is merged into it.
-    std::vector<std::pair<unsigned int, unsigned int>> merges;
-};
-
-/// A job and what the user should know about it.
+/// A job, and what the user should know about it.
 struct PlannedJob
 {
     boost::intrusive_ptr<Conf::ITranscodingMetaGraph> graph;
-    std::vector<std::string> notes;
+    std::string output;             ///< the output file's full name, extension included
+    std::vector<std::string> notes; ///< sentences without an end: "'in.mkv' has no audio, so ..."
 };
 
-/// Source and target are the nodes 1 and 2; the streams between them follow, and each one's link to the
-/// target carries the full descriptor of what it becomes. \throw PlanException
+/// Plans the job that makes the output file from `source`. Nothing is read or written.
+///
+/// In the graph, the source is node 1 and the output file node 2. The streams between them follow, video
+/// before audio before subtitles, and each one's link to the output file carries the full codec descriptor of
+/// what it becomes: the preset's settings, and for the rest what the source is, as near as the encoder and
+/// the container can do. The job is valid.
+///
+/// \param preset  any preset; one that is not a `PresetFile` is checked by the same rules
+/// \throw PlanException when the source, the preset and the request do not go together, or the installed
+///        FFmpeg cannot make a stream; with the tags that name the file, the stream and the preset's key:
+///        "in.mkv: video stream 0, p.$$STREAMS$$.video.width: encoder mpeg2video does not support ..."
+/// \throw PresetFileException when the preset's record does not keep to the rules
 ZELNOR_API PlannedJob PlanJob(const MediaFile& source,
                               const boost::intrusive_ptr<const Conf::IPreset>& preset,
-                              const JobWishes& wishes);
-
-/// `output`, with the container's default extension if it has none.
-ZELNOR_API std::string WithExtension(const std::string& output, const std::string& container);
-
-/// The container that the preset asks for, or that a DVD needs.
-ZELNOR_API std::string ContainerOf(const Core::Property& preset, bool losslessDvd);
+                              const JobRequest& request);
 
 } // namespace Zelnor::Media

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <tuple>
 
 namespace Zelnor::Media
@@ -28,27 +29,8 @@ using Core::Property;
 
 constexpr const char* kUnit = "Media/Planning/StreamPlan";
 
+/// The order of the output's streams.
 constexpr std::array<StreamKind, 3> kKinds = {StreamKind::Video, StreamKind::Audio, StreamKind::Subtitle};
-
-MediaType MediaTypeOf(StreamKind kind)
-{
-    return kind == StreamKind::Video   ? MEDIA_TYPE_VIDEO
-           : kind == StreamKind::Audio ? MEDIA_TYPE_AUDIO
-                                       : MEDIA_TYPE_SUBTITLE;
-}
-
-std::vector<const Property*> SettingsFor(const Property& preset, StreamKind kind)
-{
-    std::vector<const Property*> settings;
-    for (const Property& stream : preset[IPreset::KEY_STREAMS])
-    {
-        if (IPreset::MediaTypeFromPresetStreamType(stream.GetName()) == MediaTypeOf(kind))
-        {
-            settings.push_back(&stream);
-        }
-    }
-    return settings;
-}
 
 /// Largest first.
 std::tuple<bool, long long, long long> RankOf(const MediaStream& stream)
@@ -70,43 +52,52 @@ std::tuple<bool, long long, long long> RankOf(const MediaStream& stream)
     return {stream.isDefault, extent, number(IFormatCodec::TAG_BITRATE)};
 }
 
-/// "subtitles_text" or "subtitles_video": text cannot be made pictures, nor pictures text.
-bool FitsSubtitle(const Property& settings, const MediaStream& source)
+/// Empty when the vocabulary has no identifier for the codec.
+std::string CodecIdOf(const MediaStream& stream)
 {
-    return (settings.GetName() == IPreset::STREAM_TYPE_SUBTITLES_VIDEO) == source.isBitmap;
+    const Property& record = stream.descriptor->GetProperty();
+    const auto codec = record.FindChild(IFormatCodec::TAG_CODEC_ID);
+    return codec == record.end() ? "" : codec->GetString();
 }
 
-/// The settings of a subtitle in the target; a group without a codec when it cannot be held there.
-Property SubtitleSettings(const MediaStream& source, const Property& preset, const std::string& container)
+const MediaStream& StreamAt(const MediaFile& source, unsigned int index)
 {
-    for (const Property* const settings : SettingsFor(preset, StreamKind::Subtitle))
+    if (index >= source.streams.size())
     {
-        if (FitsSubtitle(*settings, source))
-        {
-            return *settings;
-        }
+        Place place{source.name};
+        place.stream = index;
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(place, "there is no such stream, only " +
+                                                                Count(source.streams.size(), "stream") +
+                                                                " from 0 on"));
     }
-    Property settings;
-    const auto own = source.descriptor->GetProperty().FindChild(IFormatCodec::TAG_CODEC_ID);
-    const std::string codec = own == source.descriptor->GetProperty().end() ? "" : own->GetString();
-    const std::vector<std::string> codecs = SubtitleCodecsFor(container, codec, source.isBitmap);
-    if (!codecs.empty())
-    {
-        settings.SetChildT(IFormatCodec::TAG_CODEC_ID, codecs.front());
-    }
-    return settings;
+    return source.streams[index];
 }
+
+/// What a preset says about a stream of the output.
+struct Settings
+{
+    const Property* record; ///< null: nothing
+    std::string key;        ///< where they stand: "p.$$STREAMS$$.audio"; empty: not in a preset
+};
 
 class Planner
 {
 public:
     Planner(const MediaFile& source, const Property& preset, const std::string& container,
-            const StreamWishes& wishes)
-        : m_source(source), m_preset(preset), m_container(container), m_wishes(wishes)
-    {}
+            const StreamRequest& request)
+        : m_source(source), m_preset(preset), m_container(container), m_request(request)
+    {
+        for (const Property& stream : preset[IPreset::KEY_STREAMS])
+        {
+            const StreamKind kind = KindOfMediaType(IPreset::MediaTypeFromPresetStreamType(stream.GetName()));
+            m_settings[kind].push_back(
+                {&stream, preset.GetName() + "." + IPreset::KEY_STREAMS + "." + stream.GetName()});
+        }
+    }
 
     StreamPlan Make()
     {
+        CheckChosen();
         for (const StreamKind kind : kKinds)
         {
             const std::vector<const MediaStream*> streams = Choose(kind);
@@ -117,31 +108,76 @@ public:
         }
         if (m_plan.streams.empty())
         {
-            ZELNOR_THROW(kUnit,
-                         MakeError<PlanException>("'" + m_source.name + "' has no stream that the preset '" +
-                                                  m_preset.GetName() + "' can make anything of"));
+            ZELNOR_THROW(kUnit, MakeError<PlanException>(Place{m_source.name},
+                                                         "the file has no stream that preset '" +
+                                                             m_preset.GetName() + "' can convert"));
         }
         return std::move(m_plan);
     }
 
 private:
+    const std::vector<Settings>& SettingsFor(StreamKind kind) const
+    {
+        static const std::vector<Settings> s_none;
+        const auto found = m_settings.find(kind);
+        return found == m_settings.end() ? s_none : found->second;
+    }
+
+    void CheckChosen() const
+    {
+        for (const unsigned int index : m_request.chosen)
+        {
+            const MediaStream& stream = StreamAt(m_source, index);
+            if (!IsConvertible(stream.kind))
+            {
+                ZELNOR_THROW(kUnit, MakeError<PlanException>(PlaceOf(m_source, stream),
+                                                             "streams of this kind cannot be converted"));
+            }
+        }
+    }
+
     std::vector<const MediaStream*> Choose(StreamKind kind)
     {
-        if (!m_wishes.chosen.empty())
+        if (!m_request.chosen.empty())
         {
             return Chosen(kind);
         }
-        std::vector<const MediaStream*> ranked = RankStreams(m_source, kind);
-        if (kind == StreamKind::Subtitle)
+        return kind == StreamKind::Subtitle ? FittingSubtitles() : BestStreams(kind);
+    }
+
+    std::vector<const MediaStream*> Chosen(StreamKind kind) const
+    {
+        std::vector<const MediaStream*> streams;
+        for (const unsigned int index : m_request.chosen)
         {
-            ranked.erase(std::remove_if(ranked.begin(), ranked.end(),
-                                        [this](const MediaStream* stream) { return !CanHold(*stream); }),
-                         ranked.end());
-            std::sort(ranked.begin(), ranked.end(),
-                      [](const auto* one, const auto* other) { return one->index < other->index; });
-            return ranked;
+            const MediaStream& stream = m_source.streams[index];
+            if (stream.kind == kind)
+            {
+                streams.push_back(&stream);
+            }
         }
-        const std::size_t wanted = SettingsFor(m_preset, kind).size();
+        return streams;
+    }
+
+    /// In the source's order.
+    std::vector<const MediaStream*> FittingSubtitles() const
+    {
+        std::vector<const MediaStream*> streams;
+        for (const MediaStream& stream : m_source.streams)
+        {
+            if (stream.kind == StreamKind::Subtitle &&
+                (PresetSubtitle(stream).record != nullptr || !SubtitleCodec(stream).empty()))
+            {
+                streams.push_back(&stream);
+            }
+        }
+        return streams;
+    }
+
+    std::vector<const MediaStream*> BestStreams(StreamKind kind)
+    {
+        const std::size_t wanted = SettingsFor(kind).size();
+        std::vector<const MediaStream*> ranked = RankStreams(m_source, kind);
         if (wanted != 0 && ranked.empty())
         {
             m_plan.notes.push_back("'" + m_source.name + "' has no " + NameOf(kind) +
@@ -156,101 +192,106 @@ private:
         return streams;
     }
 
-    std::vector<const MediaStream*> Chosen(StreamKind kind) const
+    /// What the preset says about such a subtitle: text cannot become a bitmap, nor a bitmap text.
+    Settings PresetSubtitle(const MediaStream& stream) const
     {
-        std::vector<const MediaStream*> streams;
-        for (const unsigned int index : m_wishes.chosen)
+        for (const Settings& settings : SettingsFor(StreamKind::Subtitle))
         {
-            if (index >= m_source.streams.size())
+            if ((settings.record->GetName() == IPreset::STREAM_TYPE_SUBTITLES_VIDEO) == stream.isBitmap)
             {
-                ZELNOR_THROW(kUnit, MakeError<PlanException>(
-                                        "'" + m_source.name + "' has no stream " + std::to_string(index) +
-                                        ", only " + Count(m_source.streams.size(), "stream") + " from 0 on"));
-            }
-            const MediaStream& stream = m_source.streams[index];
-            if (std::find(kKinds.begin(), kKinds.end(), stream.kind) == kKinds.end())
-            {
-                ZELNOR_THROW(kUnit,
-                             MakeError<PlanException>("Stream " + std::to_string(index) + " is of the kind " +
-                                                      NameOf(stream.kind) + ", which cannot be converted"));
-            }
-            if (stream.kind == kind)
-            {
-                streams.push_back(&stream);
+                return settings;
             }
         }
-        return streams;
+        return {nullptr, ""};
     }
 
-    bool CanHold(const MediaStream& subtitle) const
+    /// The codec of a subtitle that the preset says nothing about; empty when the container cannot hold one.
+    std::string SubtitleCodec(const MediaStream& stream) const
     {
-        return SubtitleSettings(subtitle, m_preset, m_container).ChildExists(IFormatCodec::TAG_CODEC_ID);
-    }
-
-    /// The settings for the `position`-th stream of a kind.
-    Property SettingsOf(const MediaStream& stream, std::size_t position) const
-    {
-        if (stream.kind == StreamKind::Subtitle)
-        {
-            if (!CanHold(stream))
-            {
-                ZELNOR_THROW(
-                    kUnit, MakeError<PlanException>("The container " + m_container + " cannot hold stream " +
-                                                    std::to_string(stream.index) + ", a subtitle of " +
-                                                    (stream.isBitmap ? "pictures" : "text")));
-            }
-            return SubtitleSettings(stream, m_preset, m_container);
-        }
-        const std::vector<const Property*> settings = SettingsFor(m_preset, stream.kind);
-        if (settings.empty())
-        {
-            ZELNOR_THROW(kUnit, MakeError<PlanException>("The preset '" + m_preset.GetName() +
-                                                         "' does not say what to make of stream " +
-                                                         std::to_string(stream.index) + ", which is " +
-                                                         NameOf(stream.kind)));
-        }
-        return *settings[std::min(position, settings.size() - 1)];
+        const std::vector<std::string> codecs =
+            SubtitleCodecsFor(m_container, CodecIdOf(stream), stream.isBitmap);
+        return codecs.empty() ? "" : codecs.front();
     }
 
     void Add(const MediaStream& stream, std::size_t position)
     {
-        if (m_wishes.losslessDvd && stream.kind != StreamKind::Subtitle)
+        if (stream.kind == StreamKind::Subtitle)
+        {
+            AddSubtitle(stream);
+        }
+        else if (m_request.losslessDvd)
         {
             AddForDvd(stream);
+        }
+        else
+        {
+            const std::vector<Settings>& settings = SettingsFor(stream.kind);
+            if (settings.empty())
+            {
+                ZELNOR_THROW(kUnit,
+                             MakeError<PlanException>(PlaceOf(m_source, stream),
+                                                      "preset '" + m_preset.GetName() +
+                                                          "' has no settings for " + NameOf(stream.kind)));
+            }
+            AddConverted(stream, settings[std::min(position, settings.size() - 1)]);
+        }
+    }
+
+    void AddSubtitle(const MediaStream& stream)
+    {
+        const Settings settings = PresetSubtitle(stream);
+        if (settings.record != nullptr)
+        {
+            AddConverted(stream, settings);
             return;
         }
-        m_plan.streams.push_back(
-            {stream.index, MakeTargetCodec(stream, SettingsOf(stream, position), m_container)});
+        const std::string codec = SubtitleCodec(stream);
+        if (codec.empty())
+        {
+            ZELNOR_THROW(kUnit,
+                         MakeError<PlanException>(PlaceOf(m_source, stream),
+                                                  "container " + m_container + " cannot hold " +
+                                                      (stream.isBitmap ? "bitmap" : "text") + " subtitles"));
+        }
+        Property own;
+        own.SetChildT(IFormatCodec::TAG_CODEC_ID, codec);
+        AddConverted(stream, {&own, ""});
     }
 
     void AddForDvd(const MediaStream& stream)
     {
-        const auto codec = stream.descriptor->GetProperty().FindChild(IFormatCodec::TAG_CODEC_ID);
-        const bool fits = codec != stream.descriptor->GetProperty().end() &&
-                          CertainlyHolds(m_container, CodecNumberOf(codec->GetString()));
-        if (!fits)
+        if (CertainlyHolds(m_container, CodecNumberOf(CodecIdOf(stream))))
         {
-            m_plan.notes.push_back("A DVD cannot hold stream " + std::to_string(stream.index) + " (" +
-                                   stream.codec + ") as it is, so it will be converted");
+            m_plan.streams.push_back({stream.index, true, MakeCopiedCodec(stream)});
+            return;
         }
-        m_plan.streams.push_back(
-            {stream.index,
-             fits ? MakeCopiedCodec(stream) : MakeTargetCodec(stream, DvdSettings(stream), m_container)});
+        m_plan.notes.push_back("A DVD cannot hold stream " + std::to_string(stream.index) + " (" +
+                               stream.codec + ") as it is, so it will be converted");
+        const Property settings = DvdSettings(stream);
+        AddConverted(stream, {&settings, ""});
+    }
+
+    void AddConverted(const MediaStream& stream, const Settings& settings)
+    {
+        m_plan.streams.push_back({stream.index, false,
+                                  MakeTargetCodec({stream, *settings.record, m_container,
+                                                   PlaceOf(m_source, stream).At(settings.key)})});
     }
 
     const MediaFile& m_source;
     const Property& m_preset;
     const std::string& m_container;
-    const StreamWishes& m_wishes;
+    const StreamRequest& m_request;
+    std::map<StreamKind, std::vector<Settings>> m_settings;
     StreamPlan m_plan;
 };
 
 } // namespace
 
 StreamPlan PlanStreams(const MediaFile& source, const Property& preset, const std::string& container,
-                       const StreamWishes& wishes)
+                       const StreamRequest& request)
 {
-    return Planner(source, preset, container, wishes).Make();
+    return Planner(source, preset, container, request).Make();
 }
 
 std::vector<const MediaStream*> RankStreams(const MediaFile& source, StreamKind kind)
@@ -267,6 +308,46 @@ std::vector<const MediaStream*> RankStreams(const MediaFile& source, StreamKind 
         return RankOf(*one) > RankOf(*other);
     });
     return streams;
+}
+
+void CheckMerges(const MediaFile& source, const StreamPlan& plan, const std::vector<StreamMerge>& merges)
+{
+    for (const StreamMerge& merge : merges)
+    {
+        const MediaStream& base = StreamAt(source, merge.base);
+        const MediaStream& overlay = StreamAt(source, merge.overlay);
+        const bool isConverted =
+            std::any_of(plan.streams.begin(), plan.streams.end(), [&merge](const PlannedStream& stream) {
+                return stream.source == merge.base && !stream.isCopied;
+            });
+        if (!isConverted)
+        {
+            ZELNOR_THROW(kUnit,
+                         MakeError<PlanException>(PlaceOf(source, base),
+                                                  "is not converted, so nothing can be merged into it"));
+        }
+        const bool isMixed = base.kind == StreamKind::Audio && overlay.kind == StreamKind::Audio &&
+                             merge.base != merge.overlay;
+        const bool isDrawn = base.kind == StreamKind::Video && overlay.kind == StreamKind::Subtitle;
+        if (!isMixed && !isDrawn)
+        {
+            const std::string expected = base.kind == StreamKind::Audio   ? ", expected another audio stream"
+                                         : base.kind == StreamKind::Video ? ", expected a subtitle"
+                                                                          : "";
+            ZELNOR_THROW(kUnit,
+                         MakeError<PlanException>(PlaceOf(source, overlay),
+                                                  std::string("cannot be merged into ") + NameOf(base.kind) +
+                                                      " stream " + std::to_string(base.index) + expected));
+        }
+    }
+}
+
+Place PlaceOf(const MediaFile& source, const MediaStream& stream)
+{
+    Place place{source.name};
+    place.streamKind = NameOf(stream.kind);
+    place.stream = stream.index;
+    return place;
 }
 
 } // namespace Zelnor::Media

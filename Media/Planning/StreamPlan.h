@@ -1,8 +1,11 @@
 #pragma once
 
+// Private to the library, not installed.
+
+#include "Media/Place.h"
+#include "Media/Planning/JobRequest.h"
 #include "Media/Probe/MediaProbe.h"
 
-#include "Core/Interfaces/Export.h"
 #include "Core/Interfaces/Property.h"
 
 #include <string>
@@ -15,6 +18,7 @@ namespace Zelnor::Media
 struct PlannedStream
 {
     unsigned int source;
+    bool isCopied; ///< it goes into the output unchanged
     Core::Property codec;
 };
 
@@ -25,25 +29,25 @@ struct StreamPlan
     std::vector<std::string> notes;
 };
 
-/// What the user wants of a job's streams.
-struct StreamWishes
-{
-    std::vector<unsigned int> chosen; ///< streams of the source; empty: the best ones
-    bool losslessDvd = false;         ///< what a DVD can hold goes into it unchanged
-};
-
-/// Chooses the streams of the source and makes the target's codec records, video before audio before
-/// subtitles. By default, each video and audio stream of the preset gets the best stream of the source that
-/// is left (the best one again when none is left), and all subtitles that the container can hold are taken.
+/// Chooses streams of the source and makes the output's codec records, video before audio before subtitles.
+/// By default, each video and audio stream of the preset gets the best stream of the source that is left (the
+/// best one again when none is left), and all subtitles that the container can hold are taken.
 ///
-/// \param preset     a preset's record
-/// \param container  the target's, a `FORMAT_` text
+/// \param preset     a preset's record, which keeps to the rules
+/// \param container  the output's, a `FORMAT_` text
 /// \throw PlanException
-ZELNOR_API StreamPlan PlanStreams(const MediaFile& source, const Core::Property& preset,
-                                  const std::string& container, const StreamWishes& wishes);
+StreamPlan PlanStreams(const MediaFile& source, const Core::Property& preset, const std::string& container,
+                       const StreamRequest& request);
 
-/// The source's streams of a kind, the best first: those marked as default, the largest picture or the most
-/// channels, the highest bitrate. Attached pictures are no videos.
-ZELNOR_API std::vector<const MediaStream*> RankStreams(const MediaFile& source, StreamKind kind);
+/// The source's streams of a kind, the best first: those marked as default, the largest image or the most
+/// channels, the highest bitrate. Attached pictures are not videos.
+std::vector<const MediaStream*> RankStreams(const MediaFile& source, StreamKind kind);
+
+/// Checks that the streams of each merge exist, that the base is converted, and that their kinds go together.
+/// \throw PlanException "in.mkv: audio stream 1: cannot be merged into video stream 0, expected a subtitle"
+void CheckMerges(const MediaFile& source, const StreamPlan& plan, const std::vector<StreamMerge>& merges);
+
+/// "in.mkv: video stream 0"
+Place PlaceOf(const MediaFile& source, const MediaStream& stream);
 
 } // namespace Zelnor::Media

@@ -20,7 +20,6 @@ namespace Zelnor::Media
 namespace
 {
 
-using Conf::IFormat;
 using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecSubtitle;
@@ -29,46 +28,41 @@ using Core::Property;
 
 constexpr const char* kUnit = "Media/Planning/TargetCodec";
 
-/// Sets what `settings` holds in the descriptor's record.
-void Overlay(const Property& settings, IFormatCodec& descriptor)
+bool IsSet(const IFormatCodec& descriptor, const std::string& key)
+{
+    return descriptor.GetProperty().ChildExists(key);
+}
+
+const std::string& CodecIdOf(const Property& record)
+{
+    return record[IFormatCodec::TAG_CODEC_ID].GetString();
+}
+
+const AVCodec& RequireEncoder(const TargetStream& stream)
+{
+    const std::string& codecId = CodecIdOf(stream.settings);
+    const AVCodec* const encoder = FindEncoder(codecId);
+    if (encoder == nullptr)
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(stream.place.Under(IFormatCodec::TAG_CODEC_ID),
+                                                     "the installed FFmpeg has no encoder for " + codecId));
+    }
+    return *encoder;
+}
+
+/// Gives a new descriptor what the preset asks for, and the codec's name.
+void Fill(const Property& settings, const AVCodec& encoder, IFormatCodec& descriptor)
 {
     Property record = descriptor.GetProperty();
     for (const Property& setting : settings)
     {
         record.SetChild(setting.GetName(), setting);
     }
+    record.SetChildT(IFormatCodec::TAG_NAME, std::string(avcodec_get_name(encoder.id)));
     descriptor.SetProperty(record);
 }
 
-template <class T>
-void SetValue(IFormatCodec& descriptor, const std::string& key, const T& value)
-{
-    Property record = descriptor.GetProperty();
-    record.SetChildT(key, value);
-    descriptor.SetProperty(record);
-}
-
-bool IsSet(const IFormatCodec& descriptor, const std::string& key)
-{
-    return descriptor.GetProperty().ChildExists(key);
-}
-
-const std::string& CodecIdOf(const IFormatCodec& descriptor)
-{
-    return descriptor.GetProperty()[IFormatCodec::TAG_CODEC_ID].GetString();
-}
-
-const AVCodec& RequireEncoder(const std::string& codecId)
-{
-    const AVCodec* const encoder = FindEncoder(codecId);
-    if (encoder == nullptr)
-    {
-        ZELNOR_THROW(kUnit, MakeError<PlanException>("The installed FFmpeg has no encoder for " + codecId));
-    }
-    return *encoder;
-}
-
-/// H.264's profiles for all players have no other pixels.
+/// H.264's profiles that every player decodes have 4:2:0 only.
 bool NeedsUsualPixels(const Property& target)
 {
     const auto profile = target.FindChild(IFormatCodec::TAG_PROFILE);
@@ -113,70 +107,67 @@ void ChooseFrameRate(const AVCodec& encoder, const IFormatCodecVideo& source, IF
     target.SetFrameRate(static_cast<unsigned int>(nearest.num), static_cast<unsigned int>(nearest.den));
 }
 
-void FillBitrate(const AVCodec& encoder, IFormatCodecVideo& target)
+void FillBitrate(const AVCodec& encoder, const Conf::FrameInfo& frame, Property& record)
 {
-    if (IsSet(target, IFormatCodec::TAG_BITRATE) || IsWithoutBitrate(encoder.id))
+    if (record.ChildExists(IFormatCodec::TAG_BITRATE) || IsWithoutBitrate(encoder.id))
     {
         return;
     }
-    const Conf::FrameInfo frame = target.GetFrameInfo();
-    const Property::Ratio& rate = target.GetProperty()[IFormatCodecVideo::TAG_FPS].GetRatio();
+    const Property::Ratio& rate = record[IFormatCodecVideo::TAG_FPS].GetRatio();
     const double fps = static_cast<double>(rate.numerator()) / static_cast<double>(rate.denominator());
-    const long long bitrate = Conf::GetDefVideoBitrate(CodecIdOf(target), frame.width, frame.height, fps);
-    SetValue(target, IFormatCodec::TAG_BITRATE,
-             std::min<long long>(bitrate, IFormatCodecVideo::MAX_VIDEO_BITRATE));
+    const long long bitrate = Conf::GetDefVideoBitrate(CodecIdOf(record), frame.width, frame.height, fps);
+    record.SetChildT(IFormatCodec::TAG_BITRATE,
+                     std::min<long long>(bitrate, IFormatCodecVideo::MAX_VIDEO_BITRATE));
 }
 
-void FillBitrateMode(IFormatCodec& target)
+void FillBitrateMode(Property& record)
 {
-    if (IsSet(target, IFormatCodec::TAG_BITRATE) && !IsSet(target, IFormatCodec::TAG_BITRATE_MODE))
+    if (record.ChildExists(IFormatCodec::TAG_BITRATE) && !record.ChildExists(IFormatCodec::TAG_BITRATE_MODE))
     {
-        SetValue(target, IFormatCodec::TAG_BITRATE_MODE, IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO);
+        record.SetChildT(IFormatCodec::TAG_BITRATE_MODE, IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO);
     }
 }
 
-/// The words about a stream that stay true when it is converted.
-void CarryTags(const MediaStream& source, const Property& settings, IFormatCodec& target)
+/// The tags that stay true when the stream is converted.
+void CarryTags(const TargetStream& stream, Property& record)
 {
-    Property metadata = target.GetMetadata();
-    const Property& tags = source.descriptor->GetMetadata();
-    for (const std::string& key : {IFormatCodec::TAG_LANGUAGE, Conf::IFormatFile::TAG_TITLE})
+    Property& metadata = record[Conf::IFormat::TAG_METADATA];
+    const Property& tags = stream.source.descriptor->GetMetadata();
+    for (const std::string* const key : {&IFormatCodec::TAG_LANGUAGE, &Conf::IFormatFile::TAG_TITLE})
     {
-        const auto tag = tags.FindChild(key);
-        if (tag != tags.end() && !metadata.ChildExists(key))
+        const auto tag = tags.FindChild(*key);
+        if (tag != tags.end() && !metadata.ChildExists(*key))
         {
-            metadata.SetChild(key, *tag);
+            metadata.SetChild(*key, *tag);
         }
     }
     // A preset may set the language beside the other settings, too.
-    const auto language = settings.FindChild(IFormatCodec::TAG_LANGUAGE);
-    if (language != settings.end())
+    const auto language = stream.settings.FindChild(IFormatCodec::TAG_LANGUAGE);
+    if (language != stream.settings.end())
     {
         metadata.SetChild(IFormatCodec::TAG_LANGUAGE, *language);
     }
-    target.SetMetadata(metadata);
 }
 
-Property MakeVideo(const MediaStream& source, const Property& settings, const std::string& container)
+Property MakeVideo(const TargetStream& stream)
 {
-    const auto& facts = dynamic_cast<const IFormatCodecVideo&>(*source.descriptor);
-    if (!IsSet(facts, IFormatCodecVideo::TAG_WIDTH))
+    const auto& source = dynamic_cast<const IFormatCodecVideo&>(*stream.source.descriptor);
+    if (!IsSet(source, IFormatCodecVideo::TAG_WIDTH))
     {
-        ZELNOR_THROW(
-            kUnit, MakeError<PlanException>("Stream " + std::to_string(source.index) + " has no known size"));
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(stream.place.At(""), "its size is not known"));
     }
+    const AVCodec& encoder = RequireEncoder(stream);
     const auto target = IFormatCodecVideo::Create();
-    Overlay(settings, *target);
-    const AVCodec& encoder = RequireEncoder(CodecIdOf(*target));
-    SetValue(*target, IFormatCodec::TAG_NAME, std::string(avcodec_get_name(encoder.id)));
-    ChoosePixelFormat(encoder, facts, *target);
-    ChooseSize(ShownFrame(source), NeedsSquarePixels(encoder.id, container), *target);
-    ChooseFrameRate(encoder, facts, *target);
-    RequireAccepted(target->GetProperty(), encoder);
-    FillBitrate(encoder, *target);
-    FillBitrateMode(*target);
-    CarryTags(source, settings, *target);
-    return target->GetProperty();
+    Fill(stream.settings, encoder, *target);
+    ChoosePixelFormat(encoder, source, *target);
+    ChooseSize(DisplayedFrame(stream.source), NeedsSquarePixels(encoder.id, stream.container), *target);
+    ChooseFrameRate(encoder, source, *target);
+    Property record = target->GetProperty();
+    RequireAccepted(record, encoder, stream.place);
+    FillBitrate(encoder, target->GetFrameInfo(), record);
+    FillBitrateMode(record);
+    CarryTags(stream, record);
+    return record;
 }
 
 Conf::SampleFormats SampleFormatOf(const IFormatCodecAudio& audio)
@@ -209,56 +200,55 @@ void ChooseSamples(const AVCodec& encoder, const IFormatCodecAudio& source, IFor
     {
         target.SetChannelLayout(NearestLayout(encoder, LayoutOf(source)));
     }
-    if (!IsSet(target, IFormatCodecAudio::TAG_SAMPLE_RATE))
-    {
-        SetValue(target, IFormatCodecAudio::TAG_SAMPLE_RATE,
-                 static_cast<long long>(NearestRate(encoder, RateOf(source))));
-    }
 }
 
-Property MakeAudio(const MediaStream& source, const Property& settings)
+Property MakeAudio(const TargetStream& stream)
 {
+    const auto& source = dynamic_cast<const IFormatCodecAudio&>(*stream.source.descriptor);
+    const AVCodec& encoder = RequireEncoder(stream);
     const auto target = IFormatCodecAudio::Create();
-    Overlay(settings, *target);
-    const AVCodec& encoder = RequireEncoder(CodecIdOf(*target));
-    SetValue(*target, IFormatCodec::TAG_NAME, std::string(avcodec_get_name(encoder.id)));
-    ChooseSamples(encoder, dynamic_cast<const IFormatCodecAudio&>(*source.descriptor), *target);
-    RequireAccepted(target->GetProperty(), encoder);
-    FillBitrateMode(*target);
-    CarryTags(source, settings, *target);
-    return target->GetProperty();
+    Fill(stream.settings, encoder, *target);
+    ChooseSamples(encoder, source, *target);
+    Property record = target->GetProperty();
+    if (!record.ChildExists(IFormatCodecAudio::TAG_SAMPLE_RATE))
+    {
+        record.SetChildT(IFormatCodecAudio::TAG_SAMPLE_RATE,
+                         static_cast<long long>(NearestRate(encoder, RateOf(source))));
+    }
+    RequireAccepted(record, encoder, stream.place);
+    FillBitrateMode(record);
+    CarryTags(stream, record);
+    return record;
 }
 
-Property MakeSubtitle(const MediaStream& source, const Property& settings)
+Property MakeSubtitle(const TargetStream& stream)
 {
     const auto target = IFormatCodecSubtitle::Create();
-    Overlay(settings, *target);
-    const AVCodec& encoder = RequireEncoder(CodecIdOf(*target));
-    SetValue(*target, IFormatCodec::TAG_NAME, std::string(avcodec_get_name(encoder.id)));
-    CarryTags(source, settings, *target);
-    return target->GetProperty();
+    Fill(stream.settings, RequireEncoder(stream), *target);
+    Property record = target->GetProperty();
+    CarryTags(stream, record);
+    return record;
 }
 
 } // namespace
 
-Property MakeTargetCodec(const MediaStream& source, const Property& settings, const std::string& container)
+Property MakeTargetCodec(const TargetStream& stream)
 {
-    switch (source.kind)
+    switch (stream.source.kind)
     {
     case StreamKind::Video:
-        return MakeVideo(source, settings, container);
+        return MakeVideo(stream);
     case StreamKind::Audio:
-        return MakeAudio(source, settings);
+        return MakeAudio(stream);
     case StreamKind::Subtitle:
-        return MakeSubtitle(source, settings);
+        return MakeSubtitle(stream);
     case StreamKind::Data:
     case StreamKind::Attachment:
     case StreamKind::Unknown:
         break;
     }
     ZELNOR_THROW(kUnit,
-                 MakeError<PlanException>("Stream " + std::to_string(source.index) + " is of the kind " +
-                                          NameOf(source.kind) + ", which cannot be converted"));
+                 MakeError<PlanException>(stream.place.At(""), "streams of this kind cannot be converted"));
 }
 
 Property MakeCopiedCodec(const MediaStream& source)
@@ -276,10 +266,10 @@ Property DvdSettings(const MediaStream& source)
     Property settings;
     if (source.kind == StreamKind::Video)
     {
-        const Property& facts = source.descriptor->GetProperty();
-        const bool isPal = facts.ChildExists(IFormatCodecVideo::TAG_FPS) &&
-                           facts[IFormatCodecVideo::TAG_FPS].GetRatio().numerator() % 25 == 0 &&
-                           facts[IFormatCodecVideo::TAG_FPS].GetRatio().denominator() == 1;
+        const Property& record = source.descriptor->GetProperty();
+        const bool isPal = record.ChildExists(IFormatCodecVideo::TAG_FPS) &&
+                           record[IFormatCodecVideo::TAG_FPS].GetRatio().numerator() % 25 == 0 &&
+                           record[IFormatCodecVideo::TAG_FPS].GetRatio().denominator() == 1;
         settings.SetChildT(IFormatCodec::TAG_CODEC_ID, IFormatCodecVideo::CODEC_ID_MPEG2VIDEO);
         settings.SetChildT(IFormatCodec::TAG_BITRATE_MODE, IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO);
         settings.SetChildT(IFormatCodec::TAG_BITRATE, 6000000LL);

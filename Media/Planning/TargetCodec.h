@@ -1,21 +1,33 @@
 #pragma once
 
+// Private to the library, not installed.
+
+#include "Media/Place.h"
 #include "Media/Probe/MediaProbe.h"
 
 #include "Core/Interfaces/Property.h"
 
+#include <string>
+
 namespace Zelnor::Media
 {
 
-/// The record of a stream to make: a full codec descriptor with what `settings`, a preset's stream, asks for,
-/// and for the rest what the source is, as near as the encoder and the container can do.
-///
-/// \param container  a `FORMAT_` text
-/// \throw PlanException when FFmpeg cannot make such a stream: "the encoder libmp3lame does not take ..."
-Core::Property MakeTargetCodec(const MediaStream& source, const Core::Property& settings,
-                               const std::string& container);
+/// A stream of the output that is to be made.
+struct TargetStream
+{
+    const MediaStream& source;
+    const Core::Property& settings; ///< a preset's stream
+    const std::string& container;   ///< the output's, a `FORMAT_` text
+    /// Of the stream, with the key of `settings` if they are a preset's: errors name it.
+    Place place;
+};
 
-/// The record of a stream that goes into the target unchanged.
+/// The record of the stream: a full codec descriptor with what the settings ask for, and for the rest what
+/// the source is, as near as the encoder and the container can do.
+/// \throw PlanException when FFmpeg cannot make such a stream
+Core::Property MakeTargetCodec(const TargetStream& stream);
+
+/// The record of a stream that goes into the output unchanged.
 Core::Property MakeCopiedCodec(const MediaStream& source);
 
 /// The settings of a stream that every DVD player plays, for a source that a DVD cannot hold as it is.

@@ -30,7 +30,7 @@ struct Aspect
     double Value() const { return static_cast<double>(x) / y; }
 };
 
-/// The shapes that MPEG-2 can say a picture has.
+/// The display aspect ratios that MPEG-2 can signal, without that of square pixels.
 constexpr std::array<Aspect, 3> kMpeg2Aspects = {{{4, 3}, {16, 9}, {221, 100}}};
 
 std::uint32_t NumberUnder(const Property& record, const std::string& key)
@@ -54,7 +54,7 @@ Aspect WantedAspect(const Property& record, const FrameInfo& source)
                      NumberUnder(record, IFormatCodecVideo::TAG_FRAME_ASPECTY)};
     if (aspect.x == 0 || aspect.y == 0)
     {
-        FrameAspectOf(source, aspect.x, aspect.y);
+        DisplayAspectOf(source, aspect.x, aspect.y);
     }
     const auto codec = record.FindChild(IFormatCodec::TAG_CODEC_ID);
     if (codec != record.end() && codec->GetString() == IFormatCodecVideo::CODEC_ID_MPEG2VIDEO)
@@ -93,7 +93,7 @@ std::pair<std::uint32_t, std::uint32_t> WantedSize(const Property& record, const
 
 } // namespace
 
-FrameInfo ShownFrame(const MediaStream& source)
+FrameInfo DisplayedFrame(const MediaStream& source)
 {
     FrameInfo frame = dynamic_cast<const IFormatCodecVideo&>(*source.descriptor).GetFrameInfo();
     if (source.rotation % 180 != 0)
@@ -104,7 +104,7 @@ FrameInfo ShownFrame(const MediaStream& source)
     return frame;
 }
 
-void FrameAspectOf(const FrameInfo& frame, std::uint32_t& x, std::uint32_t& y)
+void DisplayAspectOf(const FrameInfo& frame, std::uint32_t& x, std::uint32_t& y)
 {
     constexpr std::int64_t kLargestTerm = 65535;
     int num = 0;
@@ -123,15 +123,15 @@ bool NeedsSquarePixels(AVCodecID codec, const std::string& container)
 
 void ChooseSize(const FrameInfo& source, bool squarePixels, IFormatCodecVideo& target)
 {
-    const Property record = target.GetProperty();
+    const Property& record = target.GetProperty();
     const Aspect aspect = WantedAspect(record, source);
     auto [width, height] = WantedSize(record, source, aspect, squarePixels);
     const PixFmt pixelFormat = target.GetPixelFormat();
     if (pixelFormat != PIX_FMT_NONE)
     {
-        const PixFmtDescription& facts = *PixFmtDescription::Find(pixelFormat);
-        width = Whole(width, facts.log2ChromaW);
-        height = Whole(height, facts.log2ChromaH);
+        const PixFmtDescription& format = *PixFmtDescription::Find(pixelFormat);
+        width = Whole(width, format.log2ChromaW);
+        height = Whole(height, format.log2ChromaH);
     }
     const std::uint32_t ax = NumberUnder(record, IFormatCodecVideo::TAG_ASPECTX);
     const std::uint32_t ay = NumberUnder(record, IFormatCodecVideo::TAG_ASPECTY);

@@ -182,9 +182,6 @@ const Row* FindRow(const std::string& key)
     return found == std::end(s_rows) ? nullptr : found;
 }
 
-/// The key under which a record holds its pixel format has no constant of its own.
-constexpr const char* kPixelFormatKey = "PIXELFORMAT";
-
 bool IsLosslessWord(const std::string& implementation)
 {
     return implementation == IFormatCodecVideo::ENCODER_LOSSLESS ||

@@ -111,7 +111,7 @@ std::string VideoFilters(const MediaStream& source, const Property& codec)
     if (codec.ChildExists(IFormatCodecVideo::TAG_WIDTH))
     {
         const FrameInfo frame = video->GetFrameInfo();
-        Append(filters, ScaleFilters(ShownFrame(source), frame));
+        Append(filters, ScaleFilters(DisplayedFrame(source), frame));
         Append(filters, "setsar=" + std::to_string(frame.ax) + "/" + std::to_string(frame.ay) + ":max=65535");
     }
     if (IsGif(codec))

@@ -42,6 +42,14 @@ TEST(Place, StandsInTheDescriptionAndTheTagsOfAnException)
     EXPECT_EQ(thrown.Get<MediaException::TagKey>(), "fps");
 }
 
+TEST(Place, OfAnInnerKeyHasThePathToIt)
+{
+    const Place place{"p.json"};
+    EXPECT_EQ(place.Under("p").Text(), "p.json: p");
+    EXPECT_EQ(place.Under("p").Under("bitrate").Text(), "p.json: p.bitrate");
+    EXPECT_EQ(place.Under("p").At("bitrate").Text(), "p.json: bitrate");
+}
+
 TEST(Place, ThatIsNotKnownLeavesTheReasonAlone)
 {
     const JobException exception = MakeError<JobException>(Place(), "reason");

@@ -267,8 +267,9 @@ TEST_F(JobRun, MergesSoundsAndDrawsSubtitles)
     const ProcessResult result = RunJob();
     EXPECT_EQ(result.exitCode, 0) << result.messages;
     EXPECT_EQ(Facts("out.mp4").streams.size(), 2U);
-    ExpectQuietSuccess(New("mp4-h264-aac", "it's [a], 'b'; c:d.mkv", "x.mp4", {"-s", "0", "--merge", "0+1"}));
-    ExpectFailure(RunJob(), "Stream 1 (audio) cannot be merged into stream 0 (video)");
+    ExpectFailure(New("mp4-h264-aac", "it's [a], 'b'; c:d.mkv", "x.mp4", {"-s", "0", "--merge", "0+1"}),
+                  "it's [a], 'b'; c:d.mkv: audio stream 1: cannot be merged into video stream 0, expected a "
+                  "subtitle");
 }
 
 TEST_F(JobRun, TheBitrateModesBecomeBounds)
@@ -315,7 +316,7 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
         {R"("codec.options.encode":{})", R"("codec.options.encode":{"no_such":1})",
          "The encoder libx264 has no option for 'no_such'"},
         {R"("PIXELFORMAT":0)", R"("PIXELFORMAT":28)",
-         "The encoder libx264 does not take the pixel format RGBA"},
+         "PIXELFORMAT: encoder libx264 does not support pixel format RGBA"},
         {R"("streamRaw":{"id":0})", R"("streamRaw":{"id":7})",
          "Node 3 cannot be run: 'in.mkv' has no stream 7"},
         {R"("streamRaw":{"id":0})", R"("streamRaw":{"id":1})",
@@ -414,7 +415,7 @@ TEST_F(JobRun, SubtitlesGoWhereTheContainerCanHoldThem)
         EXPECT_EQ(subtitles[0].language, "fra");
     }
     EXPECT_THAT(New("dvd-pal", "sub.mkv", "x", {"--stream", "2"}).messages,
-                HasSubstr("The container dvd cannot hold stream 2, a subtitle of text"));
+                HasSubstr("sub.mkv: subtitle stream 2: container dvd cannot hold text subtitles"));
 }
 
 TEST_F(JobRun, ATruncatedSourceIsConvertedAsFarAsItGoes)

@@ -163,7 +163,7 @@ TEST_P(EveryPreset, MakesSoundOfSoundAloneOrRefuses)
     {
         const ProcessResult made = New(GetParam().preset, "sound.wav", "out");
         EXPECT_EQ(made.exitCode, 2);
-        EXPECT_THAT(made.messages, HasSubstr("'sound.wav' has no stream that the preset"));
+        EXPECT_THAT(made.messages, HasSubstr("sound.wav: the file has no stream that preset '"));
         return;
     }
     Convert("sound.wav");

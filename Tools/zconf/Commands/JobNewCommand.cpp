@@ -37,7 +37,7 @@ struct Options
 };
 
 /// Neither making nor running the job may destroy what goes into it.
-void CheckDistinct(const Options& options, const std::string& preset)
+void CheckDistinct(const Options& options, const std::string& preset, const std::string& output)
 {
     struct Pair
     {
@@ -47,9 +47,8 @@ void CheckDistinct(const Options& options, const std::string& preset)
         const std::string& other;
     };
     for (const Pair& pair :
-         {Pair{"output", options.output, "input", options.input},
-          Pair{"job", options.job, "input", options.input}, Pair{"job", options.job, "preset", preset},
-          Pair{"job", options.job, "output", options.output}})
+         {Pair{"output", output, "input", options.input}, Pair{"job", options.job, "input", options.input},
+          Pair{"job", options.job, "preset", preset}, Pair{"job", options.job, "output", output}})
     {
         struct stat status = {};
         const bool isSpecial = ::stat(pair.one.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
@@ -62,54 +61,43 @@ void CheckDistinct(const Options& options, const std::string& preset)
     }
 }
 
-/// "2+3": the stream 3 is merged into the stream 2.
-std::pair<unsigned int, unsigned int> ParseMerge(const std::string& text)
+/// "2+3": stream 3 is merged into stream 2.
+Media::StreamMerge ParseMerge(const std::string& text)
 {
-    unsigned int master = 0;
-    unsigned int slave = 0;
+    Media::StreamMerge merge = {};
     char rest = 0;
-    if (std::sscanf(text.c_str(), "%9u+%9u%c", &master, &slave, &rest) != 2)
+    if (std::sscanf(text.c_str(), "%9u+%9u%c", &merge.base, &merge.overlay, &rest) != 2)
     {
         throw ToolError("--merge: expected two streams of the input, as 1+2, found '" + text + "'");
     }
-    return {master, slave};
+    return merge;
 }
 
-Media::JobWishes WishesOf(const Options& options)
+Media::JobRequest RequestOf(const Options& options)
 {
-    Media::JobWishes wishes = {options.output, {options.streams, options.losslessDvd}, {}};
+    Media::JobRequest request = {options.output, {options.streams, options.losslessDvd}, {}};
     for (const std::string& merge : options.merges)
     {
-        wishes.merges.push_back(ParseMerge(merge));
+        request.merges.push_back(ParseMerge(merge));
     }
-    return wishes;
+    return request;
 }
 
-int Run(Options options)
+int Run(const Options& options)
 {
     if (IsStandardStream(options.input))
     {
         throw ToolError("A job needs its input by name, not from standard input");
     }
-    if (options.output.empty())
-    {
-        throw ToolError("The output has no name");
-    }
+    const Media::JobRequest request = RequestOf(options);
     const std::string presetFile =
         IsStandardStream(options.preset) ? options.preset : Media::FindPreset(options.preset);
     const auto preset = Media::PresetFile::Read(*OpenInput(presetFile), InputName(presetFile));
-    // Known before the files are compared, for it is the file that will be written.
-    options.output =
-        Media::WithExtension(options.output, Media::ContainerOf(preset->GetProperty(), options.losslessDvd));
-    CheckDistinct(options, presetFile);
-    const Media::PlannedJob job = Media::PlanJob(Media::ProbeMedia(options.input), preset, WishesOf(options));
+    const Media::PlannedJob job = Media::PlanJob(Media::ProbeMedia(options.input), preset, request);
+    CheckDistinct(options, presetFile, job.output);
     for (const std::string& note : job.notes)
     {
         WriteMessage("zconf: note: " + Printable(note) + "\n");
-    }
-    if (!job.graph->TopologyIsValid())
-    {
-        throw ToolError(InputName(presetFile) + ": The preset does not make a valid job");
     }
     WriteDocument(options.job, [&job](const auto& output) { job.graph->Save(output); });
     return kExitSuccess;
