@@ -1,6 +1,9 @@
 #include "Tests/Package/Thrower.h"
 
 #include "Conf/Interfaces/ConfException.h"
+#ifdef ZELNOR_WITH_MEDIA
+#include "Media/MediaException.h"
+#endif
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -56,6 +59,15 @@ std::set<std::string> HandlersOf(const std::string& thrown)
         {"LinkNotFound", IsCaughtAs<Conf::LinkNotFound>},
         {"NodeNotFound", IsCaughtAs<Conf::NodeNotFound>},
         {"BadJson", IsCaughtAs<Conf::BadJson>},
+#ifdef ZELNOR_WITH_MEDIA
+        {"MediaException", IsCaughtAs<Media::MediaException>},
+        {"ProbeException", IsCaughtAs<Media::ProbeException>},
+        {"PresetFileException", IsCaughtAs<Media::PresetFileException>},
+        {"PlanException", IsCaughtAs<Media::PlanException>},
+        {"JobException", IsCaughtAs<Media::JobException>},
+        {"RunException", IsCaughtAs<Media::RunException>},
+        {"TranscodeFailed", IsCaughtAs<Media::TranscodeFailed>},
+#endif
     };
     std::set<std::string> catching;
     for (const auto& [name, catches] : handlers)
@@ -88,6 +100,13 @@ std::set<std::string> Ancestry(const std::string& name)
         {"LinkNotFound", "ProfileException"},
         {"NodeNotFound", "ProfileException"},
         {"BadJson", "ProfileException"},
+        {"MediaException", "Exception"},
+        {"ProbeException", "MediaException"},
+        {"PresetFileException", "MediaException"},
+        {"PlanException", "MediaException"},
+        {"JobException", "MediaException"},
+        {"RunException", "MediaException"},
+        {"TranscodeFailed", "RunException"},
     };
     std::set<std::string> ancestry = {"std::exception", "boost::exception", name};
     for (auto base = bases.find(name); base != bases.end(); base = bases.find(base->second))
@@ -99,7 +118,11 @@ std::set<std::string> Ancestry(const std::string& name)
 
 TEST(ExceptionFromAnotherSharedObject, IsCaughtByItsClassAndEachBaseAndNothingElse)
 {
+#ifdef ZELNOR_WITH_MEDIA
+    ASSERT_EQ(GetExceptionClasses().size(), 23U);
+#else
     ASSERT_EQ(GetExceptionClasses().size(), 16U);
+#endif
     for (const std::string& thrown : GetExceptionClasses())
     {
         EXPECT_EQ(HandlersOf(thrown), Ancestry(thrown)) << thrown;

@@ -3,6 +3,9 @@
 #include "Tests/Package/Thrower.h"
 
 #include "Conf/Interfaces/ConfException.h"
+#ifdef ZELNOR_WITH_MEDIA
+#include "Media/MediaException.h"
+#endif
 
 #include <cstdlib>
 #include <utility>
@@ -40,6 +43,15 @@ const std::vector<std::pair<std::string, void (*)()>>& Throwers()
         {"LinkNotFound", Throw<Conf::LinkNotFound>},
         {"NodeNotFound", Throw<Conf::NodeNotFound>},
         {"BadJson", Throw<Conf::BadJson>},
+#ifdef ZELNOR_WITH_MEDIA
+        {"MediaException", Throw<Media::MediaException>},
+        {"ProbeException", Throw<Media::ProbeException>},
+        {"PresetFileException", Throw<Media::PresetFileException>},
+        {"PlanException", Throw<Media::PlanException>},
+        {"JobException", Throw<Media::JobException>},
+        {"RunException", Throw<Media::RunException>},
+        {"TranscodeFailed", Throw<Media::TranscodeFailed>},
+#endif
     };
     return throwers;
 }

@@ -6,7 +6,7 @@
 namespace Zelnor::Testing
 {
 
-/// Names of all exception classes of the two libraries.
+/// Names of all exception classes of the libraries.
 __attribute__((visibility("default"))) const std::vector<std::string>& GetExceptionClasses();
 
 /// Throws an object of the class with that name, the way the libraries throw.

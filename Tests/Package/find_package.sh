@@ -8,3 +8,4 @@ cmake -G Ninja -S "$source/Tests/Package/consumer" -B "$scratch" -DCMAKE_PREFIX_
     -DCONSUMER_SOURCE="$source/Examples/road_of_a_job.cpp"
 cmake --build "$scratch"
 "$scratch/consumer" | diff "$source/Examples/road_of_a_job.txt" -
+"$source/Tests/Package/consumer/plans.sh" "$scratch/planner" "$prefix/share/zelnor/Presets" "$scratch"

@@ -5,9 +5,22 @@ source=$1 prefix=$2 scratch=$3
 
 rm -rf "$scratch"
 mkdir -p "$scratch"
-PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name zelnor-conf.pc)")
-export PKG_CONFIG_PATH
+# Nothing but our own packages: no consumer has to have FFmpeg's.
+PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name zelnor-conf.pc)")
+export PKG_CONFIG_LIBDIR
 read -ra flags <<<"$(pkg-config --cflags --libs zelnor-conf)"
 libraries=$(pkg-config --variable=libdir zelnor-conf)
 c++ -std=c++17 "$source/Examples/road_of_a_job.cpp" "${flags[@]}" "-Wl,-rpath,$libraries" -o "$scratch/consumer"
 "$scratch/consumer" | diff "$source/Examples/road_of_a_job.txt" -
+
+read -ra flags <<<"$(pkg-config --cflags --libs zelnor-media)"
+c++ -std=c++17 "$source/Tests/Package/consumer/planner.cpp" "${flags[@]}" "-Wl,-rpath,$libraries" -o "$scratch/planner"
+"$source/Tests/Package/consumer/plans.sh" "$scratch/planner" "$prefix/share/zelnor/Presets" "$scratch"
+
+static=$(pkg-config --static --libs zelnor-media)
+for library in ZelnorMedia ZelnorConf ZelnorCore avformat avcodec avutil; do
+    if [[ " $static " != *" -l$library "* ]]; then
+        echo "without -l$library for a static link: $static"
+        exit 1
+    fi
+done
