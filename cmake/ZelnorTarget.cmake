@@ -33,8 +33,9 @@ function(zelnor_target target)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
   if(ZELNOR_SANITIZE)
+    # A report names functions and lines, and needs no more of the debug information.
     target_compile_options(${target} PRIVATE "-fsanitize=${ZELNOR_SANITIZE}" -fno-sanitize-recover=all
-                                             -fno-omit-frame-pointer -O1)
+                                             -fno-omit-frame-pointer -O1 -g1)
     target_link_options(${target} PRIVATE "-fsanitize=${ZELNOR_SANITIZE}")
   endif()
 endfunction()
