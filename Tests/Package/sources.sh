@@ -1,0 +1,18 @@
+#!/bin/bash
+# sources.sh <source tree> <build tree>: every source is listed in a CMakeLists.txt, so that no test is left out unseen.
+set -euo pipefail
+source=$1 build=$2
+
+# What somebody else's project builds is not for our build.
+present() {
+    cd "$source"
+    find Benchmarks Conf Core Docs Examples Media Tests Tools -path Tests/Package/consumer -prune -o \
+        -name '*.cpp' -print | LC_ALL=C sort
+}
+built() {
+    sed -nE "s|^ *\"file\": \"$source/(.*)\",?$|\1|p" "$build/compile_commands.json" | LC_ALL=C sort -u
+}
+if LC_ALL=C comm -23 <(present) <(built) | grep .; then
+    echo "listed in no CMakeLists.txt"
+    exit 1
+fi
