@@ -1,5 +1,7 @@
 #pragma once
 
+// Private to the library, not installed.
+
 #include "Media/ErrorText.h"
 #include "Media/MediaException.h"
 

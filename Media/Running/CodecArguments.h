@@ -1,5 +1,7 @@
 #pragma once
 
+// Private to the library, not installed.
+
 #include "Media/Probe/FFmpegNames.h"
 
 #include "Core/Interfaces/Property.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+// Private to the library, not installed.
+
 #include "Media/Running/FFmpegArguments.h"
 #include "Media/Running/Transcode.h"
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Private to the library, not installed.
+
 #include "Core/Interfaces/Export.h"
 
 #include <string>

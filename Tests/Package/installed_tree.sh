@@ -3,16 +3,15 @@
 set -euo pipefail
 source=$1 build=$2 prefix=$3
 
-# All headers of the public folders; those in Conf/Private stay at home.
+# All headers of the public folders, and of the media library's those that do not call themselves private.
 public() {
     cd "$source"
     find Core/Interfaces Conf/Interfaces \( -name '*.h' -o -name '*.def' \) -print
-    if [[ -d $build/generated ]]; then
-        cd "$build/generated"
-        find . -type f -printf '%P\n'
-    fi
+    find Media -name '*.h' -print0 | xargs -0 grep -LE '^// Private to the library'
+    cd "$build/generated"
+    find . -type f -printf '%P\n'
 }
-if ! diff <(public | sort) <(cd "$prefix/include/zelnor" && find Core Conf -type f | sort); then
+if ! diff <(public | sort) <(cd "$prefix/include/zelnor" && find . -type f -printf '%P\n' | sort); then
     echo "what is installed is not what is public"
     exit 1
 fi
