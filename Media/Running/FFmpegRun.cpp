@@ -1,23 +1,17 @@
 #include "Media/Running/FFmpegRun.h"
 
 #include "Media/MediaException.h"
+#include "Media/Running/Subprocess.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <chrono>
-#include <csignal>
+#include <algorithm>
+#include <cstddef>
 #include <deque>
+#include <locale>
+#include <optional>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 #include <utility>
-
-extern char** environ;
 
 namespace Zelnor::Media
 {
@@ -25,94 +19,70 @@ namespace Zelnor::Media
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr const char* kUnit = "Media/Running/FFmpegRun";
 
-constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
-
-class Pipe
-{
-public:
-    Pipe()
-    {
-        if (::pipe2(m_ends.data(), O_CLOEXEC) != 0)
-        {
-            throw std::system_error(errno, std::generic_category(), "Cannot make a pipe");
-        }
-    }
-    ~Pipe()
-    {
-        CloseEnd(0);
-        CloseEnd(1);
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-
-    int GetReadEnd() const { return m_ends[0]; }
-    int GetWriteEnd() const { return m_ends[1]; }
-    void CloseEnd(std::size_t end)
-    {
-        if (m_ends[end] >= 0)
-        {
-            ::close(std::exchange(m_ends[end], -1));
-        }
-    }
-
-private:
-    std::array<int, 2> m_ends = {-1, -1};
-};
-
-/// Cuts bytes into lines.
+/// Cuts bytes into lines, of which it keeps the beginnings: what a program writes is not ours to bound.
 class Lines
 {
 public:
     explicit Lines(std::function<void(const std::string&)> take) : m_take(std::move(take)) {}
 
-    void Add(const char* bytes, std::size_t size)
+    void Add(std::string_view bytes)
     {
-        m_rest.append(bytes, size);
-        for (std::size_t end = 0; (end = m_rest.find('\n')) != std::string::npos;)
+        for (std::size_t end = 0; (end = bytes.find('\n')) != std::string_view::npos;)
         {
-            m_take(m_rest.substr(0, end));
-            m_rest.erase(0, end + 1);
+            Append(bytes.substr(0, end));
+            bytes.remove_prefix(end + 1);
+            m_take(std::exchange(m_line, ""));
         }
+        Append(bytes);
     }
     void Finish()
     {
-        if (!m_rest.empty())
+        if (!m_line.empty())
         {
-            m_take(std::exchange(m_rest, ""));
+            m_take(std::exchange(m_line, ""));
         }
     }
 
 private:
+    void Append(std::string_view bytes)
+    {
+        constexpr std::size_t kLongest = 4096;
+        m_line += bytes.substr(0, kLongest - std::min(kLongest, m_line.size()));
+    }
+
     std::function<void(const std::string&)> m_take;
-    std::string m_rest;
+    std::string m_line;
 };
 
+template <class Number>
+std::optional<Number> ParseNumber(const std::string& text)
+{
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    Number number = 0;
+    return stream >> number ? std::optional<Number>(number) : std::nullopt;
+}
+
 /// Understands ffmpeg's "key=value" lines, of which "progress=..." ends each report.
-class ProgressReader
+class ProgressParser
 {
 public:
-    explicit ProgressReader(std::function<void(const FFmpegProgress&)> report) : m_report(std::move(report))
-    {}
+    explicit ProgressParser(const std::function<void(const FFmpegProgress&)>& report) : m_report(report) {}
 
     void Line(const std::string& line)
     {
         const std::size_t equals = line.find('=');
         const std::string key = line.substr(0, equals);
-        std::istringstream value(equals == std::string::npos ? "" : line.substr(equals + 1));
-        value.imbue(std::locale::classic());
+        const std::string value = equals == std::string::npos ? "" : line.substr(equals + 1);
         if (key == "out_time_us")
         {
-            std::int64_t time = 0;
-            m_progress.done = value >> time && time > 0 ? time : m_progress.done;
+            m_progress.done = std::max(m_progress.done, ParseNumber<std::int64_t>(value).value_or(0));
         }
         else if (key == "speed")
         {
-            double speed = 0;
-            m_progress.speed = value >> speed ? speed : m_progress.speed;
+            m_progress.speed = ParseNumber<double>(value).value_or(m_progress.speed);
         }
         else if (key == "progress")
         {
@@ -121,144 +91,27 @@ public:
     }
 
 private:
-    std::function<void(const FFmpegProgress&)> m_report;
+    const std::function<void(const FFmpegProgress&)>& m_report;
     FFmpegProgress m_progress;
 };
 
-/// A program that runs with its output and messages in pipes.
-class Child
+/// The last lines.
+class Tail
 {
 public:
-    Child(const std::vector<std::string>& command, const std::function<bool()>& isCancelled)
-        : m_isCancelled(isCancelled)
+    void Add(const std::string& line)
     {
-        posix_spawn_file_actions_t files;
-        ::posix_spawn_file_actions_init(&files);
-        ::posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        ::posix_spawn_file_actions_adddup2(&files, m_output.GetWriteEnd(), STDOUT_FILENO);
-        ::posix_spawn_file_actions_adddup2(&files, m_messages.GetWriteEnd(), STDERR_FILENO);
-        posix_spawnattr_t attributes;
-        ::posix_spawnattr_init(&attributes);
-        SetAttributes(attributes);
-        std::vector<char*> words;
-        for (const std::string& word : command)
+        constexpr std::size_t kLines = 10;
+        m_lines.push_back(line);
+        if (m_lines.size() > kLines)
         {
-            words.push_back(const_cast<char*>(word.c_str()));
-        }
-        words.push_back(nullptr);
-        const int reason =
-            ::posix_spawnp(&m_process, words.front(), &files, &attributes, words.data(), environ);
-        ::posix_spawn_file_actions_destroy(&files);
-        ::posix_spawnattr_destroy(&attributes);
-        if (reason != 0)
-        {
-            ZELNOR_THROW(kUnit, MakeError<RunException>("Cannot run '" + command.front() +
-                                                        "': " + std::generic_category().message(reason)));
-        }
-        m_output.CloseEnd(1);
-        m_messages.CloseEnd(1);
-    }
-    ~Child()
-    {
-        if (m_process > 0)
-        {
-            ::kill(m_process, SIGKILL);
-            Wait();
+            m_lines.pop_front();
         }
     }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    /// Reads both pipes to their ends.
-    void Read(Lines& output, Lines& messages)
-    {
-        std::array<pollfd, 2> ends = {
-            {{m_output.GetReadEnd(), POLLIN, 0}, {m_messages.GetReadEnd(), POLLIN, 0}}};
-        std::array<Lines*, 2> lines = {&output, &messages};
-        while (ends[0].fd >= 0 || ends[1].fd >= 0)
-        {
-            constexpr int kMilliseconds = 100;
-            const int ready = ::poll(ends.data(), ends.size(), kMilliseconds);
-            StopIfAsked();
-            for (std::size_t i = 0; ready > 0 && i < ends.size(); ++i)
-            {
-                if (ends[i].fd >= 0 && ends[i].revents != 0 && !ReadSome(ends[i].fd, *lines[i]))
-                {
-                    ends[i].fd = -1;
-                }
-            }
-        }
-        output.Finish();
-        messages.Finish();
-    }
-
-    int Wait()
-    {
-        int status = 0;
-        while (::waitpid(m_process, &status, 0) < 0 && errno == EINTR)
-        {
-            StopIfAsked();
-        }
-        m_process = -1;
-        constexpr int kSignalledExitBase = 128;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalledExitBase + WTERMSIG(status);
-    }
+    std::vector<std::string> Get() const { return {m_lines.begin(), m_lines.end()}; }
 
 private:
-    /// A group of its own: what the terminal sends goes to us, and we stop the program in good order.
-    static void SetAttributes(posix_spawnattr_t& attributes)
-    {
-        sigset_t defaults;
-        ::sigemptyset(&defaults);
-        ::sigaddset(&defaults, SIGPIPE);
-        for (const int signal : kSignals)
-        {
-            ::sigaddset(&defaults, signal);
-        }
-        sigset_t none;
-        ::sigemptyset(&none);
-        ::posix_spawnattr_setsigdefault(&attributes, &defaults);
-        ::posix_spawnattr_setsigmask(&attributes, &none);
-        ::posix_spawnattr_setpgroup(&attributes, 0);
-        ::posix_spawnattr_setflags(&attributes,
-                                   POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
-    }
-
-    static bool ReadSome(int descriptor, Lines& lines)
-    {
-        std::array<char, 4096> block;
-        const ssize_t count = ::read(descriptor, block.data(), block.size());
-        if (count > 0)
-        {
-            lines.Add(block.data(), static_cast<std::size_t>(count));
-        }
-        return count > 0 || (count < 0 && errno == EINTR);
-    }
-
-    /// Asks the program to end, and ends it when it has not done so soon.
-    void StopIfAsked()
-    {
-        if (!m_isCancelled())
-        {
-            return;
-        }
-        constexpr std::chrono::seconds kPatience(3);
-        if (m_asked == Clock::time_point())
-        {
-            m_asked = Clock::now();
-            ::kill(m_process, SIGTERM);
-        }
-        else if (Clock::now() - m_asked > kPatience)
-        {
-            ::kill(m_process, SIGKILL);
-        }
-    }
-
-    const std::function<bool()>& m_isCancelled;
-    Pipe m_output;
-    Pipe m_messages;
-    pid_t m_process = -1;
-    Clock::time_point m_asked;
+    std::deque<std::string> m_lines;
 };
 
 } // namespace
@@ -267,22 +120,28 @@ FFmpegResult RunFFmpeg(const std::vector<std::string>& command,
                        const std::function<void(const FFmpegProgress&)>& report,
                        const std::function<bool()>& isCancelled)
 {
-    constexpr std::size_t kKeptLines = 10;
-    std::deque<std::string> kept;
-    ProgressReader progress(report);
+    ProgressParser progress(report);
+    Tail tail;
     Lines output([&progress](const std::string& line) { progress.Line(line); });
-    Lines messages([&kept](const std::string& line) {
-        kept.push_back(line);
-        if (kept.size() > kKeptLines)
-        {
-            kept.pop_front();
-        }
-    });
-    Child child(command, isCancelled);
-    child.Read(output, messages);
+    Lines messages([&tail](const std::string& line) { tail.Add(line); });
+    SubprocessOptions options;
+    options.onOutput = [&output](std::string_view bytes) { output.Add(bytes); };
+    options.onMessages = [&messages](std::string_view bytes) { messages.Add(bytes); };
+    options.isCancelled = isCancelled;
+    // The terminal's signals come to us, and we stop ffmpeg in good order.
+    options.inOwnGroup = true;
     FFmpegResult result;
-    result.exitCode = child.Wait();
-    result.messages.assign(kept.begin(), kept.end());
+    try
+    {
+        result.exitCode = RunSubprocess(command, options);
+    }
+    catch (const SubprocessError& error)
+    {
+        ZELNOR_THROW(kUnit, MakeError<RunException>(error.what()));
+    }
+    output.Finish();
+    messages.Finish();
+    result.messages = tail.Get();
     return result;
 }
 

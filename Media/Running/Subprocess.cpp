@@ -1,14 +1,20 @@
 #include "Media/Running/Subprocess.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 extern char** environ;
 
@@ -18,85 +24,141 @@ namespace Zelnor::Media
 namespace
 {
 
-[[noreturn]] void ThrowSystemError(const char* what)
+using Clock = std::chrono::steady_clock;
+
+[[noreturn]] void ThrowSystemError(int reason, const std::string& what)
 {
-    throw std::system_error(errno, std::generic_category(), what);
+    throw SubprocessError(reason, std::generic_category(), what);
 }
 
-/// A file in memory. Programs read from and write to such files instead of pipes, so that neither side ever
-/// waits for the other.
-class MemoryFile
+/// An open file of this process, which programs that it starts do not inherit.
+class Descriptor
 {
 public:
-    MemoryFile() : m_descriptor(::memfd_create("zconf", MFD_CLOEXEC))
+    Descriptor() = default;
+    /// \param descriptor  what a call of the system returned; `what` says what the call was for
+    Descriptor(int descriptor, const char* what) : m_descriptor(descriptor)
     {
-        if (m_descriptor < 0)
+        if (descriptor < 0)
         {
-            ThrowSystemError("Cannot make a file in memory");
+            ThrowSystemError(errno, what);
+        }
+        if (descriptor <= STDERR_FILENO)
+        {
+            // Where an application has closed its standard streams, the new program's would overwrite it.
+            m_descriptor = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+            const int reason = errno;
+            ::close(descriptor);
+            if (m_descriptor < 0)
+            {
+                ThrowSystemError(reason, what);
+            }
         }
     }
-    ~MemoryFile() { ::close(m_descriptor); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    int GetDescriptor() const { return m_descriptor; }
-
-    void Fill(const std::string& text) const
+    ~Descriptor() { Close(); }
+    Descriptor(Descriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
     {
-        for (std::size_t done = 0; done < text.size();)
-        {
-            const ssize_t written = ::write(m_descriptor, text.data() + done, text.size() - done);
-            if (written < 0 && errno != EINTR)
-            {
-                ThrowSystemError("Cannot write to memory");
-            }
-            done += written > 0 ? static_cast<std::size_t>(written) : 0;
-        }
-        ::lseek(m_descriptor, 0, SEEK_SET);
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
     }
 
-    std::string Contents() const
+    int Get() const { return m_descriptor; }
+    bool IsOpen() const { return m_descriptor >= 0; }
+    void Close()
     {
-        constexpr std::size_t kBlock = 65536;
-        std::array<char, kBlock> block;
-        std::string text;
-        ::lseek(m_descriptor, 0, SEEK_SET);
-        for (;;)
+        if (IsOpen())
         {
-            const ssize_t count = ::read(m_descriptor, block.data(), block.size());
-            if (count < 0 && errno != EINTR)
-            {
-                ThrowSystemError("Cannot read from memory");
-            }
-            if (count == 0)
-            {
-                return text;
-            }
-            text.append(block.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+            ::close(std::exchange(m_descriptor, -1));
         }
     }
 
 private:
-    int m_descriptor;
+    int m_descriptor = -1;
 };
+
+struct Pipe
+{
+    Descriptor read;
+    Descriptor write;
+};
+
+Pipe MakePipe()
+{
+    constexpr const char* kWhat = "Cannot make a pipe";
+    std::array<int, 2> ends = {-1, -1};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
+    {
+        ThrowSystemError(errno, kWhat);
+    }
+    // Taken one after the other, both are closed should the second fail.
+    Pipe pipe;
+    try
+    {
+        pipe.read = Descriptor(ends[0], kWhat);
+    }
+    catch (...)
+    {
+        ::close(ends[1]);
+        throw;
+    }
+    pipe.write = Descriptor(ends[1], kWhat);
+    ::fcntl(pipe.read.Get(), F_SETFL, O_NONBLOCK);
+    return pipe;
+}
+
+/// A file in memory, so that a program's input never waits for its output to be read.
+Descriptor MakeInput(const std::string& text)
+{
+    Descriptor file(text.empty() ? ::open("/dev/null", O_RDONLY | O_CLOEXEC)
+                                 : ::memfd_create("input", MFD_CLOEXEC),
+                    "Cannot make a program's input");
+    for (std::size_t done = 0; done < text.size();)
+    {
+        const ssize_t written = ::write(file.Get(), text.data() + done, text.size() - done);
+        if (written < 0 && errno != EINTR)
+        {
+            ThrowSystemError(errno, "Cannot write to memory");
+        }
+        done += written > 0 ? static_cast<std::size_t>(written) : 0;
+    }
+    if (!text.empty())
+    {
+        ::lseek(file.Get(), 0, SEEK_SET);
+    }
+    return file;
+}
 
 /// The files of a new process, and its signals as a process expects to find them.
 class SpawnSetup
 {
 public:
-    SpawnSetup(const MemoryFile& input, const MemoryFile& output, const MemoryFile& messages)
+    SpawnSetup(const Descriptor& input, const Descriptor& output, const Descriptor& messages, bool ownGroup)
     {
         ::posix_spawn_file_actions_init(&m_files);
-        ::posix_spawn_file_actions_adddup2(&m_files, input.GetDescriptor(), STDIN_FILENO);
-        ::posix_spawn_file_actions_adddup2(&m_files, output.GetDescriptor(), STDOUT_FILENO);
-        ::posix_spawn_file_actions_adddup2(&m_files, messages.GetDescriptor(), STDERR_FILENO);
+        ::posix_spawn_file_actions_adddup2(&m_files, input.Get(), STDIN_FILENO);
+        ::posix_spawn_file_actions_adddup2(&m_files, output.Get(), STDOUT_FILENO);
+        ::posix_spawn_file_actions_adddup2(&m_files, messages.Get(), STDERR_FILENO);
         ::posix_spawnattr_init(&m_attributes);
-        sigset_t signals;
-        ::sigemptyset(&signals);
-        ::sigaddset(&signals, SIGPIPE);
-        ::sigaddset(&signals, SIGXFSZ);
-        ::posix_spawnattr_setsigdefault(&m_attributes, &signals);
-        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGDEF);
+        sigset_t defaults;
+        ::sigemptyset(&defaults);
+        for (const int signal : {SIGPIPE, SIGXFSZ, SIGCHLD, SIGTERM})
+        {
+            ::sigaddset(&defaults, signal);
+        }
+        if (ownGroup)
+        {
+            ::sigaddset(&defaults, SIGINT);
+            ::sigaddset(&defaults, SIGHUP);
+            ::posix_spawnattr_setpgroup(&m_attributes, 0);
+        }
+        sigset_t none;
+        ::sigemptyset(&none);
+        ::posix_spawnattr_setsigdefault(&m_attributes, &defaults);
+        ::posix_spawnattr_setsigmask(&m_attributes, &none);
+        const int group = ownGroup ? POSIX_SPAWN_SETPGROUP : 0;
+        ::posix_spawnattr_setflags(
+            &m_attributes, static_cast<short>(POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | group));
     }
     ~SpawnSetup()
     {
@@ -106,16 +168,29 @@ public:
     SpawnSetup(const SpawnSetup&) = delete;
     SpawnSetup& operator=(const SpawnSetup&) = delete;
 
-    /// 0 or the reason.
-    int Spawn(pid_t& process, const std::vector<std::string>& arguments) const
+    pid_t Spawn(const std::vector<std::string>& command) const
     {
+        const std::string what = "Cannot run '" + command.front() + "'";
         std::vector<char*> words;
-        for (const std::string& argument : arguments)
+        words.reserve(command.size() + 1);
+        for (const std::string& word : command)
         {
-            words.push_back(const_cast<char*>(argument.c_str()));
+            if (word.find('\0') != std::string::npos)
+            {
+                // The program would be given another word than the one that is meant.
+                ThrowSystemError(EINVAL, what);
+            }
+            words.push_back(const_cast<char*>(word.c_str()));
         }
         words.push_back(nullptr);
-        return ::posix_spawnp(&process, words.front(), &m_files, &m_attributes, words.data(), environ);
+        pid_t process = -1;
+        const int reason =
+            ::posix_spawnp(&process, words.front(), &m_files, &m_attributes, words.data(), environ);
+        if (reason != 0)
+        {
+            ThrowSystemError(reason, what);
+        }
+        return process;
     }
 
 private:
@@ -123,44 +198,209 @@ private:
     posix_spawnattr_t m_attributes;
 };
 
-int WaitFor(pid_t process)
+[[noreturn]] void ThrowForgotten()
 {
-    int status = 0;
-    while (::waitpid(process, &status, 0) < 0)
+    ThrowSystemError(ECHILD, "Cannot tell how a program ends, because this process ignores SIGCHLD or waits "
+                             "for all of its children");
+}
+
+/// Whether a program that ends leaves no trace of how.
+bool ChildrenAreForgotten()
+{
+    struct sigaction action = {};
+    ::sigaction(SIGCHLD, nullptr, &action);
+    return action.sa_handler == SIG_IGN || (action.sa_flags & SA_NOCLDWAIT) != 0;
+}
+
+/// A program that runs with its output and messages in pipes.
+class Subprocess
+{
+public:
+    Subprocess(const std::vector<std::string>& command, const SubprocessOptions& options) : m_options(options)
     {
-        if (errno != EINTR)
+        if (ChildrenAreForgotten())
         {
-            ThrowSystemError("Cannot wait for a program");
+            ThrowForgotten();
+        }
+        const Descriptor input = MakeInput(options.input);
+        Pipe output = MakePipe();
+        Pipe messages = MakePipe();
+        m_process = SpawnSetup(input, output.write, messages.write, options.inOwnGroup).Spawn(command);
+        m_output = std::move(output.read);
+        m_messages = std::move(messages.read);
+    }
+    /// Ends the program if it still runs.
+    ~Subprocess()
+    {
+        if (m_process > 0)
+        {
+            Signal(SIGKILL);
+            while (::waitpid(m_process, nullptr, 0) < 0 && errno == EINTR)
+            {}
         }
     }
-    constexpr int kSignalledExitBase = 128;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalledExitBase + WTERMSIG(status);
-}
+    Subprocess(const Subprocess&) = delete;
+    Subprocess& operator=(const Subprocess&) = delete;
+
+    /// Reads what the program writes until it has ended.
+    int Run()
+    {
+        // A program mostly ends at once when it has closed its pipes, and hardly ever before.
+        std::chrono::milliseconds pause(1);
+        while (!HasEnded())
+        {
+            StopIfAsked();
+            if (m_output.IsOpen() || m_messages.IsOpen())
+            {
+                ReadSome(kLongestPause);
+                continue;
+            }
+            ::poll(nullptr, 0, static_cast<int>(pause.count()));
+            pause = std::min(pause * 2, kLongestPause);
+        }
+        Drain();
+        return Reap();
+    }
+
+private:
+    static constexpr std::chrono::milliseconds kLongestPause{100};
+    static constexpr std::size_t kBlock = 65536;
+
+    /// Without reaping it, so that its number stays its own.
+    bool HasEnded()
+    {
+        siginfo_t info = {};
+        if (::waitid(P_PID, static_cast<id_t>(m_process), &info, WEXITED | WNOHANG | WNOWAIT) != 0)
+        {
+            m_process = -1;
+            ThrowForgotten();
+        }
+        return info.si_pid != 0;
+    }
+
+    int Reap()
+    {
+        if (m_asked && m_options.inOwnGroup)
+        {
+            Signal(SIGKILL);
+        }
+        int status = 0;
+        const pid_t reaped = ::waitpid(m_process, &status, WNOHANG);
+        m_process = -1;
+        if (reaped <= 0)
+        {
+            ThrowForgotten();
+        }
+        constexpr int kSignalledExitBase = 128;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalledExitBase + WTERMSIG(status);
+    }
+
+    void Signal(int signal) const { ::kill(m_options.inOwnGroup ? -m_process : m_process, signal); }
+
+    void StopIfAsked()
+    {
+        if (!m_options.isCancelled || !m_options.isCancelled())
+        {
+            return;
+        }
+        constexpr std::chrono::seconds kPatience(3);
+        if (!m_asked)
+        {
+            m_asked = Clock::now();
+            Signal(SIGTERM);
+        }
+        else if (Clock::now() - *m_asked > kPatience)
+        {
+            Signal(SIGKILL);
+        }
+    }
+
+    /// \returns whether there was anything to read
+    bool ReadSome(std::chrono::milliseconds patience)
+    {
+        // A closed one is passed over.
+        std::array<pollfd, 2> ends = {{{m_output.Get(), POLLIN, 0}, {m_messages.Get(), POLLIN, 0}}};
+        if (::poll(ends.data(), ends.size(), static_cast<int>(patience.count())) <= 0)
+        {
+            return false;
+        }
+        bool any = false;
+        if (ends[0].revents != 0)
+        {
+            any = ReadFrom(m_output, m_options.onOutput);
+        }
+        if (ends[1].revents != 0)
+        {
+            any = ReadFrom(m_messages, m_options.onMessages) || any;
+        }
+        return any;
+    }
+
+    bool ReadFrom(Descriptor& pipe, const std::function<void(std::string_view)>& take)
+    {
+        const ssize_t count = ::read(pipe.Get(), m_block.data(), m_block.size());
+        if (count > 0 && take)
+        {
+            take({m_block.data(), static_cast<std::size_t>(count)});
+        }
+        if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN))
+        {
+            pipe.Close();
+        }
+        return count > 0;
+    }
+
+    /// Takes what the program left in its pipes. Something that it started may hold them open, and even
+    /// write.
+    void Drain()
+    {
+        constexpr int kMostBlocks = 64;
+        for (int i = 0; i < kMostBlocks && ReadSome(std::chrono::milliseconds(0)); ++i)
+        {}
+    }
+
+    const SubprocessOptions& m_options;
+    Descriptor m_output;
+    Descriptor m_messages;
+    pid_t m_process = -1;
+    std::optional<Clock::time_point> m_asked;
+    std::vector<char> m_block = std::vector<char>(kBlock);
+};
 
 } // namespace
 
-ProcessResult RunFilter(const std::vector<std::string>& arguments, const std::string& input)
+int RunSubprocess(const std::vector<std::string>& command, const SubprocessOptions& options)
 {
-    const MemoryFile in;
-    const MemoryFile out;
-    const MemoryFile messages;
-    in.Fill(input);
-    ProcessResult result;
-    pid_t process = 0;
-    const int reason = SpawnSetup(in, out, messages).Spawn(process, arguments);
-    if (reason == ENOENT || reason == EACCES || reason == ENOTDIR)
+    return Subprocess(command, options).Run();
+}
+
+FilterResult RunFilter(const std::vector<std::string>& command, const std::string& input)
+{
+    constexpr std::size_t kMostMessages = 65536;
+    FilterResult result;
+    SubprocessOptions options;
+    options.input = input;
+    options.onOutput = [&result](std::string_view bytes) { result.output += bytes; };
+    options.onMessages = [&result](std::string_view bytes) {
+        result.messages += bytes.substr(0, kMostMessages - result.messages.size());
+    };
+    try
     {
-        return result;
+        result.exitCode = RunSubprocess(command, options);
+        result.started = true;
     }
-    if (reason != 0)
+    catch (const SubprocessError& error)
     {
-        errno = reason;
-        ThrowSystemError("Cannot start a program");
+        for (const std::errc reason :
+             {std::errc::no_such_file_or_directory, std::errc::permission_denied, std::errc::not_a_directory})
+        {
+            if (error.code() == reason)
+            {
+                return {};
+            }
+        }
+        throw;
     }
-    result.started = true;
-    result.exitCode = WaitFor(process);
-    result.output = out.Contents();
-    result.messages = messages.Contents();
     return result;
 }
 

@@ -6,11 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 #include <system_error>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -22,23 +25,35 @@ namespace fs = std::filesystem;
 
 constexpr const char* kUnit = "Media/Running/TargetFile";
 
-[[noreturn]] void Refuse(const std::string& name, int reason)
+[[noreturn]] void Refuse(const std::string& name, const std::string& sentence)
 {
-    ZELNOR_THROW(kUnit, MakeError<RunException>("Cannot write '" + name +
-                                                "': " + std::generic_category().message(reason)));
+    auto exception = MakeError<RunException>(sentence);
+    exception << MediaException::TagFile(name);
+    ZELNOR_THROW(kUnit, exception);
 }
 
-/// The permissions that a new file gets, or the ones of the file that is replaced.
-mode_t ModeFor(const std::string& target)
+[[noreturn]] void Refuse(const std::string& name, int reason)
 {
-    struct stat status = {};
-    if (::stat(target.c_str(), &status) == 0)
+    Refuse(name, "Cannot write '" + name + "': " + std::generic_category().message(reason));
+}
+
+/// A new file in `folder`, with the permissions that the system gives to a file of that mode. The name does
+/// not grow with the target's, which may be as long as the file system allows.
+/// \returns a descriptor, or -1 with the reason in `errno`
+std::pair<int, std::string> CreateBeside(const fs::path& folder, mode_t mode)
+{
+    static std::atomic<unsigned> s_serial{0};
+    for (;;)
     {
-        return status.st_mode & 07777U;
+        std::string name =
+            (folder / (".zelnor-run-" + std::to_string(::getpid()) + "-" + std::to_string(s_serial++)))
+                .string();
+        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (descriptor >= 0 || errno != EEXIST)
+        {
+            return {descriptor, std::move(name)};
+        }
     }
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return 0666U & ~mask;
 }
 
 /// Renames without replacing, as one step where the file system can.
@@ -56,16 +71,21 @@ bool RenameToNew(const std::string& from, const std::string& to)
     return ::link(from.c_str(), to.c_str()) == 0 && ::unlink(from.c_str()) == 0;
 }
 
-void Synchronise(const std::string& name)
+/// Makes sure that the file, which messages call `name`, is on the disk, with these permissions if any.
+void Finish(const std::string& file, const std::string& name, const std::optional<mode_t>& permissions)
 {
-    const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0 || ::fsync(descriptor) != 0)
+    const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
     {
-        const int reason = errno;
-        ::close(descriptor);
+        Refuse(name, errno);
+    }
+    const bool done = (!permissions || ::fchmod(descriptor, *permissions) == 0) && ::fsync(descriptor) == 0;
+    const int reason = done ? 0 : errno;
+    ::close(descriptor);
+    if (reason != 0)
+    {
         Refuse(name, reason);
     }
-    ::close(descriptor);
 }
 
 bool IsSpecial(const std::string& name)
@@ -74,13 +94,19 @@ bool IsSpecial(const std::string& name)
     return ::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-/// What the name leads to, for a link as well.
+/// What the name leads to, wherever this process goes meanwhile. Links are followed, also to a file that is
+/// not there yet.
 std::string Resolve(const std::string& name)
 {
     std::error_code error;
-    const fs::path resolved =
-        fs::is_symlink(name, error) ? fs::weakly_canonical(name, error) : fs::path(name);
-    return error || resolved.empty() ? name : resolved.string();
+    fs::path target = fs::absolute(name, error);
+    constexpr int kMostLinks = 40;
+    for (int i = 0; i < kMostLinks && !error; ++i)
+    {
+        const fs::path next = fs::read_symlink(target, error);
+        target = error ? target : target.parent_path() / next;
+    }
+    return target.string();
 }
 
 } // namespace
@@ -90,7 +116,7 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     struct stat status = {};
     if (name.empty() || name.find('\0') != std::string::npos)
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("'" + name + "' is not a name for a target"));
+        Refuse(name, "'" + name + "' is not a name for a target");
     }
     if (::stat(name.c_str(), &status) != 0)
     {
@@ -102,8 +128,7 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     }
     if (S_ISREG(status.st_mode) && !overwrite)
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("'" + name +
-                                                    "' exists already; the option 'overwrite' replaces it"));
+        Refuse(name, "'" + name + "' exists already; the option 'overwrite' replaces it");
     }
 }
 
@@ -115,17 +140,25 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
     {
         return;
     }
-    const fs::path folder = fs::path(m_target).parent_path();
-    std::string pattern = (folder / ".zconf-XXXXXX").string();
-    const int descriptor = ::mkostemp(pattern.data(), O_CLOEXEC);
+    constexpr mode_t kReadAndWrite = 0666;
+    constexpr mode_t kOwnerReadAndWrite = 0600;
+    constexpr mode_t kPermissions = 07777;
+    mode_t mode = kReadAndWrite;
+    struct stat replaced = {};
+    if (::stat(m_target.c_str(), &replaced) == 0)
+    {
+        m_permissions = replaced.st_mode & kPermissions;
+        // While it is written, it is no more open to others than the file that it replaces.
+        mode = (replaced.st_mode & kReadAndWrite) | kOwnerReadAndWrite;
+    }
+    auto [descriptor, workName] = CreateBeside(fs::path(m_target).parent_path(), mode);
     if (descriptor < 0)
     {
         Refuse(name, errno);
     }
-    m_workName = pattern;
-    m_isTemporary = true;
-    ::fchmod(descriptor, ModeFor(m_target));
     ::close(descriptor);
+    m_workName = std::move(workName);
+    m_isTemporary = true;
 }
 
 TargetFile::~TargetFile()
@@ -142,7 +175,7 @@ void TargetFile::Commit()
     {
         return;
     }
-    Synchronise(m_workName);
+    Finish(m_workName, m_name, m_permissions);
     const bool renamed =
         m_overwrite ? ::rename(m_workName.c_str(), m_target.c_str()) == 0 : RenameToNew(m_workName, m_target);
     if (!renamed)
@@ -160,7 +193,7 @@ TemporaryFolder::TemporaryFolder()
     {
         parent = "/tmp";
     }
-    std::string pattern = (parent / "zconf-XXXXXX").string();
+    std::string pattern = (parent / "zelnor-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr)
     {
         Refuse(pattern, errno);

@@ -2,17 +2,18 @@
 
 // Private to the library, not installed.
 
-#include "Core/Interfaces/Export.h"
+#include <sys/types.h>
 
+#include <optional>
 #include <string>
 
 namespace Zelnor::Media
 {
 
 /// A file that another program writes and that appears under its name only when it is complete. Until then it
-/// is a file beside it, which disappears unless `Commit` is called. A symbolic link is followed. A device or
-/// a pipe is written to directly.
-class ZELNOR_API TargetFile
+/// is a file beside it, which disappears unless `Commit` is called. A symbolic link is followed, the file
+/// that is replaced leaves its permissions, and a device or a pipe is written to directly.
+class TargetFile
 {
 public:
     /// \throw RunException when the file is there and must not be replaced, or cannot be made
@@ -21,7 +22,7 @@ public:
     TargetFile(const TargetFile&) = delete;
     TargetFile& operator=(const TargetFile&) = delete;
 
-    /// What to write to.
+    /// What to write to, as an absolute name.
     const std::string& GetWorkName() const { return m_workName; }
     /// Puts the file in place, safely on the disk. \throw RunException when another one has appeared there
     /// that must not be replaced
@@ -33,10 +34,11 @@ private:
     std::string m_workName;
     bool m_overwrite;
     bool m_isTemporary = false;
+    std::optional<mode_t> m_permissions; ///< of the file that is replaced
 };
 
 /// A folder for the files of a run, which is gone afterwards.
-class ZELNOR_API TemporaryFolder
+class TemporaryFolder
 {
 public:
     TemporaryFolder();
@@ -51,6 +53,6 @@ private:
 };
 
 /// Refuses a target that is there and must not be replaced. \throw RunException
-ZELNOR_API void CheckReplaceable(const std::string& name, bool overwrite);
+void CheckReplaceable(const std::string& name, bool overwrite);
 
 } // namespace Zelnor::Media

@@ -124,6 +124,17 @@ TEST_F(JobRun, ASignalStopsFFmpegAndLeavesNoHalfFile)
     }
 }
 
+TEST_F(JobRun, AFailureIsSeenEvenIfTheParentIgnoresItsChildren)
+{
+    Mp3();
+    Script("exit 7");
+    const ProcessResult result =
+        Shell("exec env --ignore-signal=CHLD \"$ZCONF\" job run job.json --ffmpeg ./engine");
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.messages, "zconf: ffmpeg failed to make 'out.mp3':\n  (exit code 7)\n");
+    EXPECT_THAT(Files(), ElementsAre("engine", "in.mkv", "job.json"));
+}
+
 TEST_F(JobRun, ShowsABarOnATerminal)
 {
     Mp3();
@@ -326,7 +337,7 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
          "Node 1 cannot be run: its source is of the type 'camera', not a file"},
         {R"("filePath":"in.mkv")", R"("filePath":"gone")", "Cannot read 'gone': No such file or directory"},
         {R"("filePath":"out.mp4")", R"("filePath":"in.mkv")",
-         "job.json: node 4: the target and the source are the same file: 'in.mkv'"},
+         "job.json: node 2: the target and the source are the same file: 'in.mkv'"},
     };
     for (const Case& entry : kCases)
     {

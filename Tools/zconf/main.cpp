@@ -4,6 +4,7 @@
 #include "Tools/zconf/Console/Logging.h"
 #include "Tools/zconf/Console/StandardStreams.h"
 
+#include <csignal>
 #include <exception>
 
 int main(int argc, char** argv)
@@ -12,6 +13,8 @@ int main(int argc, char** argv)
     try
     {
         PrepareStandardStreams();
+        // A parent may leave it ignored, and the system would not tell how the programs that we run end.
+        ::signal(SIGCHLD, SIG_DFL);
         const Logging logging(argv[0]);
         return RunCommandLine(argc, argv, AddAllCommands);
     }

@@ -70,7 +70,7 @@ std::string BitrateCurveScript(const BitrateQuestion& question)
 
 std::string DrawBitrateCurve(const BitrateQuestion& question)
 {
-    const Media::ProcessResult result = Media::RunFilter({"gnuplot"}, BitrateCurveScript(question));
+    const Media::FilterResult result = Media::RunFilter({"gnuplot"}, BitrateCurveScript(question));
     if (!result.started)
     {
         throw ToolError("Drawing the curve needs gnuplot, which is not in PATH");

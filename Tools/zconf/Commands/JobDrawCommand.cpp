@@ -48,7 +48,7 @@ std::string FormatOf(const std::string& output)
 
 std::string DrawWithGraphviz(const std::string& dot, const std::string& format)
 {
-    const Media::ProcessResult result = Media::RunFilter({"dot", "-T" + format}, dot);
+    const Media::FilterResult result = Media::RunFilter({"dot", "-T" + format}, dot);
     if (!result.started)
     {
         throw ToolError("Drawing as " + format +

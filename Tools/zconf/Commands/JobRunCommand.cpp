@@ -138,9 +138,10 @@ void AddJobRunCommand(CLI::App& job)
     const auto options = std::make_shared<Options>();
     AddJobArgument(*command, options->job);
     command->add_flag("-n,--dry-run", options->dryRun,
-                      "Print the commands, for a shell, instead of running them");
-    command->add_flag("--overwrite", options->overwrite, "Replace a target that is there already");
-    command->add_option("--ffmpeg", options->ffmpeg, "The ffmpeg program (default: the one in PATH)");
+                      "Print the commands for a shell instead of running them");
+    command->add_flag("--overwrite", options->overwrite, "Replace targets that exist");
+    command->add_option("--ffmpeg", options->ffmpeg, "The ffmpeg program (default: the one in PATH)")
+        ->type_name("FILE");
     OnRun(*command, [options] { return Run(*options); });
 }
 
