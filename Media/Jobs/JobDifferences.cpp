@@ -167,13 +167,30 @@ void Walk(const std::vector<Id>& ones, const std::vector<Id>& others, const Comp
     }
 }
 
+using Link = std::pair<NodeId, NodeId>;
+
+std::vector<NodeId> NodesOf(const Conf::ITranscodingMetaGraph& job)
+{
+    std::vector<NodeId> nodes;
+    job.Nodes(nodes);
+    return nodes;
+}
+
+std::vector<Link> LinksOf(const Conf::ITranscodingMetaGraph& job)
+{
+    std::vector<Link> links;
+    job.Links(links);
+    return links;
+}
+
 } // namespace
 
-std::vector<JobDifference> DiffJobs(const JobFile& one, const JobFile& other)
+std::vector<JobDifference> DiffJobs(const Conf::ITranscodingMetaGraph& one,
+                                    const Conf::ITranscodingMetaGraph& other)
 {
     std::vector<JobDifference> found;
     Differ differ(found);
-    Walk(one.nodes, other.nodes, [&](NodeId id, std::size_t inOne, std::size_t inOther) {
+    Walk(NodesOf(one), NodesOf(other), [&](NodeId id, std::size_t inOne, std::size_t inOther) {
         const std::string place = "node " + std::to_string(id);
         if (inOne != inOther)
         {
@@ -181,10 +198,10 @@ std::vector<JobDifference> DiffJobs(const JobFile& one, const JobFile& other)
         }
         if (inOne != 0 && inOther != 0)
         {
-            differ.Records(place, (*one.graph)[id], (*other.graph)[id]);
+            differ.Records(place, one[id], other[id]);
         }
     });
-    Walk(one.links, other.links, [&](const JobFile::Link& link, std::size_t inOne, std::size_t inOther) {
+    Walk(LinksOf(one), LinksOf(other), [&](const Link& link, std::size_t inOne, std::size_t inOther) {
         const std::string place = "link " + std::to_string(link.first) + " -> " + std::to_string(link.second);
         if (inOne != inOther)
         {
@@ -192,8 +209,8 @@ std::vector<JobDifference> DiffJobs(const JobFile& one, const JobFile& other)
         }
         if (inOne != 0 && inOther != 0)
         {
-            differ.Records(place, one.graph->GetLink(link.first, link.second),
-                           other.graph->GetLink(link.first, link.second));
+            differ.Records(place, one.GetLink(link.first, link.second),
+                           other.GetLink(link.first, link.second));
         }
     });
     return found;

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/Export.h"
-
-#include "Media/Jobs/JobFile.h"
 
 #include <string>
 #include <vector>
@@ -10,7 +9,7 @@
 namespace Zelnor::Media
 {
 
-/// One thing in which two jobs differ. An empty text means that a side has it not.
+/// One thing in which two jobs differ. A side that does not have it has an empty text.
 struct JobDifference
 {
     std::string place; ///< "node 2", "link 3 -> 2"
@@ -22,6 +21,7 @@ struct JobDifference
 /// What differs between two jobs: nodes by their ids, links by their ends, records by key. Equal keys of a
 /// group are compared in order and told apart as "key[1]", "key[2]". Empty exactly when the jobs are equal
 /// but for the order in which nodes and links are listed.
-ZELNOR_API std::vector<JobDifference> DiffJobs(const JobFile& one, const JobFile& other);
+ZELNOR_API std::vector<JobDifference> DiffJobs(const Conf::ITranscodingMetaGraph& one,
+                                               const Conf::ITranscodingMetaGraph& other);
 
 } // namespace Zelnor::Media

@@ -1,6 +1,7 @@
 #include "Media/Jobs/JobFile.h"
 
 #include "Media/About.h"
+#include "Media/Jobs/SurplusData.h"
 #include "Media/JsonText.h"
 
 #include "Conf/Interfaces/ConfException.h"
@@ -10,6 +11,8 @@
 #include <cstdint>
 #include <set>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace Zelnor::Media
 {
@@ -50,9 +53,18 @@ std::vector<rapidjson::Value*> ObjectsIn(rapidjson::Value& document, const char*
     return objects;
 }
 
-/// The graph hands out no list of its nodes, and identifiers may be any numbers, so the document is asked.
-void ListDocument(rapidjson::Value& document, JobFile& job)
+using Link = std::pair<Conf::NodeId, Conf::NodeId>;
+
+/// What a document lists, whether a graph can be made of it or not.
+struct Listed
 {
+    std::vector<Conf::NodeId> nodes;
+    std::vector<Link> links;
+};
+
+Listed ListDocument(rapidjson::Value& document)
+{
+    Listed job;
     for (const rapidjson::Value* const node : ObjectsIn(document, "vertices"))
     {
         job.nodes.push_back(IntegerOf(*node, "id"));
@@ -61,6 +73,7 @@ void ListDocument(rapidjson::Value& document, JobFile& job)
     {
         job.links.emplace_back(IntegerOf(*link, "from"), IntegerOf(*link, "to"));
     }
+    return job;
 }
 
 std::string Element(const char* array, std::size_t index)
@@ -93,13 +106,13 @@ std::string FindBadRecord(rapidjson::Value& document, const char* array)
 }
 
 /// The link that names a node which is not there, or that repeats an earlier one.
-std::string FindBadLink(const JobFile& job)
+std::string FindBadLink(const Listed& job)
 {
     const std::unordered_set<Conf::NodeId> nodes(job.nodes.begin(), job.nodes.end());
-    std::set<JobFile::Link> links;
+    std::set<Link> links;
     for (std::size_t i = 0; i < job.links.size(); ++i)
     {
-        const JobFile::Link& link = job.links[i];
+        const Link& link = job.links[i];
         if (nodes.count(link.first) == 0 || nodes.count(link.second) == 0 || !links.insert(link).second)
         {
             return Element("edges", i);
@@ -109,7 +122,7 @@ std::string FindBadLink(const JobFile& job)
 }
 
 /// Where in the document the exception that is being handled has its cause, as far as it can be told.
-std::string FindPlace(const JobFile& job, ParsedJson& parsed)
+std::string FindPlace(ParsedJson& parsed)
 {
     try
     {
@@ -126,7 +139,7 @@ std::string FindPlace(const JobFile& job, ParsedJson& parsed)
     }
     catch (const Conf::ProfileException&)
     {
-        return FindBadLink(job);
+        return FindBadLink(ListDocument(parsed.document));
     }
     catch (...)
     {
@@ -144,12 +157,45 @@ void LoadGraph(JobFile& job, const std::string& text)
     catch (const Exception&)
     {
         ParsedJson parsed = ParseJson(text);
-        ListDocument(parsed.document, job);
-        const std::string place = FindPlace(job, parsed);
+        const std::string place = FindPlace(parsed);
         const std::string reason = ErrorText(std::current_exception());
         ZELNOR_THROW(kUnit, MakeError<JobException>(place.empty()          ? reason
                                                     : parsed.fault.empty() ? place + ": " + reason
                                                                            : reason + " (" + place + ")"));
+    }
+}
+
+void AddNote(Place place, JobFile& job)
+{
+    place.file = job.name;
+    job.notes.push_back(place.At("data").Text() + ": more than one member; only the first one is the record");
+}
+
+/// The graph keeps the order of the document.
+void AddNotes(JobFile& job, const std::string& text)
+{
+    const SurplusData surplus = FindSurplusData(text);
+    std::vector<Conf::NodeId> nodes;
+    std::vector<Link> links;
+    if (!surplus.vertices.empty())
+    {
+        job.graph->Nodes(nodes);
+    }
+    if (!surplus.edges.empty())
+    {
+        job.graph->Links(links);
+    }
+    for (const std::size_t index : surplus.vertices)
+    {
+        Place place;
+        place.node = nodes.at(index);
+        AddNote(place, job);
+    }
+    for (const std::size_t index : surplus.edges)
+    {
+        Place place;
+        place.link = links.at(index);
+        AddNote(place, job);
     }
 }
 
@@ -165,8 +211,7 @@ JobFile ReadJob(Core::IDataInput& input, const std::string& name)
     About<JobException>(job.name, [&] {
         const std::string text = ReadAll(input);
         LoadGraph(job, text);
-        ParsedJson parsed = ParseJson(text);
-        ListDocument(parsed.document, job);
+        AddNotes(job, text);
     });
     return job;
 }

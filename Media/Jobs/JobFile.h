@@ -7,22 +7,18 @@
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Zelnor::Media
 {
 
-/// A job that was read from a file, and what its document lists, in the document's order. Several nodes may
-/// have the same id; the graph then finds the first of them.
+/// A job that was read from a document.
 struct JobFile
 {
-    using Link = std::pair<Conf::NodeId, Conf::NodeId>;
-
-    std::string name;
+    std::string name; ///< what messages call the document
     boost::intrusive_ptr<Conf::ITranscodingMetaGraph> graph;
-    std::vector<Conf::NodeId> nodes;
-    std::vector<Link> links;
+    /// What the document holds and the graph does not, as sentences that begin with the place.
+    std::vector<std::string> notes = {};
 };
 
 /// \throw JobException, Core::CoreException; both name the file

@@ -1,6 +1,5 @@
 #include "Media/Running/BitrateArguments.h"
 
-#include "Media/MediaException.h"
 #include "Media/Planning/EncoderCapabilities.h"
 
 #include "Conf/Interfaces/BitrateCalculator.h"
@@ -9,6 +8,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <limits>
 #include <string_view>
 
 namespace Zelnor::Media
@@ -21,8 +22,6 @@ using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecVideo;
 using Core::Property;
-
-constexpr const char* kUnit = "Media/Running/BitrateArguments";
 
 std::string ModeOf(const Property& codec)
 {
@@ -38,6 +37,13 @@ long long ProposedBitrate(const Property& codec)
         codec[IFormatCodecVideo::TAG_HEIGHT].GetInt64(),
         static_cast<double>(rate.numerator()) / static_cast<double>(rate.denominator()));
     return std::min<long long>(proposed, IFormatCodecVideo::MAX_VIDEO_BITRATE);
+}
+
+/// Whether the calculator can tell the bounds of the record's bitrate, or propose one.
+bool CanCalculate(const Property& codec)
+{
+    return codec.ChildExists(IFormatCodecVideo::TAG_WIDTH) &&
+           codec.ChildExists(IFormatCodecVideo::TAG_HEIGHT) && codec.ChildExists(IFormatCodecVideo::TAG_FPS);
 }
 
 /// The record with everything that the calculator reads.
@@ -56,20 +62,16 @@ Property Complete(Property codec)
     return codec;
 }
 
-void CheckMode(const std::string& mode)
+/// FFmpeg's bounds of a bitrate have 32 bits.
+std::string Bound(long long bitrate)
 {
-    if (mode != IFormatCodec::TAG_BITRATE_MODE_CBR && mode != IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO &&
-        mode != IFormatCodec::TAG_BITRATE_MODE_VBR)
-    {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("There is no bitrate mode '" + mode +
-                                                    "', only CBR, CBR_AUTO and VBR"));
-    }
+    return std::to_string(std::min<long long>(bitrate, std::numeric_limits<std::int32_t>::max()));
 }
 
-std::string Number(const Property& codec, const std::string& key, long long otherwise)
+std::string Bound(const Property& codec, const std::string& key, long long otherwise)
 {
     const auto child = codec.FindChild(key);
-    return std::to_string(child == codec.end() ? otherwise : child->GetInt64());
+    return Bound(child == codec.end() ? otherwise : child->GetInt64());
 }
 
 CodecOptions VideoBitrate(const Property& codec, const std::string& mode)
@@ -81,8 +83,8 @@ CodecOptions VideoBitrate(const Property& codec, const std::string& mode)
         CodecOptions options = {{"b", std::to_string(bitrate)}};
         if (codec.ChildExists(IFormatCodec::TAG_PEAK_BITRATE))
         {
-            options.emplace_back("maxrate", Number(codec, IFormatCodec::TAG_PEAK_BITRATE, 0));
-            options.emplace_back("bufsize", Number(codec, IFormatCodec::TAG_PEAK_BUFFER, 2 * bitrate));
+            options.emplace_back("maxrate", Bound(codec, IFormatCodec::TAG_PEAK_BITRATE, 0));
+            options.emplace_back("bufsize", Bound(codec, IFormatCodec::TAG_PEAK_BUFFER, 2 * bitrate));
         }
         return options;
     }
@@ -93,8 +95,8 @@ CodecOptions VideoBitrate(const Property& codec, const std::string& mode)
     const long long peak = Conf::GetMaxBitrate(codec);
     return {{"b", std::to_string(bitrate)},
             {"minrate", std::to_string(Conf::GetMinBitrate(codec))},
-            {"maxrate", Number(codec, IFormatCodec::TAG_PEAK_BITRATE, peak)},
-            {"bufsize", Number(codec, IFormatCodec::TAG_PEAK_BUFFER, peak)}};
+            {"maxrate", Bound(codec, IFormatCodec::TAG_PEAK_BITRATE, peak)},
+            {"bufsize", Bound(codec, IFormatCodec::TAG_PEAK_BUFFER, peak)}};
 }
 
 /// Encoders that cannot vary their bitrate.
@@ -104,14 +106,16 @@ bool IsConstant(const AVCodec& encoder)
     return std::find(kEncoders.begin(), kEncoders.end(), encoder.name) != kEncoders.end();
 }
 
-CodecOptions AudioBitrate(const Property& codec, const AVCodec& encoder, const std::string& mode)
+CodecOptions AudioBitrate(const Property& codec, const AVCodec& encoder, const std::string& mode,
+                          const Place& place, FaultList& faults)
 {
     const bool varies = mode == IFormatCodec::TAG_BITRATE_MODE_VBR;
     const std::string_view name = encoder.name;
     if (varies && IsConstant(encoder))
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>(std::string("The encoder ") + encoder.name +
-                                                    " cannot vary its bitrate"));
+        faults.Add(JobFault::Encoder, place.At(IFormatCodec::TAG_BITRATE_MODE),
+                   std::string("encoder ") + encoder.name + " does not support a variable bitrate");
+        return {};
     }
     CodecOptions options = {{"b", std::to_string(codec[IFormatCodec::TAG_BITRATE].GetInt64())}};
     if (name == "libopus" && mode != IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO)
@@ -124,29 +128,50 @@ CodecOptions AudioBitrate(const Property& codec, const AVCodec& encoder, const s
     }
     else if (name == "libvorbis" && varies)
     {
-        options.emplace_back("minrate", std::to_string(Conf::GetMinBitrate(codec)));
-        options.emplace_back("maxrate", std::to_string(Conf::GetMaxBitrate(codec)));
+        options.emplace_back("minrate", Bound(Conf::GetMinBitrate(codec)));
+        options.emplace_back("maxrate", Bound(Conf::GetMaxBitrate(codec)));
     }
     return options;
 }
 
+/// What the calculator needs may be there, and wrong; then that is said already.
+void AddMissing(const std::string& mode, bool isProposed, const Place& place, FaultList& faults)
+{
+    if (faults.IsAt(place.At(IFormatCodecVideo::TAG_WIDTH)) ||
+        faults.IsAt(place.At(IFormatCodecVideo::TAG_HEIGHT)) ||
+        faults.IsAt(place.At(IFormatCodecVideo::TAG_FPS)) || faults.IsAt(place.At(IFormatCodec::TAG_BITRATE)))
+    {
+        return;
+    }
+    faults.Add(JobFault::Setting,
+               place.At(isProposed ? IFormatCodec::TAG_BITRATE : IFormatCodec::TAG_BITRATE_MODE),
+               (isProposed ? "missing; one can be proposed" : mode + " needs bounds, which can be told") +
+                   std::string(" only for a record with width, height and frameRateRatio"));
+}
+
 } // namespace
 
-CodecOptions BitrateOptions(const Property& codec, const AVCodec& encoder)
+CodecOptions BitrateOptions(const Property& codec, const AVCodec& encoder, const Place& place,
+                            FaultList& faults)
 {
     const std::string mode = ModeOf(codec);
-    CheckMode(mode);
     if (encoder.type == AVMEDIA_TYPE_SUBTITLE || IsWithoutBitrate(encoder.id))
     {
         return {};
     }
-    const Property complete = Complete(codec);
-    if (encoder.type == AVMEDIA_TYPE_VIDEO)
+    if (encoder.type == AVMEDIA_TYPE_AUDIO)
     {
-        return VideoBitrate(complete, mode);
+        return codec.ChildExists(IFormatCodec::TAG_BITRATE)
+                   ? AudioBitrate(Complete(codec), encoder, mode, place, faults)
+                   : CodecOptions();
     }
-    return complete.ChildExists(IFormatCodec::TAG_BITRATE) ? AudioBitrate(complete, encoder, mode)
-                                                           : CodecOptions();
+    const bool isProposed = !codec.ChildExists(IFormatCodec::TAG_BITRATE);
+    if ((isProposed || mode != IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO) && !CanCalculate(codec))
+    {
+        AddMissing(mode, isProposed, place, faults);
+        return {};
+    }
+    return VideoBitrate(Complete(codec), mode);
 }
 
 } // namespace Zelnor::Media

@@ -1,13 +1,11 @@
 #include "Media/Running/CodecArguments.h"
 
-#include "Media/MediaException.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Running/BitrateArguments.h"
 #include "Media/Running/EncoderProfiles.h"
 
 #include "Conf/Interfaces/FormatLists.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
-#include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include <algorithm>
@@ -19,16 +17,21 @@ namespace Zelnor::Media
 namespace
 {
 
-using Conf::IFormat;
 using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
-using Conf::IFormatCodecSubtitle;
 using Conf::IFormatCodecVideo;
 using Core::Property;
 
-constexpr const char* kUnit = "Media/Running/CodecArguments";
+/// What a handler reads and writes.
+struct Context
+{
+    const AVCodec& encoder;
+    const Place& place; ///< of the stream
+    CodecOptions& options;
+    FaultList& faults;
+};
 
-/// The text or number of a setting.
+/// A number, a text or a rational, as an option.
 std::string ValueOf(const Property& setting)
 {
     switch (setting.GetType())
@@ -44,76 +47,90 @@ std::string ValueOf(const Property& setting)
     case PROPERTY_TYPE_GROUP:
         break;
     }
-    ZELNOR_THROW(kUnit, MakeError<RunException>("The setting '" + setting.GetName() + "' has no value"));
+    return "";
 }
 
-void AddOption(const AVCodec& encoder, const std::string& name, const Property& setting,
-               CodecOptions& options)
+void AddOption(const Context& context, const std::string& key, const std::string& name,
+               const Property& setting)
 {
-    if (!HasOption(encoder, name))
+    if (!HasOption(context.encoder, name))
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>(std::string("The encoder ") + encoder.name +
-                                                    " has no option for '" + setting.GetName() + "'"));
+        context.faults.Add(JobFault::Encoder, context.place.At(key),
+                           std::string("encoder ") + context.encoder.name + " does not have an option '" +
+                               name + "'");
+        return;
     }
-    options.emplace_back(name, ValueOf(setting));
+    context.options.emplace_back(name, ValueOf(setting));
 }
 
-using Handler = void (*)(const AVCodec& encoder, const Property& setting, CodecOptions& options);
+using Handler = void (*)(const Context& context, const Property& setting);
 
-/// Facts about the stream that other places read or that describe it.
-void Ignore(const AVCodec&, const Property&, CodecOptions&) {}
-
-void AddTag(const AVCodec&, const Property& setting, CodecOptions& options)
+void HandleProfile(const Context& context, const Property& setting)
 {
-    options.emplace_back("tag", ValueOf(setting));
+    AddProfile(context.encoder, setting, context.options, context.place, context.faults);
 }
 
-void AddThreads(const AVCodec&, const Property& setting, CodecOptions& options)
+void HandlePreset(const Context& context, const Property& setting)
 {
-    options.emplace_back("threads", ValueOf(setting));
+    AddPreset(context.encoder, setting, context.options, context.place, context.faults);
 }
 
-void UseAllProcessors(const AVCodec&, const Property& setting, CodecOptions& options)
+void HandleTune(const Context& context, const Property& setting)
+{
+    AddTune(context.encoder, setting, context.options, context.place, context.faults);
+}
+
+void AddTag(const Context& context, const Property& setting)
+{
+    context.options.emplace_back("tag", ValueOf(setting));
+}
+
+void AddThreads(const Context& context, const Property& setting)
+{
+    context.options.emplace_back("threads", ValueOf(setting));
+}
+
+void UseAllProcessors(const Context& context, const Property& setting)
 {
     if (setting.GetInt64() != 0)
     {
-        options.emplace_back("threads", "0");
+        context.options.emplace_back("threads", "0");
     }
 }
 
-void AddGlobalHeader(const AVCodec&, const Property& setting, CodecOptions& options)
+void AddGlobalHeader(const Context& context, const Property& setting)
 {
     if (setting.GetInt64() != 0)
     {
-        options.emplace_back("flags", "+global_header");
+        context.options.emplace_back("flags", "+global_header");
     }
 }
 
-void AddMainStream(const AVCodec&, const Property& setting, CodecOptions& options)
+void AddMainStream(const Context& context, const Property& setting)
 {
-    options.emplace_back("disposition", setting.GetInt64() != 0 ? "default" : "0");
+    context.options.emplace_back("disposition", setting.GetInt64() != 0 ? "default" : "0");
 }
 
-void AddKeyOnly(const AVCodec&, const Property& setting, CodecOptions& options)
+void AddKeyOnly(const Context& context, const Property& setting)
 {
     if (setting.GetInt64() != 0)
     {
-        options.emplace_back("g", "1");
+        context.options.emplace_back("g", "1");
     }
 }
 
-void AddGroupOfOptions(const AVCodec& encoder, const Property& setting, CodecOptions& options)
+void AddGroupOfOptions(const Context& context, const Property& setting)
 {
     for (const Property& option : setting)
     {
-        AddOption(encoder, option.GetName(), option, options);
+        AddOption(context, setting.GetName() + "." + option.GetName(), option.GetName(), option);
     }
 }
 
 template <const char* const& Name>
-void AddNamed(const AVCodec& encoder, const Property& setting, CodecOptions& options)
+void AddNamed(const Context& context, const Property& setting)
 {
-    AddOption(encoder, Name, setting, options);
+    AddOption(context, setting.GetName(), Name, setting);
 }
 
 constexpr const char* kBFrames = "bf";
@@ -129,40 +146,14 @@ struct Row
     Handler handler;
 };
 
+/// What the encoder is told. The other settings describe the stream, or filters, bitrates and passes read
+/// them.
 const Row* FindRow(const std::string& key)
 {
     static const Row s_rows[] = {
-        // What describes the stream, and what filters, bitrates and passes read.
-        {&IFormat::TAG_METADATA, Ignore},
-        {&IFormatCodec::TAG_NAME, Ignore},
-        {&IFormatCodec::TAG_CODEC_ID, Ignore},
-        {&IFormatCodec::TAG_LANGUAGE, Ignore},
-        {&IFormatCodec::TAG_LOSSLESS, Ignore},
-        {&IFormatCodec::TAG_PREFERREDIMPL, Ignore},
-        {&IFormatCodec::TAG_MULTIPASS_ENCODING, Ignore},
-        {&IFormatCodec::TAG_BITRATE, Ignore},
-        {&IFormatCodec::TAG_BITRATE_MODE, Ignore},
-        {&IFormatCodec::TAG_PEAK_BITRATE, Ignore},
-        {&IFormatCodec::TAG_PEAK_BUFFER, Ignore},
-        {&IFormatCodec::TAG_QUALITY, Ignore},
-        {&IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE, Ignore},
-        {&IFormatCodecVideo::TAG_WIDTH, Ignore},
-        {&IFormatCodecVideo::TAG_HEIGHT, Ignore},
-        {&IFormatCodecVideo::TAG_ASPECTX, Ignore},
-        {&IFormatCodecVideo::TAG_ASPECTY, Ignore},
-        {&IFormatCodecVideo::TAG_FRAME_ASPECTX, Ignore},
-        {&IFormatCodecVideo::TAG_FRAME_ASPECTY, Ignore},
-        {&IFormatCodecVideo::TAG_FPS, Ignore},
-        {&IFormatCodecVideo::TAG_IMAGE_FLAG, Ignore},
-        {&IFormatCodecAudio::TAG_SAMPLE_RATE, Ignore},
-        {&IFormatCodecAudio::TAG_SAMPLE_FORMAT, Ignore},
-        {&IFormatCodecAudio::TAG_LAYOUT, Ignore},
-        {&IFormatCodecAudio::TAG_FRAME_SIZE, Ignore},
-        {&IFormatCodecSubtitle::TAG_CHARSET_ENCODING, Ignore},
-        // What the encoder is told.
-        {&IFormatCodec::TAG_PROFILE, AddProfile},
-        {&IFormatCodec::TAG_PRESET, AddPreset},
-        {&IFormatCodecVideo::TAG_X264_TUNE, AddTune},
+        {&IFormatCodec::TAG_PROFILE, HandleProfile},
+        {&IFormatCodec::TAG_PRESET, HandlePreset},
+        {&IFormatCodecVideo::TAG_X264_TUNE, HandleTune},
         {&IFormatCodec::TAG_CODEC_OPTIONS_ENCODE, AddGroupOfOptions},
         {&IFormatCodec::TAG_FOURCC, AddTag},
         {&IFormatCodec::TAG_THREAD_NUMBER, AddThreads},
@@ -194,13 +185,19 @@ std::string TextUnder(const Property& codec, const std::string& key)
     return child != codec.end() && child->GetType() == PROPERTY_TYPE_STRING ? child->GetString() : "";
 }
 
-void CheckEnabled(const std::string& codecId)
+bool IsDisabled(const std::string& codecId)
 {
     const std::vector<std::string>& disabled = Conf::GetDisabledEncoderList();
-    if (std::find(disabled.begin(), disabled.end(), codecId) != disabled.end())
-    {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("Encoding " + codecId + " is disabled"));
-    }
+    return std::find(disabled.begin(), disabled.end(), codecId) != disabled.end();
+}
+
+/// Why there is no encoder for the codec; empty when `usual` is one.
+std::string WhyNoEncoder(const std::string& codecId, const AVCodec* usual)
+{
+    return codecId.empty()       ? "expected the name of a codec, found nothing"
+           : IsDisabled(codecId) ? "encoding " + codecId + " is disabled"
+           : usual == nullptr    ? "the installed FFmpeg does not have an encoder for " + codecId
+                                 : "";
 }
 
 } // namespace
@@ -216,7 +213,7 @@ bool IsCopied(const Property& codec)
 bool WantsTwoPasses(const Property& codec)
 {
     const auto passes = codec.FindChild(IFormatCodec::TAG_MULTIPASS_ENCODING);
-    if (passes == codec.end() || IsCopied(codec))
+    if (passes == codec.end())
     {
         return false;
     }
@@ -224,57 +221,51 @@ bool WantsTwoPasses(const Property& codec)
                                                     : passes->GetString() == IFormatCodec::TAG_TWO_PASS_MODE;
 }
 
-const AVCodec& EncoderFor(const Property& codec)
+const AVCodec* EncoderFor(const Property& codec, const Place& place, FaultList& faults)
 {
     const std::string codecId = TextUnder(codec, IFormatCodec::TAG_CODEC_ID);
-    if (codecId.empty())
-    {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("The record '" + codec.GetName() + "' names no codec"));
-    }
-    CheckEnabled(codecId);
     const AVCodec* const usual = FindEncoder(codecId);
-    if (usual == nullptr)
+    const std::string reason = WhyNoEncoder(codecId, usual);
+    if (!reason.empty())
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("The installed FFmpeg has no encoder for " + codecId));
+        faults.Add(JobFault::Encoder, place.At(IFormatCodec::TAG_CODEC_ID), reason);
+        return nullptr;
     }
     const std::string wanted = TextUnder(codec, IFormatCodec::TAG_PREFERREDIMPL);
     if (wanted.empty() || wanted == IFormatCodec::ENCODER_FFMPEG_IMPL)
     {
-        return *usual;
+        return usual;
     }
     const AVCodec* const named = avcodec_find_encoder_by_name(wanted.c_str());
     if (named == nullptr || named->id != usual->id)
     {
-        ZELNOR_THROW(
-            kUnit, MakeError<RunException>("There is no encoder '" + wanted + "' for " + codecId + " here"));
+        faults.Add(JobFault::Encoder, place.At(IFormatCodec::TAG_PREFERREDIMPL),
+                   "the installed FFmpeg does not have an encoder '" + wanted + "' for " + codecId);
+        return nullptr;
     }
-    return *named;
+    return named;
 }
 
-CodecOptions EncodingOptions(const Property& codec, const AVCodec& encoder)
+CodecOptions EncodingOptions(const Property& codec, const AVCodec& encoder, const Place& place,
+                             FaultList& faults)
 {
     CodecOptions options = {{"c", encoder.name}};
-    for (const auto& option : BitrateOptions(codec, encoder))
+    for (const auto& option : BitrateOptions(codec, encoder, place, faults))
     {
         options.push_back(option);
     }
+    const Context context = {encoder, place, options, faults};
     for (const Property& setting : codec)
     {
-        const Row* const row = FindRow(setting.GetName());
-        if (row == nullptr && setting.GetName() != kPixelFormatKey)
+        if (const Row* const row = FindRow(setting.GetName()))
         {
-            ZELNOR_THROW(kUnit, MakeError<RunException>("The setting '" + setting.GetName() +
-                                                        "' of a stream is not known here"));
-        }
-        if (row != nullptr)
-        {
-            row->handler(encoder, setting, options);
+            row->handler(context, setting);
         }
     }
     if (WantsTwoPasses(codec) && !HasTwoPasses(encoder))
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>(std::string("The encoder ") + encoder.name +
-                                                    " does not encode in two passes"));
+        faults.Add(JobFault::Encoder, place.At(IFormatCodec::TAG_MULTIPASS_ENCODING),
+                   std::string("encoder ") + encoder.name + " does not support two passes");
     }
     return options;
 }

@@ -1,7 +1,5 @@
 #include "Media/Running/EncoderProfiles.h"
 
-#include "Media/MediaException.h"
-
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
@@ -21,8 +19,6 @@ namespace
 
 using Conf::IFormatCodecVideo;
 using Core::Property;
-
-constexpr const char* kUnit = "Media/Running/EncoderProfiles";
 
 struct Word
 {
@@ -52,13 +48,14 @@ bool HasProfile(const AVCodec& encoder, const std::string& name)
            av_opt_find(&own, name.c_str(), profile->unit, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr;
 }
 
-[[noreturn]] void Refuse(const AVCodec& encoder, const Property& setting)
+void AddFault(const AVCodec& encoder, const Property& setting, const Place& place, FaultList& faults)
 {
-    ZELNOR_THROW(kUnit, MakeError<RunException>(std::string("The encoder ") + encoder.name + " has no " +
-                                                setting.GetName() + " '" + setting.GetString() + "'"));
+    faults.Add(JobFault::Encoder, place.At(setting.GetName()),
+               std::string("encoder ") + encoder.name + " does not have a " + setting.GetName() + " '" +
+                   setting.GetString() + "'");
 }
 
-/// "TAG_X264" or "TAG_X265", whose words the encoder takes as they are; empty for other encoders.
+/// "TAG_X264" or "TAG_X265", whose texts the encoder understands as they are; empty for other encoders.
 std::string WordFamily(const AVCodec& encoder)
 {
     const std::string_view name = encoder.name;
@@ -114,41 +111,49 @@ const SpeedRow* FindMpeg4Speed(const std::string& word)
 
 } // namespace
 
-void AddProfile(const AVCodec& encoder, const Property& setting, CodecOptions& options)
+void AddProfile(const AVCodec& encoder, const Property& setting, CodecOptions& options, const Place& place,
+                FaultList& faults)
 {
     const std::string family = WordFamily(encoder);
     const std::string name = ProfileName(encoder, setting.GetString());
     const bool known = family.empty() ? HasProfile(encoder, name) : IsVideoWord(family + "_PROFILE_", name);
     if (!known)
     {
-        Refuse(encoder, setting);
+        AddFault(encoder, setting, place, faults);
+        return;
     }
     options.emplace_back("profile", name);
 }
 
-void AddPreset(const AVCodec& encoder, const Property& setting, CodecOptions& options)
+void AddPreset(const AVCodec& encoder, const Property& setting, CodecOptions& options, const Place& place,
+               FaultList& faults)
 {
     const std::string family = WordFamily(encoder);
+    const SpeedRow* const speed =
+        encoder.id == AV_CODEC_ID_MPEG4 ? FindMpeg4Speed(setting.GetString()) : nullptr;
     if (!family.empty() && IsVideoWord(family + "_PRESET_", setting.GetString()))
     {
         options.emplace_back("preset", setting.GetString());
-        return;
     }
-    const SpeedRow* const speed = FindMpeg4Speed(setting.GetString());
-    if (encoder.id != AV_CODEC_ID_MPEG4 || speed == nullptr)
+    else if (speed != nullptr)
     {
-        Refuse(encoder, setting);
+        options.emplace_back("mbd", speed->decision);
+        options.emplace_back("trellis", speed->trellis);
     }
-    options.emplace_back("mbd", speed->decision);
-    options.emplace_back("trellis", speed->trellis);
+    else
+    {
+        AddFault(encoder, setting, place, faults);
+    }
 }
 
-void AddTune(const AVCodec& encoder, const Property& setting, CodecOptions& options)
+void AddTune(const AVCodec& encoder, const Property& setting, CodecOptions& options, const Place& place,
+             FaultList& faults)
 {
     const std::string family = WordFamily(encoder);
     if (family.empty() || !IsVideoWord(family + "_TUNE_", setting.GetString()))
     {
-        Refuse(encoder, setting);
+        AddFault(encoder, setting, place, faults);
+        return;
     }
     options.emplace_back("tune", setting.GetString());
 }

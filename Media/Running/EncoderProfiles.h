@@ -8,11 +8,14 @@ namespace Zelnor::Media
 {
 
 /// \file
-/// The words of the vocabulary for profiles, speed presets and tunings, in the words of FFmpeg's encoders.
-/// Each adds its option, or refuses a word that the encoder has not. \throw RunException
+/// The vocabulary's texts for profiles, speed presets and tunings, as FFmpeg's encoders call them. Each adds
+/// its option; a text that the encoder does not know is a fault at the setting's key.
 
-void AddProfile(const AVCodec& encoder, const Core::Property& setting, CodecOptions& options);
-void AddPreset(const AVCodec& encoder, const Core::Property& setting, CodecOptions& options);
-void AddTune(const AVCodec& encoder, const Core::Property& setting, CodecOptions& options);
+void AddProfile(const AVCodec& encoder, const Core::Property& setting, CodecOptions& options,
+                const Place& place, FaultList& faults);
+void AddPreset(const AVCodec& encoder, const Core::Property& setting, CodecOptions& options,
+               const Place& place, FaultList& faults);
+void AddTune(const AVCodec& encoder, const Core::Property& setting, CodecOptions& options, const Place& place,
+             FaultList& faults);
 
 } // namespace Zelnor::Media

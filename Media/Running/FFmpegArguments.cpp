@@ -1,29 +1,20 @@
 #include "Media/Running/FFmpegArguments.h"
 
-#include "Media/MediaException.h"
-#include "Media/Planning/Containers.h"
-#include "Media/Planning/EncoderCheck.h"
-#include "Media/Running/CodecArguments.h"
-#include "Media/Running/FilterArguments.h"
+#include "Media/Jobs/FaultList.h"
+#include "Media/Running/TranscodeCommand.h"
 
-#include "Conf/Interfaces/IFormat.h"
-#include "Conf/Interfaces/IFormatCodec.h"
 #include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <initializer_list>
+#include <utility>
 
 namespace Zelnor::Media
 {
 
 namespace
 {
-
-using Conf::IFormat;
-using Conf::IFormatCodec;
-using Conf::IFormatFile;
-using Core::Property;
-
-constexpr const char* kUnit = "Media/Running/FFmpegArguments";
 
 enum class Pass
 {
@@ -38,15 +29,10 @@ using Slot = FFmpegPass::Slot;
 class Builder
 {
 public:
-    Builder(const Transcode& transcode, Pass pass) : m_transcode(transcode), m_pass(pass) {}
+    Builder(const TranscodeCommand& transcode, Pass pass) : m_transcode(transcode), m_pass(pass) {}
 
     FFmpegPass Build()
     {
-        if (FindMuxer(m_transcode.container) == nullptr)
-        {
-            ZELNOR_THROW(kUnit, MakeError<RunException>("The installed FFmpeg cannot write the container '" +
-                                                        m_transcode.container + "'"));
-        }
         Add({"-hide_banner", "-nostdin", "-v", "error", "-nostats", "-progress", "pipe:1"});
         m_pass == Pass::First ? Add({"-y"}) : m_arguments.Add(Slot::Replace);
         for (std::size_t i = 0; i < m_transcode.inputs.size(); ++i)
@@ -54,9 +40,9 @@ public:
             AddInput(i);
         }
         unsigned int position = 0;
-        for (const TranscodeStream& stream : m_transcode.streams)
+        for (const StreamCommand& stream : m_transcode.streams)
         {
-            if (m_pass != Pass::First || WantsTwoPasses(stream.codec))
+            if (m_pass != Pass::First || stream.hasTwoPasses)
             {
                 AddStream(stream, position++);
             }
@@ -80,7 +66,7 @@ private:
             m_arguments.Add(Slot::Text, argument);
         }
     }
-    /// An option for one stream of the output.
+    /// An option for one stream.
     void AddFor(unsigned int position, const std::string& option, const std::string& value)
     {
         Add({"-" + option + ":" + std::to_string(position), value});
@@ -88,202 +74,96 @@ private:
 
     void AddInput(std::size_t index)
     {
-        const MediaFile& file = m_transcode.inputs[index];
-        if (file.demuxer == "image2")
+        if (m_transcode.arePictures[index])
         {
-            // The name is one picture's, not the pattern of a series.
+            // The name is that of one image, not the pattern of a series.
             Add({"-f", "image2", "-pattern_type", "none"});
         }
-        for (const TranscodeStream& stream : m_transcode.streams)
+        for (const StreamCommand& stream : m_transcode.streams)
         {
-            if (stream.input == index)
+            for (const auto& [name, value] : stream.analysis)
             {
-                AddAnalysis(stream);
+                if (stream.input == index)
+                {
+                    AddFor(stream.stream, name, value);
+                }
             }
         }
-        Add({"-i", FFmpegFileName(file.name)});
+        Add({"-i", FFmpegFileName(m_transcode.inputs[index])});
     }
 
-    void AddAnalysis(const TranscodeStream& stream)
+    void AddStream(const StreamCommand& stream, unsigned int position)
     {
-        const auto options = stream.codec.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE);
-        if (options == stream.codec.end())
+        if (stream.merge.empty())
         {
-            return;
-        }
-        for (const Property& option : *options)
-        {
-            AddFor(stream.stream, option.GetName(),
-                   option.GetType() == PROPERTY_TYPE_INT64 ? std::to_string(option.GetInt64())
-                                                           : option.GetString());
-        }
-    }
-
-    void AddStream(const TranscodeStream& stream, unsigned int position)
-    {
-        const MediaStream& source = m_transcode.SourceOf(stream);
-        CheckRecord(stream, source);
-        if (IsCopied(stream.codec))
-        {
-            AddCopied(stream, source, position);
-        }
-        else
-        {
-            AddEncoded(stream, source, position);
-        }
-        AddTags("-metadata:s:" + std::to_string(position), stream.codec);
-        const auto language = stream.codec.FindChild(IFormatCodec::TAG_LANGUAGE);
-        if (language != stream.codec.end())
-        {
-            Add({"-metadata:s:" + std::to_string(position), "language=" + language->GetString()});
-        }
-    }
-
-    static void CheckRecord(const TranscodeStream& stream, const MediaStream& source)
-    {
-        if (stream.codec.GetName() != *DescribeKind(source.kind).recordName)
-        {
-            ZELNOR_THROW(kUnit, MakeError<RunException>(
-                                    "Stream " + std::to_string(stream.stream) + " is " + NameOf(source.kind) +
-                                    ", and the record of what it becomes is '" + stream.codec.GetName() +
-                                    "', not '" + *DescribeKind(source.kind).recordName + "'"));
-        }
-    }
-
-    void CheckContainer(AVCodecID codec) const
-    {
-        if (!MayHold(m_transcode.container, codec))
-        {
-            ZELNOR_THROW(kUnit, MakeError<RunException>("The container " + m_transcode.container +
-                                                        " cannot hold " + avcodec_get_name(codec)));
-        }
-    }
-
-    void AddCopied(const TranscodeStream& stream, const MediaStream& source, unsigned int position)
-    {
-        if (!stream.merged.empty())
-        {
-            ZELNOR_THROW(kUnit, MakeError<RunException>("Nothing can be merged into stream " +
-                                                        std::to_string(stream.stream) +
-                                                        ", which is to stay as it is"));
-        }
-        const auto codec = source.descriptor->GetProperty().FindChild(IFormatCodec::TAG_CODEC_ID);
-        if (codec != source.descriptor->GetProperty().end())
-        {
-            CheckContainer(CodecNumberOf(codec->GetString()));
-        }
-        Map(stream);
-        AddFor(position, "c", "copy");
-    }
-
-    void AddEncoded(const TranscodeStream& stream, const MediaStream& source, unsigned int position)
-    {
-        const AVCodec& encoder = EncoderFor(stream.codec);
-        CheckContainer(encoder.id);
-        RequireAccepted(stream.codec, encoder);
-        const std::string filters = StreamFilters(m_transcode, stream);
-        if (stream.merged.empty())
-        {
-            Map(stream);
-            if (!filters.empty())
+            Add({"-map", std::to_string(stream.input) + ":" + std::to_string(stream.stream)});
+            if (!stream.filters.empty())
             {
-                AddFor(position, "filter", filters);
+                AddFor(position, "filter", stream.filters);
             }
         }
         else
         {
             const std::string label = "[merged" + std::to_string(position) + "]";
             Add({"-filter_complex",
-                 MergeFilters(m_transcode, stream) + (filters.empty() ? "" : "," + filters) + label, "-map",
-                 label});
+                 stream.merge + (stream.filters.empty() ? "" : "," + stream.filters) + label, "-map", label});
         }
-        for (const auto& [name, value] : EncodingOptions(stream.codec, encoder))
+        if (stream.isCopied)
+        {
+            AddFor(position, "c", "copy");
+        }
+        for (const auto& [name, value] : stream.options)
         {
             AddFor(position, name, value);
         }
-        AddPass(stream, position);
-        if (source.kind == StreamKind::Video && IsPicture(m_transcode.container))
+        if (stream.hasTwoPasses)
+        {
+            AddPass(stream, position);
+        }
+        if (stream.isOneImage)
         {
             AddFor(position, "frames", "1");
         }
-    }
-
-    void Map(const TranscodeStream& stream)
-    {
-        Add({"-map", std::to_string(stream.input) + ":" + std::to_string(stream.stream)});
-    }
-
-    void AddPass(const TranscodeStream& stream, unsigned int position)
-    {
-        if (m_pass == Pass::Only || !WantsTwoPasses(stream.codec))
+        for (const std::string& tag : stream.metadata)
         {
-            return;
+            Add({"-metadata:s:" + std::to_string(position), tag});
         }
+    }
+
+    void AddPass(const StreamCommand& stream, unsigned int position)
+    {
         AddFor(position, "pass", m_pass == Pass::First ? "1" : "2");
         // Not the output's position, which is another one in the first pass.
         Add({"-passlogfile:" + std::to_string(position)});
         m_arguments.Add(Slot::PassLog, std::to_string(stream.input) + "-" + std::to_string(stream.stream));
     }
 
-    /// A record's texts about the stream or file.
-    void AddTags(const std::string& option, const Property& record)
-    {
-        const auto metadata = record.FindChild(IFormat::TAG_METADATA);
-        if (metadata == record.end())
-        {
-            return;
-        }
-        for (const Property& tag : *metadata)
-        {
-            const bool isText = tag.GetType() == PROPERTY_TYPE_STRING;
-            if ((isText || tag.GetType() == PROPERTY_TYPE_INT64) && !IsAboutSource(tag.GetName()))
-            {
-                Add({option,
-                     tag.GetName() + "=" + (isText ? tag.GetString() : std::to_string(tag.GetInt64()))});
-            }
-        }
-    }
-
-    /// Pictures are turned when they are converted.
-    static bool IsAboutSource(const std::string& tag) { return tag == IFormatFile::TAG_ROTATION; }
-
     void AddOutput()
     {
-        const AVOutputFormat* const muxer = FindMuxer(m_transcode.container);
         // The records say what is known of the target; nothing is taken over behind their back.
         Add({"-map_metadata", "-1", "-map_metadata:s", "-1"});
-        AddTags("-metadata", m_transcode.target);
-        Add({"-max_muxing_queue_size", "4096"});
-        if (IsPicture(m_transcode.container))
+        for (const std::string& tag : m_transcode.metadata)
         {
-            // One picture under exactly this name, even one that looks like a pattern.
+            Add({"-metadata", tag});
+        }
+        Add({"-max_muxing_queue_size", "4096"});
+        if (m_transcode.isPicture)
+        {
+            // One image under exactly this name, even one that looks like a pattern.
             Add({"-update", "1"});
         }
-        if (std::string(muxer->name) == IFormatFile::FORMAT_DVD)
+        if (m_transcode.muxer == Conf::IFormatFile::FORMAT_DVD)
         {
             Add({"-muxrate", "10080000", "-packetsize", "2048"});
         }
-        Add({"-f", muxer->name});
+        Add({"-f", m_transcode.muxer});
         m_arguments.Add(Slot::Output);
     }
 
-    const Transcode& m_transcode;
+    const TranscodeCommand& m_transcode;
     Pass m_pass;
     FFmpegPass m_arguments;
 };
-
-/// An argument cannot hold a NUL byte; what comes after it would be cut off silently.
-void CheckArguments(const std::vector<std::string>& arguments)
-{
-    for (const std::string& argument : arguments)
-    {
-        if (argument.find('\0') != std::string::npos)
-        {
-            ZELNOR_THROW(kUnit, MakeError<RunException>("ffmpeg cannot be given a text with a NUL byte: '" +
-                                                        argument + "'"));
-        }
-    }
-}
 
 } // namespace
 
@@ -312,18 +192,25 @@ std::vector<std::string> FFmpegPass::Arguments(const PassFiles& files) const
     return arguments;
 }
 
-std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode)
+std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode, FaultList& faults)
 {
-    const bool twoPasses =
-        std::any_of(transcode.streams.begin(), transcode.streams.end(),
-                    [](const TranscodeStream& stream) { return WantsTwoPasses(stream.codec); });
+    const TranscodeCommand command = MakeTranscodeCommand(transcode, faults);
+    const bool twoPasses = std::any_of(command.streams.begin(), command.streams.end(),
+                                       [](const StreamCommand& stream) { return stream.hasTwoPasses; });
     std::vector<FFmpegPass> passes;
     for (const Pass pass :
          twoPasses ? std::vector<Pass>{Pass::First, Pass::Second} : std::vector<Pass>{Pass::Only})
     {
-        passes.push_back(Builder(transcode, pass).Build());
-        CheckArguments(passes.back().Arguments({transcode.output, "", false}));
+        passes.push_back(Builder(command, pass).Build());
     }
+    return passes;
+}
+
+std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode)
+{
+    FaultList faults;
+    std::vector<FFmpegPass> passes = MakeFFmpegArguments(transcode, faults);
+    faults.ThrowFirst();
     return passes;
 }
 

@@ -43,8 +43,10 @@ private:
 };
 
 /// The runs of ffmpeg that make the transcode: one, or two when a stream is to be encoded in two passes.
-/// Everything in the records is honoured or refused.
-/// \throw RunException with the reason why something cannot be done
+/// Everything in the records is honoured, or a fault with its place; the passes are of use only when there is
+/// none.
+std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode, FaultList& faults);
+/// \throw JobException for the first fault
 ZELNOR_API std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode);
 
 } // namespace Zelnor::Media

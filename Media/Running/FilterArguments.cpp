@@ -1,6 +1,5 @@
 #include "Media/Running/FilterArguments.h"
 
-#include "Media/MediaException.h"
 #include "Media/Planning/VideoGeometry.h"
 #include "Media/Probe/FFmpegNames.h"
 
@@ -24,8 +23,6 @@ using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecVideo;
 using Core::Property;
-
-constexpr const char* kUnit = "Media/Running/FilterArguments";
 
 void Append(std::string& filters, const std::string& filter)
 {
@@ -58,16 +55,16 @@ std::uint32_t EvenPart(double length, std::uint32_t limit)
     return std::min(std::max(even, 2U), limit);
 }
 
-/// Scales to the target's size. A picture of another shape is not bent: it gets bars, unless the shapes
-/// differ by less than a pixel can show.
+/// Scales to the target's size. A frame of another display aspect ratio is not stretched: it gets letterbox
+/// or pillarbox, unless the ratios differ by less than a pixel can show.
 std::string ScaleFilters(const FrameInfo& source, const FrameInfo& target)
 {
-    const double sourceShape =
+    const double sourceAspect =
         static_cast<double>(source.width) * source.ax / (static_cast<double>(source.height) * source.ay);
-    const double targetShape =
+    const double targetAspect =
         static_cast<double>(target.width) * target.ax / (static_cast<double>(target.height) * target.ay);
     constexpr double kNoticeable = 0.01;
-    const double ratio = sourceShape / targetShape;
+    const double ratio = sourceAspect / targetAspect;
     if (!std::isfinite(ratio) || std::abs(ratio - 1) < kNoticeable)
     {
         return "scale=" + SizeText(target.width, target.height);
@@ -173,42 +170,40 @@ std::string DrawSubtitle(const MediaFile& file, const TranscodeStream& stream, c
 
 } // namespace
 
-std::string StreamFilters(const Transcode& transcode, const TranscodeStream& stream)
+std::string StreamFilters(const MediaStream& source, const Property& codec)
 {
-    const MediaStream& source = transcode.SourceOf(stream);
-    return source.kind == StreamKind::Video   ? VideoFilters(source, stream.codec)
-           : source.kind == StreamKind::Audio ? AudioFilters(stream.codec)
+    return source.kind == StreamKind::Video   ? VideoFilters(source, codec)
+           : source.kind == StreamKind::Audio ? AudioFilters(codec)
                                               : "";
 }
 
-std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stream)
+std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stream, FaultList& faults)
 {
     const MediaFile& file = transcode.inputs[stream.input];
-    const MediaStream& master = transcode.SourceOf(stream);
+    const MediaStream& base = transcode.SourceOf(stream);
     std::string filters = Label(stream, stream.stream);
     bool isFirst = true;
     for (const unsigned int index : stream.merged)
     {
-        const MediaStream& slave = file.streams[index];
-        if (master.kind == StreamKind::Audio && slave.kind == StreamKind::Audio && index != stream.stream)
+        const MediaStream& overlay = file.streams[index];
+        if (base.kind == StreamKind::Audio && overlay.kind == StreamKind::Audio && index != stream.stream)
         {
             filters += Label(stream, index);
         }
-        else if (master.kind == StreamKind::Video && slave.kind == StreamKind::Subtitle)
+        else if (base.kind == StreamKind::Video && overlay.kind == StreamKind::Subtitle)
         {
             filters += isFirst ? "" : "[drawn];[drawn]";
-            filters += DrawSubtitle(file, stream, slave);
+            filters += DrawSubtitle(file, stream, overlay);
         }
         else
         {
-            ZELNOR_THROW(kUnit, MakeError<RunException>(
-                                    "Stream " + std::to_string(index) + " (" + NameOf(slave.kind) +
-                                    ") cannot be merged into stream " + std::to_string(stream.stream) + " (" +
-                                    NameOf(master.kind) + ")"));
+            faults.Add(JobFault::Structure, stream.place,
+                       std::string(NameOf(overlay.kind)) + " stream " + std::to_string(index) +
+                           " cannot be merged into it");
         }
         isFirst = false;
     }
-    if (master.kind == StreamKind::Audio)
+    if (base.kind == StreamKind::Audio)
     {
         filters += "amix=inputs=" + std::to_string(stream.merged.size() + 1) + ":normalize=0";
     }

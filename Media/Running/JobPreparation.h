@@ -25,12 +25,15 @@ struct PreparedTranscode
 struct PreparationOptions
 {
     std::string document = {}; ///< what messages call the job; empty when it is not from a file
-    bool checkTargets = true;  ///< whether the targets can be written
-    bool overwrite = false;    ///< whether they may be there already
+    bool mayReplace = true;    ///< whether its targets may be there already
 };
 
-/// Asks everything that can be known before the job runs, of every target.
-/// \throw MediaException with the first reason why the job cannot be run
+/// Asks everything that can be known before the job runs, of every target: topology, sources, encoders,
+/// containers, settings, and whether the targets can be written. What is prepared is of use only when there
+/// is no fault.
+std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,
+                                          const PreparationOptions& options, FaultList& faults);
+/// \throw JobException for the first fault
 ZELNOR_API std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,
                                                      const PreparationOptions& options = {});
 

@@ -130,7 +130,7 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
 {
     PreparationOptions preparation;
     preparation.document = options.document;
-    preparation.overwrite = options.overwrite;
+    preparation.mayReplace = options.overwrite;
     const std::vector<PreparedTranscode> prepared = PrepareJob(job, preparation);
     RunResult result;
     for (std::size_t i = 0; i < prepared.size(); ++i)

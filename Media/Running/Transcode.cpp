@@ -1,12 +1,22 @@
 #include "Media/Running/Transcode.h"
 
+#include "Media/ErrorText.h"
+#include "Media/Jobs/FaultList.h"
 #include "Media/MediaException.h"
+#include "Media/Probe/StreamKinds.h"
+#include "Media/Running/CodecSettings.h"
+#include "Media/ValueText.h"
 
 #include "Conf/Interfaces/FormatLists.h"
+#include "Conf/Interfaces/IFormatCodec.h"
 #include "Conf/Interfaces/IFormatFile.h"
 #include "Conf/Interfaces/IPreset.h"
 
 #include <algorithm>
+#include <limits>
+#include <optional>
+#include <unordered_map>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -19,173 +29,316 @@ using Conf::ITranscodingMetaGraph;
 using Conf::NodeId;
 using Core::Property;
 
-constexpr const char* kUnit = "Media/Running/Transcode";
-
-[[noreturn]] void Refuse(NodeId node, const std::string& reason)
+/// "video"; empty when the record is not one of a codec.
+std::string KindNameOf(const Property& codec)
 {
-    ZELNOR_THROW(kUnit,
-                 MakeError<RunException>("Node " + std::to_string(node) + " cannot be run: " + reason));
+    const StreamKind kind = KindOfRecord(codec.GetName());
+    return IsConvertible(kind) ? NameOf(kind) : "";
 }
 
-/// The child of that type; `what` says what is missing otherwise.
-const Property& Required(NodeId node, const Property& record, const std::string& key, PropertyTypes type)
-{
-    const auto child = record.FindChild(key);
-    if (child == record.end() || child->GetType() != type)
-    {
-        Refuse(node, "its record '" + record.GetName() + "' has no " +
-                         (type == PROPERTY_TYPE_STRING ? "text" : "number") + " under '" + key + "'");
-    }
-    return *child;
-}
-
-bool IsSource(const Property& record) { return record.GetName() == ITranscodingMetaGraph::KEY_SOURCE; }
-bool IsRawStream(const Property& record) { return record.GetName() == ITranscodingMetaGraph::KEY_STREAM_RAW; }
-
-std::string SourcePath(NodeId node, const Property& record)
-{
-    const std::string type =
-        Required(node, record, Conf::IPreset::KEY_TYPE_ID, PROPERTY_TYPE_STRING).GetString();
-    if (type != ITranscodingMetaGraph::KEY_SOURCE_TYPE_FILE)
-    {
-        Refuse(node, "its source is of the type '" + type + "', not a file");
-    }
-    const auto encryption = record.FindChild(IFormatFile::TAG_ENCRYPTION);
-    if (encryption != record.end() && encryption->GetType() == PROPERTY_TYPE_STRING &&
-        !Conf::CanReadWithEncryption(encryption->GetString()))
-    {
-        Refuse(node, "its source is encrypted (" + encryption->GetString() + ")");
-    }
-    return Required(node, record, ITranscodingMetaGraph::KEY_FILEPATH, PROPERTY_TYPE_STRING).GetString();
-}
-
-std::vector<unsigned int> MergedStreams(NodeId node, const Property& record)
-{
-    std::vector<unsigned int> merged;
-    const auto list = record.FindChild(ITranscodingMetaGraph::MERGE_WITH);
-    if (list == record.end())
-    {
-        return merged;
-    }
-    for (const Property& entry : *list)
-    {
-        const Property& index = Required(node, entry, ITranscodingMetaGraph::MERGE_WITH, PROPERTY_TYPE_INT64);
-        const auto settings = entry.FindChild(ITranscodingMetaGraph::MERGE_SETTINGS);
-        if (settings != entry.end() && settings->Count() != 0)
-        {
-            Refuse(node, "streams are merged without settings, and it has some");
-        }
-        merged.push_back(static_cast<unsigned int>(index.GetInt64()));
-    }
-    return merged;
-}
-
-void CheckDecoder(NodeId node, const Property& record)
-{
-    const auto decoder = record.FindChild(ITranscodingMetaGraph::KEY_DECODER);
-    if (decoder != record.end() && decoder->GetType() == PROPERTY_TYPE_STRING &&
-        decoder->GetString() != Conf::IFormatCodec::DECODER_FFMPEG_IMPL)
-    {
-        Refuse(node, "there is no decoder '" + decoder->GetString() + "' here");
-    }
-}
-
-/// Gathers one target's transcode.
+/// Reads a job's transcodes. Sources that several targets need are opened once.
 class Reader
 {
 public:
-    Reader(const ITranscodingMetaGraph& job, NodeId target) : m_graph(job), m_target(target) {}
+    Reader(const ITranscodingMetaGraph& job, const std::string& document, FaultList& faults)
+        : m_graph(job), m_document(document), m_faults(faults)
+    {}
 
-    Transcode Read()
+    Transcode Read(NodeId target)
     {
-        m_transcode.target = m_graph[m_target];
-        m_transcode.output =
-            Required(m_target, m_transcode.target, ITranscodingMetaGraph::KEY_FILEPATH, PROPERTY_TYPE_STRING)
-                .GetString();
-        m_transcode.container =
-            Required(m_target, m_transcode.target, IFormatFile::TAG_CONTAINER, PROPERTY_TYPE_STRING)
-                .GetString();
+        m_sources.clear();
+        Transcode transcode;
+        transcode.place = NodePlace(target);
+        transcode.target = m_graph[target];
+        const std::string& name = transcode.target.GetName();
+        if (name == ITranscodingMetaGraph::KEY_SOURCE || name == ITranscodingMetaGraph::KEY_STREAM_RAW)
+        {
+            m_faults.Add(JobFault::Structure, transcode.place,
+                         "expected a link from this '" + name + "' to a target, found none");
+            return transcode;
+        }
+        transcode.output =
+            Text(transcode.place, transcode.target, ITranscodingMetaGraph::KEY_FILEPATH).value_or("");
+        transcode.container =
+            Text(transcode.place, transcode.target, IFormatFile::TAG_CONTAINER).value_or("");
         std::vector<NodeId> raws;
-        m_graph.Inputs(m_target, raws);
+        m_graph.Inputs(target, raws);
         for (const NodeId raw : raws)
         {
-            AddStream(raw);
+            AddStream(raw, target, transcode);
         }
-        return std::move(m_transcode);
+        return transcode;
     }
 
 private:
-    void AddStream(NodeId raw)
+    Place NodePlace(NodeId node) const
     {
-        const Property record = m_graph[raw];
-        std::vector<NodeId> sources;
-        m_graph.Inputs(raw, sources);
-        if (!IsRawStream(record) || sources.size() != 1)
-        {
-            Refuse(raw, "only a raw stream with one source can be made into a target's stream");
-        }
-        CheckDecoder(raw, record);
-        TranscodeStream stream;
-        stream.input = InputOf(sources.front());
-        stream.stream = Index(
-            raw, stream.input,
-            Required(raw, record, ITranscodingMetaGraph::KEY_STREAM_RAW_ID, PROPERTY_TYPE_INT64).GetInt64());
-        stream.merged = MergedStreams(raw, record);
-        for (const unsigned int merged : stream.merged)
-        {
-            Index(raw, stream.input, merged);
-        }
-        stream.codec = m_graph.GetLink(raw, m_target);
-        m_transcode.streams.push_back(std::move(stream));
+        Place place{m_document};
+        place.node = node;
+        return place;
     }
 
-    std::size_t InputOf(NodeId source)
+    /// The child under `key`; null, and a fault, when there is none of that type.
+    const Property* Child(const Place& place, const Property& record, const std::string& key,
+                          PropertyTypes type)
     {
+        const auto child = record.FindChild(key);
+        if (child != record.end() && child->GetType() == type)
+        {
+            return &*child;
+        }
+        m_faults.Add(JobFault::Structure, place.At(key),
+                     std::string("expected ") + TypeText(type) + ", found " +
+                         (child == record.end() ? "nothing" : ValueText(*child)));
+        return nullptr;
+    }
+
+    /// A text that can be the name of something.
+    std::optional<std::string> Text(const Place& place, const Property& record, const std::string& key)
+    {
+        const Property* const child = Child(place, record, key, PROPERTY_TYPE_STRING);
+        if (child == nullptr)
+        {
+            return std::nullopt;
+        }
+        if (HasNul(child->GetString()))
+        {
+            m_faults.Add(JobFault::Structure, place.At(key), "a name cannot hold a NUL byte");
+            return std::nullopt;
+        }
+        return child->GetString();
+    }
+
+    void AddStream(NodeId raw, NodeId target, Transcode& transcode)
+    {
+        const Place rawPlace = NodePlace(raw);
+        const Property record = m_graph[raw];
+        TranscodeStream stream;
+        stream.codec = m_graph.GetLink(raw, target);
+        stream.place.file = m_document;
+        stream.place.link = std::pair(raw, target);
+        stream.place.streamKind = KindNameOf(stream.codec);
+        stream.input = TranscodeStream::kNoInput;
+        std::vector<NodeId> sources;
+        m_graph.Inputs(raw, sources);
+        if (record.GetName() != ITranscodingMetaGraph::KEY_STREAM_RAW || sources.size() != 1)
+        {
+            m_faults.Add(JobFault::Structure, rawPlace,
+                         "expected a '" + ITranscodingMetaGraph::KEY_STREAM_RAW +
+                             "' with one source, found '" + record.GetName() + "' with " +
+                             std::to_string(sources.size()));
+        }
+        else
+        {
+            CheckDecoder(rawPlace, record);
+            Resolve(rawPlace, record, sources.front(), transcode, stream);
+        }
+        transcode.streams.push_back(std::move(stream));
+    }
+
+    void CheckDecoder(const Place& place, const Property& record)
+    {
+        if (!record.ChildExists(ITranscodingMetaGraph::KEY_DECODER))
+        {
+            return;
+        }
+        const auto decoder = Text(place, record, ITranscodingMetaGraph::KEY_DECODER);
+        if (decoder && *decoder != Conf::IFormatCodec::DECODER_FFMPEG_IMPL)
+        {
+            m_faults.Add(JobFault::Setting, place.At(ITranscodingMetaGraph::KEY_DECODER),
+                         "there is no decoder '" + *decoder + "' here");
+        }
+    }
+
+    /// Finds the stream of the source, and those that are merged into it.
+    void Resolve(const Place& place, const Property& record, NodeId source, Transcode& transcode,
+                 TranscodeStream& stream)
+    {
+        const Property* const id =
+            Child(place, record, ITranscodingMetaGraph::KEY_STREAM_RAW_ID, PROPERTY_TYPE_INT64);
+        const std::vector<const Property*> merged = MergedStreams(place, record);
+        if (id != nullptr && id->GetInt64() >= 0 && id->GetInt64() <= std::numeric_limits<int>::max())
+        {
+            stream.place.stream = static_cast<unsigned int>(id->GetInt64());
+        }
+        const std::size_t input = InputOf(source, transcode);
+        if (id == nullptr || input == TranscodeStream::kNoInput)
+        {
+            return;
+        }
+        const MediaFile& file = transcode.inputs[input];
+        if (!HasStream(place.At(id->GetName()), file, id->GetInt64()))
+        {
+            return;
+        }
+        stream.input = input;
+        stream.stream = static_cast<unsigned int>(id->GetInt64());
+        stream.place.streamKind = NameOf(file.streams[stream.stream].kind);
+        for (const Property* const index : merged)
+        {
+            if (HasStream(place.At(ITranscodingMetaGraph::MERGE_WITH), file, index->GetInt64()))
+            {
+                stream.merged.push_back(static_cast<unsigned int>(index->GetInt64()));
+            }
+        }
+    }
+
+    bool HasStream(const Place& place, const MediaFile& file, long long index)
+    {
+        const bool exists = index >= 0 && static_cast<unsigned long long>(index) < file.streams.size();
+        if (!exists)
+        {
+            m_faults.Add(JobFault::Input, place,
+                         "'" + file.name + "' does not have a stream " + std::to_string(index));
+        }
+        return exists;
+    }
+
+    /// The numbers of the streams that are merged.
+    std::vector<const Property*> MergedStreams(const Place& place, const Property& record)
+    {
+        std::vector<const Property*> merged;
+        const auto list = record.FindChild(ITranscodingMetaGraph::MERGE_WITH);
+        if (list == record.end())
+        {
+            return merged;
+        }
+        const Place listPlace = place.At(list->GetName());
+        if (list->GetType() != PROPERTY_TYPE_GROUP)
+        {
+            m_faults.Add(JobFault::Structure, listPlace, "expected a group, found " + ValueText(*list));
+            return merged;
+        }
+        for (const Property& entry : *list)
+        {
+            const auto index = entry.FindChild(ITranscodingMetaGraph::MERGE_WITH);
+            if (index == entry.end() || index->GetType() != PROPERTY_TYPE_INT64)
+            {
+                m_faults.Add(JobFault::Structure, listPlace,
+                             "expected the number of a stream, found " +
+                                 (index == entry.end() ? "nothing" : ValueText(*index)));
+                continue;
+            }
+            const auto settings = entry.FindChild(ITranscodingMetaGraph::MERGE_SETTINGS);
+            if (settings != entry.end() &&
+                (settings->GetType() != PROPERTY_TYPE_GROUP || settings->Count() != 0))
+            {
+                m_faults.Add(JobFault::Setting, listPlace,
+                             "stream " + std::to_string(index->GetInt64()) +
+                                 " can only be merged without settings");
+            }
+            merged.push_back(&*index);
+        }
+        return merged;
+    }
+
+    std::size_t InputOf(NodeId source, Transcode& transcode)
+    {
+        const auto [entry, isNew] = m_files.try_emplace(source);
+        if (isNew)
+        {
+            entry->second = Open(source);
+        }
+        if (!entry->second)
+        {
+            return TranscodeStream::kNoInput;
+        }
         const auto known = std::find(m_sources.begin(), m_sources.end(), source);
         if (known != m_sources.end())
         {
             return static_cast<std::size_t>(known - m_sources.begin());
         }
-        const Property record = m_graph[source];
-        if (!IsSource(record))
-        {
-            Refuse(source, "it stands before a raw stream, but is no source");
-        }
-        m_transcode.inputs.push_back(ProbeMedia(SourcePath(source, record)));
+        transcode.inputs.push_back(*entry->second);
         m_sources.push_back(source);
         return m_sources.size() - 1;
     }
 
-    unsigned int Index(NodeId raw, std::size_t input, long long index) const
+    std::optional<MediaFile> Open(NodeId source)
     {
-        const MediaFile& file = m_transcode.inputs[input];
-        if (index < 0 || static_cast<unsigned long long>(index) >= file.streams.size())
+        const Place place = NodePlace(source);
+        const Property record = m_graph[source];
+        if (record.GetName() != ITranscodingMetaGraph::KEY_SOURCE)
         {
-            Refuse(raw, "'" + file.name + "' has no stream " + std::to_string(index));
+            m_faults.Add(JobFault::Structure, place,
+                         "expected a '" + ITranscodingMetaGraph::KEY_SOURCE + "', found '" +
+                             record.GetName() + "'");
+            return std::nullopt;
         }
-        return static_cast<unsigned int>(index);
+        const auto type = Text(place, record, Conf::IPreset::KEY_TYPE_ID);
+        const auto path = Text(place, record, ITranscodingMetaGraph::KEY_FILEPATH);
+        bool isReadable = type && path;
+        if (type && *type != ITranscodingMetaGraph::KEY_SOURCE_TYPE_FILE)
+        {
+            m_faults.Add(JobFault::Structure, place.At(Conf::IPreset::KEY_TYPE_ID),
+                         "expected '" + ITranscodingMetaGraph::KEY_SOURCE_TYPE_FILE + "', found '" + *type +
+                             "'");
+            isReadable = false;
+        }
+        isReadable = IsReadable(place, record) && isReadable;
+        return isReadable ? Probe(place, *path) : std::nullopt;
+    }
+
+    bool IsReadable(const Place& place, const Property& record)
+    {
+        if (!record.ChildExists(IFormatFile::TAG_ENCRYPTION))
+        {
+            return true;
+        }
+        const auto encryption = Text(place, record, IFormatFile::TAG_ENCRYPTION);
+        const bool readable = encryption && Conf::CanReadWithEncryption(*encryption);
+        if (encryption && !readable)
+        {
+            m_faults.Add(JobFault::Input, place.At(IFormatFile::TAG_ENCRYPTION),
+                         "files encrypted with '" + *encryption + "' cannot be read");
+        }
+        return readable;
+    }
+
+    std::optional<MediaFile> Probe(const Place& place, const std::string& path)
+    {
+        try
+        {
+            return ProbeMedia(path);
+        }
+        catch (const Exception&)
+        {
+            m_faults.Add(JobFault::Input, place.At(ITranscodingMetaGraph::KEY_FILEPATH),
+                         ErrorText(std::current_exception()));
+            return std::nullopt;
+        }
     }
 
     const ITranscodingMetaGraph& m_graph;
-    NodeId m_target;
+    const std::string& m_document;
+    FaultList& m_faults;
+    /// What was found in each source; nothing for those that cannot be read.
+    std::unordered_map<NodeId, std::optional<MediaFile>> m_files;
+    /// The nodes of the transcode's inputs.
     std::vector<NodeId> m_sources;
-    Transcode m_transcode;
 };
 
 } // namespace
 
-std::vector<Transcode> ReadTranscodes(const ITranscodingMetaGraph& job)
+std::vector<Transcode> ReadTranscodes(const ITranscodingMetaGraph& job, const std::string& document,
+                                      FaultList& faults)
 {
-    if (!job.TopologyIsValid())
+    for (const JobFault& fault : FindTopologyFaults(job, document))
     {
-        ZELNOR_THROW(kUnit, MakeError<RunException>("The job is not valid; 'zconf job check' tells why"));
+        faults.Add(fault);
     }
     std::vector<NodeId> targets;
     job.Outputs(targets);
+    Reader reader(job, document, faults);
     std::vector<Transcode> transcodes;
     for (const NodeId target : targets)
     {
-        transcodes.push_back(Reader(job, target).Read());
+        std::vector<NodeId> inputs;
+        job.Inputs(target, inputs);
+        // The topology's faults name the nodes without links.
+        if (!inputs.empty())
+        {
+            transcodes.push_back(reader.Read(target));
+        }
     }
     return transcodes;
 }

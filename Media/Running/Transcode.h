@@ -2,6 +2,7 @@
 
 // Private to the library, not installed.
 
+#include "Media/Place.h"
 #include "Media/Probe/MediaProbe.h"
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
@@ -15,13 +16,19 @@
 namespace Zelnor::Media
 {
 
+class FaultList;
+
 /// One stream to make.
 struct TranscodeStream
 {
+    /// The position of a source that cannot be read, or that lacks the stream.
+    static constexpr std::size_t kNoInput = static_cast<std::size_t>(-1);
+
     std::size_t input = 0;            ///< position in the transcode's inputs
     unsigned int stream = 0;          ///< stream of that input
     std::vector<unsigned int> merged; ///< streams of that input that are merged into it
     Core::Property codec;             ///< the record of what it becomes
+    Place place = {};                 ///< the link to the target, and the stream
 };
 
 /// What one target of a job is made from.
@@ -32,16 +39,20 @@ struct Transcode
     std::string container;
     Core::Property target; ///< its record
     std::vector<TranscodeStream> streams;
+    Place place = {}; ///< the target's node
 
+    /// Of a stream that has an input.
     const MediaStream& SourceOf(const TranscodeStream& stream) const
     {
         return inputs[stream.input].streams[stream.stream];
     }
 };
 
-/// What there is to do for a job, a transcode for each of its targets, in the document's order. Looks into
-/// the inputs. \throw RunException when the job is not of the form that can be run: source -> raw stream ->
-/// target
-ZELNOR_API std::vector<Transcode> ReadTranscodes(const Conf::ITranscodingMetaGraph& job);
+/// What there is to do for a job, a transcode for each of its targets, in the graph's order. Looks into the
+/// inputs, each once. What keeps the job from being of the form source -> raw stream -> target is a fault.
+///
+/// \param document  what the faults call the job's document; empty when it has none
+std::vector<Transcode> ReadTranscodes(const Conf::ITranscodingMetaGraph& job, const std::string& document,
+                                      FaultList& faults);
 
 } // namespace Zelnor::Media

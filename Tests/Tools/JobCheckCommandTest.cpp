@@ -33,6 +33,7 @@ std::string Document(const std::vector<std::string>& nodes, const std::vector<Li
     return text.str();
 }
 
+/// Asks about nodes and links only.
 class JobCheck : public ZconfTest
 {
 protected:
@@ -40,7 +41,7 @@ protected:
     {
         ProcessOptions options;
         options.input = document;
-        std::vector<std::string> words = {"job", "check", "-"};
+        std::vector<std::string> words = {"job", "check", "--topology", "-"};
         words.insert(words.end(), more.begin(), more.end());
         return Zconf(words, options);
     }
@@ -99,7 +100,7 @@ TEST_F(JobCheck, EveryReasonIsGiven)
              "  More than one node has the id 3; links reach the first one only.\n"
              "  2 nodes without links: 9, 3\n"
              "  There is a cycle: 1 -> 2 -> 1\n"
-             "  The nodes fall into 2 parts: {1, 2}, {3, 4}\n");
+             "  The nodes form 2 separate components: {1, 2}, {3, 4}\n");
 }
 
 TEST_F(JobCheck, IdsMayBeAnyNumbers)

@@ -169,7 +169,8 @@ TEST_F(JobNew, AStrangeNameForTheJobIsUsedAsItIs)
 {
     ExpectQuietSuccess(Zconf(Command({"--job=- \"x\"\n"})));
     EXPECT_TRUE(Load(Read("- \"x\"\n"))->TopologyIsValid());
-    EXPECT_EQ(Zconf({"job", "check", "--", "- \"x\"\n"}).output, "- \"x\"\\n: valid, 3 nodes and 2 links\n");
+    EXPECT_EQ(Zconf({"job", "check", "--topology", "--", "- \"x\"\n"}).output,
+              "- \"x\"\\n: valid, 3 nodes and 2 links\n");
 }
 
 TEST_F(JobNew, TheJobKeepsAPermissionAndASymbolicLink)

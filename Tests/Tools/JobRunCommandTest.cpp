@@ -68,7 +68,8 @@ TEST_F(JobRun, AnExistingFileIsKeptUnlessAskedOtherwise)
 {
     Mp3();
     Write("out.mp3", "old");
-    ExpectFailure(RunJob(), "'out.mp3' exists already; the option 'overwrite' replaces it");
+    ExpectFailure(RunJob(),
+                  "job.json: node 2, filePath: 'out.mp3' exists already; the option 'overwrite' replaces it");
     EXPECT_EQ(Read("out.mp3"), "old");
     EXPECT_EQ(RunJob({"--overwrite"}).exitCode, 0);
     EXPECT_EQ(Facts("out.mp3").Audio().codec, "mp3");
@@ -310,34 +311,50 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
         const char* sentence;
     };
     const Case kCases[] = {
-        {"CODEC_ID_H264", "CODEC_ID_H265", "Encoding CODEC_ID_H265 is disabled"},
-        {"CODEC_ID_H264", "CODEC_ID_RV40", "The installed FFmpeg has no encoder for CODEC_ID_RV40"},
-        {"CODEC_ID_H264", "CODEC_ID_AUTO", "The installed FFmpeg has no encoder for CODEC_ID_AUTO"},
+        {"CODEC_ID_H264", "CODEC_ID_H265",
+         "job.json: link 3 -> 2, video stream 0, codec_id: encoding CODEC_ID_H265 is disabled"},
+        {"CODEC_ID_H264", "CODEC_ID_RV40",
+         "job.json: link 3 -> 2, video stream 0, codec_id: the installed FFmpeg does not have an encoder for "
+         "CODEC_ID_RV40"},
+        {"CODEC_ID_H264", "CODEC_ID_AUTO",
+         "job.json: link 3 -> 2, video stream 0, codec_id: the installed FFmpeg does not have an encoder for "
+         "CODEC_ID_AUTO"},
         {R"("container":"mp4")", R"("container":"a64x")",
-         "The installed FFmpeg cannot write the container 'a64x'"},
-        {R"("container":"mp4")", R"("container":"webm")", "The container webm cannot hold h264"},
-        {R"("profile":"high")", R"("profile":"highest")", "The encoder libx264 has no profile 'highest'"},
-        {R"("preset":"medium")", R"("preset":"glacial")", "The encoder libx264 has no preset 'glacial'"},
-        {R"("preset":"medium")", R"("tune":"psychic")", "The encoder libx264 has no tune 'psychic'"},
-        {R"("preset":"medium")", R"("odd":1)", "The setting 'odd' of a stream is not known here"},
+         "job.json: node 2, container: the installed FFmpeg cannot write the container 'a64x'"},
+        {R"("container":"mp4")", R"("container":"webm")",
+         "job.json: link 3 -> 2, video stream 0: the container webm cannot hold h264"},
+        {R"("profile":"high")", R"("profile":"highest")",
+         "job.json: link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
+         "'highest'"},
+        {R"("preset":"medium")", R"("preset":"glacial")",
+         "job.json: link 3 -> 2, video stream 0, preset: encoder libx264 does not have a preset "
+         "'glacial'"},
+        {R"("preset":"medium")", R"("tune":"psychic")",
+         "job.json: link 3 -> 2, video stream 0, tune: encoder libx264 does not have a tune 'psychic'"},
+        {R"("preset":"medium")", R"("odd":1)",
+         "job.json: link 3 -> 2, video stream 0: unknown setting 'odd'"},
         {R"("bitrate_mode":"VBR")", R"("bitrate_mode":"ABR")",
-         "There is no bitrate mode 'ABR', only CBR, CBR_AUTO and VBR"},
+         "job.json: link 3 -> 2, video stream 0, bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'ABR'"},
         {R"("preset":"medium")", R"("preferred_encoder":"ENCODER_NVENC_H264")",
-         "There is no encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264 here"},
+         "job.json: link 3 -> 2, video stream 0, preferred_encoder: the installed FFmpeg does not have an "
+         "encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264"},
         {R"("codec.options.encode":{})", R"("codec.options.encode":{"no_such":1})",
-         "The encoder libx264 has no option for 'no_such'"},
+         "job.json: link 3 -> 2, video stream 0, codec.options.encode.no_such: encoder libx264 does not "
+         "have an option 'no_such'"},
         {R"("PIXELFORMAT":0)", R"("PIXELFORMAT":28)",
-         "PIXELFORMAT: encoder libx264 does not support pixel format RGBA"},
+         "job.json: link 3 -> 2, video stream 0, PIXELFORMAT: encoder libx264 does not support pixel "
+         "format RGBA"},
         {R"("streamRaw":{"id":0})", R"("streamRaw":{"id":7})",
-         "Node 3 cannot be run: 'in.mkv' has no stream 7"},
+         "job.json: node 3, id: 'in.mkv' does not have a stream 7"},
         {R"("streamRaw":{"id":0})", R"("streamRaw":{"id":1})",
-         "Stream 1 is audio, and the record of what it becomes is 'format_codec_video', not "
-         "'format_codec_audio'"},
+         "job.json: link 3 -> 2, audio stream 1: expected the record 'format_codec_audio', found "
+         "'format_codec_video'"},
         {R"("sourceFile")", R"("camera")",
-         "Node 1 cannot be run: its source is of the type 'camera', not a file"},
-        {R"("filePath":"in.mkv")", R"("filePath":"gone")", "Cannot read 'gone': No such file or directory"},
+         "job.json: node 1, $$TYPE_ID$$: expected 'sourceFile', found 'camera'"},
+        {R"("filePath":"in.mkv")", R"("filePath":"gone")",
+         "job.json: node 1, filePath: Cannot read 'gone': No such file or directory"},
         {R"("filePath":"out.mp4")", R"("filePath":"in.mkv")",
-         "job.json: node 2: the target and the source are the same file: 'in.mkv'"},
+         "job.json: node 2, filePath: the source and the target are the same file: 'in.mkv'"},
     };
     for (const Case& entry : kCases)
     {
@@ -396,13 +413,14 @@ TEST_F(JobRun, AnEncoderWithoutTwoPassesIsNotAskedForThem)
 {
     Preset("ogg", R"({"video":{"codec_id":"CODEC_ID_THEORA","two_pass_encoding":"two_pass"}})");
     ExpectQuietSuccess(New("./preset.json", "in.mkv", "o.ogv"));
-    ExpectFailure(RunJob(), "The encoder libtheora does not encode in two passes");
+    ExpectFailure(RunJob(), "job.json: link 3 -> 2, video stream 0, two_pass_encoding: encoder libtheora "
+                            "does not support two passes");
 }
 
 TEST_F(JobRun, AnInvalidJobIsRefused)
 {
     Write("job.json", kUnlinked);
-    ExpectFailure(RunJob(), "The job is not valid; 'zconf job check' tells why");
+    ExpectFailure(RunJob(), "job.json: 2 nodes without links: 1, 2");
 }
 
 TEST_F(JobRun, SubtitlesGoWhereTheContainerCanHoldThem)

@@ -24,8 +24,8 @@ protected:
 const std::vector<std::string> kWriters = {
     "job show job.json",
     "job show job.json --json",
-    "job check job.json",
-    "job check job.json --json",
+    "job check --topology job.json",
+    "job check --topology job.json --json",
     "job draw job.json",
     "job draw job.json -f svg",
     "job new -p mp3 -i in.mp4 -t o",
@@ -98,9 +98,9 @@ TEST_F(StandardStreams, MessagesNeverEndUpInADocument)
 
 TEST_F(StandardStreams, ARedirectedFileIsAppendedToAndReadFromWhereItStands)
 {
-    const ProcessResult result =
-        Shell("echo first > out; \"$ZCONF\" job check job.json >> out; cat out;"
-              "(printf 'skipped\\n'; cat job.json) > in; (read -r line; \"$ZCONF\" job check -) < in");
+    const ProcessResult result = Shell(
+        "echo first > out; \"$ZCONF\" job check --topology job.json >> out; cat out;"
+        "(printf 'skipped\\n'; cat job.json) > in; (read -r line; \"$ZCONF\" job check --topology -) < in");
     ExpectQuietSuccess(result);
     EXPECT_EQ(result.output, "first\njob.json: valid, 2 nodes and 1 link\n"
                              "standard input: valid, 2 nodes and 1 link\n");

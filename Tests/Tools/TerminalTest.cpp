@@ -30,7 +30,7 @@ TEST_F(Terminal, HasColour)
 {
     const std::string shown = OnTerminal({"job", "show", "job.json"}, {"TERM=xterm", "NO_COLOR"});
     EXPECT_THAT(shown, HasSubstr("\x1b[1mNode \x1b[0m\x1b[1;33m1\x1b[0m"));
-    EXPECT_THAT(OnTerminal({"job", "check", "job.json"}, {"TERM=xterm", "NO_COLOR"}),
+    EXPECT_THAT(OnTerminal({"job", "check", "--topology", "job.json"}, {"TERM=xterm", "NO_COLOR"}),
                 HasSubstr("\x1b[32mvalid\x1b[0m"));
     EXPECT_THAT(OnTerminal({"job", "check", "gone"}, {"TERM=xterm", "NO_COLOR"}),
                 HasSubstr("\x1b[1;31mzconf:\x1b[0m "));

@@ -1,4 +1,5 @@
-#include "Media/Jobs/JobFaults.h"
+#include "Media/Jobs/JobFile.h"
+#include "Media/Running/JobCheck.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Commands/JobInput.h"
 #include "Tools/zconf/Console/CommandLine.h"
@@ -9,6 +10,8 @@
 #include "Tools/zconf/Console/Text.h"
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace Zelnor::Tool
 {
@@ -19,16 +22,57 @@ namespace
 struct Options
 {
     std::string job;
+    bool topology = false;
     bool json = false;
 };
 
-void WriteJson(bool valid, const std::vector<Media::JobFault>& faults)
+void WriteTopology(const Media::JobFault& fault, JsonOutput& output)
+{
+    output.Key("nodes");
+    output.GetWriter().StartArray();
+    for (const std::vector<Conf::NodeId>& group : fault.groups)
+    {
+        output.Integers(group);
+    }
+    output.GetWriter().EndArray();
+}
+
+void WritePlace(const Media::Place& place, JsonOutput& output)
+{
+    if (place.node)
+    {
+        output.Key("node");
+        output.GetWriter().Int64(*place.node);
+    }
+    if (place.link)
+    {
+        output.Key("link");
+        output.Integers({place.link->first, place.link->second});
+    }
+    if (!place.streamKind.empty())
+    {
+        output.Key("stream_kind");
+        output.String(place.streamKind);
+    }
+    if (place.stream)
+    {
+        output.Key("stream");
+        output.GetWriter().Uint(*place.stream);
+    }
+    if (!place.key.empty())
+    {
+        output.Key("key");
+        output.String(place.key);
+    }
+}
+
+void WriteJson(const std::vector<Media::JobFault>& faults)
 {
     JsonOutput output;
     JsonOutput::Writer& writer = output.GetWriter();
     writer.StartObject();
     output.Key("valid");
-    writer.Bool(valid);
+    writer.Bool(faults.empty());
     output.Key("faults");
     writer.StartArray();
     for (const Media::JobFault& fault : faults)
@@ -36,13 +80,16 @@ void WriteJson(bool valid, const std::vector<Media::JobFault>& faults)
         writer.StartObject();
         output.Key("fault");
         output.String(fault.Name());
-        output.Key("nodes");
-        writer.StartArray();
-        for (const std::vector<Conf::NodeId>& group : fault.groups)
+        if (fault.IsOfTopology())
         {
-            output.Integers(group);
+            WriteTopology(fault, output);
         }
-        writer.EndArray();
+        else
+        {
+            WritePlace(fault.place, output);
+            output.Key("text");
+            output.String(fault.reason);
+        }
         writer.EndObject();
     }
     writer.EndArray();
@@ -50,15 +97,19 @@ void WriteJson(bool valid, const std::vector<Media::JobFault>& faults)
     output.Finish();
 }
 
-void WriteVerdict(const Media::JobFile& job, bool valid, const std::vector<Media::JobFault>& faults)
+void WriteVerdict(const Media::JobFile& job, const std::vector<Media::JobFault>& faults)
 {
     const Painter paint = Painter::ForStandardOutput();
+    std::vector<Conf::NodeId> nodes;
+    job.graph->Nodes(nodes);
+    std::vector<std::pair<Conf::NodeId, Conf::NodeId>> links;
+    job.graph->Links(links);
     std::string text = Printable(job.name) + ": " +
-                       (valid ? paint(Style::Good, "valid") : paint(Style::Bad, "not valid")) + ", " +
-                       Count(job.nodes.size(), "node") + " and " + Count(job.links.size(), "link") + "\n";
+                       (faults.empty() ? paint(Style::Good, "valid") : paint(Style::Bad, "not valid")) +
+                       ", " + Count(nodes.size(), "node") + " and " + Count(links.size(), "link") + "\n";
     for (const Media::JobFault& fault : faults)
     {
-        text += "  " + fault.Sentence() + "\n";
+        text += "  " + Printable(fault.Sentence()) + "\n";
     }
     WriteText(text);
 }
@@ -66,14 +117,11 @@ void WriteVerdict(const Media::JobFile& job, bool valid, const std::vector<Media
 int Run(const Options& options)
 {
     const Media::JobFile job = OpenJob(options.job);
-    const bool valid = job.graph->TopologyIsValid();
-    const std::vector<Media::JobFault> faults = Media::FindFaults(job);
-    if (valid != faults.empty())
-    {
-        throw ToolError(job.name + ": The reasons found contradict the verdict (please report this)");
-    }
-    options.json ? WriteJson(valid, faults) : WriteVerdict(job, valid, faults);
-    return valid ? kExitSuccess : kExitNo;
+    const std::vector<Media::JobFault> faults = options.topology
+                                                    ? Media::FindTopologyFaults(*job.graph, job.name)
+                                                    : Media::CheckJob(*job.graph, job.name);
+    options.json ? WriteJson(faults) : WriteVerdict(job, faults);
+    return faults.empty() ? kExitSuccess : kExitNo;
 }
 
 } // namespace
@@ -84,6 +132,8 @@ void AddJobCheckCommand(CLI::App& job)
         AddCommand(job, "check", "Tell whether a job can be run: exit code 0 if so, else 1 and every reason");
     const auto options = std::make_shared<Options>();
     AddJobArgument(*command, options->job);
+    command->add_flag("--topology", options->topology,
+                      "Check only nodes and links; the job's files need not be there");
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }

@@ -94,8 +94,9 @@ int Run(const Options& options)
     {
         throw ToolError("Only one of the two jobs can come from standard input");
     }
-    const std::vector<Media::JobDifference> differences =
-        Media::DiffJobs(OpenJob(options.one), OpenJob(options.other));
+    const Media::JobFile one = OpenJob(options.one);
+    const Media::JobFile other = OpenJob(options.other);
+    const std::vector<Media::JobDifference> differences = Media::DiffJobs(*one.graph, *other.graph);
     if (options.json)
     {
         WriteJson(differences);

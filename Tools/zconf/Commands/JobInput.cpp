@@ -1,6 +1,8 @@
 #include "Tools/zconf/Commands/JobInput.h"
 
 #include "Tools/zconf/Console/Input.h"
+#include "Tools/zconf/Console/StandardStreams.h"
+#include "Tools/zconf/Console/Text.h"
 
 namespace Zelnor::Tool
 {
@@ -12,6 +14,14 @@ void AddJobArgument(CLI::App& command, std::string& name)
         ->required();
 }
 
-Media::JobFile OpenJob(const std::string& name) { return Media::ReadJob(*OpenInput(name), InputName(name)); }
+Media::JobFile OpenJob(const std::string& name)
+{
+    Media::JobFile job = Media::ReadJob(*OpenInput(name), InputName(name));
+    for (const std::string& note : job.notes)
+    {
+        WriteMessage("zconf: note: " + Printable(note) + "\n");
+    }
+    return job;
+}
 
 } // namespace Zelnor::Tool

@@ -15,7 +15,7 @@ namespace Zelnor::Tool
 /// The argument JOB of a command, kept in `name`.
 void AddJobArgument(CLI::App& command, std::string& name);
 
-/// Reads the job's document `name`, or standard input for "-".
+/// Reads the job's document `name`, or standard input for "-". Notes about it go to standard error.
 /// \throw Media::JobException, Core::CoreException
 Media::JobFile OpenJob(const std::string& name);
 

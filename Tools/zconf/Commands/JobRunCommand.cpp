@@ -52,7 +52,6 @@ int Print(const Media::JobFile& job, const Options& options)
 {
     Media::PreparationOptions preparation;
     preparation.document = job.name;
-    preparation.checkTargets = false;
     std::string text;
     for (const Media::PreparedTranscode& prepared : Media::PrepareJob(*job.graph, preparation))
     {

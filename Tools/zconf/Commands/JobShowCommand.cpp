@@ -9,6 +9,8 @@
 
 #include <memory>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace Zelnor::Tool
 {
@@ -31,6 +33,22 @@ bool IsEmpty(const Property& record)
     return record.GetType() == PROPERTY_TYPE_NONE ||
            (record.GetType() == PROPERTY_TYPE_GROUP && record.Count() == 0 &&
             (record.GetName().empty() || record.GetName() == "data"));
+}
+
+using Link = std::pair<NodeId, NodeId>;
+
+std::vector<NodeId> NodesOf(const Media::JobFile& job)
+{
+    std::vector<NodeId> nodes;
+    job.graph->Nodes(nodes);
+    return nodes;
+}
+
+std::vector<Link> LinksOf(const Media::JobFile& job)
+{
+    std::vector<Link> links;
+    job.graph->Links(links);
+    return links;
 }
 
 std::string Join(const std::vector<NodeId>& ids)
@@ -70,16 +88,18 @@ public:
 
     std::string Print()
     {
-        m_text = m_paint(Style::Heading, Printable(m_job.name)) + ": " + Count(m_job.nodes.size(), "node") +
-                 ", " + Count(m_job.links.size(), "link") + ", " +
+        const std::vector<NodeId> nodes = NodesOf(m_job);
+        const std::vector<Link> links = LinksOf(m_job);
+        m_text = m_paint(Style::Heading, Printable(m_job.name)) + ": " + Count(nodes.size(), "node") + ", " +
+                 Count(links.size(), "link") + ", " +
                  (m_job.graph->TopologyIsValid() ? m_paint(Style::Good, "valid")
                                                  : m_paint(Style::Bad, "not valid")) +
                  "\n";
-        for (const NodeId id : m_job.nodes)
+        for (const NodeId id : nodes)
         {
             Node(id);
         }
-        for (const Media::JobFile::Link& link : m_job.links)
+        for (const Link& link : links)
         {
             m_text += "\n" + m_paint(Style::Heading, "Link ") +
                       m_paint(Style::Id, std::to_string(link.first) + " -> " + std::to_string(link.second));
@@ -179,7 +199,7 @@ void WriteNodes(const Media::JobFile& job, JsonOutput& output)
     output.Key("nodes");
     writer.StartArray();
     std::unordered_set<NodeId> seen;
-    for (const NodeId id : job.nodes)
+    for (const NodeId id : NodesOf(job))
     {
         writer.StartObject();
         output.Key("id");
@@ -211,7 +231,7 @@ void WriteLinks(const Media::JobFile& job, JsonOutput& output)
     JsonOutput::Writer& writer = output.GetWriter();
     output.Key("links");
     writer.StartArray();
-    for (const Media::JobFile::Link& link : job.links)
+    for (const Link& link : LinksOf(job))
     {
         writer.StartObject();
         output.Key("from");

@@ -1,0 +1,35 @@
+#pragma once
+
+// Private to the library, not installed.
+
+#include "Media/Jobs/JobFault.h"
+
+#include <cstddef>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// Collects what is wrong with a job, so that all of it can be told at once. What is said twice counts once.
+class FaultList
+{
+public:
+    void Add(const JobFault& fault);
+    void Add(JobFault::Kind kind, const Place& place, const std::string& reason);
+
+    /// Whether something is wrong at exactly that place.
+    bool IsAt(const Place& place) const { return m_places.count(place.Text()) != 0; }
+    std::size_t Count() const { return m_faults.size(); }
+    const std::vector<JobFault>& Get() const { return m_faults; }
+    /// For callers that cannot go on. \throw JobException for the first fault, if there is one
+    void ThrowFirst() const;
+
+private:
+    std::vector<JobFault> m_faults;
+    std::unordered_set<std::string> m_known;
+    std::unordered_set<std::string> m_places;
+};
+
+} // namespace Zelnor::Media

@@ -1,0 +1,283 @@
+#include "Media/Running/TranscodeCommand.h"
+
+#include "Media/Jobs/FaultList.h"
+#include "Media/Planning/Containers.h"
+#include "Media/Planning/EncoderCheck.h"
+#include "Media/Probe/StreamKinds.h"
+#include "Media/Running/CodecArguments.h"
+#include "Media/Running/CodecSettings.h"
+#include "Media/Running/FilterArguments.h"
+
+#include "Conf/Interfaces/IFormat.h"
+#include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatFile.h"
+
+#include <algorithm>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+using Conf::IFormat;
+using Conf::IFormatCodec;
+using Conf::IFormatFile;
+using Core::Property;
+
+bool IsBitmapCodec(AVCodecID codec)
+{
+    const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec);
+    return descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_BITMAP_SUB) != 0;
+}
+
+std::string Scalar(const Property& value)
+{
+    return value.GetType() == PROPERTY_TYPE_INT64 ? std::to_string(value.GetInt64()) : value.GetString();
+}
+
+/// Frames are rotated when they are converted.
+bool IsAboutSource(const std::string& tag) { return tag == IFormatFile::TAG_ROTATION; }
+
+/// The texts and numbers of a group of metadata.
+std::vector<std::string> Tags(const Property& metadata)
+{
+    std::vector<std::string> tags;
+    for (const Property& tag : metadata)
+    {
+        const bool isText = tag.GetType() == PROPERTY_TYPE_STRING;
+        if ((isText || tag.GetType() == PROPERTY_TYPE_INT64) && !IsAboutSource(tag.GetName()))
+        {
+            tags.push_back(tag.GetName() + "=" + Scalar(tag));
+        }
+    }
+    return tags;
+}
+
+class StreamCommandMaker
+{
+public:
+    StreamCommandMaker(const Transcode& transcode, const TranscodeStream& stream, bool isMuxerKnown,
+                       FaultList& faults)
+        : m_transcode(transcode), m_stream(stream), m_isMuxerKnown(isMuxerKnown), m_faults(faults)
+    {}
+
+    StreamCommand Make()
+    {
+        const MediaStream* const source = Source();
+        CheckRecord(source);
+        m_command.isCopied = IsCopied(m_stream.codec);
+        m_codec = CheckSettings(m_stream.codec, m_command.isCopied, m_stream.place, m_faults);
+        if (m_command.isCopied)
+        {
+            MakeCopied(source);
+        }
+        else
+        {
+            MakeEncoded(source);
+        }
+        AddAnalysis();
+        AddTags();
+        return std::move(m_command);
+    }
+
+private:
+    void AddFault(JobFault::Kind kind, const std::string& reason)
+    {
+        m_faults.Add(kind, m_stream.place, reason);
+    }
+
+    /// Null when there is none; the reader of the job said why.
+    const MediaStream* Source()
+    {
+        if (m_stream.input == TranscodeStream::kNoInput)
+        {
+            return nullptr;
+        }
+        const auto isThere = [this](unsigned int index) {
+            return m_stream.input < m_transcode.inputs.size() &&
+                   index < m_transcode.inputs[m_stream.input].streams.size();
+        };
+        if (!isThere(m_stream.stream) ||
+            !std::all_of(m_stream.merged.begin(), m_stream.merged.end(), isThere))
+        {
+            AddFault(JobFault::Input, "there is no such input or stream");
+            return nullptr;
+        }
+        m_command.input = m_stream.input;
+        m_command.stream = m_stream.stream;
+        return &m_transcode.SourceOf(m_stream);
+    }
+
+    void CheckRecord(const MediaStream* source)
+    {
+        const std::string& name = m_stream.codec.GetName();
+        if (source == nullptr)
+        {
+            if (!IsConvertible(KindOfRecord(name)))
+            {
+                AddFault(JobFault::Structure, "expected the record of a codec, found '" + name + "'");
+            }
+        }
+        else if (!IsConvertible(source->kind))
+        {
+            AddFault(JobFault::Structure, "such a stream cannot go into a target");
+        }
+        else if (name != *DescribeKind(source->kind).recordName)
+        {
+            AddFault(JobFault::Structure, "expected the record '" + *DescribeKind(source->kind).recordName +
+                                              "', found '" + name + "'");
+        }
+    }
+
+    void CheckContainer(AVCodecID codec)
+    {
+        if (m_isMuxerKnown && !MayHold(m_transcode.container, codec))
+        {
+            AddFault(JobFault::Container,
+                     "the container " + m_transcode.container + " cannot hold " + avcodec_get_name(codec));
+        }
+    }
+
+    void MakeCopied(const MediaStream* source)
+    {
+        if (!m_stream.merged.empty())
+        {
+            AddFault(JobFault::Structure, "nothing can be merged into a stream that is copied");
+        }
+        if (source == nullptr)
+        {
+            return;
+        }
+        const Property& facts = source->descriptor->GetProperty();
+        const auto codec = facts.FindChild(IFormatCodec::TAG_CODEC_ID);
+        if (codec != facts.end())
+        {
+            CheckContainer(CodecNumberOf(codec->GetString()));
+        }
+    }
+
+    void MakeEncoded(const MediaStream* source)
+    {
+        const AVCodec* const encoder = m_faults.IsAt(m_stream.place.At(IFormatCodec::TAG_CODEC_ID))
+                                           ? nullptr
+                                           : EncoderFor(m_codec, m_stream.place, m_faults);
+        if (encoder == nullptr || !CheckType(*encoder, source))
+        {
+            return;
+        }
+        CheckContainer(encoder->id);
+        for (const EncoderFault& fault : FindEncoderFaults(m_codec, *encoder))
+        {
+            m_faults.Add(JobFault::Encoder, m_stream.place.At(fault.key), fault.reason);
+        }
+        m_command.options = EncodingOptions(m_codec, *encoder, m_stream.place, m_faults);
+        m_command.hasTwoPasses = WantsTwoPasses(m_codec);
+        if (source != nullptr)
+        {
+            m_command.filters = StreamFilters(*source, m_codec);
+        }
+        if (source != nullptr && !m_stream.merged.empty())
+        {
+            m_command.merge = MergeFilters(m_transcode, m_stream, m_faults);
+        }
+        m_command.isOneImage = encoder->type == AVMEDIA_TYPE_VIDEO && IsPicture(m_transcode.container);
+    }
+
+    /// Whether the encoder makes streams of the record's kind, from such a source.
+    bool CheckType(const AVCodec& encoder, const MediaStream* source)
+    {
+        const StreamKind kind = KindOfRecord(m_codec.GetName());
+        if (!IsConvertible(kind))
+        {
+            return false;
+        }
+        if (encoder.type != DescribeKind(kind).codecType)
+        {
+            m_faults.Add(JobFault::Encoder, m_stream.place.At(IFormatCodec::TAG_CODEC_ID),
+                         std::string("expected a codec for ") + NameOf(kind) + ", found '" +
+                             m_codec[IFormatCodec::TAG_CODEC_ID].GetString() + "'");
+            return false;
+        }
+        if (source != nullptr && source->kind == StreamKind::Subtitle &&
+            source->isBitmap != IsBitmapCodec(encoder.id))
+        {
+            m_faults.Add(JobFault::Encoder, m_stream.place.At(IFormatCodec::TAG_CODEC_ID),
+                         source->isBitmap ? "a bitmap subtitle cannot become text"
+                                          : "a text subtitle cannot become a bitmap subtitle");
+            return false;
+        }
+        return true;
+    }
+
+    void AddAnalysis()
+    {
+        const auto options = m_codec.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE);
+        if (options == m_codec.end())
+        {
+            return;
+        }
+        for (const Property& option : *options)
+        {
+            m_command.analysis.emplace_back(option.GetName(), Scalar(option));
+        }
+    }
+
+    void AddTags()
+    {
+        const auto metadata = m_codec.FindChild(IFormat::TAG_METADATA);
+        if (metadata != m_codec.end())
+        {
+            m_command.metadata = Tags(*metadata);
+        }
+        const auto language = m_codec.FindChild(IFormatCodec::TAG_LANGUAGE);
+        if (language != m_codec.end())
+        {
+            m_command.metadata.push_back("language=" + language->GetString());
+        }
+    }
+
+    const Transcode& m_transcode;
+    const TranscodeStream& m_stream;
+    bool m_isMuxerKnown;
+    FaultList& m_faults;
+    StreamCommand m_command;
+    Property m_codec;
+};
+
+} // namespace
+
+TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& faults)
+{
+    TranscodeCommand command;
+    for (const MediaFile& input : transcode.inputs)
+    {
+        command.inputs.push_back(input.name);
+        command.arePictures.push_back(input.demuxer == "image2");
+    }
+    const Place containerPlace = transcode.place.At(IFormatFile::TAG_CONTAINER);
+    const AVOutputFormat* const muxer =
+        HasNul(transcode.container) ? nullptr : FindMuxer(transcode.container);
+    if (muxer != nullptr)
+    {
+        command.muxer = muxer->name;
+        command.isPicture = IsPicture(transcode.container);
+    }
+    else if (!faults.IsAt(containerPlace))
+    {
+        faults.Add(JobFault::Container, containerPlace,
+                   "the installed FFmpeg cannot write the container '" + transcode.container + "'");
+    }
+    command.metadata = Tags(CheckMetadata(transcode.target, transcode.place, faults));
+    if (transcode.streams.empty() && !faults.IsAt(transcode.place))
+    {
+        faults.Add(JobFault::Structure, transcode.place, "a target needs at least one stream");
+    }
+    for (const TranscodeStream& stream : transcode.streams)
+    {
+        command.streams.push_back(StreamCommandMaker(transcode, stream, muxer != nullptr, faults).Make());
+    }
+    return command;
+}
+
+} // namespace Zelnor::Media

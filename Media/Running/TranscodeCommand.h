@@ -1,0 +1,51 @@
+#pragma once
+
+// Private to the library, not installed.
+
+#include "Media/Running/Transcode.h"
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+class FaultList;
+
+/// Names of ffmpeg's options, without their dashes and the stream that they are for, and their values.
+using CodecOptions = std::vector<std::pair<std::string, std::string>>;
+
+/// What ffmpeg is told about one stream.
+struct StreamCommand
+{
+    std::size_t input = 0;
+    unsigned int stream = 0;
+    bool isCopied = false;
+    bool hasTwoPasses = false;
+    bool isOneImage = false;           ///< ends after its first frame
+    std::string merge;                 ///< filters that merge streams into it; empty: none are
+    std::string filters;               ///< filters for it alone; empty: none
+    CodecOptions analysis;             ///< options for its decoder
+    CodecOptions options;              ///< options for its encoder
+    std::vector<std::string> metadata; ///< "title=Film"
+};
+
+/// A transcode after everything about it was asked: what ffmpeg is told, but for the names of the files that
+/// a run writes.
+struct TranscodeCommand
+{
+    std::vector<std::string> inputs; ///< names of files
+    std::vector<bool> arePictures;   ///< which of the inputs hold one image
+    std::string muxer;               ///< FFmpeg's name
+    bool isPicture = false;          ///< the output file holds one image
+    std::vector<std::string> metadata;
+    std::vector<StreamCommand> streams;
+};
+
+/// Checks everything in the transcode and its records: each setting is honoured, or it is a fault. What is
+/// returned is complete only when there was none.
+TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& faults);
+
+} // namespace Zelnor::Media

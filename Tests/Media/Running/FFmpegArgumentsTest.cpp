@@ -1,0 +1,329 @@
+#include "Media/Running/FFmpegArguments.h"
+
+#include "Media/MediaException.h"
+#include "Tests/Support/Expect.h"
+#include "Tests/Support/JobFixtures.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using Arguments = std::vector<std::string>;
+
+const std::string kVideo =
+    R"("codec_id":"CODEC_ID_H264","width":640,"height":360,"aspect_x":1,"aspect_y":1,"PIXELFORMAT":0,)"
+    R"("frameRateRatio":[25,1],"bitrate":800000)";
+
+MediaFile OneVideo() { return MakeMediaFile({MakeVideoStream()}); }
+
+/// What every output ends with.
+Arguments Ended(Arguments arguments, const std::string& muxer = "mp4")
+{
+    for (const std::string& word :
+         {std::string("-map_metadata"), std::string("-1"), std::string("-map_metadata:s"), std::string("-1"),
+          std::string("-max_muxing_queue_size"), std::string("4096"), std::string("-f"), muxer,
+          std::string("file:out.mp4")})
+    {
+        arguments.push_back(word);
+    }
+    return arguments;
+}
+
+void ExpectFault(const Transcode& transcode, const std::string& sentence)
+{
+    EXPECT_EQ(FaultsOf(transcode), Arguments{sentence});
+}
+
+TEST(FFmpegArguments, OfAVideo)
+{
+    const auto runs = ArgumentsOf(MakeTranscode(
+        OneVideo(), VideoRecord(kVideo + R"(,"profile":"high","preset":"slow","tune":"film")")));
+    ASSERT_EQ(runs.size(), 1U);
+    EXPECT_EQ(runs[0],
+              Ended({"-n", "-i", "file:in.mkv", "-map", "0:0", "-filter:0",
+                     "fps=25/1,scale=640:360,setsar=1/1:max=65535,format=yuv420p", "-c:0", "libx264", "-b:0",
+                     "800000", "-profile:0", "high", "-preset:0", "slow", "-tune:0", "film"}));
+}
+
+TEST(FFmpegArguments, OfSound)
+{
+    const auto runs = ArgumentsOf(MakeTranscode(
+        MakeMediaFile({MakeAudioStream()}),
+        AudioRecord(R"("codec_id":"CODEC_ID_MP3","bitrate":192000,"sample_rate":44100,"layout":"STEREO",)"
+                    R"("sample_format":"SAMPLE_FMT_S16P")"),
+        "mp3"));
+    ASSERT_EQ(runs.size(), 1U);
+    EXPECT_EQ(runs[0], Ended({"-n", "-i", "file:in.mkv", "-map", "0:0", "-filter:0",
+                              "aformat=sample_fmts=s16p:sample_rates=44100:channel_layouts=stereo", "-c:0",
+                              "libmp3lame", "-b:0", "192000"},
+                             "mp3"));
+}
+
+TEST(FFmpegArguments, OfTwoPassesAreTwoRuns)
+{
+    const auto runs =
+        ArgumentsOf(MakeTranscode(OneVideo(), VideoRecord(kVideo + R"(,"two_pass_encoding":"two_pass")")));
+    ASSERT_EQ(runs.size(), 2U);
+    const Arguments common = {"-i",        "file:in.mkv",
+                              "-map",      "0:0",
+                              "-filter:0", "fps=25/1,scale=640:360,setsar=1/1:max=65535,format=yuv420p",
+                              "-c:0",      "libx264",
+                              "-b:0",      "800000"};
+    Arguments first = {"-y"};
+    first.insert(first.end(), common.begin(), common.end());
+    first.insert(first.end(), {"-pass:0", "1", "-passlogfile:0", "log-0-0", "-f", "null", "file:/dev/null"});
+    EXPECT_EQ(runs[0], first);
+    Arguments second = {"-n"};
+    second.insert(second.end(), common.begin(), common.end());
+    second.insert(second.end(), {"-pass:0", "2", "-passlogfile:0", "log-0-0"});
+    EXPECT_EQ(runs[1], Ended(second));
+}
+
+TEST(FFmpegArguments, OfAStreamThatIsCopied)
+{
+    const auto runs = ArgumentsOf(MakeTranscode(
+        OneVideo(), VideoRecord(R"("lossless":1,"odd":1,"language":"deu","metadata":{"a":"b"})")));
+    ASSERT_EQ(runs.size(), 1U);
+    EXPECT_EQ(runs[0], Ended({"-n", "-i", "file:in.mkv", "-map", "0:0", "-c:0", "copy", "-metadata:s:0",
+                              "a=b", "-metadata:s:0", "language=deu"}));
+}
+
+TEST(FFmpegArguments, OfMergedSounds)
+{
+    const auto runs = ArgumentsOf(
+        MakeTranscode(MakeMediaFile({MakeAudioStream(), MakeAudioStream(), MakeAudioStream()}),
+                      AudioRecord(R"("codec_id":"CODEC_ID_AAC","layout":"STEREO")"), "mp4", {2, 1}));
+    ASSERT_EQ(runs.size(), 1U);
+    EXPECT_EQ(runs[0],
+              Ended({"-n", "-i", "file:in.mkv", "-filter_complex",
+                     "[0:0][0:2][0:1]amix=inputs=3:normalize=0,aformat=channel_layouts=stereo[merged0]",
+                     "-map", "[merged0]", "-c:0", "aac"}));
+}
+
+TEST(FFmpegArguments, OfSubtitlesThatAreDrawn)
+{
+    const auto runs = ArgumentsOf(MakeTranscode(
+        MakeMediaFile({MakeVideoStream(), MakeSubtitleStream(), MakeBitmapSubtitle()}, "it's.mkv"),
+        VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1)"), "mp4", {1, 2}));
+    ASSERT_EQ(runs.size(), 1U);
+    EXPECT_EQ(runs[0],
+              Ended({"-n", "-i", "file:it's.mkv", "-filter_complex",
+                     R"([0:0]subtitles=filename=file\\:it\\\'s.mkv:si=0[drawn];[drawn][0:2]overlay[merged0])",
+                     "-map", "[merged0]", "-c:0", "libx264", "-b:0", "1"}));
+}
+
+TEST(FFmpegArguments, GiveTheDecoderItsOptionsAndImagesTheirNames)
+{
+    MediaFile image = OneVideo();
+    image.demuxer = "image2";
+    image.name = "in%d.png";
+    const auto runs = ArgumentsOf(MakeTranscode(
+        image,
+        VideoRecord(R"("codec_id":"CODEC_ID_PNG","codec.options.analyze":{"skip_frame":"nokey","lowres":1})"),
+        "png"));
+    ASSERT_EQ(runs.size(), 1U);
+    EXPECT_EQ(runs[0], (Arguments{"-n",
+                                  "-f",
+                                  "image2",
+                                  "-pattern_type",
+                                  "none",
+                                  "-skip_frame:0",
+                                  "nokey",
+                                  "-lowres:0",
+                                  "1",
+                                  "-i",
+                                  "file:in%d.png",
+                                  "-map",
+                                  "0:0",
+                                  "-c:0",
+                                  "png",
+                                  "-frames:0",
+                                  "1",
+                                  "-map_metadata",
+                                  "-1",
+                                  "-map_metadata:s",
+                                  "-1",
+                                  "-max_muxing_queue_size",
+                                  "4096",
+                                  "-update",
+                                  "1",
+                                  "-f",
+                                  "image2",
+                                  "file:out.mp4"}));
+}
+
+TEST(FFmpegArguments, CarryTheTargetsTags)
+{
+    Transcode transcode = MakeTranscode(OneVideo(), VideoRecord(R"("lossless":1)"));
+    transcode.target = RecordOf(R"({"p":{"metadata":{"title":"T","rotation":90,"track":3,"group":{}}}})");
+    EXPECT_EQ(ArgumentsOf(transcode)[0], (Arguments{"-n",          "-i",
+                                                    "file:in.mkv", "-map",
+                                                    "0:0",         "-c:0",
+                                                    "copy",        "-map_metadata",
+                                                    "-1",          "-map_metadata:s",
+                                                    "-1",          "-metadata",
+                                                    "title=T",     "-metadata",
+                                                    "track=3",     "-max_muxing_queue_size",
+                                                    "4096",        "-f",
+                                                    "mp4",         "file:out.mp4"}));
+    transcode.target = RecordOf(R"({"p":{"metadata":{"title":"\u0000"}}})");
+    ExpectFault(transcode, "node 2, metadata.title: a text with a NUL byte cannot be given to ffmpeg");
+}
+
+TEST(FFmpegArguments, TheFirstFaultIsThrownWithItsPlace)
+{
+    const Thrown thrown = ExpectThrow<JobException>([] {
+        MakeFFmpegArguments(MakeTranscode(OneVideo(), VideoRecord(kVideo + R"(,"profile":"odd","more":1)")));
+    });
+    EXPECT_EQ(thrown.description, "job.json: link 3 -> 2, video stream 0: unknown setting 'more'");
+    EXPECT_EQ(thrown.Get<MediaException::TagFile>(), "job.json");
+    EXPECT_EQ((thrown.Get<MediaException::TagLink>()), std::pair(3LL, 2LL));
+    EXPECT_EQ(thrown.Get<MediaException::TagStream>(), 0U);
+}
+
+TEST(FFmpegArguments, EveryFaultOfAStreamIsTold)
+{
+    EXPECT_EQ(
+        FaultsOf(
+            MakeTranscode(OneVideo(),
+                          VideoRecord(R"("codec_id":"CODEC_ID_H264","width":-640,"height":360,"aspect_x":1,)"
+                                      R"("aspect_y":1,"PIXELFORMAT":28,"profile":"odd","more":1)"),
+                          "webm")),
+        (Arguments{"link 3 -> 2, video stream 0, width: expected an integer from 1 to 65535, found -640",
+                   "link 3 -> 2, video stream 0: unknown setting 'more'",
+                   "link 3 -> 2, video stream 0: the container webm cannot hold h264",
+                   "link 3 -> 2, video stream 0, PIXELFORMAT: encoder libx264 does not support "
+                   "pixel format RGBA",
+                   "link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
+                   "'odd'"}));
+}
+
+TEST(FFmpegArguments, ThereIsAnEncoderForEachStream)
+{
+    const auto codec = [](const std::string& settings) {
+        return MakeTranscode(OneVideo(), VideoRecord(settings));
+    };
+    const std::string place = "link 3 -> 2, video stream 0, codec_id: ";
+    ExpectFault(codec(""), place + "expected the name of a codec, found nothing");
+    ExpectFault(codec(R"("codec_id":"CODEC_ID_RV40")"),
+                place + "the installed FFmpeg does not have an encoder for CODEC_ID_RV40");
+    ExpectFault(codec(R"("codec_id":"CODEC_ID_H265")"), place + "encoding CODEC_ID_H265 is disabled");
+    ExpectFault(codec(R"("codec_id":"CODEC_ID_AAC")"),
+                place + "expected a codec for video, found 'CODEC_ID_AAC'");
+    ExpectFault(
+        codec(R"("codec_id":"CODEC_ID_H264","bitrate":1,"preferred_encoder":"libx265")"),
+        "link 3 -> 2, video stream 0, preferred_encoder: the installed FFmpeg does not have an encoder "
+        "'libx265' for CODEC_ID_H264");
+    // A C string would end before the rest.
+    ExpectFault(
+        codec(R"("codec_id":"CODEC_ID_H264","bitrate":1,"preferred_encoder":"libx264\u0000x")"),
+        "link 3 -> 2, video stream 0, preferred_encoder: a text with a NUL byte cannot be given to ffmpeg");
+}
+
+TEST(FFmpegArguments, TheEncoderSupportsWhatItIsAskedFor)
+{
+    const auto fault = [](const std::string& settings, const std::string& keyAndReason) {
+        SCOPED_TRACE(settings);
+        ExpectFault(
+            MakeTranscode(OneVideo(), VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1,)" + settings)),
+            "link 3 -> 2, video stream 0, " + keyAndReason);
+    };
+    fault(R"("preset":"glacial")", "preset: encoder libx264 does not have a preset 'glacial'");
+    fault(R"("tune":"psychic")", "tune: encoder libx264 does not have a tune 'psychic'");
+    fault(R"("codec.options.encode":{"no_such":1})",
+          "codec.options.encode.no_such: encoder libx264 does not have an option 'no_such'");
+    fault(R"("bitrate_mode":"CBR")",
+          "bitrate_mode: CBR needs bounds, which can be told only for a record with "
+          "width, height and frameRateRatio");
+    ExpectFault(
+        MakeTranscode(OneVideo(),
+                      VideoRecord(R"("codec_id":"CODEC_ID_THEORA","bitrate":1,)"
+                                  R"("two_pass_encoding":1)"),
+                      "ogg"),
+        "link 3 -> 2, video stream 0, two_pass_encoding: encoder libtheora does not support two passes");
+    ExpectFault(
+        MakeTranscode(OneVideo(), VideoRecord(R"("codec_id":"CODEC_ID_H264")")),
+        "link 3 -> 2, video stream 0, bitrate: missing; one can be proposed only for a record with width, "
+        "height and frameRateRatio");
+    ExpectFault(
+        MakeTranscode(MakeMediaFile({MakeAudioStream()}),
+                      AudioRecord(R"("codec_id":"CODEC_ID_AC3","bitrate":192000,"bitrate_mode":"VBR")")),
+        "link 3 -> 2, audio stream 0, bitrate_mode: encoder ac3 does not support a variable bitrate");
+    ExpectFault(
+        MakeTranscode(MakeMediaFile({MakeAudioStream()}),
+                      AudioRecord(R"("codec_id":"CODEC_ID_AC3","sample_rate":12345,"layout":"OCTAGONAL")")),
+        "link 3 -> 2, audio stream 0, layout: encoder ac3 does not support channel layout OCTAGONAL");
+}
+
+TEST(FFmpegArguments, TheContainerIsKnownAndHoldsTheStreams)
+{
+    const Core::Property codec = VideoRecord(R"("codec_id":"CODEC_ID_VP8","bitrate":1)");
+    ExpectFault(MakeTranscode(OneVideo(), codec, "mp4"),
+                "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8");
+    ExpectFault(MakeTranscode(OneVideo(), codec, "a64x"),
+                "node 2, container: the installed FFmpeg cannot write the container 'a64x'");
+    ExpectFault(
+        MakeTranscode(OneVideo(), codec, std::string("webm\0", 5)),
+        std::string("node 2, container: the installed FFmpeg cannot write the container 'webm\0'", 73));
+}
+
+TEST(FFmpegArguments, TheRecordIsThatOfTheStreamsKind)
+{
+    ExpectFault(
+        MakeTranscode(MakeMediaFile({MakeAudioStream()}),
+                      VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1)")),
+        "link 3 -> 2, audio stream 0: expected the record 'format_codec_audio', found 'format_codec_video'");
+    ExpectFault(MakeTranscode(OneVideo(), RecordOf(R"({"other":{"codec_id":"CODEC_ID_H264","bitrate":1}})")),
+                "link 3 -> 2, video stream 0: expected the record 'format_codec_video', found 'other'");
+}
+
+TEST(FFmpegArguments, SubtitlesStayTextOrBitmap)
+{
+    const Core::Property text = RecordOf(R"({"format_codec_subtitle":{"codec_id":"CODEC_ID_MOV_TEXT"}})");
+    const Core::Property bitmap =
+        RecordOf(R"({"format_codec_subtitle":{"codec_id":"CODEC_ID_DVD_SUBTITLE"}})");
+    const std::string place = "link 3 -> 2, subtitle stream 0, codec_id: ";
+    ExpectFault(MakeTranscode(MakeMediaFile({MakeBitmapSubtitle()}), text),
+                place + "a bitmap subtitle cannot become text");
+    ExpectFault(MakeTranscode(MakeMediaFile({MakeSubtitleStream()}), bitmap),
+                place + "a text subtitle cannot become a bitmap subtitle");
+}
+
+TEST(FFmpegArguments, OnlyStreamsThatFitAreMerged)
+{
+    const MediaFile file = MakeMediaFile({MakeVideoStream(), MakeAudioStream(), MakeVideoStream()});
+    const Core::Property codec = VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1)");
+    EXPECT_EQ(FaultsOf(MakeTranscode(file, codec, "mp4", {1, 2})),
+              (Arguments{"link 3 -> 2, video stream 0: audio stream 1 cannot be merged into it",
+                         "link 3 -> 2, video stream 0: video stream 2 cannot be merged into it"}));
+    ExpectFault(MakeTranscode(file, VideoRecord(R"("lossless":1)"), "mp4", {1}),
+                "link 3 -> 2, video stream 0: nothing can be merged into a stream that is copied");
+    ExpectFault(MakeTranscode(MakeMediaFile({MakeAudioStream()}), AudioRecord(R"("codec_id":"CODEC_ID_AAC")"),
+                              "mp4", {0}),
+                "link 3 -> 2, audio stream 0: audio stream 0 cannot be merged into it");
+    ExpectFault(MakeTranscode(file, codec, "mp4", {7}),
+                "link 3 -> 2, video stream 0: there is no such input or stream");
+}
+
+TEST(FFmpegArguments, ATargetHasStreams)
+{
+    Transcode transcode = MakeTranscode(OneVideo(), VideoRecord(""));
+    transcode.streams.clear();
+    ExpectFault(transcode, "node 2: a target needs at least one stream");
+}
+
+TEST(FFmpegArguments, StreamsWithoutASourceAreCheckedAsFarAsTheyCanBe)
+{
+    Transcode transcode =
+        MakeTranscode(OneVideo(), VideoRecord(R"("codec_id":"CODEC_ID_VP8","odd":1,"bitrate":1)"));
+    transcode.streams[0].input = TranscodeStream::kNoInput;
+    EXPECT_EQ(FaultsOf(transcode),
+              (Arguments{"link 3 -> 2, video stream 0: unknown setting 'odd'",
+                         "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8"}));
+}
+
+} // namespace
