@@ -9,7 +9,7 @@
 namespace ZELNOR_PLUGIN
 {
 
-ZELNOR_API [[gnu::noinline]] std::string StackOfPlugin() { return Zelnor::GetCallStack() + ""; }
+[[gnu::noinline]] ZELNOR_API std::string StackOfPlugin() { return Zelnor::GetCallStack() + ""; }
 
 [[noreturn, gnu::noinline]] ZELNOR_API void ThrowStack() { throw Zelnor::GetCallStack(); }
 
