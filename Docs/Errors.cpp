@@ -2,8 +2,15 @@
 
 #include "Docs/Errors.h"
 
+#include <unistd.h>
+
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string_view>
 
 namespace Zelnor::Docs
 {
@@ -114,6 +121,43 @@ void AddTag(const boost::exception& exception, const std::string& name, std::str
     text += (text.empty() ? "" : "<br>") + name + ": " + Cell(shown);
 }
 
+/// A folder to work in, with a tenth of a second of silence in "in.wav". It is gone afterwards.
+class WorkFolder
+{
+public:
+    WorkFolder()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "errors-XXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr)
+        {
+            throw std::runtime_error("no folder to work in");
+        }
+        m_folder = pattern;
+        std::filesystem::current_path(m_folder);
+        std::ofstream("in.wav", std::ios::binary) << Silence();
+    }
+    ~WorkFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::current_path("/", ignored);
+        std::filesystem::remove_all(m_folder, ignored);
+    }
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+
+private:
+    /// A WAVE file: mono, 8000 samples of 16 bits per second.
+    static std::string Silence()
+    {
+        constexpr std::string_view kHeader("RIFF\x64\x06\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0"
+                                           "\x80\x3e\0\0\x02\0\x10\0data\x40\x06\0\0",
+                                           44);
+        return std::string(kHeader) + std::string(1600, '\0');
+    }
+
+    std::filesystem::path m_folder;
+};
+
 } // namespace
 
 std::string Cell(const std::string& text)
@@ -144,6 +188,7 @@ std::string TagsOf(const boost::exception& exception)
     AddTag<MediaException::TagLink>(exception, "TagLink", text);
     AddTag<MediaException::TagStream>(exception, "TagStream", text);
     AddTag<MediaException::TagKey>(exception, "TagKey", text);
+    AddTag<Media::TranscodeFailed::TagExitCode>(exception, "TagExitCode", text);
     return text;
 }
 
@@ -154,6 +199,7 @@ int main()
     using namespace Zelnor::Docs;
     try
     {
+        const WorkFolder folder;
         const std::string text = kIntroduction + House("Zelnor and Zelnor::Core", CoreErrors()) +
                                  House("Zelnor::Conf", ConfErrors()) + House("Zelnor::Media", MediaErrors()) +
                                  House("The standard library and Boost", StandardErrors());
