@@ -6,7 +6,7 @@ source=$1
 scratch=$2
 dot=$source/Docs/architecture.dot
 svg=$source/Docs/architecture.svg
-houses=(Core Conf Media)
+houses=(Core Conf Media Tools)
 mkdir -p "$scratch"
 cd "$source"
 
