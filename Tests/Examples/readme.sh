@@ -1,12 +1,19 @@
 #!/bin/bash
-# readme.sh <source tree>: the program and the output that the README shows are those of the example.
+# readme.sh <source tree>: the programs and the outputs that the README shows are those of the examples.
 set -euo pipefail
 source=$1
 
-# block <language>: the first block of that language in the README.
+# block <language> <number>: that block of the language in the README, counted from 1.
 block() {
-    awk -v begin="\`\`\`$1" '$0 == "```" && inside { exit } inside { print } $0 == begin { inside = 1 }' "$source/README.md"
+    awk -v begin="\`\`\`$1" -v number="$2" '
+        $0 == "```" && inside { exit }
+        inside { print }
+        $0 == begin && ++count == number { inside = 1 }' "$source/README.md"
 }
 
-diff "$source/Examples/road_of_a_job.cpp" <(block cpp)
-diff "$source/Examples/road_of_a_job.txt" <(block text)
+number=0
+for example in transcode_file road_of_a_job; do
+    ((++number))
+    diff "$source/Examples/$example.cpp" <(block cpp $number)
+    diff "$source/Examples/$example.txt" <(block text $number)
+done
