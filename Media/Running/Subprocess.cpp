@@ -16,8 +16,6 @@
 #include <system_error>
 #include <utility>
 
-extern char** environ;
-
 namespace Zelnor::Media
 {
 

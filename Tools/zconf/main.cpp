@@ -14,7 +14,7 @@ int main(int argc, char** argv)
     {
         PrepareStandardStreams();
         // A parent may leave it ignored, and the system would not tell how the programs that we run end.
-        ::signal(SIGCHLD, SIG_DFL);
+        (void)::signal(SIGCHLD, SIG_DFL);
         const Logging logging(argv[0]);
         return RunCommandLine(argc, argv, AddAllCommands);
     }

@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -227,13 +226,20 @@ TEST(Subprocess, IsNotStartedWhereItsEndWouldBeForgotten)
 
 TEST(Subprocess, AnEndThatTheApplicationHasReapedIsNotTakenForSuccess)
 {
+    pid_t process = 0;
     SubprocessOptions options;
-    options.isCancelled = [] {
-        while (::waitpid(-1, nullptr, 0) < 0 && errno == EINTR)
-        {}
+    options.onOutput = [&process](std::string_view bytes) {
+        process = static_cast<pid_t>(std::stol(std::string(bytes)));
+    };
+    options.isCancelled = [&process] {
+        if (process > 0)
+        {
+            ::kill(process, SIGKILL);
+            EXPECT_EQ(::waitpid(process, nullptr, 0), process);
+        }
         return false;
     };
-    EXPECT_THROW(RunSubprocess(Bash("exit 7"), options), SubprocessError);
+    EXPECT_THROW(RunSubprocess(Bash("echo $$; exec sleep 60"), options), SubprocessError);
 }
 
 } // namespace

@@ -34,8 +34,8 @@ struct Options
 /// Ends this process by the signal that stopped its work, as the shell expects.
 [[noreturn]] void EndBy(int signal)
 {
-    ::signal(signal, SIG_DFL);
-    ::raise(signal);
+    (void)::signal(signal, SIG_DFL);
+    (void)::raise(signal);
     // Only when the signal is blocked.
     constexpr int kSignalledExitBase = 128;
     std::_Exit(kSignalledExitBase + signal);
