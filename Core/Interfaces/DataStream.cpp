@@ -25,6 +25,7 @@ constexpr const char* kUnit = "Core/Interfaces/DataStream";
 
 constexpr mode_t kNewFileMode = 0666;
 constexpr const char* kCommitted = "It is committed already";
+constexpr const char* kFailedBefore = "An earlier write failed";
 
 // The helpers report a failure as the system's number for it; the operation that the caller asked for throws.
 
@@ -56,6 +57,14 @@ int Open(const std::string& name, int flags, mode_t mode)
     return ::open(name.c_str(), flags | O_CLOEXEC, mode);
 }
 
+void Close(int descriptor)
+{
+    if (descriptor >= 0)
+    {
+        ::close(descriptor);
+    }
+}
+
 /// \returns 0 or the reason for which not everything was written
 int WriteAll(int descriptor, const void* data, std::size_t size)
 {
@@ -76,10 +85,22 @@ int WriteAll(int descriptor, const void* data, std::size_t size)
     return 0;
 }
 
-/// The file that a path names in the end: symbolic links are followed, also to a file that is not there yet.
-/// Nothing when the links lead nowhere.
-std::optional<std::string> FollowLinks(std::filesystem::path target)
+/// The absolute path of the file that a path names in the end: symbolic links are followed, also to a file
+/// that is not there yet. Nothing, with the reason in `errno`, when the path leads nowhere.
+std::optional<std::string> FollowLinks(const std::filesystem::path& path)
 {
+    if (path.empty() || HasNul(path.string()))
+    {
+        errno = path.empty() ? ENOENT : EINVAL;
+        return std::nullopt;
+    }
+    std::error_code failure;
+    std::filesystem::path target = std::filesystem::absolute(path, failure);
+    if (failure)
+    {
+        errno = failure.value();
+        return std::nullopt;
+    }
     constexpr int kMostLinks = 40;
     for (int i = 0; i <= kMostLinks; ++i)
     {
@@ -91,14 +112,11 @@ std::optional<std::string> FollowLinks(std::filesystem::path target)
         }
         target = target.parent_path() / next;
     }
+    errno = ELOOP;
     return std::nullopt;
 }
 
-std::string FolderOf(const std::string& file)
-{
-    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
-    return folder.empty() ? "." : folder.string();
-}
+std::string FolderOf(const std::string& file) { return std::filesystem::path(file).parent_path().string(); }
 
 /// A new file in `folder`, under a name that nobody else has. The name does not grow with the target's, which
 /// may be as long as the file system allows.
@@ -125,19 +143,18 @@ IDataOutput::~IDataOutput() = default;
 
 boost::intrusive_ptr<FileDataInput> FileDataInput::Create(const ioPath& path)
 {
-    return new FileDataInput(path);
-}
-
-FileDataInput::FileDataInput(const ioPath& path)
-    : m_name(path.utf8string()), m_descriptor(Open(path.native().string(), O_RDONLY, 0))
-{
-    if (m_descriptor < 0)
+    const boost::intrusive_ptr<FileDataInput> input(new FileDataInput(path));
+    input->m_descriptor = Open(path.native().string(), O_RDONLY, 0);
+    if (input->m_descriptor < 0)
     {
-        ZELNOR_THROW(kUnit, Failure("open", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("open", input->m_name, errno));
     }
+    return input;
 }
 
-FileDataInput::~FileDataInput() { ::close(m_descriptor); }
+FileDataInput::FileDataInput(const ioPath& path) : m_name(path.utf8string()), m_descriptor(-1) {}
+
+FileDataInput::~FileDataInput() { Close(m_descriptor); }
 
 std::size_t FileDataInput::Read(void* buffer, std::size_t size)
 {
@@ -157,20 +174,18 @@ std::size_t FileDataInput::Read(void* buffer, std::size_t size)
 
 boost::intrusive_ptr<FileDataOutput> FileDataOutput::Create(const ioPath& path)
 {
-    return new FileDataOutput(path);
-}
-
-FileDataOutput::FileDataOutput(const ioPath& path)
-    : m_name(path.utf8string()),
-      m_descriptor(Open(path.native().string(), O_WRONLY | O_CREAT | O_TRUNC, kNewFileMode))
-{
-    if (m_descriptor < 0)
+    const boost::intrusive_ptr<FileDataOutput> output(new FileDataOutput(path));
+    output->m_descriptor = Open(path.native().string(), O_WRONLY | O_CREAT | O_TRUNC, kNewFileMode);
+    if (output->m_descriptor < 0)
     {
-        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
     }
+    return output;
 }
 
-FileDataOutput::~FileDataOutput() { ::close(m_descriptor); }
+FileDataOutput::FileDataOutput(const ioPath& path) : m_name(path.utf8string()), m_descriptor(-1) {}
+
+FileDataOutput::~FileDataOutput() { Close(m_descriptor); }
 
 void FileDataOutput::Write(const void* data, std::size_t size)
 {
@@ -182,41 +197,40 @@ void FileDataOutput::Write(const void* data, std::size_t size)
 
 boost::intrusive_ptr<AtomicFileDataOutput> AtomicFileDataOutput::Create(const ioPath& path)
 {
-    return new AtomicFileDataOutput(path);
-}
-
-AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path) : m_name(path.utf8string()), m_descriptor(-1)
-{
+    const boost::intrusive_ptr<AtomicFileDataOutput> output(new AtomicFileDataOutput(path));
     std::optional<std::string> target = FollowLinks(path.native());
-    if (!target || HasNul(*target))
+    if (!target)
     {
-        ZELNOR_THROW(kUnit, Failure("write", m_name, target ? EINVAL : ELOOP));
+        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
     }
-    m_target = std::move(*target);
+    output->m_target = std::move(*target);
+    const char* const file = output->m_target.c_str();
     struct stat status = {};
-    const bool exists = ::stat(m_target.c_str(), &status) == 0;
-    if (!exists && (errno != ENOENT || m_target.empty()))
+    const bool exists = ::stat(file, &status) == 0;
+    if (!exists && errno != ENOENT)
     {
-        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
     }
     if (exists && !S_ISREG(status.st_mode))
     {
-        ZELNOR_THROW(kUnit, Failure("replace", m_name, "Not a regular file"));
+        ZELNOR_THROW(kUnit, Failure("replace", output->m_name, "Not a regular file"));
     }
-    if (exists && ::faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0)
+    if (exists && ::faccessat(AT_FDCWD, file, W_OK, AT_EACCESS) != 0)
     {
-        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
+        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
     }
     // From its first moment nobody may open the new file who may not open the old one.
     const mode_t mode = exists ? status.st_mode & 07777 : kNewFileMode;
-    std::tie(m_descriptor, m_temporary) = CreateTemporary(FolderOf(m_target), mode);
-    if (m_descriptor < 0 || (exists && ::fchmod(m_descriptor, mode) != 0))
+    std::tie(output->m_descriptor, output->m_temporary) = CreateTemporary(FolderOf(output->m_target), mode);
+    if (output->m_descriptor < 0 || (exists && ::fchmod(output->m_descriptor, mode) != 0))
     {
-        const int reason = errno;
-        Discard();
-        ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
+        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
     }
+    return output;
 }
+
+AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path) : m_name(path.utf8string()), m_descriptor(-1)
+{}
 
 AtomicFileDataOutput::~AtomicFileDataOutput() { Discard(); }
 
@@ -234,10 +248,11 @@ void AtomicFileDataOutput::Write(const void* data, std::size_t size)
 {
     if (m_descriptor < 0)
     {
-        ZELNOR_THROW(kUnit, Failure("write", m_name, kCommitted));
+        ZELNOR_THROW(kUnit, Failure("write", m_name, m_committed ? kCommitted : kFailedBefore));
     }
     if (const int reason = WriteAll(m_descriptor, data, size))
     {
+        Discard();
         ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
     }
 }
@@ -246,23 +261,31 @@ void AtomicFileDataOutput::Commit()
 {
     if (m_descriptor < 0)
     {
-        ZELNOR_THROW(kUnit, Failure("commit", m_name, kCommitted));
+        ZELNOR_THROW(kUnit, Failure("commit", m_name, m_committed ? kCommitted : kFailedBefore));
     }
     const std::string folder = FolderOf(m_target);
-    if (::fsync(m_descriptor) != 0 || ::rename(m_temporary.c_str(), m_target.c_str()) != 0)
+    if (::fsync(m_descriptor) != 0)
+    {
+        // It reports a loss once only: asked again, it would say that all is well.
+        const int reason = errno;
+        Discard();
+        ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
+    }
+    if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
     {
         ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
     }
     ::close(m_descriptor);
     m_descriptor = -1;
+    m_committed = true;
     // The new name is in place already; making it outlive a power cut is the best that can still be done, and
     // not every file system lets a folder be opened for that.
     const int descriptor = Open(folder, O_RDONLY | O_DIRECTORY, 0);
     if (descriptor >= 0)
     {
         ::fsync(descriptor);
-        ::close(descriptor);
     }
+    Close(descriptor);
 }
 
 boost::intrusive_ptr<MemoryDataInput> MemoryDataInput::Create(std::string bytes)

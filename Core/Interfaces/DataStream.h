@@ -69,7 +69,9 @@ private:
 
 /// Replaces a file as a whole or not at all. Bytes go into a new file beside the target; `Commit()` puts it,
 /// safely on the disk, in the target's place. Without a commit the target stays as it was and the new file
-/// disappears.
+/// disappears. So it does when a write fails: a part of what was meant to be written is never committed.
+///
+/// A relative path counts from the folder that is the current one at the creation.
 ///
 /// A symbolic link is followed, so that the file it names is replaced and not the link. An existing file's
 /// permissions are kept. A target that exists and is no regular file (a device, a pipe, a folder) is refused.
@@ -78,11 +80,12 @@ class ZELNOR_API AtomicFileDataOutput final : public Counted<IDataOutput>
 public:
     static boost::intrusive_ptr<AtomicFileDataOutput> Create(const ioPath& path);
 
+    /// A failure ends the output: every later call throws, too.
     /// \throw CoreException also after `Commit()`
     void Write(const void* data, std::size_t size) override;
-    /// Makes what was written so far the target's whole contents. When it throws, the target is as it was,
-    /// and it may be tried again.
-    /// \throw CoreException also when it has succeeded before
+    /// Makes what was written so far the target's whole contents. When it throws, the target is as it was. It
+    /// may be tried again if only the target was in the way.
+    /// \throw CoreException also when it has succeeded before, or a write has failed
     void Commit();
 
 private:
@@ -90,10 +93,14 @@ private:
     ~AtomicFileDataOutput() override;
     void Discard() noexcept;
 
+    /// As the caller gave it, for messages.
     std::string m_name;
+    /// Both absolute.
     std::string m_target;
     std::string m_temporary;
+    /// -1 when nothing can be written any more.
     int m_descriptor;
+    bool m_committed = false;
 };
 
 /// Reads bytes that it owns.

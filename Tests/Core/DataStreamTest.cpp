@@ -5,14 +5,36 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <type_traits>
+
+namespace
+{
+
+bool g_syncFails = false;
+
+} // namespace
+
+/// In the place of the system's, also for the library.
+extern "C" [[gnu::visibility("default")]] int fsync(int descriptor)
+{
+    if (g_syncFails)
+    {
+        errno = EIO;
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
 
 namespace Zelnor::Core
 {
@@ -88,6 +110,45 @@ private:
     uid_t m_before;
 };
 
+/// Changes the current folder for a test.
+class CurrentFolder
+{
+public:
+    explicit CurrentFolder(const fs::path& folder) : m_before(fs::current_path())
+    {
+        fs::current_path(folder);
+    }
+    ~CurrentFolder() { fs::current_path(m_before); }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+private:
+    fs::path m_before;
+};
+
+/// Lets writing fail beyond a size, as on a disk that is full, after what still fits was written.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes) : m_signal(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &m_before), 0);
+        const rlimit limit{bytes, m_before.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    ~FileSizeLimit()
+    {
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &m_before), 0);
+        std::signal(SIGXFSZ, m_signal);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_before = {};
+    void (*m_signal)(int);
+};
+
 } // namespace
 
 TEST(FileDataInput, ReadsBlocksOfAnySizeUpToTheEnd)
@@ -122,7 +183,7 @@ TEST(FileDataInput, NamesTheFileAndTheReasonWhenItIsMissing)
     const TemporaryFolder folder;
     const std::string name = (folder / "absent").string();
     ExpectFailure(ExpectThrow<CoreException>([&] { FileDataInput::Create(name); }),
-                  "Cannot open '" + name + "': No such file or directory", "FileDataInput::FileDataInput(");
+                  "Cannot open '" + name + "': No such file or directory", "FileDataInput::Create(");
 }
 
 TEST(FileDataInput, OfAFolderFailsWhenRead)
@@ -143,7 +204,7 @@ TEST(FileDataInput, NamesTheReasonWhenItMayNotBeRead)
     const std::string name = (folder / "secret").string();
     const Unprivileged somebody;
     ExpectFailure(ExpectThrow<CoreException>([&] { FileDataInput::Create(name); }),
-                  "Cannot open '" + name + "': Permission denied", "FileDataInput::FileDataInput(");
+                  "Cannot open '" + name + "': Permission denied", "FileDataInput::Create(");
 }
 
 TEST(FileDataInput, RefusesANameWithNul)
@@ -152,7 +213,7 @@ TEST(FileDataInput, RefusesANameWithNul)
     WriteFile(folder / "file", "x");
     const std::string name = (folder / "file").string() + std::string("\0.txt", 5);
     ExpectFailure(ExpectThrow<CoreException>([&] { FileDataInput::Create(name); }),
-                  "Cannot open '" + name + "': Invalid argument", "FileDataInput::FileDataInput(");
+                  "Cannot open '" + name + "': Invalid argument", "FileDataInput::Create(");
 }
 
 TEST(FileDataOutput, EmptiesTheFileAtOnceAndHoldsNothingBack)
@@ -174,13 +235,11 @@ TEST(FileDataOutput, NamesTheFileAndTheReasonOfAFailure)
     const TemporaryFolder folder;
     const std::string absent = (folder / "absent/file").string();
     ExpectFailure(ExpectThrow<CoreException>([&] { FileDataOutput::Create(absent); }),
-                  "Cannot write '" + absent + "': No such file or directory",
-                  "FileDataOutput::FileDataOutput(");
+                  "Cannot write '" + absent + "': No such file or directory", "FileDataOutput::Create(");
     ExpectFailure(ExpectThrow<CoreException>([&] { FileDataOutput::Create(folder.Path()); }),
-                  "Cannot write '" + folder.Path().string() + "': Is a directory",
-                  "FileDataOutput::FileDataOutput(");
+                  "Cannot write '" + folder.Path().string() + "': Is a directory", "FileDataOutput::Create(");
     ExpectFailure(ExpectThrow<CoreException>([&] { FileDataOutput::Create(""); }),
-                  "Cannot write '': No such file or directory", "FileDataOutput::FileDataOutput(");
+                  "Cannot write '': No such file or directory", "FileDataOutput::Create(");
 }
 
 TEST(FileDataOutput, ToAFullDeviceFails)
@@ -242,12 +301,10 @@ TEST(AtomicFileDataOutput, WithoutACommitLeavesNoTrace)
 TEST(AtomicFileDataOutput, WritesARelativeNameInTheCurrentFolder)
 {
     const TemporaryFolder folder;
-    const fs::path before = fs::current_path();
-    fs::current_path(folder.Path());
+    const CurrentFolder current(folder.Path());
     const auto output = AtomicFileDataOutput::Create("file");
     Put(*output, "x");
     output->Commit();
-    fs::current_path(before);
     EXPECT_EQ("x", ReadFile(folder / "file"));
 }
 
@@ -284,6 +341,79 @@ TEST(AtomicFileDataOutput, AFailedCommitKeepsTheOldFileAndMayBeRepeated)
     EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
 }
 
+TEST(AtomicFileDataOutput, IsEndedByAWriteThatFails)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "file").string();
+    WriteFile(name, "old");
+    const auto output = AtomicFileDataOutput::Create(name);
+    Put(*output, "new");
+    {
+        const FileSizeLimit limit(10);
+        ExpectFailure(ExpectThrow<CoreException>([&] { Put(*output, "more than ten bytes"); }),
+                      "Cannot write '" + name + "': File too large", "AtomicFileDataOutput::Write(");
+    }
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"}) << "at once, not with the last reference";
+    ExpectFailure(ExpectThrow<CoreException>([&] { Put(*output, "x"); }),
+                  "Cannot write '" + name + "': An earlier write failed", "AtomicFileDataOutput::Write(");
+    ExpectFailure(ExpectThrow<CoreException>([&] { output->Commit(); }),
+                  "Cannot commit '" + name + "': An earlier write failed", "AtomicFileDataOutput::Commit(");
+    EXPECT_EQ(ReadFile(name), "old");
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
+}
+
+TEST(AtomicFileDataOutput, IsEndedByDataThatDoNotReachTheDisk)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "file").string();
+    WriteFile(name, "old");
+    const auto output = AtomicFileDataOutput::Create(name);
+    Put(*output, "new");
+    g_syncFails = true;
+    ExpectFailure(ExpectThrow<CoreException>([&] { output->Commit(); }),
+                  "Cannot write '" + name + "': Input/output error", "AtomicFileDataOutput::Commit(");
+    g_syncFails = false;
+    ExpectFailure(ExpectThrow<CoreException>([&] { output->Commit(); }),
+                  "Cannot commit '" + name + "': An earlier write failed", "AtomicFileDataOutput::Commit(");
+    EXPECT_EQ(ReadFile(name), "old");
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
+}
+
+TEST(AtomicFileDataOutput, IsNotMovedByAChangeOfTheCurrentFolder)
+{
+    const TemporaryFolder folder;
+    const TemporaryFolder elsewhere;
+    fs::create_directory(folder / "inner");
+    fs::create_symlink("inner/linked", folder / "link");
+    {
+        const CurrentFolder current(folder.Path());
+        const auto file = AtomicFileDataOutput::Create("file");
+        const auto link = AtomicFileDataOutput::Create("link");
+        const auto dropped = AtomicFileDataOutput::Create("inner/dropped");
+        Put(*file, "f");
+        Put(*link, "l");
+        fs::current_path(elsewhere.Path());
+        file->Commit();
+        link->Commit();
+    }
+    EXPECT_EQ(ReadFile(folder / "file"), "f");
+    EXPECT_EQ(ReadFile(folder / "inner/linked"), "l");
+    EXPECT_EQ(elsewhere.Names(), std::vector<std::string>{});
+    EXPECT_EQ(folder.Names().size(), 3u);
+    fs::remove(folder / "inner/linked");
+    EXPECT_TRUE(fs::is_empty(folder / "inner")) << "nothing is left of what was not committed";
+}
+
+TEST(AtomicFileDataOutput, NamesTheReasonWhenTheCurrentFolderIsGone)
+{
+    const TemporaryFolder folder;
+    fs::create_directory(folder / "gone");
+    const CurrentFolder current(folder / "gone");
+    fs::remove(folder / "gone");
+    ExpectFailure(ExpectThrow<CoreException>([] { AtomicFileDataOutput::Create("file"); }),
+                  "Cannot write 'file': No such file or directory", "AtomicFileDataOutput::Create(");
+}
+
 TEST(AtomicFileDataOutput, FollowsSymbolicLinks)
 {
     const TemporaryFolder folder;
@@ -318,7 +448,7 @@ TEST(AtomicFileDataOutput, RefusesALoopOfLinks)
     const std::string name = (folder / "a").string();
     ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name); }),
                   "Cannot write '" + name + "': Too many levels of symbolic links",
-                  "AtomicFileDataOutput::AtomicFileDataOutput(");
+                  "AtomicFileDataOutput::Create(");
 }
 
 TEST(AtomicFileDataOutput, KeepsPermissions)
@@ -350,7 +480,7 @@ TEST(AtomicFileDataOutput, RespectsTheMaskForNewFiles)
 TEST(AtomicFileDataOutput, RefusesWhatIsNoRegularFile)
 {
     const TemporaryFolder folder;
-    const std::string function = "AtomicFileDataOutput::AtomicFileDataOutput(";
+    const std::string function = "AtomicFileDataOutput::Create(";
     ExpectFailure(ExpectThrow<CoreException>([] { AtomicFileDataOutput::Create("/dev/null"); }),
                   "Cannot replace '/dev/null': Not a regular file", function);
     const std::string name = folder.Path().string();
@@ -367,7 +497,7 @@ TEST(AtomicFileDataOutput, RefusesWhatIsNoRegularFile)
 TEST(AtomicFileDataOutput, RefusesAtOnceWhatCannotBeWritten)
 {
     const TemporaryFolder folder;
-    const std::string function = "AtomicFileDataOutput::AtomicFileDataOutput(";
+    const std::string function = "AtomicFileDataOutput::Create(";
     const auto expect = [&](const std::string& name, const std::string& reason) {
         ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name); }),
                       "Cannot write '" + name + "': " + reason, function);
@@ -400,8 +530,7 @@ TEST(AtomicFileDataOutput, NamesTheReasonWhenTheFileMayNotBeWritten)
     const std::string name = (folder / "file").string();
     const Unprivileged somebody;
     ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name); }),
-                  "Cannot write '" + name + "': Permission denied",
-                  "AtomicFileDataOutput::AtomicFileDataOutput(");
+                  "Cannot write '" + name + "': Permission denied", "AtomicFileDataOutput::Create(");
 }
 
 TEST(MemoryDataInput, ReadsBlocksOfAnySizeUpToTheEnd)
