@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace Zelnor::Core
@@ -175,6 +176,8 @@ Property& Property::operator=(const Ratio& value)
     return *this;
 }
 
+// Every public operation throws by itself: the exception names the one that the caller called.
+
 long long Property::GetInt64() const
 {
     const long long* const value = std::get_if<long long>(&m_value);
@@ -195,7 +198,15 @@ const std::string& Property::GetString() const&
     return *value;
 }
 
-std::string Property::GetString() && { return std::as_const(*this).GetString(); }
+std::string Property::GetString() &&
+{
+    const std::string* const value = std::get_if<std::string>(&m_value);
+    if (value == nullptr)
+    {
+        ZELNOR_THROW(details::kPropertyUnit, OtherKind("a string"));
+    }
+    return *value;
+}
 
 const Property::Ratio& Property::GetRatio() const&
 {
@@ -207,7 +218,15 @@ const Property::Ratio& Property::GetRatio() const&
     return *value;
 }
 
-Property::Ratio Property::GetRatio() && { return std::as_const(*this).GetRatio(); }
+Property::Ratio Property::GetRatio() &&
+{
+    const Ratio* const value = std::get_if<Ratio>(&m_value);
+    if (value == nullptr)
+    {
+        ZELNOR_THROW(details::kPropertyUnit, OtherKind("a rational"));
+    }
+    return *value;
+}
 
 unsigned long Property::Count() const
 {
@@ -229,7 +248,12 @@ Property::const_iterator Property::FindChild(const std::string& name) const
 
 Property& Property::operator[](const std::string& name) &
 {
-    return const_cast<Property&>(std::as_const(*this)[name]);
+    const iterator found = FindChild(name);
+    if (found == end())
+    {
+        ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
+    }
+    return *found;
 }
 
 const Property& Property::operator[](const std::string& name) const&
@@ -242,11 +266,23 @@ const Property& Property::operator[](const std::string& name) const&
     return *found;
 }
 
-Property Property::operator[](const std::string& name) && { return std::move((*this)[name]); }
+Property Property::operator[](const std::string& name) &&
+{
+    const iterator found = FindChild(name);
+    if (found == end())
+    {
+        ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
+    }
+    return std::move(*found);
+}
 
 Property& Property::operator[](unsigned long index) &
 {
-    return const_cast<Property&>(std::as_const(*this)[index]);
+    if (index >= Count())
+    {
+        ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(index));
+    }
+    return *AtPosition(*GetChildren(), index);
 }
 
 const Property& Property::operator[](unsigned long index) const&
@@ -258,7 +294,14 @@ const Property& Property::operator[](unsigned long index) const&
     return *AtPosition(*GetChildren(), index);
 }
 
-Property Property::operator[](unsigned long index) && { return std::move((*this)[index]); }
+Property Property::operator[](unsigned long index) &&
+{
+    if (index >= Count())
+    {
+        ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(index));
+    }
+    return std::move(*AtPosition(*GetChildren(), index));
+}
 
 Property::iterator Property::begin()
 {
@@ -284,41 +327,65 @@ Property::const_iterator Property::end() const
     return children == nullptr ? NoChildren().cend() : children->cend();
 }
 
-Property& Property::SetChild(const std::string& name) { return SetChild(name, Property(name)); }
+Property& Property::SetChild(const std::string& name)
+{
+    if (GetChildren() == nullptr)
+    {
+        ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
+    }
+    return PutChild(name, Property(name));
+}
 
 Property& Property::SetChild(const std::string& name, const Property& value)
 {
-    return SetChild(name, Property(value));
+    if (GetChildren() == nullptr)
+    {
+        ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
+    }
+    return PutChild(name, Property(value));
 }
 
 Property& Property::SetChild(const std::string& name, Property&& value)
 {
-    Children* const children = GetChildren();
-    if (children == nullptr)
+    if (GetChildren() == nullptr)
     {
         ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
     }
     if (&value == this)
     {
-        return SetChild(name, Property(value));
+        return PutChild(name, Property(value));
     }
+    return PutChild(name, std::move(value));
+}
+
+Property& Property::PutChild(const std::string& name, Property&& value)
+{
+    Children& children = *GetChildren();
     // Before anything is moved: `name` may be a name inside `value`, or this property's or its child's own.
     std::string key(name);
     const iterator found = FindChild(key);
-    if (found == children->end())
+    if (found == children.end())
     {
         Children appended;
         appended.push_back(std::move(value));
         appended.back().m_name = std::move(key);
-        children->splice(children->end(), appended);
-        return children->back();
+        children.splice(children.end(), appended);
+        return children.back();
     }
     Property taken(std::move(value));
     taken.m_name = std::move(key);
     return *found = std::move(taken);
 }
 
-void Property::Add(const Property& child) { Add(Property(child)); }
+void Property::Add(const Property& child)
+{
+    Children* const children = GetChildren();
+    if (children == nullptr)
+    {
+        ZELNOR_THROW(details::kPropertyUnit, NotApplicable("Add"));
+    }
+    children->push_back(Property(child));
+}
 
 void Property::Add(Property&& child)
 {
@@ -417,6 +484,18 @@ PropertyException Property::OtherKind(const char* wanted) const
     exception << TagDescription("Property '" + m_name + "' holds " + kKinds[m_value.index()] + ", not " +
                                 wanted)
               << PropertyException::TagPropertyName(m_name) << PropertyException::TagPropertyType(GetType());
+    return exception;
+}
+
+PropertyException Property::TooLarge(const char* method, const std::string& child,
+                                     unsigned long long value) const
+{
+    PropertyException exception;
+    exception << TagDescription("Property '" + m_name + "' cannot hold " + std::to_string(value) +
+                                " as its child '" + child + "': the largest integer is " +
+                                std::to_string(std::numeric_limits<long long>::max()))
+              << PropertyException::TagPropertyName(m_name) << PropertyException::TagPropertyType(GetType())
+              << PropertyException::TagMethodName(method);
     return exception;
 }
 

@@ -7,6 +7,7 @@
 #include <boost/rational.hpp>
 
 #include <cstddef>
+#include <limits>
 #include <list>
 #include <string>
 #include <type_traits>
@@ -116,10 +117,13 @@ public:
     Property& SetChild(const std::string& name, Property&& value);
     /// Sets the value of the child `name`, which is appended when it is not there.
     /// \throw MethodIsNotApplicable with the method name "SetChildT"
+    /// \throw PropertyException when `value` is beyond 2^63-1: "Property 'video' cannot hold
+    ///   18446744073709551615 as its child 'bitrate': the largest integer is 9223372036854775807"
     template <class T>
     Property& SetChildT(const std::string& name, const T& value);
     /// Appends a child, whether or not one of that name is there.
     /// \throw MethodIsNotApplicable with the method name "CreateChildT"
+    /// \throw PropertyException when `value` is beyond 2^63-1, as `SetChildT`
     template <class T>
     Property& CreateChildT(const std::string& name, const T& value);
     /// Appends a copy of `child`, whether or not one of that name is there.
@@ -144,16 +148,39 @@ private:
     void DestroyChildren() noexcept;
     Children* GetChildren() noexcept { return std::get_if<Children>(&m_value); }
     const Children* GetChildren() const noexcept { return std::get_if<Children>(&m_value); }
+    /// Precondition: this is a group, and `value` is neither it nor around it.
+    Property& PutChild(const std::string& name, Property&& value);
     bool HasEqualValue(const Property& other) const;
     /// The exception for an operation that only a group has, ready but for its call stack.
     MethodIsNotApplicable NotApplicable(const char* method) const;
     PropertyException NoSuchChild(const std::string& name) const;
     PropertyException NoSuchChild(unsigned long index) const;
     PropertyException OtherKind(const char* wanted) const;
+    PropertyException TooLarge(const char* method, const std::string& child, unsigned long long value) const;
+    /// Whether `value` is an integer that would turn negative when it is kept.
+    template <class T>
+    static constexpr bool IsTooLarge(const T& value);
 
     std::string m_name;
     Value m_value;
 };
+
+template <class T>
+constexpr bool Property::IsTooLarge([[maybe_unused]] const T& value)
+{
+    if constexpr (std::is_enum_v<T>)
+    {
+        return IsTooLarge(static_cast<std::underlying_type_t<T>>(value));
+    }
+    else if constexpr (std::is_unsigned_v<T> && sizeof(T) >= sizeof(long long))
+    {
+        return value > static_cast<T>(std::numeric_limits<long long>::max());
+    }
+    else
+    {
+        return false;
+    }
+}
 
 template <class T>
 Property& Property::CreateChildT(const std::string& name, const T& value)
@@ -163,6 +190,14 @@ Property& Property::CreateChildT(const std::string& name, const T& value)
     {
         // The line is part of the contract with the product's error reports.
         ZELNOR_THROW_AT_LINE(details::kPropertyUnit, 243, NotApplicable("CreateChildT"));
+    }
+    if constexpr (std::is_integral_v<T> || std::is_enum_v<T>)
+    {
+        if (IsTooLarge(value))
+        {
+            ZELNOR_THROW(details::kPropertyUnit,
+                         TooLarge("CreateChildT", name, static_cast<unsigned long long>(value)));
+        }
     }
     return children->emplace_back(name, value);
 }
@@ -174,6 +209,14 @@ Property& Property::SetChildT(const std::string& name, const T& value)
     {
         // The line is part of the contract with the product's error reports.
         ZELNOR_THROW_AT_LINE(details::kPropertyUnit, 260, NotApplicable("SetChildT"));
+    }
+    if constexpr (std::is_integral_v<T> || std::is_enum_v<T>)
+    {
+        if (IsTooLarge(value))
+        {
+            ZELNOR_THROW(details::kPropertyUnit,
+                         TooLarge("SetChildT", name, static_cast<unsigned long long>(value)));
+        }
     }
     const iterator found = FindChild(name);
     if (found == end())

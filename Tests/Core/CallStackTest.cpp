@@ -88,10 +88,10 @@ TEST(CallStack, NamesTheFunctionWhoseLastInstructionIsTheCall)
 
 TEST(CallStack, NamesTheFunctionThatThrows)
 {
-    const auto thrown =
-        Testing::ExpectThrow<Core::PropertyException>([] { Core::Property("p", 1).GetRatio(); });
-    EXPECT_NE(std::string::npos,
-              thrown.callStack.value_or("").find("Zelnor::Core::Property::GetRatio() const &"))
+    const Core::Property number("p", 1);
+    const auto thrown = Testing::ExpectThrow<Core::PropertyException>([&] { number.GetRatio(); });
+    EXPECT_NE(thrown.callStack.value_or("").find("Zelnor::Core::Property::GetRatio() const &"),
+              std::string::npos)
         << thrown.callStack.value_or("");
 }
 

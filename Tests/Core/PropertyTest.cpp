@@ -1,7 +1,5 @@
 #include "Core/Interfaces/Property.h"
 
-#include "Tests/Support/Expect.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -15,9 +13,6 @@ namespace Zelnor::Core
 
 namespace
 {
-
-using Testing::ExpectThrow;
-using Testing::Thrown;
 
 using Ratio = Property::Ratio;
 
@@ -62,29 +57,6 @@ std::vector<std::string> NamesOf(const Property& group)
 }
 
 using Names = std::vector<std::string>;
-
-void ExpectRefusal(const Thrown& thrown, const std::string& description, const std::string& name,
-                   PropertyTypes type, const std::string& function)
-{
-    EXPECT_EQ(description, thrown.description);
-    EXPECT_EQ(name, thrown.Get<PropertyException::TagPropertyName>());
-    EXPECT_EQ(type, thrown.Get<PropertyException::TagPropertyType>());
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
-    EXPECT_NE(std::string::npos, thrown.function.value_or("").find("Property::" + function))
-        << thrown.function.value_or("");
-    EXPECT_GT(thrown.line.value_or(0), 0);
-    EXPECT_FALSE(thrown.callStack.value_or("").empty());
-}
-
-void ExpectNotApplicable(const Thrown& thrown, const std::string& method, const Property& property)
-{
-    EXPECT_EQ(property.GetName(), thrown.Get<PropertyException::TagPropertyName>());
-    EXPECT_EQ(property.GetType(), thrown.Get<PropertyException::TagPropertyType>());
-    EXPECT_EQ(method, thrown.Get<PropertyException::TagMethodName>());
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
-    EXPECT_NE(std::string::npos, thrown.function.value_or("").find("Property::" + method));
-    EXPECT_FALSE(thrown.callStack.value_or("").empty());
-}
 
 } // namespace
 
@@ -226,97 +198,6 @@ TEST(Property, ACopyOfAnAncestorMayBeAssignedToItsDescendant)
     property["inner"]["leaf"] = property;
     EXPECT_EQ(Sample(), property["inner"][0ul]);
     EXPECT_EQ(5u, property.Count());
-}
-
-TEST(Property, ReadingAnotherKindThrows)
-{
-    ExpectRefusal(ExpectThrow<PropertyException>([] { Property("p", "x").GetInt64(); }),
-                  "Property 'p' holds a string, not a 64-bit integer", "p", PROPERTY_TYPE_STRING, "GetInt64");
-    ExpectRefusal(ExpectThrow<PropertyException>([] { Property("p", 1).GetString(); }),
-                  "Property 'p' holds a 64-bit integer, not a string", "p", PROPERTY_TYPE_INT64, "GetString");
-    ExpectRefusal(ExpectThrow<PropertyException>([] { Property("p").GetRatio(); }),
-                  "Property 'p' holds a group, not a rational", "p", PROPERTY_TYPE_GROUP, "GetRatio");
-    ExpectRefusal(ExpectThrow<PropertyException>([] { Property::None("p").GetInt64(); }),
-                  "Property 'p' holds nothing, not a 64-bit integer", "p", PROPERTY_TYPE_NONE, "GetInt64");
-    ExpectRefusal(ExpectThrow<PropertyException>([] { Property("p", Ratio(1)).GetString(); }),
-                  "Property 'p' holds a rational, not a string", "p", PROPERTY_TYPE_RATIO, "GetString");
-}
-
-TEST(Property, AskingForAMissingChildThrows)
-{
-    Property group = Sample();
-    const Property& constant = group;
-    const std::string text = "Property 'group' has no child 'absent'";
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { group["absent"]; }), text, "group",
-                  PROPERTY_TYPE_GROUP, "operator[]");
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { constant["absent"]; }), text, "group",
-                  PROPERTY_TYPE_GROUP, "operator[]");
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { group.RemoveChild("absent"); }), text, "group",
-                  PROPERTY_TYPE_GROUP, "RemoveChild");
-    const std::string position = "Property 'group' has no child at position 5, it has 5";
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { group[5]; }), position, "group", PROPERTY_TYPE_GROUP,
-                  "operator[]");
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { constant[5]; }), position, "group",
-                  PROPERTY_TYPE_GROUP, "operator[]");
-    EXPECT_EQ(Sample(), group);
-}
-
-TEST(Property, AScalarHasNoChildren)
-{
-    Property number("n", 1);
-    EXPECT_EQ(0u, number.Count());
-    EXPECT_FALSE(number.ChildExists("x"));
-    EXPECT_TRUE(number.FindChild("x") == number.end());
-    EXPECT_TRUE(std::as_const(number).FindChild("x") == std::as_const(number).end());
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { number["x"]; }), "Property 'n' has no child 'x'", "n",
-                  PROPERTY_TYPE_INT64, "operator[]");
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { number[0ul]; }),
-                  "Property 'n' has no child at position 0, it has 0", "n", PROPERTY_TYPE_INT64,
-                  "operator[]");
-    ExpectRefusal(ExpectThrow<PropertyException>([&] { number.RemoveChild("x"); }),
-                  "Property 'n' has no child 'x'", "n", PROPERTY_TYPE_INT64, "RemoveChild");
-}
-
-TEST(Property, AddingChildrenToAScalarThrowsAndChangesNothing)
-{
-    Property number("n", 1);
-    const Property before(number);
-    const auto expect = [&](const std::string& method, auto action) {
-        ExpectNotApplicable(ExpectThrow<MethodIsNotApplicable>(action), method, before);
-        EXPECT_EQ(before, number);
-    };
-    expect("SetChild", [&] { number.SetChild("x"); });
-    expect("SetChild", [&] { number.SetChild("x", Property("y", 1)); });
-    expect("Add", [&] { number.Add(Property("y", 1)); });
-    expect("Add", [&] { number.Add(number); });
-    expect("SetChildT", [&] { number.SetChildT("x", 5LL); });
-    expect("CreateChildT", [&] { number.CreateChildT("x", 5LL); });
-}
-
-TEST(Property, SetChildTRecordsItsFixedLineAndFullSignature)
-{
-    Property none = Property::None("n");
-    const Thrown thrown = ExpectThrow<MethodIsNotApplicable>([&] { none.SetChildT("x", 5LL); });
-    EXPECT_EQ(260, thrown.line);
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
-    const std::string signature = thrown.function.value_or("");
-    EXPECT_EQ(0u, signature.find("Zelnor::Core::Property& Zelnor::Core::Property::SetChildT(const "))
-        << signature;
-    EXPECT_NE(std::string::npos, signature.find("T = long long")) << signature;
-    EXPECT_NE(std::string::npos, thrown.diagnostics.find(signature));
-    EXPECT_FALSE(thrown.description);
-}
-
-TEST(Property, CreateChildTRecordsItsFixedLineAndFullSignature)
-{
-    Property text("n", "text");
-    const Thrown thrown = ExpectThrow<MethodIsNotApplicable>([&] { text.CreateChildT("x", Ratio(1, 2)); });
-    EXPECT_EQ(243, thrown.line);
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
-    const std::string signature = thrown.function.value_or("");
-    EXPECT_EQ(0u, signature.find("Zelnor::Core::Property& Zelnor::Core::Property::CreateChildT(const "))
-        << signature;
-    EXPECT_NE(std::string::npos, signature.find("T = boost::rational<long long")) << signature;
 }
 
 TEST(Property, SetChildTAppendsAndThenChangesInPlace)
@@ -525,8 +406,6 @@ TEST(Property, TemporaryHandsOutValues)
     const std::string& text = Sample()["text"].GetString();
     EXPECT_EQ("a text that is too long to be kept in the string itself", text);
     EXPECT_EQ(5, Sample()[0ul].GetInt64());
-    ExpectRefusal(ExpectThrow<PropertyException>([] { Sample()["absent"]; }),
-                  "Property 'group' has no child 'absent'", "group", PROPERTY_TYPE_GROUP, "operator[]");
 }
 
 TEST(Property, EqualityIsOfNameTypeValueAndChildrenInOrder)
