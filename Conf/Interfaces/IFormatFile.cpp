@@ -7,7 +7,11 @@ IFormatChapterList::~IFormatChapterList() = default;
 
 IFormatFile::IFormatFile() : IFormat(TAG_FORMAT_FILE) {}
 
-IFormatFile::IFormatFile(const IFormatFile& other) : IFormat(other) {}
+IFormatFile::IFormatFile(const IFormatFile& other) : IFormat(TAG_FORMAT_FILE)
+{
+    // Not by the initialiser, which has no say where a derived class initialises the virtual base itself.
+    IFormat::operator=(other);
+}
 
 IFormatFile::~IFormatFile() = default;
 

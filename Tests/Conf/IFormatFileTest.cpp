@@ -101,6 +101,54 @@ TEST(IFormatFile, ACloneTakesTheRecordsNameToo)
     EXPECT_EQ(file->Clone()->GetProperty().GetName(), "renamed");
 }
 
+/// Copies as the author of a derived class may: the virtual base is his to initialise, and he forgot it.
+class Movie : public IFormatFile
+{
+public:
+    Movie() : IFormat("movie") {}
+    Movie(const Movie& other) : IFormat("x"), IFormatFile(other) {}
+};
+
+/// Another way to the one base.
+class Titled : public virtual IFormat
+{
+public:
+    Titled() : IFormat("titled") {}
+};
+
+class TitledFile : public Titled, public IFormatFile
+{
+public:
+    TitledFile() : IFormat("titled file") {}
+    TitledFile(const TitledFile& other) : IFormat("x"), Titled(), IFormatFile(other) {}
+    int AddRef() const override { return IFormatFile::AddRef(); }
+    int GetRefCount() const override { return IFormatFile::GetRefCount(); }
+    int Release() const override { return IFormatFile::Release(); }
+};
+
+template <class File>
+void ExpectCopiedWhole()
+{
+    const boost::intrusive_ptr<File> file = new File();
+    Property metadata("metadata");
+    metadata.SetChildT("title", std::string("A film"));
+    file->SetMetadata(metadata);
+    file->GetInternalProperties().put("runtime", "yes");
+    const boost::intrusive_ptr<File> copy = new File(*file);
+    EXPECT_EQ(copy->GetProperty(), file->GetProperty());
+    EXPECT_EQ(copy->GetInternalProperties(), file->GetInternalProperties());
+    EXPECT_EQ(copy->GetRefCount(), 1);
+    copy->SetMetadata(Property("metadata"));
+    EXPECT_EQ(file->GetMetadata(), metadata);
+}
+
+TEST(IFormatFile, ACopyIsWholeAlsoWhereADerivedClassInitialisesTheBaseOtherwise)
+{
+    ExpectCopiedWhole<Movie>();
+}
+
+TEST(IFormatFile, ACopyIsWholeAlsoInADiamond) { ExpectCopiedWhole<TitledFile>(); }
+
 TEST(IFormatFile, ACopyCountsItsOwnReferences)
 {
     const auto file = IFormatFile::Create();
