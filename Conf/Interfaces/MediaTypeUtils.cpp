@@ -158,8 +158,8 @@ std::string GetFormatExtentionTip(const std::string& groupId)
 std::string GetDefaultFileExtensionForContainer(const std::string& containerName)
 {
     std::string name = containerName;
-    const std::locale global;
-    std::use_facet<std::ctype<char>>(global).tolower(name.data(), name.data() + name.size());
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [global = std::locale()](char c) { return std::tolower(c, global); });
     for (const Container& container : kContainers)
     {
         if (*container.name == name)
