@@ -16,6 +16,23 @@ namespace
 
 using Core::Property;
 
+Property WithoutStreams(const Property& preset)
+{
+    if (preset.GetType() != PROPERTY_TYPE_GROUP)
+    {
+        return preset;
+    }
+    Property record(preset.GetName());
+    for (const Property& child : preset)
+    {
+        if (child.GetName() != IPreset::KEY_STREAMS)
+        {
+            record.Add(child);
+        }
+    }
+    return record;
+}
+
 } // namespace
 
 Property ITranscodingMetaGraph::GetControlledBy(unsigned int index)
@@ -40,11 +57,7 @@ Property ITranscodingMetaGraph::MakeOutFileDescription(const boost::intrusive_pt
     {
         ZELNOR_THROW(kGraphUnit, std::invalid_argument("preset is NULL"));
     }
-    Property record = preset->GetProperty();
-    if (record.ChildExists(IPreset::KEY_STREAMS))
-    {
-        record.RemoveChild(IPreset::KEY_STREAMS);
-    }
+    Property record = WithoutStreams(preset->GetProperty());
     record.SetChildT(KEY_FILEPATH, path.utf8string());
     if (losslessDvd)
     {

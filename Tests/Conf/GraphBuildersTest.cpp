@@ -114,6 +114,36 @@ TEST(MakeOutFileDescription, IsThePresetWithoutItsStreamsAndWithThePath)
     EXPECT_EQ(preset->GetRefCount(), 1);
 }
 
+TEST(MakeOutFileDescription, LeavesOutEveryListOfStreams)
+{
+    Property record("preset");
+    record.CreateChildT("$$STREAMS$$", 1LL);
+    record.CreateChildT("name", std::string("Mine"));
+    record.Add(Property("$$STREAMS$$"));
+    record.CreateChildT("name", std::string("Again"));
+    record.CreateChildT("$$STREAMS$$", std::string("last"));
+    Property expected("preset");
+    expected.CreateChildT("name", std::string("Mine"));
+    expected.CreateChildT("name", std::string("Again"));
+    expected.CreateChildT("filePath", std::string("x"));
+    EXPECT_EQ(Graph::MakeOutFileDescription(FakePreset::Create(record), "x", false), expected);
+}
+
+TEST(MakeOutFileDescription, NeedsTimeInProportionToThePreset)
+{
+    constexpr int kChildren = 200'000;
+    Property record("preset");
+    for (int i = 0; i < kChildren; ++i)
+    {
+        record.CreateChildT("name", 1LL);
+    }
+    for (int i = 0; i < kChildren; ++i)
+    {
+        record.CreateChildT("$$STREAMS$$", 1LL);
+    }
+    EXPECT_EQ(Graph::MakeOutFileDescription(FakePreset::Create(record), "x", false).Count(), kChildren + 1u);
+}
+
 TEST(MakeOutFileDescription, TakesAPresetWithoutStreamsAsItIs)
 {
     Property expected("preset");
