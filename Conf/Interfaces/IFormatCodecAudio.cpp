@@ -1,5 +1,7 @@
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 
+#include "Conf/Private/SetChildren.h"
+
 namespace Zelnor::Conf
 {
 
@@ -45,7 +47,7 @@ bool IFormatCodecAudio::ExistsLanguage() const
 
 SampleFormats IFormatCodecAudio::GetSampleFormat() const
 {
-    return SampleFmtRecord::Find(GetProperty()[TAG_SAMPLE_FORMAT].GetString())->format;
+    return SampleFmtRecord::Find(m_property[TAG_SAMPLE_FORMAT].GetString())->format;
 }
 
 void IFormatCodecAudio::SetSampleFormat(SampleFormats format)
@@ -55,7 +57,7 @@ void IFormatCodecAudio::SetSampleFormat(SampleFormats format)
 
 ChannelLayout IFormatCodecAudio::GetChannelLayout() const
 {
-    return LayoutRecord::Find(GetProperty()[TAG_LAYOUT].GetString())->layout;
+    return LayoutRecord::Find(m_property[TAG_LAYOUT].GetString())->layout;
 }
 
 void IFormatCodecAudio::SetChannelLayout(ChannelLayout layout)
@@ -75,9 +77,9 @@ SampleInfo IFormatCodecAudio::GetSampleInfo() const
 
 void IFormatCodecAudio::SetSampleInfo(const SampleInfo& info)
 {
-    m_property.SetChildT(TAG_SAMPLE_FORMAT, info.sampleFormat->textId);
-    m_property.SetChildT(TAG_LAYOUT, *info.channelLayout->textId);
-    m_property.SetChildT<long long>(TAG_SAMPLE_RATE, info.sampleRate);
+    SetChildren(m_property, {{TAG_SAMPLE_FORMAT, info.sampleFormat->textId},
+                             {TAG_LAYOUT, *info.channelLayout->textId},
+                             {TAG_SAMPLE_RATE, info.sampleRate}});
 }
 
 } // namespace Zelnor::Conf

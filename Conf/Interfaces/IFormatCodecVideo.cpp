@@ -1,5 +1,7 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
+#include "Conf/Private/SetChildren.h"
+
 #include <boost/rational.hpp>
 
 #include <numeric>
@@ -75,10 +77,9 @@ boost::intrusive_ptr<IFormatCodec> IFormatCodecVideo::CloneBase() const { return
 void IFormatCodecVideo::InitByPixelAspect(std::uint32_t width, std::uint32_t height,
                                           std::uint32_t pixelAspectX, std::uint32_t pixelAspectY)
 {
-    m_property.SetChildT<long long>(TAG_WIDTH, width);
-    m_property.SetChildT<long long>(TAG_HEIGHT, height);
-    m_property.SetChildT<long long>(TAG_ASPECTX, pixelAspectX);
-    m_property.SetChildT<long long>(TAG_ASPECTY, pixelAspectY);
+    SetChildren(
+        m_property,
+        {{TAG_WIDTH, width}, {TAG_HEIGHT, height}, {TAG_ASPECTX, pixelAspectX}, {TAG_ASPECTY, pixelAspectY}});
 }
 
 void IFormatCodecVideo::InitByFrameAspect(std::uint32_t width, std::uint32_t height,

@@ -1,5 +1,6 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 
+#include "Tests/Support/FailingAllocation.h"
 #include "Tests/Support/Graphs.h"
 
 #include <gtest/gtest.h>
@@ -8,23 +9,29 @@
 #include <new>
 #include <utility>
 
+namespace Zelnor::Testing
+{
+
+thread_local long long g_allocationsLeft = -1;
+
+} // namespace Zelnor::Testing
+
 namespace
 {
 
-/// How many allocations still succeed; negative when none shall fail.
-thread_local long long s_allocationsLeft = -1;
+using Zelnor::Testing::g_allocationsLeft;
 
 void* Allocate(std::size_t size)
 {
-    if (s_allocationsLeft == 0)
+    if (g_allocationsLeft == 0)
     {
         // Only one fails: what is done about it may need memory.
-        s_allocationsLeft = -1;
+        g_allocationsLeft = -1;
         throw std::bad_alloc();
     }
-    if (s_allocationsLeft > 0)
+    if (g_allocationsLeft > 0)
     {
-        --s_allocationsLeft;
+        --g_allocationsLeft;
     }
     if (void* const memory = std::malloc(size == 0 ? 1 : size))
     {
@@ -58,19 +65,13 @@ int FailEveryAllocation(const ITranscodingMetaGraph& graph, Action&& action, Che
     const NodeId counter = graph.GetNodesCount();
     for (int failures = 0;; ++failures)
     {
-        s_allocationsLeft = failures;
-        try
+        if (RunWithFailure(failures, action))
         {
-            action();
-            s_allocationsLeft = -1;
             return failures;
         }
-        catch (const std::bad_alloc&)
-        {
-            EXPECT_EQ(JsonOf(graph), before);
-            EXPECT_EQ(graph.GetNodesCount(), counter);
-            checkAfterFailure();
-        }
+        EXPECT_EQ(JsonOf(graph), before);
+        EXPECT_EQ(graph.GetNodesCount(), counter);
+        checkAfterFailure();
     }
 }
 
@@ -146,11 +147,11 @@ TEST(GraphMemory, ASlaveStreamIsAddedAsAWholeOrNotAtAll)
         int failures = 0;
         for (bool done = false; !done; ++failures)
         {
-            s_allocationsLeft = failures;
+            g_allocationsLeft = failures;
             try
             {
                 ITranscodingMetaGraph::AddSlaveStreamIndex(target, settings, 7);
-                s_allocationsLeft = -1;
+                g_allocationsLeft = -1;
                 done = true;
             }
             catch (const std::bad_alloc&)

@@ -102,6 +102,26 @@ TEST(IFormatCodecAudio, AValueWithoutARecordIsRefusedAndChangesNothing)
     EXPECT_EQ(audio->GetProperty(), before);
 }
 
+/// Shows callers another record than its own.
+class Disguised : public IFormatCodecAudio
+{
+public:
+    const Property& GetProperty() const override { return m_shown; }
+
+private:
+    Property m_shown{"format_codec_audio"};
+};
+
+TEST(IFormatCodecAudio, EveryGetterReadsTheDescriptorsOwnRecord)
+{
+    const boost::intrusive_ptr<Disguised> audio = new Disguised();
+    audio->SetSampleInfo(MakeInfo(SAMPLE_FMT_FLTP, 48000, CH_LAYOUT_QUAD));
+    EXPECT_EQ(audio->GetSampleInfo().sampleFormat->format, SAMPLE_FMT_FLTP);
+    EXPECT_EQ(audio->GetSampleFormat(), SAMPLE_FMT_FLTP);
+    EXPECT_EQ(audio->GetSampleInfo().channelLayout->layout, CH_LAYOUT_QUAD);
+    EXPECT_EQ(audio->GetChannelLayout(), CH_LAYOUT_QUAD);
+}
+
 TEST(IFormatCodecAudio, SampleInfoIsStoredInOrder)
 {
     const auto audio = IFormatCodecAudio::Create();
