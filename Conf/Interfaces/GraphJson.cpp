@@ -188,22 +188,28 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
     }
 }
 
-void ITranscodingMetaGraph::GrahpImpl::CheckRecords() const
+std::string ITranscodingMetaGraph::GrahpImpl::GetSaveRefusal() const
 {
-    constexpr int kWrappers = 1;
-    for (const auto& node : m_nodes)
+    std::string refusal;
+    for (auto node = m_nodes.begin(); refusal.empty() && node != m_nodes.end(); ++node)
     {
-        Core::CheckDepth(node->meta.data, kWrappers);
+        refusal = Core::GetSaveRefusal((*node)->meta.data, {DATA});
     }
-    for (const Link& link : m_links)
+    for (auto link = m_links.begin(); refusal.empty() && link != m_links.end(); ++link)
     {
-        Core::CheckDepth(link.meta.data, kWrappers);
+        refusal = Core::GetSaveRefusal(link->meta.data, {DATA});
     }
+    return refusal;
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Save(Core::IDataOutput& out) const
 {
-    CheckRecords();
+    if (const std::string refusal = GetSaveRefusal(); !refusal.empty())
+    {
+        Core::PropertyException exception;
+        exception << TagDescription(refusal);
+        ZELNOR_THROW(kGraphUnit, exception);
+    }
     DocumentWriter writer(out);
     writer.BeginObject();
     writer.BeginArray(VERTICES);

@@ -112,7 +112,8 @@ private:
 
     void LoadNode(rapidjson::Value& element);
     void LoadLink(rapidjson::Value& element);
-    void CheckRecords() const;
+    /// Why the first record that cannot be saved is refused; empty when all can.
+    std::string GetSaveRefusal() const;
 
     Topology GetTopology() const;
 

@@ -5,8 +5,9 @@
 
 #include <rapidjson/rapidjson.h>
 
-#include <cstdint>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace Zelnor::Core
 {
@@ -14,6 +15,11 @@ namespace Zelnor::Core
 /// Whether no two children of `group` have the same name, so that it may be a JSON object. Linear in the
 /// children.
 ZELNOR_API bool HasDistinctNames(const Property& group);
+
+/// Why a reader would refuse `record` inside groups of the names `wrappers`, the outermost first, with the way
+/// to the place: "data.source.metadata: groups are nested deeper than 512". Empty when it would not.
+ZELNOR_API std::string GetSaveRefusal(const Property& record,
+                                      std::initializer_list<std::string_view> wrappers = {});
 
 /// \throw PropertyException when groups are nested deeper in `record` than a reader accepts. `wrappers` is
 ///   the number of groups that will be put around it.

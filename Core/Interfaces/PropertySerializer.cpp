@@ -35,31 +35,68 @@ struct Place
     int groups;
 };
 
-/// "data.inputs[2].bitrate"
-std::string PathTo(const Place* place)
+/// The text of a way through a document: "data.inputs[2].bitrate".
+class Path
+{
+public:
+    void AddName(std::string_view name)
+    {
+        // Documents nest 512 groups at most, but nothing bounds their names.
+        constexpr std::size_t kLongest = 256;
+        m_text += m_isEmpty ? "" : ".";
+        m_text += name.size() > kLongest ? std::string(BeginningOf(name, kLongest)) + "..." : name;
+        m_isEmpty = false;
+    }
+
+    void AddIndex(std::size_t index)
+    {
+        m_text += '[' + std::to_string(index) + ']';
+        m_isEmpty = false;
+    }
+
+    /// "data.inputs[2].bitrate: a rational with the denominator 0"
+    std::string Refusal(const std::string& reason) const
+    {
+        return (m_text.empty() ? "record" : m_text) + ": " + reason;
+    }
+
+private:
+    static std::string_view BeginningOf(std::string_view name, std::size_t size)
+    {
+        const auto continuesCharacter = [](char c) {
+            return (static_cast<unsigned char>(c) & 0xC0u) == 0x80u;
+        };
+        while (size > 0 && continuesCharacter(name[size]))
+        {
+            --size;
+        }
+        return name.substr(0, size);
+    }
+
+    std::string m_text;
+    bool m_isEmpty = true;
+};
+
+Path PathTo(const Place* place)
 {
     boost::container::small_vector<const Place*, 16> way;
     for (; place != nullptr; place = place->parent)
     {
         way.push_back(place);
     }
-    std::string path;
+    Path path;
     for (auto step = way.rbegin(); step != way.rend(); ++step)
     {
         if ((*step)->index)
         {
-            path += '[' + std::to_string(*(*step)->index) + ']';
-            continue;
+            path.AddIndex(*(*step)->index);
         }
-        path += step == way.rbegin() ? "" : ".";
-        path += (*step)->name;
+        else
+        {
+            path.AddName((*step)->name);
+        }
     }
     return path;
-}
-
-std::string Refusal(const std::string& path, const std::string& reason)
-{
-    return (path.empty() ? "record" : path) + ": " + reason;
 }
 
 std::string_view TextOf(const rapidjson::Value& json) { return {json.GetString(), json.GetStringLength()}; }
@@ -140,7 +177,7 @@ public:
 private:
     bool Refuse(const Place* place, const std::string& reason)
     {
-        m_refusal = Refusal(PathTo(place), reason);
+        m_refusal = PathTo(place).Refusal(reason);
         return false;
     }
 
@@ -256,30 +293,66 @@ const char* ReasonAgainst(const Property& property, int depth)
     return isGroup && depth > PropertySerializer::kMaxDepth ? kTooDeep : nullptr;
 }
 
-/// What stands against `record`, inside that many groups, in a document; null if nothing does.
-const char* ReasonAgainstAll(const Property& record, int wrappers)
+/// The children of an open group that are still to come.
+struct Level
 {
-    struct Level
-    {
-        const Property* group;
-        int depth;
-    };
+    Property::const_iterator next;
+    Property::const_iterator end;
+};
+
+using Levels = boost::container::small_vector<Level, 16>;
+
+/// What stands against `record`, inside that many groups, in a document; null if nothing does. `open` then
+/// holds the way to the place: on each level, the child before the next one.
+const char* FindReason(const Property& record, int wrappers, Levels& open)
+{
     const char* reason = ReasonAgainst(record, wrappers + 1);
-    boost::container::small_vector<Level, 16> pending{{&record, wrappers + 1}};
-    while (reason == nullptr && !pending.empty())
+    if (reason == nullptr)
     {
-        const Level level = pending.back();
-        pending.pop_back();
-        for (auto child = level.group->begin(); reason == nullptr && child != level.group->end(); ++child)
+        open.push_back({record.begin(), record.end()});
+    }
+    while (reason == nullptr && !open.empty())
+    {
+        Level& level = open.back();
+        if (level.next == level.end)
         {
-            reason = ReasonAgainst(*child, level.depth + 1);
-            if (child->Count() != 0)
-            {
-                pending.push_back({&*child, level.depth + 1});
-            }
+            open.pop_back();
+            continue;
+        }
+        const Property& child = *level.next++;
+        reason = ReasonAgainst(child, wrappers + static_cast<int>(open.size()) + 1);
+        if (reason == nullptr && child.Count() != 0)
+        {
+            open.push_back({child.begin(), child.end()});
         }
     }
     return reason;
+}
+
+/// What `PropertySerializer` says against `record` in that many groups, whose names `path` holds; empty if
+/// nothing.
+std::string FindRefusal(const Property& record, int wrappers, Path path)
+{
+    Levels open;
+    const char* const reason = FindReason(record, wrappers, open);
+    if (reason == nullptr)
+    {
+        return {};
+    }
+    path.AddName(record.GetName());
+    const Property* group = &record;
+    for (const Level& level : open)
+    {
+        const Property::const_iterator child = std::prev(level.next);
+        // As the document would have it.
+        if (!HasDistinctNames(*group))
+        {
+            path.AddIndex(static_cast<std::size_t>(std::distance(group->begin(), child)));
+        }
+        path.AddName(child->GetName());
+        group = &*child;
+    }
+    return path.Refusal(reason);
 }
 
 } // namespace
@@ -306,11 +379,21 @@ bool HasDistinctNames(const Property& group)
                        [&names](const Property& child) { return names.insert(child.GetName()).second; });
 }
 
+std::string GetSaveRefusal(const Property& record, std::initializer_list<std::string_view> wrappers)
+{
+    Path path;
+    for (const std::string_view wrapper : wrappers)
+    {
+        path.AddName(wrapper);
+    }
+    return FindRefusal(record, static_cast<int>(wrappers.size()), std::move(path));
+}
+
 void CheckDepth(const Property& record, int wrappers)
 {
-    if (const char* const reason = ReasonAgainstAll(record, wrappers))
+    if (const std::string refusal = FindRefusal(record, wrappers, {}); !refusal.empty())
     {
-        ZELNOR_THROW(kUnit, RefusalException(Refusal(record.GetName(), reason)));
+        ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
 }
 
@@ -333,9 +416,9 @@ void PropertySerializer::Load(Property& property, rapidjson::Value& json)
 void PropertySerializer::Save(const Property& property, rapidjson::Value& json,
                               rapidjson::Document::AllocatorType& allocator)
 {
-    if (const char* const reason = ReasonAgainstAll(property, 0))
+    if (const std::string refusal = FindRefusal(property, 0, {}); !refusal.empty())
     {
-        ZELNOR_THROW(kUnit, RefusalException(Refusal(property.GetName(), reason)));
+        ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
     rapidjson::Document document(&allocator);
     const auto generate = [&property](rapidjson::Document& handler) {

@@ -27,11 +27,13 @@ public:
     /// Makes `property` the record that `json` holds, name included. JSON null makes it an empty group under
     /// its own name.
     /// \throw PropertyException when `json` is not of the form above; the description begins with the way to
-    ///   the place ("data.source.bitrate: ...", "inputs[2].bitrate: ..."). `property` stays as it was.
+    ///   the place ("data.source.bitrate: ...", "inputs[2].bitrate: ..."), in which the first 256 bytes of a
+    ///   longer name stand for it. `property` stays as it was.
     static void Load(Property& property, rapidjson::Value& json);
 
     /// Makes `json` the record of `property`; strings are copied into `allocator`.
-    /// \throw PropertyException when `Load` would refuse the result; `json` stays as it was.
+    /// \throw PropertyException when `Load` would refuse the result, with the same description; `json` stays as
+    ///   it was.
     static void Save(const Property& property, rapidjson::Value& json,
                      rapidjson::Document::AllocatorType& allocator);
 };

@@ -342,7 +342,7 @@ TEST(PropertySerializer, Takes512NestedGroupsAndNotOneMore)
         const Property tooDeep = Nested(513, withLeaf);
         const Thrown thrown = ExpectThrow<PropertyException>(
             [&] { PropertySerializer::Save(tooDeep, document, document.GetAllocator()); });
-        EXPECT_EQ("g: groups are nested deeper than 512", thrown.description);
+        EXPECT_EQ(Repeated(512, "g.") + "g: groups are nested deeper than 512", thrown.description);
         EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
         EXPECT_NE(std::string::npos, thrown.function.value_or("").find("PropertySerializer::Save("))
             << thrown.function.value_or("");
@@ -391,13 +391,76 @@ TEST(PropertyEvents, WritesARecordStraightToAWriter)
     EXPECT_EQ(record, Load(buffer.GetString()));
 }
 
+/// The description with which `record` is refused when it is saved.
+std::string SaveRefusalOf(const Property& record)
+{
+    rapidjson::Document document;
+    const Thrown thrown = ExpectThrow<PropertyException>(
+        [&] { PropertySerializer::Save(record, document, document.GetAllocator()); });
+    return thrown.description.value_or("");
+}
+
+const std::string kTooDeep = ": groups are nested deeper than 512";
+
+TEST(PropertySerializer, SaveSaysTheWayToThePlaceAsLoadDoes)
+{
+    Property record("data");
+    record.CreateChildT("before", 1LL);
+    record.SetChild("source").SetChild("fine");
+    record["source"].Add(Nested(511, true));
+    record.SetChild("after");
+    EXPECT_EQ(SaveRefusalOf(record), "data.source" + Repeated(511, ".g") + kTooDeep);
+    // Equal names make the group a list, in which positions tell them apart.
+    record["source"].SetChild("g2");
+    record["source"].Add(Property("fine", 5));
+    EXPECT_EQ(SaveRefusalOf(record), "data.source[1]" + Repeated(511, ".g") + kTooDeep);
+}
+
+TEST(PropertySerializer, SaveNamesTheFirstPlaceOfSeveral)
+{
+    Property record("r");
+    record.SetChild("a").SetChild("b");
+    record["a"].SetChild("c").Add(Nested(512, false));
+    record.SetChild("z").Add(Nested(600, false));
+    EXPECT_EQ(SaveRefusalOf(record), "r.a.c" + Repeated(510, ".g") + kTooDeep);
+}
+
+TEST(PropertySerializer, LongNamesInAWayAreCutBetweenCharacters)
+{
+    const std::string euro = "\xE2\x82\xAC";
+    Property record(std::string(256, 'x'));
+    record.SetChild(std::string(255, 'y') + euro).SetChild(Repeated(1'000'000, euro)).Add(Nested(510, false));
+    EXPECT_EQ(SaveRefusalOf(record), std::string(256, 'x') + "." + std::string(255, 'y') + "..." + "." +
+                                         Repeated(85, euro) + "..." + Repeated(510, ".g") + kTooDeep);
+}
+
+TEST(PropertySerializer, SaveFindsThePlaceInTimeInProportionToTheRecord)
+{
+    Property record("r");
+    for (int i = 0; i < 50'000; ++i)
+    {
+        record.SetChild("g").CreateChildT("n", 1LL);
+        record.Add(Property("list"));
+    }
+    record.Add(Nested(512, false));
+    EXPECT_EQ(SaveRefusalOf(record), "r[50001]" + Repeated(512, ".g") + kTooDeep);
+}
+
+TEST(GetSaveRefusal, NamesTheWrappers)
+{
+    EXPECT_EQ(GetSaveRefusal(Nested(512, true)), "");
+    EXPECT_EQ(GetSaveRefusal(Nested(511, true), {"data"}), "");
+    EXPECT_EQ(GetSaveRefusal(Nested(511, true), {"a", "b"}), "a.b" + Repeated(511, ".g") + kTooDeep);
+    EXPECT_EQ(GetSaveRefusal(Property("n", 1), {"data"}), "");
+}
+
 TEST(CheckDepth, CountsTheWrappers)
 {
     EXPECT_NO_THROW(CheckDepth(Nested(512, true), 0));
     EXPECT_NO_THROW(CheckDepth(Nested(511, true), 1));
     EXPECT_NO_THROW(CheckDepth(Property("n", 1), 512));
     const Thrown thrown = ExpectThrow<PropertyException>([] { CheckDepth(Nested(512, true), 1); });
-    EXPECT_EQ("g: groups are nested deeper than 512", thrown.description);
+    EXPECT_EQ(thrown.description, Repeated(511, "g.") + "g: groups are nested deeper than 512");
     EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
 }
 
