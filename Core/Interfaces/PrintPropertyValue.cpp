@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Zelnor::Core
 {
@@ -46,21 +48,61 @@ std::size_t Utf8Length(std::string_view text)
     return 0;
 }
 
-void AppendOctal(unsigned char byte, std::string& out)
+/// Whether a UTF-8 sequence is a character that nobody sees but that a terminal obeys, or that changes the
+/// order in which its neighbours are shown: a text could look like another one.
+bool IsHidden(std::string_view sequence)
 {
-    out += '\\';
-    out += static_cast<char>('0' + (byte >> 6));
-    out += static_cast<char>('0' + ((byte >> 3) & 7));
-    out += static_cast<char>('0' + (byte & 7));
+    if (sequence.size() == 1)
+    {
+        return static_cast<unsigned char>(sequence[0]) < 0x20 || sequence[0] == 0x7F;
+    }
+    // The C1 controls U+0080 to U+009F; the bidirectional marks U+061C, U+200E and U+200F, embeddings and
+    // overrides U+202A to U+202E, and isolates U+2066 to U+2069. UTF-8 keeps the order of the numbers.
+    constexpr std::pair<std::string_view, std::string_view> kRanges[] = {
+        {"\xC2\x80", "\xC2\x9F"},         {"\xD8\x9C", "\xD8\x9C"},         {"\xE2\x80\x8E", "\xE2\x80\x8F"},
+        {"\xE2\x80\xAA", "\xE2\x80\xAE"}, {"\xE2\x81\xA6", "\xE2\x81\xA9"},
+    };
+    return std::any_of(std::begin(kRanges), std::end(kRanges), [sequence](const auto& range) {
+        return range.first <= sequence && sequence <= range.second;
+    });
+}
+
+/// Each byte with three digits, so that a digit behind it cannot be taken for a part of it.
+void AppendOctal(std::string_view bytes, std::string& out)
+{
+    for (const char c : bytes)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        out += '\\';
+        out += static_cast<char>('0' + (byte >> 6));
+        out += static_cast<char>('0' + ((byte >> 3) & 7));
+        out += static_cast<char>('0' + (byte & 7));
+    }
+}
+
+/// Appends the character at the beginning of `text`, or its first byte when that is not UTF-8.
+/// \returns how many bytes that were
+std::size_t AppendCharacter(std::string_view text, std::string& out)
+{
+    const std::size_t length = Utf8Length(text);
+    const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+    if (length == 0 || IsHidden(character))
+    {
+        AppendOctal(character, out);
+    }
+    else
+    {
+        out += character;
+    }
+    return character.size();
 }
 
 void AppendEscaped(std::string_view text, std::string& out)
 {
     while (!text.empty())
     {
-        const char c = text.front();
         std::size_t length = 1;
-        switch (c)
+        switch (text.front())
         {
         case '"':
             out += "\\\"";
@@ -78,17 +120,7 @@ void AppendEscaped(std::string_view text, std::string& out)
             out += "\\t";
             break;
         default:
-            length = Utf8Length(text);
-            if (length == 0 || static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-            {
-                // Always three digits, so that a digit behind it cannot be taken for a part of it.
-                AppendOctal(static_cast<unsigned char>(c), out);
-                length = 1;
-            }
-            else
-            {
-                out += text.substr(0, length);
-            }
+            length = AppendCharacter(text, out);
         }
         text.remove_prefix(length);
     }

@@ -12,8 +12,9 @@ namespace Zelnor::Core
 /// group as `name:` with its children below, a rational as `30000/1001`, a property without a value as
 /// `name: null`.
 ///
-/// Quotes, backslashes, control characters and bytes that are no UTF-8 are written as C escapes, so that the
-/// text may stand inside a quoted DOT label. The stream's locale and format flags have no influence.
+/// Quotes, backslashes, control characters (C1 and bidirectional ones, too) and bytes that are not UTF-8 are
+/// written as C escapes, so that the text may stand inside a quoted DOT label and looks like what it is. The
+/// stream's locale and format flags have no influence.
 ///
 /// \param indent  levels to begin with; less than 0 counts as 0
 /// \param printName  whether the outermost property's own line is printed; without it its children begin at

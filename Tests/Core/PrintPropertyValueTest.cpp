@@ -100,7 +100,7 @@ TEST(PrintPropertyValue, EscapesInNamesAndValues)
 
 TEST(PrintPropertyValue, KeepsUtf8AndEscapesWhatIsNot)
 {
-    const std::string valid = "\u00e9\u6620\U0001F600\u0080\uD7FF\uE000\U0010FFFF";
+    const std::string valid = "\u00e9\u6620\U0001F600\u00A0\uD7FF\uE000\U0010FFFF";
     EXPECT_EQ(valid, PrintText(valid));
     EXPECT_EQ("\\377x", PrintText("\xff"
                                   "x"));
@@ -113,6 +113,32 @@ TEST(PrintPropertyValue, KeepsUtf8AndEscapesWhatIsNot)
     EXPECT_EQ("\\346\\230", PrintText("\xe6\x98")) << "cut off";
     EXPECT_EQ("\\346\\\"", PrintText("\xe6\"")) << "what follows is escaped by itself";
     EXPECT_EQ("\\303\u00e9", PrintText("\xc3\u00e9")) << "the character behind it is whole";
+}
+
+TEST(PrintPropertyValue, EscapesTheC1Controls)
+{
+    EXPECT_EQ(PrintText("a\xC2\x80 \xC2\x9B \xC2\x9F z"), R"(a\302\200 \302\233 \302\237 z)");
+    // The no-break space that follows them is text.
+    EXPECT_EQ(PrintText("\xC2\xA0"), "\xC2\xA0");
+}
+
+TEST(PrintPropertyValue, EscapesTheBidirectionalControls)
+{
+    EXPECT_EQ(PrintText("\xD8\x9C"), R"(\330\234)");
+    EXPECT_EQ(PrintText("\xE2\x80\x8E\xE2\x80\x8F"), R"(\342\200\216\342\200\217)");
+    EXPECT_EQ(PrintText("\xE2\x80\xAA\xE2\x80\xAE"), R"(\342\200\252\342\200\256)");
+    EXPECT_EQ(PrintText("\xE2\x81\xA6\xE2\x81\xA9"), R"(\342\201\246\342\201\251)");
+    EXPECT_EQ(Print(Property("fi\xE2\x80\xAEtxe.le")), "fi\\342\\200\\256txe.le:\n");
+}
+
+TEST(PrintPropertyValue, KeepsTheNeighboursOfTheBidirectionalControls)
+{
+    for (const std::string text :
+         {"\xD8\x9B", "\xD8\x9D", "\xE2\x80\x8D", "\xE2\x80\x90", "\xE2\x80\xA9", "\xE2\x80\xAF",
+          "\xE2\x81\xA5", "\xE2\x81\xAA", "\xF0\x9F\x8E\xAC", "\xD7\x90 \xD8\xA7"})
+    {
+        EXPECT_EQ(PrintText(text), text);
+    }
 }
 
 TEST(PrintPropertyValue, IsNotChangedByTheStreamsLocaleAndFlags)
