@@ -5,6 +5,7 @@
 
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace Zelnor::Conf
 {
@@ -20,36 +21,54 @@ bool IsTrivial(const Property& record, std::string_view emptyName)
     return record.GetType() == PROPERTY_TYPE_GROUP && record.Count() == 0 && record.GetName() == emptyName;
 }
 
-/// Graphviz refuses a quoted text of more than 16,384 bytes without an escape in it. It drops an escaped line
-/// break, so these may stand wherever needed.
-constexpr std::size_t kLongestStretch = 8192;
-/// It also refuses to draw what is wider than 65,535 points, some 9,000 characters. A line that would not fit
-/// a screen anyway is continued on the next.
-constexpr std::size_t kLongestLine = 1000;
+/// Graphviz refuses a quoted text of more than 16,384 bytes without a backslash in it. It drops an escaped
+/// line break, so these may stand wherever needed.
+constexpr std::size_t kLongestStretch = 16'000;
+/// It also refuses a drawing in which neighbours are more than 65,535 points apart, as two nodes of 3,500 of
+/// the widest letters are. A line that would not fit a screen anyway is continued on the next.
+constexpr std::size_t kLongestLine = 2'700;
 
-/// Copies a quoted text and breaks it where Graphviz needs it, never inside a character or an escape.
-void AppendBroken(const std::string& quoted, std::string& text)
+/// Length of the escape or UTF-8 character at the beginning of a printed text.
+std::size_t CharacterLength(std::string_view text)
+{
+    if (text.front() == '\\')
+    {
+        const bool isOctal = text.size() > 1 && text[1] >= '0' && text[1] <= '7';
+        return isOctal ? 4 : 2;
+    }
+    std::size_t length = 1;
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0u) == 0x80u)
+    {
+        ++length;
+    }
+    return length;
+}
+
+/// Copies a printed text and breaks it where Graphviz needs it, never inside a character or an escape.
+void AppendBroken(std::string_view printed, std::string& text)
 {
     std::size_t line = 0;
     std::size_t stretch = 0;
-    bool escaped = false;
-    for (const char c : quoted)
+    while (!printed.empty())
     {
-        const bool mayBreak = !escaped && (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
-        if (mayBreak && line >= kLongestLine && c != '\n')
+        const std::string_view character = printed.substr(0, CharacterLength(printed));
+        const bool endsLine = character == "\n" || character == "\\n";
+        if (line == kLongestLine && !endsLine)
         {
             text += "\\n";
-            line = stretch = 0;
+            line = 0;
+            stretch = 1;
         }
-        if (mayBreak && stretch >= kLongestStretch)
+        const bool isEscape = character.front() == '\\';
+        if (stretch + character.size() > kLongestStretch && !isEscape)
         {
             text += "\\\n";
-            stretch = 0;
+            stretch = 1;
         }
-        text += c;
-        escaped = c == '\\' && !escaped;
-        line = c == '\n' ? 0 : line + 1;
-        stretch = escaped ? 0 : stretch + 1;
+        text += character;
+        line = endsLine ? 0 : line + 1;
+        stretch = isEscape ? character.size() - 1 - character.rfind('\\') : stretch + character.size();
+        printed.remove_prefix(character.size());
     }
 }
 
@@ -57,6 +76,8 @@ void AppendBroken(const std::string& quoted, std::string& text)
 void AppendRecord(const Property& record, std::string& text)
 {
     std::ostringstream os;
+    // Otherwise the stream would take a failed allocation for the end of the text.
+    os.exceptions(std::ios_base::badbit);
     Core::PrintPropertyValue(record, 0, os, true, true);
     AppendBroken(os.str(), text);
 }

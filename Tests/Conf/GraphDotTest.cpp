@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace Zelnor::Conf
 {
@@ -243,21 +244,133 @@ TEST(GraphDot, DrawsReferencesToSurrogatesSoThatGraphvizAcceptsThem)
     Dot::Reprint(DotOf(*graph));
 }
 
-TEST(GraphDot, BreaksNoLineOfAThousandBytes)
+/// The label of the one node of a graph, whose record is `record`, without "Node Id: 1".
+std::string LabelOf(const Property& record)
 {
-    const std::string longest(1000 - 3, 'x');
     const GraphPtr graph = ITranscodingMetaGraph::Create();
-    graph->AddNode(Property("k", longest));
-    EXPECT_NE(DotOf(*graph).find("\nk: " + longest + "\n\"];"), std::string::npos);
+    graph->AddNode(record);
+    const std::string drawing = DotOf(*graph);
+    const std::string begin = "digraph G {\n0[label=\"Node Id: 1\n";
+    const std::string end = "\"];\n}\n";
+    EXPECT_EQ(drawing.substr(0, begin.size()), begin);
+    EXPECT_EQ(drawing.substr(drawing.size() - end.size()), end);
+    return drawing.substr(begin.size(), drawing.size() - begin.size() - end.size());
+}
+
+std::string Times(std::size_t count, const std::string& text)
+{
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        all += text;
+    }
+    return all;
+}
+
+/// With "k: " in front, each draws a line of 2,700 characters.
+constexpr std::size_t kRestOfLine = 2700 - 3;
+
+TEST(GraphDot, BreaksNoLineOf2700Characters)
+{
+    for (const std::string& character : {"x"s, "\xC3\xA9"s, "\xE6\x98\xA0"s, "\xF0\x9F\x8E\xAC"s})
+    {
+        const std::string text = Times(kRestOfLine, character);
+        EXPECT_EQ(LabelOf(Property("k", text)), "k: " + text + "\n");
+    }
+    // An escape is drawn as one character.
+    EXPECT_EQ(LabelOf(Property("k", Times(kRestOfLine, "\""))), "k: " + Times(kRestOfLine, "\\\"") + "\n");
+    EXPECT_EQ(LabelOf(Property("k", Times(kRestOfLine, "\\"))), "k: " + Times(kRestOfLine, "\\\\") + "\n");
+    EXPECT_EQ(LabelOf(Property("k", Times(kRestOfLine, "\x01"))), "k: " + Times(kRestOfLine, "\\001") + "\n");
 }
 
 TEST(GraphDot, ContinuesALongerLineOnTheNext)
 {
-    const GraphPtr graph = ITranscodingMetaGraph::Create();
-    graph->AddNode(Property("k", std::string(2000, 'x')));
-    EXPECT_NE(
-        DotOf(*graph).find("\nk: " + std::string(997, 'x') + "\\n" + std::string(1000, 'x') + "\\nxxx\n\"];"),
-        std::string::npos);
+    EXPECT_EQ(LabelOf(Property("k", std::string(kRestOfLine + 1, 'x'))),
+              "k: " + std::string(kRestOfLine, 'x') + "\\nx\n");
+    EXPECT_EQ(LabelOf(Property("k", std::string(kRestOfLine + 2701, 'x'))),
+              "k: " + std::string(kRestOfLine, 'x') + "\\n" + std::string(2700, 'x') + "\\nx\n");
+    EXPECT_EQ(LabelOf(Property("k", Times(kRestOfLine + 1, "\x01"))),
+              "k: " + Times(kRestOfLine, "\\001") + "\\n\\001\n");
+    EXPECT_EQ(LabelOf(Property("k", Times(kRestOfLine + 1, "\\"))),
+              "k: " + Times(kRestOfLine, "\\\\") + "\\n\\\\\n");
+}
+
+TEST(GraphDot, StartsALineAnewAtEveryLineBreak)
+{
+    const std::string line(2700, 'x');
+    EXPECT_EQ(LabelOf(Property("k", std::string(kRestOfLine, 'x') + "\n" + line + "\n" + line)),
+              "k: " + std::string(kRestOfLine, 'x') + "\\n" + line + "\\n" + line + "\n");
+    Property list("r");
+    list.Add(Property(std::string(2700 - 3, 'a')));
+    list.Add(Property(std::string(2700 - 3, 'b')));
+    EXPECT_EQ(LabelOf(list), "r:\n  " + std::string(2697, 'a') + ":\n  " + std::string(2697, 'b') + ":\n");
+    // A backslash and an "n" of the text are no line break.
+    EXPECT_EQ(LabelOf(Property("k", "\\n" + std::string(kRestOfLine - 1, 'x'))),
+              "k: \\\\n" + std::string(kRestOfLine - 2, 'x') + "\\nx\n");
+}
+
+/// A record whose print is `bytes` long, in short lines without a backslash, and that print.
+std::pair<Property, std::string> ShortLines(std::size_t bytes)
+{
+    const std::string line = "  child: " + std::string(90, 'x') + "\n";
+    Property record("r");
+    std::string print = "r:\n";
+    while (print.size() + 2 * line.size() < bytes)
+    {
+        record.Add(Property("child", std::string(90, 'x')));
+        print += line;
+    }
+    const std::string name(bytes - print.size() - 4, 'y');
+    record.Add(Property(name));
+    return {record, print + "  " + name + ":\n"};
+}
+
+TEST(GraphDot, BreaksNoStretchOf16000Bytes)
+{
+    const auto [record, print] = ShortLines(16'000);
+    ASSERT_EQ(print.size(), 16'000u);
+    EXPECT_EQ(LabelOf(record), print);
+}
+
+TEST(GraphDot, BreaksALongerStretchWhereGraphvizDropsIt)
+{
+    const auto [record, print] = ShortLines(32'000);
+    ASSERT_EQ(print.size(), 32'000u);
+    EXPECT_EQ(LabelOf(record), print.substr(0, 16'000) + "\\\n" + print.substr(16'000, 15'999) + "\\\n" +
+                                   print.substr(31'999));
+}
+
+TEST(GraphDot, CountsAStretchFromTheLastBackslash)
+{
+    Property record("a\\");
+    const auto [lines, print] = ShortLines(15'000);
+    record.Add(lines);
+    const std::string label = LabelOf(record);
+    EXPECT_EQ(label.find("\\\n"), std::string::npos);
+    EXPECT_GT(label.size(), 15'000u);
+}
+
+TEST(GraphDot, DrawsTheLongestLinesAndStretchesSoThatGraphvizAcceptsThem)
+{
+    if (!Dot::IsInstalled())
+    {
+        GTEST_SKIP() << "no dot";
+    }
+    const std::string wide(kRestOfLine, 'W');
+    for (const Property& record : {Property("k", wide), Property("k", wide + wide), ShortLines(16'000).first,
+                                   ShortLines(50'000).first})
+    {
+        const GraphPtr graph = ITranscodingMetaGraph::Create();
+        graph->AddNode(record);
+        graph->AddNode(record);
+        EXPECT_NE(Dot::Run(DotOf(*graph), "svg").find("</svg>"), std::string::npos) << "neighbours";
+        graph->AddLink(1, 2, record);
+        EXPECT_NE(Dot::Run(DotOf(*graph), "svg").find("</svg>"), std::string::npos) << "a labelled link";
+    }
+    // Graphviz draws the digits of an octal escape.
+    const GraphPtr lone = ITranscodingMetaGraph::Create();
+    lone->AddNode(Property("k", Times(9'000, "\x01")));
+    EXPECT_NE(Dot::Run(DotOf(*lone), "svg").find("</svg>"), std::string::npos);
 }
 
 TEST(GraphDot, BreaksALongTextOfShortLinesWithoutChangingIt)
@@ -317,7 +430,7 @@ TEST(GraphDot, BreaksLongTextsBetweenCharacters)
         EXPECT_EQ(drawing[at - 1], '\xAC');
         ++breaks;
     }
-    EXPECT_GE(breaks, 79u);
+    EXPECT_EQ(breaks, 20'004u / 2700);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "Tests/Support/FailingAllocation.h"
 #include "Tests/Support/Graphs.h"
+#include "Tests/Support/TestStreams.h"
 
 #include <gtest/gtest.h>
 
@@ -162,6 +163,30 @@ TEST(GraphMemory, ASlaveStreamIsAddedAsAWholeOrNotAtAll)
         EXPECT_GT(failures, 5);
     }
     EXPECT_EQ(target["$$MERGE_WITH$$"].Count(), 2u);
+}
+
+TEST(GraphMemory, ADrawingIsWrittenAsAWholeOrNotAtAll)
+{
+    const GraphPtr graph = GraphWithNodes(2);
+    Property record = BigRecord();
+    for (int i = 0; i < 200; ++i)
+    {
+        record.Add(BigRecord());
+    }
+    graph->AddNode(record);
+    graph->AddLink(1, 3, record);
+    const std::string drawing = DotOf(*graph);
+    for (int failures = 0;; ++failures)
+    {
+        TestOutput out;
+        if (RunWithFailure(failures, [&] { graph->SaveInToDot(&out); }))
+        {
+            EXPECT_GT(failures, 10);
+            EXPECT_EQ(out.GetBytes(), drawing);
+            break;
+        }
+        EXPECT_EQ(out.GetBytes(), "") << "after failure of allocation " << failures;
+    }
 }
 
 } // namespace
