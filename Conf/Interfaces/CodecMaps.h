@@ -9,6 +9,15 @@
 #include <utility>
 
 /// \file
+/// \code
+/// assert(CodecIDToTextID(AV_CODEC_ID_H264) == "CODEC_ID_H264");
+/// assert(CodecIDFromTextID("CODEC_ID_MP3") == AV_CODEC_ID_MP3);
+/// assert(GetFFVideoCodecsMap().count(AV_CODEC_ID_H264) == 1);
+/// assert(GetFFAudioCodecsMap().count(AV_CODEC_ID_H264) == 0);
+/// assert(IsAudioBitrateRequired("CODEC_ID_MP3"));
+/// assert(!IsAudioBitrateRequired("CODEC_ID_FLAC"));
+/// \endcode
+///
 /// The bridge between our names of codecs, the `CODEC_ID_` texts, and FFmpeg's numbers. A codec that the
 /// FFmpeg headers of this build have no number for is in none of the tables; where they have one number for
 /// two of our names, the maps know the first. All tables are constant and may be read from any thread.

@@ -8,6 +8,16 @@
 #include <string>
 #include <vector>
 
+/// \file
+/// \code
+/// const auto video = IFormatCodecVideo::Create();
+/// video->InitByFrameAspect(720, 576, 16, 9);
+/// video->SetFrameRate(25, 1);
+/// video->SetPixelFormat(PIX_FMT_YUV420P);
+/// assert(video->GetFrameInfo().ax == 64 && video->GetFrameInfo().ay == 45);
+/// assert(video->GetProperty()["frameRateRatio"].GetRatio() == 25);
+/// \endcode
+
 namespace Zelnor::Conf
 {
 

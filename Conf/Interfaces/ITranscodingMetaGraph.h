@@ -15,6 +15,17 @@
 #include <utility>
 #include <vector>
 
+/// \file
+/// A job that transcodes the first stream of a file: source -> raw stream -> target.
+/// \code
+/// const auto job = ITranscodingMetaGraph::Create();
+/// const NodeId source = job->AddNode(ITranscodingMetaGraph::MakeInFileDescription("holiday.mov"));
+/// const NodeId stream = job->AddNode(ITranscodingMetaGraph::MakeRawStreamDescription(0));
+/// const NodeId target = job->AddNode(Core::Property("target"));
+/// job->AddLink(source, stream, Core::Property());
+/// job->AddLink(stream, target, Core::Property("format_codec_video")); // the settings to encode with
+/// \endcode
+
 namespace Zelnor::Conf
 {
 
