@@ -28,12 +28,12 @@ std::string Hexadecimal(std::uintptr_t number)
     return "0x" + std::string(digits.data(), end);
 }
 
-/// "function + 0x1f (library)", or as much of it as is known.
+/// "function + 0x1f (library)", or as much of that as is known.
 std::string Describe(const void* returnAddress)
 {
     const auto number = reinterpret_cast<std::uintptr_t>(returnAddress);
-    // A call that does not return, such as a throw, may be a function's last instruction: the address behind
-    // it already belongs to the next function.
+    // A call that does not return, such as a throw, may be the last instruction of a function. The address
+    // after it then belongs to the next function.
     const void* const call = static_cast<const char*>(returnAddress) - 1;
     Dl_info info{};
     if (dladdr(call, &info) == 0 || info.dli_fname == nullptr)
@@ -50,7 +50,7 @@ std::string Describe(const void* returnAddress)
            Hexadecimal(number - reinterpret_cast<std::uintptr_t>(info.dli_saddr)) + " (" + library + ")";
 }
 
-/// How many libraries were unloaded since the process began.
+/// How many libraries have been unloaded since the process started.
 unsigned long long CountUnloads()
 {
     unsigned long long unloads = 0;
@@ -63,11 +63,11 @@ unsigned long long CountUnloads()
     return unloads;
 }
 
-/// Names of return addresses. Finding a name takes a hundred times as long as unwinding to it, so each is
-/// kept until some library is unloaded: from then on another one may stand at its addresses.
+/// Remembers the names of return addresses. Finding a name takes a hundred times as long as unwinding to it.
+/// Names are forgotten when a library is unloaded, since another one may then be loaded at its addresses.
 ///
-/// The loader's lock is never waited for while the own one is held: a static initialiser, which runs under
-/// the loader's lock, may throw, too.
+/// The lock is never held while the loader's lock is requested: a static initialiser, which runs under the
+/// loader's lock, may throw as well.
 class Symbols
 {
 public:
@@ -120,8 +120,8 @@ private:
     unsigned long long m_unloads = 0;
 };
 
-// Not local to a function: it is made when this library is loaded and so outlives the static objects of every
-// library that uses it, whose destructors may still throw and catch.
+// Not local to a function: it is constructed when this library is loaded, and so outlives the static objects
+// of every library that uses it. Their destructors may still throw and catch.
 Symbols g_symbols;
 
 } // namespace
@@ -129,7 +129,7 @@ Symbols g_symbols;
 std::string GetCallStack()
 {
     constexpr std::ptrdiff_t kMostFrames = 63;
-    // How many frames stand before the caller's differs: a sanitizer adds one of its own to this function's.
+    // The number of frames above the caller's varies: a sanitizer adds one of its own.
     constexpr int kRoom = kMostFrames + 4;
     std::array<void*, kRoom> addresses;
     const auto end = addresses.begin() + backtrace(addresses.data(), kRoom);

@@ -27,7 +27,7 @@ constexpr mode_t kNewFileMode = 0666;
 constexpr const char* kCommitted = "It is committed already";
 constexpr const char* kFailedBefore = "An earlier write failed";
 
-// The helpers report a failure as the system's number for it; the operation that the caller asked for throws.
+// The helpers report a failure as the system's error number; the operation that the caller called throws.
 
 /// "Cannot read 'job.json': Is a directory"
 CoreException Failure(const char* action, const std::string& name, const std::string& reason)
@@ -42,8 +42,7 @@ CoreException Failure(const char* action, const std::string& name, int reason)
     return Failure(action, name, std::generic_category().message(reason));
 }
 
-/// Whether the system would stop reading the name too early, and so take another file than the one that is
-/// meant.
+/// Whether the system would stop reading the name too early and use another file.
 bool HasNul(const std::string& name) { return name.find('\0') != std::string::npos; }
 
 /// \returns a descriptor, or -1 with the reason in `errno`
@@ -65,7 +64,7 @@ void Close(int descriptor)
     }
 }
 
-/// \returns 0 or the reason for which not everything was written
+/// \returns 0, or the system's error number when not everything was written
 int WriteAll(int descriptor, const void* data, std::size_t size)
 {
     const char* next = static_cast<const char*>(data);
@@ -85,8 +84,8 @@ int WriteAll(int descriptor, const void* data, std::size_t size)
     return 0;
 }
 
-/// The absolute path of the file that a path names in the end: symbolic links are followed, also to a file
-/// that is not there yet. Nothing, with the reason in `errno`, when the path leads nowhere.
+/// The absolute path of the file that `path` names after all symbolic links are followed; the file itself
+/// need not exist. Nothing, with the reason in `errno`, when the path leads nowhere.
 std::optional<std::string> FollowLinks(const std::filesystem::path& path)
 {
     if (path.empty() || HasNul(path.string()))
@@ -118,9 +117,8 @@ std::optional<std::string> FollowLinks(const std::filesystem::path& path)
 
 std::string FolderOf(const std::string& file) { return std::filesystem::path(file).parent_path().string(); }
 
-/// A new file in `folder`, under a name that nobody else has. The name does not grow with the target's, which
-/// may be as long as the file system allows.
-/// \returns a descriptor, or -1 with the reason in `errno`
+/// A new file in `folder` with a unique name. The name does not depend on the target's, which may be as long
+/// as the file system allows. \returns a descriptor, or -1 with the reason in `errno`
 std::pair<int, std::string> CreateTemporary(const std::string& folder, mode_t mode)
 {
     static std::atomic<unsigned> s_serial{0};
@@ -219,7 +217,7 @@ boost::intrusive_ptr<AtomicFileDataOutput> AtomicFileDataOutput::Create(const io
     {
         ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
     }
-    // From its first moment nobody may open the new file who may not open the old one.
+    // From the start, only those who may open the old file may open the new one.
     const mode_t mode = exists ? status.st_mode & 07777 : kNewFileMode;
     std::tie(output->m_descriptor, output->m_temporary) = CreateTemporary(FolderOf(output->m_target), mode);
     if (output->m_descriptor < 0 || (exists && ::fchmod(output->m_descriptor, mode) != 0))
@@ -266,7 +264,7 @@ void AtomicFileDataOutput::Commit()
     const std::string folder = FolderOf(m_target);
     if (::fsync(m_descriptor) != 0)
     {
-        // It reports a loss once only: asked again, it would say that all is well.
+        // fsync reports lost data only once: a second call would succeed.
         const int reason = errno;
         Discard();
         ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
@@ -278,8 +276,8 @@ void AtomicFileDataOutput::Commit()
     ::close(m_descriptor);
     m_descriptor = -1;
     m_committed = true;
-    // The new name is in place already; making it outlive a power cut is the best that can still be done, and
-    // not every file system lets a folder be opened for that.
+    // The file is in place. What remains is to make its name survive a power failure, as far as the file
+    // system allows a folder to be opened for that.
     const int descriptor = Open(folder, O_RDONLY | O_DIRECTORY, 0);
     if (descriptor >= 0)
     {
@@ -300,7 +298,7 @@ MemoryDataInput::~MemoryDataInput() = default;
 std::size_t MemoryDataInput::Read(void* buffer, std::size_t size)
 {
     const std::size_t count = std::min(size, m_bytes.size() - m_position);
-    // memcpy must not be given the null pointer that an empty destination may be.
+    // An empty destination may be a null pointer, which memcpy does not allow.
     if (count != 0)
     {
         std::memcpy(buffer, m_bytes.data() + m_position, count);

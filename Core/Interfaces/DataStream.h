@@ -11,7 +11,17 @@
 #include <string>
 
 /// \file
-/// Byte streams. Every failure is a `CoreException` whose description names the file and the system's reason.
+/// \code
+/// const auto output = Core::AtomicFileDataOutput::Create("settings.json");
+/// output->Write("{}", 2);
+/// output->Commit(); // until here, nobody sees a change
+/// const auto input = Core::FileDataInput::Create("settings.json");
+/// char buffer[4096];
+/// assert(input->Read(buffer, sizeof buffer) == 2);
+/// \endcode
+///
+/// Byte streams to and from files and memory. Every failure is a `CoreException` whose description names the
+/// file and the reason that the system gives: "Cannot open 'job.json': No such file or directory".
 
 namespace Zelnor::Core
 {
@@ -50,8 +60,8 @@ private:
     int m_descriptor;
 };
 
-/// Writes straight to the named file, which is emptied at once, and holds nothing back: what was written is
-/// in the file even when a later step fails. Also right for pipes and devices.
+/// Writes directly to the named file, which is emptied at once. Nothing is buffered: what was written is in
+/// the file even when a later step fails. Also the right choice for pipes and devices.
 class ZELNOR_API FileDataOutput final : public Counted<IDataOutput>
 {
 public:
@@ -67,25 +77,27 @@ private:
     int m_descriptor;
 };
 
-/// Replaces a file as a whole or not at all. Bytes go into a new file beside the target; `Commit()` puts it,
-/// safely on the disk, in the target's place. Without a commit the target stays as it was and the new file
-/// disappears. So it does when a write fails: a part of what was meant to be written is never committed.
+/// Replaces a file completely or not at all. Bytes are written to a temporary file beside the target;
+/// `Commit()` makes sure that they are on the disk and puts the temporary file in the target's place. Without
+/// a commit the target stays as it was, and the temporary file is removed. A write that fails also removes
+/// it, so that incomplete data is never committed.
 ///
-/// A relative path counts from the folder that is the current one at the creation.
+/// A relative path is resolved when the object is created; changing the current folder later has no effect.
 ///
 /// A symbolic link is followed, so that the file it names is replaced and not the link. An existing file's
-/// permissions are kept. A target that exists and is no regular file (a device, a pipe, a folder) is refused.
+/// permissions are kept. A target that exists but is not a regular file (a device, a pipe, a folder) is
+/// refused.
 class ZELNOR_API AtomicFileDataOutput final : public Counted<IDataOutput>
 {
 public:
     static boost::intrusive_ptr<AtomicFileDataOutput> Create(const ioPath& path);
 
-    /// A failure ends the output: every later call throws, too.
+    /// After a failure, every later call throws, too.
     /// \throw CoreException also after `Commit()`
     void Write(const void* data, std::size_t size) override;
-    /// Makes what was written so far the target's whole contents. When it throws, the target is as it was. It
-    /// may be tried again if only the target was in the way.
-    /// \throw CoreException also when it has succeeded before, or a write has failed
+    /// Replaces the target's contents by what was written. When this throws, the target is as it was. If only
+    /// replacing the target failed, the call may be repeated.
+    /// \throw CoreException also after an earlier `Commit()` and after a write that failed
     void Commit();
 
 private:
@@ -93,17 +105,17 @@ private:
     ~AtomicFileDataOutput() override;
     void Discard() noexcept;
 
-    /// As the caller gave it, for messages.
+    /// As given by the caller, for messages.
     std::string m_name;
     /// Both absolute.
     std::string m_target;
     std::string m_temporary;
-    /// -1 when nothing can be written any more.
+    /// -1 when nothing more can be written.
     int m_descriptor;
     bool m_committed = false;
 };
 
-/// Reads bytes that it owns.
+/// Reads bytes that it holds in memory.
 class ZELNOR_API MemoryDataInput final : public Counted<IDataInput>
 {
 public:

@@ -14,10 +14,10 @@
 #include <type_traits>
 
 /// \file
-/// Every failure of the libraries is a thrown exception of the tree below, or of the standard library's.
-/// Details travel as tags: read them with `boost::get_error_info<TagDescription>(e)`. `what()` is the
-/// standard library's default text everywhere, never the description. `ZELNOR_THROW` is the one way of
-/// throwing.
+/// How the libraries report failures: every failure is a thrown exception, of the tree below or of the
+/// standard library. Details travel as tags; read them with `boost::get_error_info<TagDescription>(e)`.
+/// `what()` is always the standard library's default text, never the description. All code throws with
+/// `ZELNOR_THROW`.
 
 namespace Zelnor
 {
@@ -31,7 +31,7 @@ struct ZELNOR_API PropertyTypeTag;
 struct ZELNOR_API MethodNameTag;
 } // namespace details
 
-/// What went wrong, for people.
+/// What went wrong, as a text for people.
 using TagDescription = boost::error_info<details::DescriptionTag, std::string>;
 /// Where it was thrown: the text of `GetCallStack()`.
 using TagCallStack = boost::error_info<details::CallStackTag, std::string>;
@@ -54,7 +54,8 @@ public:
     ~CoreException() noexcept override;
 };
 
-/// A property was asked for what it has not: a child, a value of another kind, JSON that is no record.
+/// A property was asked for something it does not have (a child, a value of another type), or was to hold
+/// something it cannot (an integer beyond 64 bits, JSON that is not a record).
 class ZELNOR_API PropertyException : public virtual CoreException
 {
 public:
@@ -62,13 +63,13 @@ public:
     using TagPropertyName = boost::error_info<details::PropertyNameTag, std::string>;
     /// Type of that property.
     using TagPropertyType = boost::error_info<details::PropertyTypeTag, PropertyTypes>;
-    /// Name of the refused operation, for example "SetChildT".
+    /// Name of the operation that was refused, for example "SetChildT".
     using TagMethodName = boost::error_info<details::MethodNameTag, std::string>;
 
     ~PropertyException() noexcept override;
 };
 
-/// Children were to be added to a property that is not a group.
+/// Somebody tried to add children to a property that is not a group.
 class ZELNOR_API MethodIsNotApplicable : public PropertyException
 {
 public:
@@ -85,8 +86,8 @@ std::enable_if_t<std::is_base_of_v<Exception, E>, const E&> AddStack(const E& ex
     return exception;
 }
 
-/// A standard exception has only its message, so the call stack goes there: a new exception whose message is
-/// the given one's, a line break, and the call stack.
+/// A standard exception has only its message, so the call stack goes there. Returns a new exception whose
+/// message is that of the given one, a line break, and the call stack.
 template <class E>
 std::enable_if_t<std::is_base_of_v<std::logic_error, E>, E> AddStack(const E& exception)
 {

@@ -5,8 +5,9 @@
 namespace Zelnor
 {
 
-/// A reference-counted block of opaque bytes, such as a codec's extra data. The libraries only keep and hand
-/// back pointers to it; what is inside is between who makes it and who reads it.
+/// A reference-counted block of opaque bytes, such as a codec's extra data. The libraries only store pointers
+/// to it and return them; its contents are a matter between the code that makes it and the code that reads
+/// it.
 class ZELNOR_API IBlob : public virtual IRefCountable
 {
 public:

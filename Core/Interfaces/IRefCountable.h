@@ -5,19 +5,19 @@
 namespace Zelnor
 {
 
-/// An object that lives as long as somebody holds a reference to it. Objects come from their class's static
-/// `Create()`, which hands out one reference in a `boost::intrusive_ptr`; the last `Release()` deletes them,
-/// and nobody else may.
+/// An object that lives as long as there are references to it. A class's static `Create()` makes an object
+/// and returns the first reference in a `boost::intrusive_ptr`. The last `Release()` deletes the object;
+/// never delete it directly.
 class ZELNOR_API IRefCountable
 {
 public:
     virtual ~IRefCountable();
 
-    /// Takes one more reference and returns the new count.
+    /// Adds a reference and returns the new count.
     virtual int AddRef() const = 0;
-    /// The number of references held now.
+    /// The current number of references.
     virtual int GetRefCount() const = 0;
-    /// Drops a reference and returns the new count; at 0 the object is gone.
+    /// Removes a reference and returns the new count. At 0 the object has been deleted.
     virtual int Release() const = 0;
 
 protected:
@@ -26,7 +26,7 @@ protected:
     IRefCountable& operator=(const IRefCountable&) = default;
 };
 
-/// The two calls through which `boost::intrusive_ptr` counts.
+/// The functions with which `boost::intrusive_ptr` counts.
 ZELNOR_API void intrusive_ptr_add_ref(const IRefCountable* object);
 ZELNOR_API void intrusive_ptr_release(const IRefCountable* object);
 

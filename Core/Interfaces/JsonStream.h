@@ -9,10 +9,10 @@
 namespace Zelnor::Core
 {
 
-/// RapidJSON's input-stream concept over an `IDataInput`, through a buffer of fixed size. The input must
-/// outlive the stream. Failures of the input pass through.
+/// Lets RapidJSON read from an `IDataInput`: its input-stream concept, with a buffer of fixed size. The input
+/// must outlive the stream. Exceptions of the input pass through.
 ///
-/// RapidJSON takes a NUL byte for the end of the text: after parsing, ask `AtEnd()` whether it was.
+/// RapidJSON mistakes a NUL byte for the end of the text. After parsing, check that `AtEnd()` is true.
 class ZELNOR_API JsonZelnorStreamIn
 {
 public:
@@ -35,10 +35,10 @@ public:
     }
     /// Number of bytes taken so far.
     std::size_t Tell() const { return m_taken + static_cast<std::size_t>(m_next - m_buffer.data()); }
-    /// Whether the input has no byte left.
+    /// Whether all bytes of the input have been taken.
     bool AtEnd() const { return m_next == m_end; }
 
-    // The concept asks for these; RapidJSON calls them only when it parses in place.
+    // Required by the concept; RapidJSON calls them only when it parses in place.
     Ch* PutBegin();
     void Put(Ch);
     void Flush();
@@ -49,15 +49,15 @@ private:
 
     IDataInput& m_input;
     std::size_t m_taken = 0;
-    /// One byte more than is read at a time: a NUL stands behind the last one read.
+    /// One byte longer than what is read at a time: a NUL follows the last byte read.
     std::array<Ch, 16384 + 1> m_buffer;
     const Ch* m_next;
     const Ch* m_end;
 };
 
-/// RapidJSON's output-stream concept over an `IDataOutput`, through a buffer of fixed size. The output must
-/// outlive the stream. Failures of the output pass through. A RapidJSON writer flushes when its document is
-/// complete; bytes put without a flush after them are lost.
+/// Lets RapidJSON write to an `IDataOutput`: its output-stream concept, with a buffer of fixed size. The
+/// output must outlive the stream. Exceptions of the output pass through. A RapidJSON writer flushes when its
+/// document is complete; bytes that are put without a later flush are lost.
 class ZELNOR_API JsonZelnorStreamOut
 {
 public:
@@ -77,7 +77,7 @@ public:
     }
     void Flush();
 
-    // The concept asks for these; RapidJSON calls them only on input streams.
+    // Required by the concept; RapidJSON calls them only on input streams.
     Ch Peek() const;
     Ch Take();
     std::size_t Tell() const;

@@ -5,8 +5,8 @@
 namespace Zelnor
 {
 
-/// The kinds of stream that a preset holds. Not the numbers that a codec descriptor reports with
-/// `GetCodecType()`, which are FFmpeg's (0 video, 1 audio, 3 subtitle).
+/// The kinds of stream that a preset describes. A codec descriptor's `GetCodecType()` uses FFmpeg's numbers
+/// instead (0 video, 1 audio, 3 subtitle).
 enum MediaType : std::int32_t
 {
     MEDIA_TYPE_VIDEO = 1,

@@ -48,8 +48,8 @@ std::size_t Utf8Length(std::string_view text)
     return 0;
 }
 
-/// Whether a UTF-8 sequence is a character that nobody sees but that a terminal obeys, or that changes the
-/// order in which its neighbours are shown: a text could look like another one.
+/// Whether a UTF-8 sequence is an invisible character that controls a terminal, or that changes the order in
+/// which its neighbours are displayed, so that one text looks like another.
 bool IsHidden(std::string_view sequence)
 {
     if (sequence.size() == 1)
@@ -67,7 +67,8 @@ bool IsHidden(std::string_view sequence)
     });
 }
 
-/// Each byte with three digits, so that a digit behind it cannot be taken for a part of it.
+/// Writes three digits for each byte, so that a digit of the text after it cannot be mistaken for one of
+/// them.
 void AppendOctal(std::string_view bytes, std::string& out)
 {
     for (const char c : bytes)
@@ -132,7 +133,7 @@ void AppendNumber(long long number, std::string& out)
     out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
 }
 
-/// Text on its way to a stream, handed over in pieces: a deep tree is mostly blanks, too many to keep.
+/// Passes text to a stream in pieces: a deep tree is mostly indentation, too much to keep in memory.
 class Lines
 {
 public:
@@ -191,7 +192,7 @@ void Lines::Flush()
     m_text.clear();
 }
 
-/// The lines of the children of `property`, at any depth, without recursion.
+/// Adds a line for each descendant of `property`, without recursion.
 void AddChildren(const Property& property, std::size_t level, Lines& lines)
 {
     struct Level

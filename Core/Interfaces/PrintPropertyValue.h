@@ -13,13 +13,12 @@ namespace Zelnor::Core
 /// `name: null`.
 ///
 /// Quotes, backslashes, control characters (C1 and bidirectional ones, too) and bytes that are not UTF-8 are
-/// written as C escapes, so that the text may stand inside a quoted DOT label and looks like what it is. The
-/// stream's locale and format flags have no influence.
+/// written as C escapes, so that the text can be used in a quoted DOT label and no text looks like another.
+/// The stream's locale and format flags have no effect.
 ///
-/// \param indent  levels to begin with; less than 0 counts as 0
-/// \param printName  whether the outermost property's own line is printed; without it its children begin at
-///   `indent`
-/// \param printChildren  whether the children are printed
+/// \param indent  the level of the first line; less than 0 counts as 0
+/// \param printName  whether to print the line of `property` itself; if not, its children start at `indent`
+/// \param printChildren  whether to print the children
 ZELNOR_API void PrintPropertyValue(const Property& property, int indent, std::ostream& os, bool printName,
                                    bool printChildren);
 

@@ -14,7 +14,7 @@ namespace Zelnor::Core
 namespace
 {
 
-/// Work still to do in a walk that must not recurse, however deep the tree is. Everyday records are shallow
+/// The work left in a traversal that must not recurse, however deep the tree is. Everyday records are shallow
 /// and need no allocation.
 template <class T>
 using Pending = boost::container::small_vector<T, 16>;
@@ -33,7 +33,7 @@ auto AtPosition(List& children, unsigned long index)
                              : std::prev(children.end(), static_cast<std::ptrdiff_t>(count - index));
 }
 
-/// What a property that is not a group iterates over.
+/// The empty list that a property that is not a group iterates over.
 std::list<Property>& NoChildren()
 {
     static std::list<Property> none;
@@ -121,7 +121,7 @@ void Property::DestroyChildren() noexcept
     {
         return;
     }
-    // Every group hands its children up before it goes, so that no destructor runs deeper than one level.
+    // Every group passes its children up before it is destroyed, so that destructors never nest.
     while (!children->empty())
     {
         if (Children* const grandchildren = children->front().GetChildren())
@@ -132,8 +132,8 @@ void Property::DestroyChildren() noexcept
     }
 }
 
-// The assignments build the new state aside and then move it in: a failed allocation changes nothing, and the
-// argument may be a part of what is replaced.
+// The assignments build the new state first and then move it in: a failed allocation changes nothing, and the
+// argument may be part of what is replaced.
 
 Property& Property::operator=(const Property& other)
 {
@@ -176,7 +176,7 @@ Property& Property::operator=(const Ratio& value)
     return *this;
 }
 
-// Every public operation throws by itself: the exception names the one that the caller called.
+// Every public operation throws by itself, so that the exception names the one that the caller called.
 
 long long Property::GetInt64() const
 {
@@ -361,7 +361,8 @@ Property& Property::SetChild(const std::string& name, Property&& value)
 Property& Property::PutChild(const std::string& name, Property&& value)
 {
     Children& children = *GetChildren();
-    // Before anything is moved: `name` may be a name inside `value`, or this property's or its child's own.
+    // Copied before anything is moved: `name` may be the name of this property, of a child, or inside
+    // `value`.
     std::string key(name);
     const iterator found = FindChild(key);
     if (found == children.end())

@@ -13,6 +13,16 @@
 #include <type_traits>
 #include <variant>
 
+/// \file
+/// \code
+/// Core::Property video("format_codec_video");
+/// video.SetChildT("width", 1920LL);
+/// video.SetChildT("frameRateRatio", Core::Property::Ratio(30000, 1001));
+/// video.SetChild("metadata").SetChildT("language", std::string("eng"));
+/// assert(video["metadata"]["language"].GetString() == "eng");
+/// assert(video.Count() == 3 && !video.ChildExists("height"));
+/// \endcode
+
 namespace Zelnor::details
 {
 
@@ -23,18 +33,19 @@ inline constexpr const char* kPropertyUnit = "Core/Interfaces/Property";
 namespace Zelnor::Core
 {
 
-/// A named value with a type, or a named group of such values in order: the form in which every description
-/// of the product is kept. Copies are deep. A property is a plain value, not synchronised.
+/// A named value with a type, or a named group of such values in a fixed order. Every description in the
+/// product is kept in this form. A property is a plain value: copies are deep, and access is not
+/// synchronised.
 ///
-/// - Several children may have the same name; every operation that takes a name means the first of them.
+/// - Several children may have the same name; every operation that takes a name uses the first of them.
 /// - References and iterators to children stay valid while siblings are added and removed.
-/// - Arguments may live inside the property itself (`p = p["child"]`, `p.SetChild("x", p)`).
-///   Only moving a property into one of its own descendants is not possible: copy it.
+/// - Arguments may be part of the property itself (`p = p["child"]`, `p.SetChild("x", p)`).
+///   The exception: a property cannot be moved into one of its own descendants. Copy it.
 /// - An operation that throws leaves the property as it was.
 /// - Trees of any depth may be copied, compared and destroyed.
 ///
-/// Asking for a child that is not there, or for a value of another kind, throws `PropertyException` with a
-/// description and the property's name and type. Adding children to what is not a group throws
+/// Asking for a child that does not exist, or for a value of another type, throws `PropertyException` with a
+/// description and the property's name and type. Adding children to a property that is not a group throws
 /// `MethodIsNotApplicable` with the property's name, its type and the method.
 class ZELNOR_API Property
 {
@@ -43,30 +54,29 @@ public:
     using iterator = std::list<Property>::iterator;
     using const_iterator = std::list<Property>::const_iterator;
 
-    /// A group without children; without an argument, an unnamed one.
+    /// Without a value, a group without children. Without a name, the name is empty.
     Property();
     explicit Property(const std::string& name);
     Property(const std::string& name, long long value);
     Property(const std::string& name, const std::string& value);
     Property(const std::string& name, const Ratio& value);
-    /// The same, taking the texts over.
+    /// The same, but the strings are moved.
     explicit Property(std::string&& name);
     Property(std::string&& name, long long value);
     Property(std::string&& name, std::string&& value);
     Property(std::string&& name, const Ratio& value);
-    /// A fraction would be cut off silently: say `static_cast<long long>` or give a `Ratio`.
+    /// A fraction would be lost silently: use `static_cast<long long>` or a `Ratio`.
     template <class T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
     Property(const std::string& name, T value) = delete;
     Property(const Property& other);
-    /// Leaves `other` a property of its old type with nothing in it.
+    /// Leaves `other` empty, with its old type.
     Property(Property&& other) noexcept;
     virtual ~Property();
 
-    /// A property without a value (type 0).
+    /// Makes a property without a value (type 0).
     static Property None(const std::string& name);
 
-    /// Takes over everything, the name included. Where a record must stay reachable under its key, use
-    /// `SetChild`.
+    /// Copies or moves everything, including the name. To replace a child and keep its key, use `SetChild`.
     Property& operator=(const Property& other);
     Property& operator=(Property&& other) noexcept;
     /// These replace the value and the type and keep the name; a group loses its children.
@@ -81,7 +91,7 @@ public:
     PropertyTypes GetType() const { return kTypes[m_value.index()]; }
 
     long long GetInt64() const;
-    /// Valid until the property changes; asked of a temporary, the text itself.
+    /// The reference is valid until the property changes. A temporary returns the string itself.
     const std::string& GetString() const&;
     std::string GetString() &&;
     const Ratio& GetRatio() const&;
@@ -93,12 +103,11 @@ public:
     /// The child with that name, or `end()`.
     iterator FindChild(const std::string& name);
     const_iterator FindChild(const std::string& name) const;
-    /// The child with that name. Asked of a temporary, these hand the child out by value, so that nothing
-    /// dangles.
+    /// The child with that name. A temporary returns the child by value, so that no reference dangles.
     Property& operator[](const std::string& name) &;
     const Property& operator[](const std::string& name) const&;
     Property operator[](const std::string& name) &&;
-    /// The child at that position, counted from 0; reached from the nearer end.
+    /// The child at that position, counted from 0. The list is walked from the nearer end.
     Property& operator[](unsigned long index) &;
     const Property& operator[](unsigned long index) const&;
     Property operator[](unsigned long index) &&;
@@ -109,24 +118,24 @@ public:
     const_iterator begin() const;
     const_iterator end() const;
 
-    /// Makes the child `name` an empty group: in its place if it is there, else at the end.
+    /// Makes the child `name` an empty group, in its place if it exists, else at the end.
     Property& SetChild(const std::string& name);
-    /// Makes the child `name` a copy of `value` under the name `name`: in its place if it is there, else at
-    /// the end.
+    /// Makes the child `name` a copy of `value` that is named `name`, in its place if it exists, else at the
+    /// end.
     Property& SetChild(const std::string& name, const Property& value);
     Property& SetChild(const std::string& name, Property&& value);
-    /// Sets the value of the child `name`, which is appended when it is not there.
+    /// Sets the value of the child `name`, which is appended if it does not exist.
     /// \throw MethodIsNotApplicable with the method name "SetChildT"
     /// \throw PropertyException when `value` is beyond 2^63-1: "Property 'video' cannot hold
     ///   18446744073709551615 as its child 'bitrate': the largest integer is 9223372036854775807"
     template <class T>
     Property& SetChildT(const std::string& name, const T& value);
-    /// Appends a child, whether or not one of that name is there.
+    /// Appends a child, even if there is one of that name already.
     /// \throw MethodIsNotApplicable with the method name "CreateChildT"
     /// \throw PropertyException when `value` is beyond 2^63-1, as `SetChildT`
     template <class T>
     Property& CreateChildT(const std::string& name, const T& value);
-    /// Appends a copy of `child`, whether or not one of that name is there.
+    /// Appends a copy of `child`, even if there is one of that name already.
     void Add(const Property& child);
     void Add(Property&& child);
     void RemoveChild(const std::string& name);
@@ -137,9 +146,9 @@ public:
 
 private:
     using Children = std::list<Property>;
-    /// A scalar has no children, so they share their room with the value.
+    /// A scalar has no children, so children and value share the storage.
     using Value = std::variant<Children, std::monostate, long long, std::string, Ratio>;
-    /// The type of each alternative of `Value`, in their order.
+    /// The type of each alternative of `Value`, in the same order.
     static constexpr PropertyTypes kTypes[] = {PROPERTY_TYPE_GROUP, PROPERTY_TYPE_NONE, PROPERTY_TYPE_INT64,
                                                PROPERTY_TYPE_STRING, PROPERTY_TYPE_RATIO};
     static_assert(std::variant_size_v<Value> == sizeof kTypes / sizeof *kTypes);
@@ -148,16 +157,16 @@ private:
     void DestroyChildren() noexcept;
     Children* GetChildren() noexcept { return std::get_if<Children>(&m_value); }
     const Children* GetChildren() const noexcept { return std::get_if<Children>(&m_value); }
-    /// Precondition: this is a group, and `value` is neither it nor around it.
+    /// Precondition: this is a group, and `value` is neither this property nor one that contains it.
     Property& PutChild(const std::string& name, Property&& value);
     bool HasEqualValue(const Property& other) const;
-    /// The exception for an operation that only a group has, ready but for its call stack.
+    /// The exception for an operation that only a group supports, without a call stack.
     MethodIsNotApplicable NotApplicable(const char* method) const;
     PropertyException NoSuchChild(const std::string& name) const;
     PropertyException NoSuchChild(unsigned long index) const;
     PropertyException OtherKind(const char* wanted) const;
     PropertyException TooLarge(const char* method, const std::string& child, unsigned long long value) const;
-    /// Whether `value` is an integer that would turn negative when it is kept.
+    /// Whether `value` is an integer that would turn negative as a `long long`.
     template <class T>
     static constexpr bool IsTooLarge(const T& value);
 

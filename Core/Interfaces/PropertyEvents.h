@@ -12,33 +12,31 @@
 namespace Zelnor::Core
 {
 
-/// Whether no two children of `group` have the same name, so that it may be a JSON object. Linear in the
-/// children.
+/// Whether all children of `group` have different names, so that it can be written as a JSON object. Takes
+/// time linear in the number of children.
 ZELNOR_API bool HasDistinctNames(const Property& group);
 
-/// Why a reader would refuse `record` inside groups of the names `wrappers`, the outermost first, with the way
-/// to the place: "data.source.metadata: groups are nested deeper than 512". Empty when it would not.
+/// Says why `record`, wrapped in groups named `wrappers` (the outermost first), could not be loaded again:
+/// "data.source.metadata: groups are nested deeper than 512". Empty if it could.
 ZELNOR_API std::string GetSaveRefusal(const Property& record,
                                       std::initializer_list<std::string_view> wrappers = {});
 
-/// \throw PropertyException when groups are nested deeper in `record` than a reader accepts. `wrappers` is
-///   the number of groups that will be put around it.
+/// Checks that `record`, wrapped in that many groups, is not nested deeper than `PropertySerializer` accepts.
+/// \throw PropertyException as `PropertySerializer::Save`
 ZELNOR_API void CheckDepth(const Property& record, int wrappers);
 
 /// Sends records to a RapidJSON handler (a writer, or a document that is being populated) as a stream of
-/// events, in the form that `PropertySerializer` describes. Nothing is built in between.
+/// events, in the form that `PropertySerializer` describes. No intermediate document is built.
 ///
-/// Recurses once for each nested group: let `CheckDepth` bound that first.
+/// Recurses once for each nested group: call `CheckDepth` first.
 template <class Handler>
 class PropertyEvents
 {
 public:
-    /// \param copyStrings  whether the handler shall copy strings; when not, they must outlive what it makes
-    /// of
-    ///   them
+    /// \param copyStrings  whether the handler copies strings; if not, the records must outlive its result
     PropertyEvents(Handler& handler, bool copyStrings) : m_handler(handler), m_copyStrings(copyStrings) {}
 
-    /// The record as an object with one member.
+    /// Sends the record as an object with one member.
     void Record(const Property& property)
     {
         m_handler.StartObject();
@@ -46,7 +44,7 @@ public:
         m_handler.EndObject(1);
     }
 
-    /// The record's name and value, inside an object that the caller has begun.
+    /// Sends the record's name and value as a member of an object that the caller has started.
     void Member(const Property& property)
     {
         const std::string& name = property.GetName();

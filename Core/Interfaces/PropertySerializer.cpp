@@ -24,24 +24,24 @@ constexpr const char* kUnit = "Core/Interfaces/PropertySerializer";
 
 constexpr const char* kTooDeep = "groups are nested deeper than 512";
 
-/// Where in the document the reader is: the way of names and positions from the outermost record to here.
+/// A place in the document: the names and positions on the path from the outermost record.
 struct Place
 {
     const Place* parent;
     std::string_view name;
-    /// Position in an array, which then stands in the place of a name.
+    /// Position in an array; used instead of a name.
     std::optional<std::size_t> index;
-    /// How many groups are open here, the place's own included.
+    /// How many groups are open here, including the place's own.
     int groups;
 };
 
-/// The text of a way through a document: "data.inputs[2].bitrate".
+/// The text of a path through a document: "data.inputs[2].bitrate".
 class Path
 {
 public:
     void AddName(std::string_view name)
     {
-        // Documents nest 512 groups at most, but nothing bounds their names.
+        // Documents nest at most 512 groups, but names may have any length.
         constexpr std::size_t kLongest = 256;
         m_text += m_isEmpty ? "" : ".";
         m_text += name.size() > kLongest ? std::string(BeginningOf(name, kLongest)) + "..." : name;
@@ -79,13 +79,13 @@ private:
 
 Path PathTo(const Place* place)
 {
-    boost::container::small_vector<const Place*, 16> way;
+    boost::container::small_vector<const Place*, 16> places;
     for (; place != nullptr; place = place->parent)
     {
-        way.push_back(place);
+        places.push_back(place);
     }
     Path path;
-    for (auto step = way.rbegin(); step != way.rend(); ++step)
+    for (auto step = places.rbegin(); step != places.rend(); ++step)
     {
         if ((*step)->index)
         {
@@ -121,8 +121,8 @@ const char* KindOf(const rapidjson::Value& json)
         break;
     }
     return json.IsInt64()    ? "an integer"
-           : json.IsUint64() ? "an integer beyond 64 bits signed"
-                             : "a number that is no 64-bit integer";
+           : json.IsUint64() ? "an integer beyond the signed 64-bit range"
+                             : "a number that is not a 64-bit integer";
 }
 
 /// The rational of two integers, if there is one: the denominator is not zero, and the reduced form fits.
@@ -153,13 +153,12 @@ std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t de
                            static_cast<long long>(bottom));
 }
 
-/// Builds properties from JSON values, each in the place where it is to stay. Recurses once for each nested
-/// group, at most `kMaxDepth` times. Its operations tell whether the JSON was a record; if not,
-/// `GetRefusal()` says why.
+/// Builds properties from JSON values, each in its final place. Recurses once for each nested group, at most
+/// `kMaxDepth` times. Its operations return whether the JSON was a record; if not, `GetRefusal()` says why.
 class Reader
 {
 public:
-    /// Appends the record that `json`, an object with one member, is to `group`.
+    /// Appends the record in `json`, an object with one member, to `group`.
     bool Record(const rapidjson::Value& json, const Place* parent, Property& group)
     {
         if (!json.IsObject() || json.MemberCount() != 1)
@@ -270,7 +269,7 @@ private:
     std::string m_refusal;
 };
 
-/// Below this many children, comparing each with each is quicker than a table.
+/// Up to this many children, comparing each with each is faster than a hash table.
 constexpr unsigned long kFewChildren = 12;
 
 PropertyException RefusalException(const std::string& refusal)
@@ -280,20 +279,20 @@ PropertyException RefusalException(const std::string& refusal)
     return exception;
 }
 
-/// What of `property` alone, at that depth if it is a group, stands against a document; null if nothing does.
+/// Why `property` itself, at that depth, cannot be saved; null if it can. Its children are not considered.
 const char* ReasonAgainst(const Property& property, int depth)
 {
     constexpr std::size_t kLongest = std::numeric_limits<rapidjson::SizeType>::max();
     const bool isString = property.GetType() == PROPERTY_TYPE_STRING;
     if (property.GetName().size() > kLongest || (isString && property.GetString().size() > kLongest))
     {
-        return "a text is longer than JSON values can be";
+        return "a string is longer than JSON strings can be";
     }
     const bool isGroup = property.GetType() == PROPERTY_TYPE_GROUP;
     return isGroup && depth > PropertySerializer::kMaxDepth ? kTooDeep : nullptr;
 }
 
-/// The children of an open group that are still to come.
+/// The children of a group that have not been visited yet.
 struct Level
 {
     Property::const_iterator next;
@@ -302,8 +301,8 @@ struct Level
 
 using Levels = boost::container::small_vector<Level, 16>;
 
-/// What stands against `record`, inside that many groups, in a document; null if nothing does. `open` then
-/// holds the way to the place: on each level, the child before the next one.
+/// Why `record`, wrapped in that many groups, cannot be saved; null if it can. If not, `open` holds the path
+/// to the place: on each level, the child before `next`.
 const char* FindReason(const Property& record, int wrappers, Levels& open)
 {
     const char* reason = ReasonAgainst(record, wrappers + 1);
@@ -329,8 +328,8 @@ const char* FindReason(const Property& record, int wrappers, Levels& open)
     return reason;
 }
 
-/// What `PropertySerializer` says against `record` in that many groups, whose names `path` holds; empty if
-/// nothing.
+/// The description of why `record`, wrapped in that many groups, whose names are in `path`, cannot be saved;
+/// empty if it can.
 std::string FindRefusal(const Property& record, int wrappers, Path path)
 {
     Levels open;
@@ -344,7 +343,7 @@ std::string FindRefusal(const Property& record, int wrappers, Path path)
     for (const Level& level : open)
     {
         const Property::const_iterator child = std::prev(level.next);
-        // As the document would have it.
+        // Such a group is written as an array.
         if (!HasDistinctNames(*group))
         {
             path.AddIndex(static_cast<std::size_t>(std::distance(group->begin(), child)));

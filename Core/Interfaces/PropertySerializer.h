@@ -8,31 +8,32 @@
 namespace Zelnor::Core
 {
 
-/// Converts records from and to JSON. A record is an object with one member, its name and its value:
+/// Converts records to and from JSON. A record is an object with one member, its name and its value:
 ///
 /// - a 64-bit integer is an integer,
 /// - a string is a string, byte for byte,
 /// - a rational is `[n, d]`,
 /// - a property without a value is `null`,
 /// - a group whose children have distinct names is an object with one member a child, in order,
-/// - a group in which a name repeats is an array of records, in order.
+/// - a group in which a name occurs twice is an array of records, in order.
 ///
-/// Reading also takes an object with repeated keys, an array of records whose names differ, and `[]`. Groups
-/// may be nested 512 deep, the outermost one included.
+/// `Load` also accepts an object with repeated keys, an array of records with different names, and `[]`.
+/// Groups may be nested 512 deep, including the outermost one.
 class ZELNOR_API PropertySerializer
 {
 public:
     static constexpr int kMaxDepth = 512;
 
-    /// Makes `property` the record that `json` holds, name included. JSON null makes it an empty group under
-    /// its own name.
-    /// \throw PropertyException when `json` is not of the form above; the description begins with the way to
-    ///   the place ("data.source.bitrate: ...", "inputs[2].bitrate: ..."), in which the first 256 bytes of a
-    ///   longer name stand for it. `property` stays as it was.
+    /// Replaces `property`, including its name, by the record that `json` holds. JSON null makes it an empty
+    /// group with its old name. \throw PropertyException when `json` is not of the form above; the
+    /// description starts with the path
+    ///   of the place ("data.source.bitrate: ...", "inputs[2].bitrate: ..."), in which names are cut after
+    ///   256 bytes. `property` stays as it was.
     static void Load(Property& property, rapidjson::Value& json);
 
-    /// Makes `json` the record of `property`; strings are copied into `allocator`.
-    /// \throw PropertyException when `Load` would refuse the result, with the same description; `json` stays as
+    /// Writes the record of `property` to `json`; strings are copied into `allocator`.
+    /// \throw PropertyException when `Load` would not accept the result, with the same description; `json`
+    /// stays as
     ///   it was.
     static void Save(const Property& property, rapidjson::Value& json,
                      rapidjson::Document::AllocatorType& allocator);

@@ -18,10 +18,10 @@ public:
     RefCountImpl(const RefCountImpl&) noexcept {}
     RefCountImpl& operator=(const RefCountImpl&) noexcept { return *this; }
 
-    /// Counts one reference more and returns the new count.
+    /// Adds a reference and returns the new count.
     int AddRefImpl() const noexcept { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
-    /// Counts one reference less and returns the new count. Whoever gets 0 destroys the object, and sees
-    /// everything that other holders wrote into it before they let go.
+    /// Removes a reference and returns the new count. Whoever gets 0 destroys the object, and sees everything
+    /// that other holders wrote to it before they released it.
     int ReleaseImpl() const noexcept { return m_count.fetch_sub(1, std::memory_order_acq_rel) - 1; }
     /// The same, and destroys `object`, whose counter this is, at 0.
     int ReleaseOrDestroyImpl(const IRefCountable* object) const

@@ -8,7 +8,7 @@
 namespace Zelnor
 {
 
-/// A path in the file system. Its text is UTF-8 in the product's records, whatever the system's own form is.
+/// A path in the file system. The product's records hold it as UTF-8, whatever the system's own form is.
 class ZELNOR_API ioPath
 {
 public:

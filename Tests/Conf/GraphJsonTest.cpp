@@ -421,7 +421,7 @@ TEST(GraphLoad, PassesARefusedRecordOnAndDoesNotCountItsNode)
                  R"({"vertices":[{"id":3},{"id":9,"data":{"data":{"source":{"bitrate":1.5}}}}],"edges":[]})");
     });
     EXPECT_EQ(thrown.description, "data.source.bitrate: expected an integer, a string, a rational, null or a "
-                                  "group, found a number that is no 64-bit integer");
+                                  "group, found a number that is not a 64-bit integer");
     EXPECT_EQ(thrown.file, "Core/Interfaces/PropertySerializer");
     EXPECT_EQ(graph->GetNodesCount(), 3);
     EXPECT_EQ(EntriesOf(*graph), Ids{3});

@@ -279,9 +279,9 @@ TEST(PropertySerializer, RefusesAZeroDenominator)
 TEST(PropertySerializer, RefusesRationalsOfAnythingButIntegers)
 {
     const std::string expected = "r: expected two 64-bit integers, found ";
-    ExpectRefused(R"({"r":[1.5,2]})", expected + "a number that is no 64-bit integer");
-    ExpectRefused(R"({"r":[1,2e0]})", expected + "a number that is no 64-bit integer");
-    ExpectRefused(R"({"r":[9223372036854775808,2]})", expected + "an integer beyond 64 bits signed");
+    ExpectRefused(R"({"r":[1.5,2]})", expected + "a number that is not a 64-bit integer");
+    ExpectRefused(R"({"r":[1,2e0]})", expected + "a number that is not a 64-bit integer");
+    ExpectRefused(R"({"r":[9223372036854775808,2]})", expected + "an integer beyond the signed 64-bit range");
     ExpectRefused(R"({"r":[1,"2"]})", expected + "a string");
     ExpectRefused(R"({"r":[null,2]})", expected + "null");
 }
@@ -290,7 +290,7 @@ TEST(PropertySerializer, RefusesWhatIsNoRecord)
 {
     ExpectRefused("true", "record: " + kRecord + "true");
     ExpectRefused("5", "record: " + kRecord + "an integer");
-    ExpectRefused("1.5", "record: " + kRecord + "a number that is no 64-bit integer");
+    ExpectRefused("1.5", "record: " + kRecord + "a number that is not a 64-bit integer");
     ExpectRefused(R"("text")", "record: " + kRecord + "a string");
     ExpectRefused("[]", "record: " + kRecord + "an array");
     ExpectRefused("{}", "record: " + kRecord + "an object with 0 members");
@@ -301,13 +301,15 @@ TEST(PropertySerializer, RefusesValuesThatAPropertyCannotHold)
 {
     ExpectRefused(R"({"a":true})", "a: " + kKinds + "true");
     ExpectRefused(R"({"a":false})", "a: " + kKinds + "false");
-    ExpectRefused(R"({"a":1.5})", "a: " + kKinds + "a number that is no 64-bit integer");
-    ExpectRefused(R"({"a":1.0})", "a: " + kKinds + "a number that is no 64-bit integer");
-    ExpectRefused(R"({"a":1e2})", "a: " + kKinds + "a number that is no 64-bit integer");
-    ExpectRefused(R"({"a":9223372036854775808})", "a: " + kKinds + "an integer beyond 64 bits signed");
-    ExpectRefused(R"({"a":18446744073709551615})", "a: " + kKinds + "an integer beyond 64 bits signed");
-    ExpectRefused(R"({"a":18446744073709551616})", "a: " + kKinds + "a number that is no 64-bit integer");
-    ExpectRefused(R"({"a":-9223372036854775809})", "a: " + kKinds + "a number that is no 64-bit integer");
+    ExpectRefused(R"({"a":1.5})", "a: " + kKinds + "a number that is not a 64-bit integer");
+    ExpectRefused(R"({"a":1.0})", "a: " + kKinds + "a number that is not a 64-bit integer");
+    ExpectRefused(R"({"a":1e2})", "a: " + kKinds + "a number that is not a 64-bit integer");
+    ExpectRefused(R"({"a":9223372036854775808})",
+                  "a: " + kKinds + "an integer beyond the signed 64-bit range");
+    ExpectRefused(R"({"a":18446744073709551615})",
+                  "a: " + kKinds + "an integer beyond the signed 64-bit range");
+    ExpectRefused(R"({"a":18446744073709551616})", "a: " + kKinds + "a number that is not a 64-bit integer");
+    ExpectRefused(R"({"a":-9223372036854775809})", "a: " + kKinds + "a number that is not a 64-bit integer");
 }
 
 TEST(PropertySerializer, RefusesOtherArrays)
@@ -324,7 +326,7 @@ TEST(PropertySerializer, RefusesOtherArrays)
 TEST(PropertySerializer, SaysTheWayToThePlace)
 {
     ExpectRefused(R"({"data":{"source":{"ok":1,"bitrate":1.5}}})",
-                  "data.source.bitrate: " + kKinds + "a number that is no 64-bit integer");
+                  "data.source.bitrate: " + kKinds + "a number that is not a 64-bit integer");
     ExpectRefused(R"({"data":{"inputs":[{"x":1},{"x":2},{"x":{"bitrate":true}}]}})",
                   "data.inputs[2].x.bitrate: " + kKinds + "true");
     ExpectRefused(R"({"":{"":true}})", ".: " + kKinds + "true");

@@ -139,7 +139,7 @@ TEST_F(BadInput, ARecordThatIsNone)
     ExpectRefused(
         R"({"vertices":[{"id":1},{"id":2,"data":{"data":{"s":{"bitrate":1.5}}}}],"edges":[]})",
         "vertices[1]: data.s.bitrate: expected an integer, a string, a rational, null or a group, found "
-        "a number that is no 64-bit integer");
+        "a number that is not a 64-bit integer");
     ExpectRefused(
         R"({"vertices":[{"id":1},{"id":2}],"edges":[{"from":1,"to":2,"data":{"data":{"r":[1,0]}}}]})",
         "edges[0]: data.r: a rational with the denominator 0");

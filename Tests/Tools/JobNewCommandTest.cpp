@@ -290,7 +290,7 @@ TEST_F(JobNew, APresetIsRefusedWithItsPlace)
          "p.$$STREAMS$$.audio.bitrate: expected a positive integer, found -1"},
         {R"({"audio":{)" + codec + R"(,"bitrate":1.5}})",
          "p.$$STREAMS$$.audio.bitrate: expected an integer, a string, a rational, null or a group, found a "
-         "number that is no 64-bit integer"},
+         "number that is not a 64-bit integer"},
         {R"({"audio":{)" + codec + R"(,"bitrate_mode":"cbr"}})",
          "p.$$STREAMS$$.audio.bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'cbr'"},
         {R"({"audio":{)" + codec + R"(,"layout":"Stereo"}})",

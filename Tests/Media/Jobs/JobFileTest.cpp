@@ -55,7 +55,7 @@ TEST(JobFile, ErrorsNameTheElement)
     ExpectRefused(
         R"({"vertices":[{"id":1},{"data":{"a":{"b":0.5}}}],"edges":[]})",
         "vertices[1]: a.b: expected an integer, a string, a rational, null or a group, found a number "
-        "that is no 64-bit integer");
+        "that is not a 64-bit integer");
     ExpectRefused("{\n[",
                   "The root node must be an object. (line 2, column 1: Missing a name for object member.)");
 }
