@@ -96,10 +96,10 @@ long ExpectAllOrNothing(const std::function<void(Property&)>& operation)
         Property property = Sample();
         if (RunWith(n, [&] { operation(property); }))
         {
-            EXPECT_EQ(after, property);
+            EXPECT_EQ(property, after);
             return n;
         }
-        EXPECT_EQ(before, property) << "after failure of allocation " << n;
+        EXPECT_EQ(property, before) << "after failure of allocation " << n;
     }
     ADD_FAILURE() << "never succeeded";
     return 0;
@@ -141,12 +141,12 @@ TEST(AllocationFailure, MovingASubtreeInIsAllOrNothingForBoth)
         Property value = Sample();
         if (RunWith(n, [&] { target.SetChild(kLong + " new", std::move(value)); }))
         {
-            EXPECT_EQ(4u, target.Count());
-            EXPECT_EQ(0u, value.Count());
+            EXPECT_EQ(target.Count(), 4u);
+            EXPECT_EQ(value.Count(), 0u);
             EXPECT_GT(n, 0);
             break;
         }
-        EXPECT_EQ(Sample(), target);
+        EXPECT_EQ(target, Sample());
         EXPECT_EQ(Sample(), value);
     }
 }
@@ -184,7 +184,7 @@ TEST(AllocationFailure, OfACopyOfADeepTreeIsClearedUpWithoutRecursion)
     EXPECT_FALSE(RunWith(kDepth - 10, [&] { const Property copy(chain); }));
     Property target("target", 1);
     EXPECT_FALSE(RunWith(kDepth - 10, [&] { target = chain; }));
-    EXPECT_EQ(Property("target", 1), target);
+    EXPECT_EQ(target, Property("target", 1));
 }
 
 TEST(AllocationFailure, OfLoadLeavesTheTargetAsItWas)
@@ -198,11 +198,11 @@ TEST(AllocationFailure, OfLoadLeavesTheTargetAsItWas)
         Property target("target", 1);
         if (RunWith(n, [&] { PropertySerializer::Load(target, document); }))
         {
-            EXPECT_EQ(record, target);
+            EXPECT_EQ(target, record);
             EXPECT_GT(n, 5);
             break;
         }
-        EXPECT_EQ(Property("target", 1), target);
+        EXPECT_EQ(target, Property("target", 1));
     }
 }
 
@@ -217,7 +217,7 @@ TEST(AllocationFailure, OfSaveLeavesTheValueAsItWas)
     document.SetInt(7);
     // RapidJSON has its own memory; what the serializer itself needs is a table of names for a large group.
     ASSERT_FALSE(RunWith(0, [&] { PropertySerializer::Save(record, document, document.GetAllocator()); }));
-    EXPECT_EQ(7, document.GetInt());
+    EXPECT_EQ(document.GetInt(), 7);
 }
 
 } // namespace Zelnor::Core

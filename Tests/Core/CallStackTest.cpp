@@ -36,8 +36,8 @@ std::vector<std::string> FramesOf(const std::string& stack)
 /// Whether the frame is "<function> + 0x<offset> (<library>)".
 void ExpectFrame(const std::string& frame, const std::string& function, const std::string& library)
 {
-    EXPECT_EQ(0u, frame.find(function + " + 0x")) << frame;
-    EXPECT_NE(std::string::npos, frame.find(" (" + library)) << frame;
+    EXPECT_EQ(frame.find(function + " + 0x"), 0u) << frame;
+    EXPECT_NE(frame.find(" (" + library), std::string::npos) << frame;
 }
 
 // A frame of its own in the stack, and not the one behind which the call to the next function vanishes.
@@ -54,12 +54,12 @@ TEST(CallStack, HasOneFrameALine)
 {
     const std::string stack = GetCallStack();
     ASSERT_FALSE(stack.empty());
-    EXPECT_EQ('\n', stack.back());
+    EXPECT_EQ(stack.back(), '\n');
     const std::vector<std::string> frames = FramesOf(stack);
     EXPECT_GT(frames.size(), 3u);
     for (const std::string& frame : frames)
     {
-        EXPECT_NE(std::string::npos, frame.find("0x")) << frame;
+        EXPECT_NE(frame.find("0x"), std::string::npos) << frame;
     }
 }
 
@@ -74,7 +74,7 @@ TEST(CallStack, BeginsWithTheCallerAndNamesExportedFunctions)
 
 TEST(CallStack, GivesLibraryAndOffsetWhereNoNameIsKnown)
 {
-    EXPECT_EQ(0u, GetCallStack().find("ZelnorCoreTests + 0x"));
+    EXPECT_EQ(GetCallStack().find("ZelnorCoreTests + 0x"), 0u);
 }
 
 TEST(CallStack, NamesTheFunctionWhoseLastInstructionIsTheCall)
@@ -101,13 +101,13 @@ TEST(CallStack, ForgetsTheNamesOfAnUnloadedLibrary)
     {
         const Plugin plugin(ZELNOR_PLUGIN_FIRST);
         address = plugin.Address();
-        EXPECT_NE(std::string::npos, plugin.Stack().find("First::StackOfPlugin"));
+        EXPECT_NE(plugin.Stack().find("First::StackOfPlugin"), std::string::npos);
     }
-    ASSERT_EQ(nullptr, ::dlopen(ZELNOR_PLUGIN_FIRST, RTLD_NOW | RTLD_NOLOAD)) << "it was unloaded";
+    ASSERT_EQ(::dlopen(ZELNOR_PLUGIN_FIRST, RTLD_NOW | RTLD_NOLOAD), nullptr) << "it was unloaded";
     const Plugin plugin(ZELNOR_PLUGIN_SECOND);
     const std::string stack = plugin.Stack();
-    EXPECT_NE(std::string::npos, stack.find("Second::StackOfPlugin")) << stack;
-    EXPECT_EQ(std::string::npos, stack.find("First::")) << stack;
+    EXPECT_NE(stack.find("Second::StackOfPlugin"), std::string::npos) << stack;
+    EXPECT_EQ(stack.find("First::"), std::string::npos) << stack;
     if (address != plugin.Address())
     {
         GTEST_SKIP() << "the system loaded the second library somewhere else";
@@ -119,13 +119,13 @@ TEST(CallStack, IsTheCallingThreads)
     std::string stack;
     std::thread([&] { stack = GetCallStack(); }).join();
     EXPECT_FALSE(stack.empty());
-    EXPECT_EQ(std::string::npos, stack.find("main"));
+    EXPECT_EQ(stack.find("main"), std::string::npos);
 }
 
 TEST(CallStack, OfADeepRecursionIsCutOff)
 {
     const std::string stack = Recurse(10000);
-    EXPECT_EQ(63u, FramesOf(stack).size());
+    EXPECT_EQ(FramesOf(stack).size(), 63u);
     EXPECT_EQ(stack.substr(stack.find('\n')), Recurse(10000).substr(stack.find('\n')));
 }
 

@@ -96,7 +96,7 @@ TEST(CoreThreads, CountReferencesTogether)
             count.ReleaseImpl();
         }
     });
-    EXPECT_EQ(kThreads * 10000, count.GetRefCountImpl());
+    EXPECT_EQ(count.GetRefCountImpl(), kThreads * 10000);
 }
 
 TEST(CoreThreads, TheLastHolderDestroysOnceAndSeesWhatTheOthersWrote)
@@ -114,8 +114,8 @@ TEST(CoreThreads, TheLastHolderDestroysOnceAndSeesWhatTheOthersWrote)
             mine->slots[index] = 1;
             mine.reset();
         });
-        EXPECT_EQ(1, destroyed);
-        EXPECT_EQ(kThreads, sum);
+        EXPECT_EQ(destroyed, 1);
+        EXPECT_EQ(sum, kThreads);
     }
 }
 
@@ -129,7 +129,7 @@ TEST(CoreThreads, GetTheirCallStacksAndThrowAtOnce)
             wrong += StackOfAThrow().find("Property::operator[]") == std::string::npos ? 1 : 0;
         }
     });
-    EXPECT_EQ(0, wrong);
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(CoreThreads, ThrowWhileALibraryThatThrowsIsLoadedAndUnloaded)
@@ -153,7 +153,7 @@ TEST(CoreThreads, ThrowWhileALibraryThatThrowsIsLoadedAndUnloaded)
             wrong += StackOfAThrow().find("Property::operator[]") == std::string::npos ? 1 : 0;
         }
     });
-    EXPECT_EQ(0, wrong);
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(CoreThreads, ReadOnePropertyAtOnce)
@@ -174,7 +174,7 @@ TEST(CoreThreads, ReadOnePropertyAtOnce)
         wrong += copy == shared ? 0 : 1;
         wrong += shared["child 0"]["value"].begin() == shared["child 0"]["value"].end() ? 0 : 1;
     });
-    EXPECT_EQ(0, wrong);
+    EXPECT_EQ(wrong, 0);
 }
 
 } // namespace Zelnor

@@ -54,9 +54,9 @@ static_assert(std::is_convertible_v<FileDataInput*, IRefCountable*>);
 
 void ExpectFailure(const Thrown& thrown, const std::string& description, const std::string& function)
 {
-    EXPECT_EQ(description, thrown.description);
-    EXPECT_EQ("Core/Interfaces/DataStream", thrown.file);
-    EXPECT_NE(std::string::npos, thrown.function.value_or("").find(function)) << thrown.function.value_or("");
+    EXPECT_EQ(thrown.description, description);
+    EXPECT_EQ(thrown.file, "Core/Interfaces/DataStream");
+    EXPECT_NE(thrown.function.value_or("").find(function), std::string::npos) << thrown.function.value_or("");
     EXPECT_FALSE(thrown.callStack.value_or("").empty());
 }
 
@@ -80,7 +80,7 @@ std::string ReadAll(IDataInput& input, std::size_t block)
 mode_t ModeOf(const fs::path& path)
 {
     struct stat status = {};
-    EXPECT_EQ(0, ::stat(path.c_str(), &status));
+    EXPECT_EQ(::stat(path.c_str(), &status), 0);
     return status.st_mode & 07777;
 }
 
@@ -102,7 +102,7 @@ class Unprivileged
 {
 public:
     Unprivileged() : m_before(::geteuid()) { EXPECT_TRUE(m_before != 0 || ::seteuid(65534) == 0); }
-    ~Unprivileged() { EXPECT_EQ(0, ::seteuid(m_before)); }
+    ~Unprivileged() { EXPECT_EQ(::seteuid(m_before), 0); }
     Unprivileged(const Unprivileged&) = delete;
     Unprivileged& operator=(const Unprivileged&) = delete;
 
@@ -161,11 +161,11 @@ TEST(FileDataInput, ReadsBlocksOfAnySizeUpToTheEnd)
     for (const std::size_t block : {1u, 7u, 4096u, 200000u})
     {
         const auto input = FileDataInput::Create(folder / "file");
-        EXPECT_EQ(1, input->GetRefCount());
-        EXPECT_EQ(text, ReadAll(*input, block));
+        EXPECT_EQ(input->GetRefCount(), 1);
+        EXPECT_EQ(ReadAll(*input, block), text);
         char more = 'm';
-        EXPECT_EQ(0u, input->Read(&more, 1)) << "the end stays the end";
-        EXPECT_EQ('m', more);
+        EXPECT_EQ(input->Read(&more, 1), 0u) << "the end stays the end";
+        EXPECT_EQ(more, 'm');
     }
 }
 
@@ -174,8 +174,8 @@ TEST(FileDataInput, EmptyReadIsNotTheEnd)
     const TemporaryFolder folder;
     WriteFile(folder / "file", "a");
     const auto input = FileDataInput::Create(folder / "file");
-    EXPECT_EQ(0u, input->Read(nullptr, 0));
-    EXPECT_EQ("a", ReadAll(*input, 10));
+    EXPECT_EQ(input->Read(nullptr, 0), 0u);
+    EXPECT_EQ(ReadAll(*input, 10), "a");
 }
 
 TEST(FileDataInput, NamesTheFileAndTheReasonWhenItIsMissing)
@@ -221,13 +221,13 @@ TEST(FileDataOutput, EmptiesTheFileAtOnceAndHoldsNothingBack)
     const TemporaryFolder folder;
     WriteFile(folder / "file", "old contents");
     const auto output = FileDataOutput::Create(folder / "file");
-    EXPECT_EQ(1, output->GetRefCount());
-    EXPECT_EQ("", ReadFile(folder / "file"));
+    EXPECT_EQ(output->GetRefCount(), 1);
+    EXPECT_EQ(ReadFile(folder / "file"), "");
     Put(*output, "new");
-    EXPECT_EQ("new", ReadFile(folder / "file"));
+    EXPECT_EQ(ReadFile(folder / "file"), "new");
     output->Write(nullptr, 0);
     Put(*output, std::string("\0er", 3));
-    EXPECT_EQ(std::string("new\0er", 6), ReadFile(folder / "file"));
+    EXPECT_EQ(ReadFile(folder / "file"), std::string("new\0er", 6));
 }
 
 TEST(FileDataOutput, NamesTheFileAndTheReasonOfAFailure)
@@ -254,7 +254,7 @@ TEST(FileDataOutput, RespectsTheMaskForNewFiles)
     const TemporaryFolder folder;
     const Umask mask(027);
     FileDataOutput::Create(folder / "file");
-    EXPECT_EQ(0640u, ModeOf(folder / "file"));
+    EXPECT_EQ(ModeOf(folder / "file"), 0640u);
 }
 
 TEST(AtomicFileDataOutput, ReplacesTheFileAtCommit)
@@ -262,13 +262,13 @@ TEST(AtomicFileDataOutput, ReplacesTheFileAtCommit)
     const TemporaryFolder folder;
     WriteFile(folder / "file", "old");
     const auto output = AtomicFileDataOutput::Create(folder / "file");
-    EXPECT_EQ(1, output->GetRefCount());
+    EXPECT_EQ(output->GetRefCount(), 1);
     Put(*output, "new ");
     Put(*output, "contents");
-    EXPECT_EQ("old", ReadFile(folder / "file"));
+    EXPECT_EQ(ReadFile(folder / "file"), "old");
     output->Commit();
-    EXPECT_EQ("new contents", ReadFile(folder / "file"));
-    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+    EXPECT_EQ(ReadFile(folder / "file"), "new contents");
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
 }
 
 TEST(AtomicFileDataOutput, MakesAFileThatWasNotThere)
@@ -279,8 +279,8 @@ TEST(AtomicFileDataOutput, MakesAFileThatWasNotThere)
         EXPECT_FALSE(fs::exists(folder / "file"));
         output->Commit();
     }
-    EXPECT_EQ("", ReadFile(folder / "file"));
-    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+    EXPECT_EQ(ReadFile(folder / "file"), "");
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
 }
 
 TEST(AtomicFileDataOutput, WithoutACommitLeavesNoTrace)
@@ -292,10 +292,10 @@ TEST(AtomicFileDataOutput, WithoutACommitLeavesNoTrace)
         Put(*replaced, "new");
         const auto made = AtomicFileDataOutput::Create(folder / "other");
         Put(*made, "new");
-        EXPECT_EQ(3u, folder.Names().size()) << "both write beside their targets";
+        EXPECT_EQ(folder.Names().size(), 3u) << "both write beside their targets";
     }
-    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
-    EXPECT_EQ("old", ReadFile(folder / "file"));
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
+    EXPECT_EQ(ReadFile(folder / "file"), "old");
 }
 
 TEST(AtomicFileDataOutput, WritesARelativeNameInTheCurrentFolder)
@@ -305,7 +305,7 @@ TEST(AtomicFileDataOutput, WritesARelativeNameInTheCurrentFolder)
     const auto output = AtomicFileDataOutput::Create("file");
     Put(*output, "x");
     output->Commit();
-    EXPECT_EQ("x", ReadFile(folder / "file"));
+    EXPECT_EQ(ReadFile(folder / "file"), "x");
 }
 
 TEST(AtomicFileDataOutput, RefusesToWriteOrCommitAfterTheCommit)
@@ -320,7 +320,7 @@ TEST(AtomicFileDataOutput, RefusesToWriteOrCommitAfterTheCommit)
     ExpectThrow<CoreException>([&] { output->Write(nullptr, 0); });
     ExpectFailure(ExpectThrow<CoreException>([&] { output->Commit(); }),
                   "Cannot commit '" + name + "': It is committed already", "AtomicFileDataOutput::Commit(");
-    EXPECT_EQ("x", ReadFile(name));
+    EXPECT_EQ(ReadFile(name), "x");
 }
 
 TEST(AtomicFileDataOutput, AFailedCommitKeepsTheOldFileAndMayBeRepeated)
@@ -337,8 +337,8 @@ TEST(AtomicFileDataOutput, AFailedCommitKeepsTheOldFileAndMayBeRepeated)
     EXPECT_TRUE(fs::exists(target / "inside"));
     fs::remove_all(target);
     output->Commit();
-    EXPECT_EQ("new", ReadFile(target));
-    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
+    EXPECT_EQ(ReadFile(target), "new");
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
 }
 
 TEST(AtomicFileDataOutput, IsEndedByAWriteThatFails)
@@ -424,10 +424,10 @@ TEST(AtomicFileDataOutput, FollowsSymbolicLinks)
     const auto output = AtomicFileDataOutput::Create(folder / "link to link");
     Put(*output, "new");
     output->Commit();
-    EXPECT_EQ("new", ReadFile(folder / "inner/file"));
+    EXPECT_EQ(ReadFile(folder / "inner/file"), "new");
     EXPECT_TRUE(fs::is_symlink(folder / "link"));
     EXPECT_TRUE(fs::is_symlink(folder / "link to link"));
-    EXPECT_EQ(3u, folder.Names().size());
+    EXPECT_EQ(folder.Names().size(), 3u);
 }
 
 TEST(AtomicFileDataOutput, MakesTheFileOfADanglingLink)
@@ -458,14 +458,14 @@ TEST(AtomicFileDataOutput, KeepsPermissions)
     for (const mode_t mode : {0600u, 0666u, 0755u})
     {
         WriteFile(folder / "file", "old");
-        ASSERT_EQ(0, ::chmod((folder / "file").c_str(), mode));
+        ASSERT_EQ(::chmod((folder / "file").c_str(), mode), 0);
         const auto output = AtomicFileDataOutput::Create(folder / "file");
         for (const auto& entry : fs::directory_iterator(folder.Path()))
         {
-            EXPECT_EQ(mode, ModeOf(entry.path())) << "already while it is written";
+            EXPECT_EQ(ModeOf(entry.path()), mode) << "already while it is written";
         }
         output->Commit();
-        EXPECT_EQ(mode, ModeOf(folder / "file"));
+        EXPECT_EQ(ModeOf(folder / "file"), mode);
     }
 }
 
@@ -474,7 +474,7 @@ TEST(AtomicFileDataOutput, RespectsTheMaskForNewFiles)
     const TemporaryFolder folder;
     const Umask mask(027);
     AtomicFileDataOutput::Create(folder / "file")->Commit();
-    EXPECT_EQ(0640u, ModeOf(folder / "file"));
+    EXPECT_EQ(ModeOf(folder / "file"), 0640u);
 }
 
 TEST(AtomicFileDataOutput, RefusesWhatIsNoRegularFile)
@@ -489,7 +489,7 @@ TEST(AtomicFileDataOutput, RefusesWhatIsNoRegularFile)
     ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(name + "/"); }),
                   "Cannot replace '" + name + "/': Not a regular file", function);
     const std::string pipe = (folder / "pipe").string();
-    ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0600));
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     ExpectFailure(ExpectThrow<CoreException>([&] { AtomicFileDataOutput::Create(pipe); }),
                   "Cannot replace '" + pipe + "': Not a regular file", function);
 }
@@ -509,8 +509,8 @@ TEST(AtomicFileDataOutput, RefusesAtOnceWhatCannotBeWritten)
     expect((folder / "file/inner").string(), "Not a directory");
     expect((folder / std::string(256, 'n')).string(), "File name too long");
     expect((folder / "file").string() + std::string("\0x", 2), "Invalid argument");
-    EXPECT_EQ(std::vector<std::string>{"file"}, folder.Names());
-    EXPECT_EQ("x", ReadFile(folder / "file"));
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
+    EXPECT_EQ(ReadFile(folder / "file"), "x");
 }
 
 TEST(AtomicFileDataOutput, TakesTheLongestNameThatAFileMayHave)
@@ -518,7 +518,7 @@ TEST(AtomicFileDataOutput, TakesTheLongestNameThatAFileMayHave)
     const TemporaryFolder folder;
     const std::string name(255, 'n');
     AtomicFileDataOutput::Create(folder / name)->Commit();
-    EXPECT_EQ(std::vector<std::string>{name}, folder.Names());
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{name});
 }
 
 TEST(AtomicFileDataOutput, NamesTheReasonWhenTheFileMayNotBeWritten)
@@ -539,23 +539,23 @@ TEST(MemoryDataInput, ReadsBlocksOfAnySizeUpToTheEnd)
     for (const std::size_t block : {1u, 3u, 4u, 100u})
     {
         const auto input = MemoryDataInput::Create(bytes);
-        EXPECT_EQ(1, input->GetRefCount());
-        EXPECT_EQ(0u, input->Read(nullptr, 0));
-        EXPECT_EQ(bytes, ReadAll(*input, block));
+        EXPECT_EQ(input->GetRefCount(), 1);
+        EXPECT_EQ(input->Read(nullptr, 0), 0u);
+        EXPECT_EQ(ReadAll(*input, block), bytes);
     }
     char byte = 0;
-    EXPECT_EQ(0u, MemoryDataInput::Create("")->Read(&byte, 1));
+    EXPECT_EQ(MemoryDataInput::Create("")->Read(&byte, 1), 0u);
 }
 
 TEST(MemoryDataOutput, CollectsBytes)
 {
     const auto output = MemoryDataOutput::Create();
-    EXPECT_EQ(1, output->GetRefCount());
-    EXPECT_EQ("", output->GetData());
+    EXPECT_EQ(output->GetRefCount(), 1);
+    EXPECT_EQ(output->GetData(), "");
     output->Write(nullptr, 0);
     Put(*output, std::string("a\0", 2));
     Put(*output, "b");
-    EXPECT_EQ(std::string("a\0b", 3), output->GetData());
+    EXPECT_EQ(output->GetData(), std::string("a\0b", 3));
 }
 
 } // namespace Zelnor::Core

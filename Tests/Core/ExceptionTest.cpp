@@ -93,9 +93,9 @@ TEST(Exception, IsCaughtByEachOfItsBases)
 TEST(Exception, WhatIsTheStandardTextAndNotTheDescription)
 {
     const Thrown thrown = ExpectThrow<PropertyException>([] { ThrowDescribed("the description"); });
-    EXPECT_EQ("the description", thrown.description);
-    EXPECT_EQ(std::string::npos, thrown.what.find("the description"));
-    EXPECT_STREQ(std::exception().what(), MethodIsNotApplicable().what());
+    EXPECT_EQ(thrown.description, "the description");
+    EXPECT_EQ(thrown.what.find("the description"), std::string::npos);
+    EXPECT_STREQ(MethodIsNotApplicable().what(), std::exception().what());
 }
 
 TEST(Exception, AddStackReturnsTheSameObjectWithTheStackOnIt)
@@ -103,7 +103,7 @@ TEST(Exception, AddStackReturnsTheSameObjectWithTheStackOnIt)
     const CoreException exception;
     EXPECT_EQ(&exception, &AddStack(exception));
     const std::string* const stack = boost::get_error_info<TagCallStack>(exception);
-    ASSERT_NE(nullptr, stack);
+    ASSERT_NE(stack, nullptr);
     EXPECT_FALSE(stack->empty());
 }
 
@@ -112,9 +112,9 @@ TEST(Exception, AddStackPutsTheStackIntoAStandardMessage)
     const std::invalid_argument exception("wrong");
     const auto made = AddStack(exception);
     static_assert(std::is_same_v<decltype(AddStack(exception)), std::invalid_argument>);
-    EXPECT_STREQ("wrong", exception.what());
+    EXPECT_STREQ(exception.what(), "wrong");
     const std::string message = made.what();
-    EXPECT_EQ(0u, message.find("wrong\n"));
+    EXPECT_EQ(message.find("wrong\n"), 0u);
     EXPECT_GT(message.size(), std::string("wrong\n").size());
     static_assert(std::is_same_v<decltype(AddStack(std::logic_error(""))), std::logic_error>);
 }
@@ -126,36 +126,36 @@ TEST(Exception, ThrowRecordsUnitLineFunctionAndStack)
         line = __LINE__ + 1;
         ZELNOR_THROW(kUnit, CoreException());
     });
-    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
-    EXPECT_EQ(line, thrown.line);
+    EXPECT_EQ(thrown.file, "Tests/Core/ExceptionTest");
+    EXPECT_EQ(thrown.line, line);
     EXPECT_FALSE(thrown.callStack.value_or("").empty());
     const Thrown named = ExpectThrow<PropertyException>([] { ThrowDescribed("x"); });
-    EXPECT_EQ("void Zelnor::{anonymous}::ThrowDescribed(const std::string&)", named.function);
-    EXPECT_NE(std::string::npos, named.diagnostics.find("ThrowDescribed(const std::string&)"));
+    EXPECT_EQ(named.function, "void Zelnor::{anonymous}::ThrowDescribed(const std::string&)");
+    EXPECT_NE(named.diagnostics.find("ThrowDescribed(const std::string&)"), std::string::npos);
 }
 
 TEST(Exception, ThrowOfAStandardExceptionRecordsTheSame)
 {
     const Thrown thrown =
         ExpectThrow<std::invalid_argument>([] { ZELNOR_THROW(kUnit, std::invalid_argument("wrong")); });
-    EXPECT_EQ(0u, thrown.what.find("wrong\n"));
-    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
+    EXPECT_EQ(thrown.what.find("wrong\n"), 0u);
+    EXPECT_EQ(thrown.file, "Tests/Core/ExceptionTest");
     EXPECT_GT(thrown.line.value_or(0), 0);
-    EXPECT_NE(std::string::npos, thrown.diagnostics.find(thrown.function.value_or("none")));
+    EXPECT_NE(thrown.diagnostics.find(thrown.function.value_or("none")), std::string::npos);
 }
 
 TEST(Exception, ThrowMayFixTheLine)
 {
-    EXPECT_EQ(4711,
-              ExpectThrow<CoreException>([] { ZELNOR_THROW_AT_LINE(kUnit, 4711, CoreException()); }).line);
+    EXPECT_EQ(ExpectThrow<CoreException>([] { ZELNOR_THROW_AT_LINE(kUnit, 4711, CoreException()); }).line,
+              4711);
 }
 
 TEST(Exception, ThrowMayLeaveTheMessageAlone)
 {
     const Thrown thrown = ExpectThrow<std::out_of_range>(
         [] { ZELNOR_THROW_WITHOUT_STACK(kUnit, std::out_of_range("key not found")); });
-    EXPECT_EQ("key not found", thrown.what);
-    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
+    EXPECT_EQ(thrown.what, "key not found");
+    EXPECT_EQ(thrown.file, "Tests/Core/ExceptionTest");
     EXPECT_GT(thrown.line.value_or(0), 0);
 }
 
@@ -184,9 +184,9 @@ TEST(Exception, CopyThroughBoostCurrentExceptionKeepsTags)
         copy = boost::current_exception();
     }
     const Thrown thrown = ExpectThrow<PropertyException>([&] { boost::rethrow_exception(copy); });
-    EXPECT_EQ("kept", thrown.description);
-    EXPECT_EQ(PROPERTY_TYPE_RATIO, thrown.Get<PropertyException::TagPropertyType>());
-    EXPECT_EQ("Tests/Core/ExceptionTest", thrown.file);
+    EXPECT_EQ(thrown.description, "kept");
+    EXPECT_EQ(thrown.Get<PropertyException::TagPropertyType>(), PROPERTY_TYPE_RATIO);
+    EXPECT_EQ(thrown.file, "Tests/Core/ExceptionTest");
     EXPECT_FALSE(thrown.callStack.value_or("").empty());
 }
 
@@ -203,8 +203,8 @@ TEST(Exception, RethrownInAnotherThreadKeepsTags)
             copy = boost::current_exception();
         }
     }).join();
-    EXPECT_EQ("from the thread",
-              ExpectThrow<PropertyException>([&] { boost::rethrow_exception(copy); }).description);
+    EXPECT_EQ(ExpectThrow<PropertyException>([&] { boost::rethrow_exception(copy); }).description,
+              "from the thread");
 }
 
 TEST(Exception, ACopyKeepsTags)
@@ -213,8 +213,8 @@ TEST(Exception, ACopyKeepsTags)
     original << TagDescription("kept");
     const PropertyException copy(original);
     const std::string* const description = boost::get_error_info<TagDescription>(copy);
-    ASSERT_NE(nullptr, description);
-    EXPECT_EQ("kept", *description);
+    ASSERT_NE(description, nullptr);
+    EXPECT_EQ(*description, "kept");
 }
 
 } // namespace Zelnor

@@ -36,7 +36,7 @@ TEST(IRefCountable, CreatedObjectHasOneReference)
 {
     bool destroyed = false;
     const auto blob = Blob::Create(destroyed);
-    EXPECT_EQ(1, blob->GetRefCount());
+    EXPECT_EQ(blob->GetRefCount(), 1);
 }
 
 TEST(IRefCountable, PointersToAnyBaseShareOneCount)
@@ -45,9 +45,9 @@ TEST(IRefCountable, PointersToAnyBaseShareOneCount)
     auto blob = Blob::Create(destroyed);
     boost::intrusive_ptr<const IRefCountable> counted(blob);
     const boost::intrusive_ptr<IBlob> base(blob);
-    EXPECT_EQ(3, blob->GetRefCount());
+    EXPECT_EQ(blob->GetRefCount(), 3);
     counted.reset();
-    EXPECT_EQ(2, base->GetRefCount());
+    EXPECT_EQ(base->GetRefCount(), 2);
     blob.reset();
     EXPECT_FALSE(destroyed);
 }
@@ -56,10 +56,10 @@ TEST(IRefCountable, TheLastReleaseDestroys)
 {
     bool destroyed = false;
     IRefCountable* const object = Blob::Create(destroyed).detach();
-    EXPECT_EQ(2, object->AddRef());
-    EXPECT_EQ(1, object->Release());
+    EXPECT_EQ(object->AddRef(), 2);
+    EXPECT_EQ(object->Release(), 1);
     EXPECT_FALSE(destroyed);
-    EXPECT_EQ(0, object->Release());
+    EXPECT_EQ(object->Release(), 0);
     EXPECT_TRUE(destroyed);
 }
 

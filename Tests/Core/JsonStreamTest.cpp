@@ -92,9 +92,9 @@ std::string TakeAll(JsonZelnorStreamIn& stream)
     std::string all;
     while (!stream.AtEnd())
     {
-        EXPECT_EQ(all.size(), stream.Tell());
+        EXPECT_EQ(stream.Tell(), all.size());
         const char next = stream.Peek();
-        EXPECT_EQ(next, stream.Take());
+        EXPECT_EQ(stream.Take(), next);
         all += next;
     }
     return all;
@@ -119,8 +119,8 @@ TEST(JsonZelnorStreamIn, GivesEveryByteAroundTheBufferBorders)
     {
         Input input(Bytes(size));
         JsonZelnorStreamIn stream(input);
-        EXPECT_EQ(Bytes(size), TakeAll(stream)) << size;
-        EXPECT_EQ(size, stream.Tell());
+        EXPECT_EQ(TakeAll(stream), Bytes(size)) << size;
+        EXPECT_EQ(stream.Tell(), size);
     }
 }
 
@@ -130,7 +130,7 @@ TEST(JsonZelnorStreamIn, TakesShortReads)
     {
         Input input(Bytes(5000), block);
         JsonZelnorStreamIn stream(input);
-        EXPECT_EQ(Bytes(5000), TakeAll(stream));
+        EXPECT_EQ(TakeAll(stream), Bytes(5000));
     }
 }
 
@@ -139,23 +139,23 @@ TEST(JsonZelnorStreamIn, AsksTheInputOnceABlock)
     Input input(Bytes(10 * kBuffer));
     JsonZelnorStreamIn stream(input);
     TakeAll(stream);
-    EXPECT_EQ(11, input.calls);
+    EXPECT_EQ(input.calls, 11);
 }
 
 TEST(JsonZelnorStreamIn, GivesNulAtTheEndWithoutReadingOn)
 {
     Input input("a");
     JsonZelnorStreamIn stream(input);
-    EXPECT_EQ('a', stream.Take());
+    EXPECT_EQ(stream.Take(), 'a');
     const int calls = input.calls;
     for (int i = 0; i < 3; ++i)
     {
-        EXPECT_EQ('\0', stream.Peek());
-        EXPECT_EQ('\0', stream.Take());
+        EXPECT_EQ(stream.Peek(), '\0');
+        EXPECT_EQ(stream.Take(), '\0');
         EXPECT_TRUE(stream.AtEnd());
-        EXPECT_EQ(1u, stream.Tell());
+        EXPECT_EQ(stream.Tell(), 1u);
     }
-    EXPECT_EQ(calls, input.calls);
+    EXPECT_EQ(input.calls, calls);
 }
 
 TEST(JsonZelnorStreamIn, TellsANulFromTheEnd)
@@ -184,8 +184,8 @@ TEST(JsonZelnorStreamIn, ParsesDocumentsAroundTheBufferBorders)
         rapidjson::Document document;
         document.ParseStream(stream);
         ASSERT_FALSE(document.HasParseError());
-        EXPECT_EQ(text, document[0].GetString());
-        EXPECT_EQ(12345678901, document[1].GetInt64());
+        EXPECT_EQ(document[0].GetString(), text);
+        EXPECT_EQ(document[1].GetInt64(), 12345678901);
     }
 }
 
@@ -209,7 +209,7 @@ TEST(JsonZelnorStreamIn, PassesEveryFailureOfTheInputOn)
             JsonZelnorStreamIn stream(input);
             document.ParseStream(stream);
         });
-        EXPECT_EQ(failing + 1, input.calls);
+        EXPECT_EQ(input.calls, failing + 1);
     }
 }
 
@@ -218,8 +218,8 @@ TEST(JsonZelnorStreamIn, DoesNotWrite)
     Input input("");
     JsonZelnorStreamIn stream(input);
     const auto expect = [](auto action) {
-        EXPECT_EQ("This JSON stream does not support writing",
-                  ExpectThrow<CoreException>(action).description);
+        EXPECT_EQ(ExpectThrow<CoreException>(action).description,
+                  "This JSON stream does not support writing");
     };
     expect([&] { stream.PutBegin(); });
     expect([&] { stream.Put('x'); });
@@ -239,11 +239,11 @@ TEST(JsonZelnorStreamOut, WritesEveryByteAroundTheBufferBorders)
             stream.Put(c);
         }
         stream.Flush();
-        EXPECT_EQ(Bytes(size), output.bytes) << size;
-        EXPECT_EQ(static_cast<int>((size + kBuffer - 1) / kBuffer), output.calls);
+        EXPECT_EQ(output.bytes, Bytes(size)) << size;
+        EXPECT_EQ(output.calls, static_cast<int>((size + kBuffer - 1) / kBuffer));
         EXPECT_LE(output.largest, kBuffer);
         stream.Flush();
-        EXPECT_EQ(size, output.bytes.size()) << "what is flushed is not written again";
+        EXPECT_EQ(output.bytes.size(), size) << "what is flushed is not written again";
     }
 }
 
@@ -255,7 +255,7 @@ TEST(JsonZelnorStreamOut, GetsTheWholeDocumentOfAWriter)
     writer.StartArray();
     writer.String(std::string(2 * kBuffer, 'x').c_str());
     writer.EndArray();
-    EXPECT_EQ("[\"" + std::string(2 * kBuffer, 'x') + "\"]", output.bytes);
+    EXPECT_EQ(output.bytes, "[\"" + std::string(2 * kBuffer, 'x') + "\"]");
 }
 
 TEST(JsonZelnorStreamOut, PassesFailuresOnAndKeepsWhatWasNotWritten)
@@ -267,9 +267,9 @@ TEST(JsonZelnorStreamOut, PassesFailuresOnAndKeepsWhatWasNotWritten)
         stream.Put('x');
     }
     ExpectThrow<Failure>([&] { stream.Put('y'); });
-    EXPECT_EQ("", output.bytes);
+    EXPECT_EQ(output.bytes, "");
     stream.Flush();
-    EXPECT_EQ(std::string(kBuffer, 'x'), output.bytes);
+    EXPECT_EQ(output.bytes, std::string(kBuffer, 'x'));
 }
 
 TEST(JsonZelnorStreamOut, DoesNotRead)
@@ -277,8 +277,8 @@ TEST(JsonZelnorStreamOut, DoesNotRead)
     Output output;
     JsonZelnorStreamOut stream(output);
     const auto expect = [](auto action) {
-        EXPECT_EQ("This JSON stream does not support reading",
-                  ExpectThrow<CoreException>(action).description);
+        EXPECT_EQ(ExpectThrow<CoreException>(action).description,
+                  "This JSON stream does not support reading");
     };
     expect([&] { stream.Peek(); });
     expect([&] { stream.Take(); });

@@ -24,8 +24,8 @@ std::string Print(const Property& property, int indent = 0, bool printName = tru
 std::string PrintText(const std::string& text)
 {
     const std::string line = Print(Property("t", text));
-    EXPECT_EQ("t: ", line.substr(0, 3));
-    EXPECT_EQ('\n', line.back());
+    EXPECT_EQ(line.substr(0, 3), "t: ");
+    EXPECT_EQ(line.back(), '\n');
     return line.substr(3, line.size() - 4);
 }
 
@@ -58,61 +58,62 @@ struct Thousands : std::numpunct<char>
 
 } // namespace
 
-TEST(PrintPropertyValue, PrintsOnePropertyALine) { EXPECT_EQ(kSample, Print(Sample())); }
+TEST(PrintPropertyValue, PrintsOnePropertyALine) { EXPECT_EQ(Print(Sample()), kSample); }
 
 TEST(PrintPropertyValue, PrintsEachKind)
 {
-    EXPECT_EQ("n: -9223372036854775808\n", Print(Property("n", std::numeric_limits<long long>::min())));
-    EXPECT_EQ("n: 9223372036854775807\n", Print(Property("n", std::numeric_limits<long long>::max())));
-    EXPECT_EQ("r: -9223372036854775808/9223372036854775807\n",
-              Print(Property("r", Property::Ratio(std::numeric_limits<long long>::min(),
-                                                  std::numeric_limits<long long>::max()))));
-    EXPECT_EQ("s: \n", Print(Property("s", "")));
-    EXPECT_EQ("x: null\n", Print(Property::None("x")));
-    EXPECT_EQ(":\n", Print(Property()));
+    EXPECT_EQ(Print(Property("n", std::numeric_limits<long long>::min())), "n: -9223372036854775808\n");
+    EXPECT_EQ(Print(Property("n", std::numeric_limits<long long>::max())), "n: 9223372036854775807\n");
+    EXPECT_EQ(Print(Property("r", Property::Ratio(std::numeric_limits<long long>::min(),
+                                                  std::numeric_limits<long long>::max()))),
+              "r: -9223372036854775808/9223372036854775807\n");
+    EXPECT_EQ(Print(Property("s", "")), "s: \n");
+    EXPECT_EQ(Print(Property::None("x")), "x: null\n");
+    EXPECT_EQ(Print(Property()), ":\n");
 }
 
 TEST(PrintPropertyValue, IndentsFromTheGivenLevel)
 {
-    EXPECT_EQ("    source:\n", Print(Sample(), 2, true, false));
-    EXPECT_EQ("      width: 1920\n", Print(Sample(), 2).substr(12, 18));
-    EXPECT_EQ(kSample, Print(Sample(), -5));
+    EXPECT_EQ(Print(Sample(), 2, true, false), "    source:\n");
+    EXPECT_EQ(Print(Sample(), 2).substr(12, 18), "      width: 1920\n");
+    EXPECT_EQ(Print(Sample(), -5), kSample);
 }
 
 TEST(PrintPropertyValue, LeavesOutTheNameOrTheChildren)
 {
-    EXPECT_EQ("source:\n", Print(Sample(), 0, true, false));
-    EXPECT_EQ("", Print(Sample(), 0, false, false));
-    EXPECT_EQ("title: A \\\"quoted\\\" title\nempty:\n", Print(Sample()["metadata"], 0, false, true));
-    EXPECT_EQ("  title: A \\\"quoted\\\" title\n  empty:\n", Print(Sample()["metadata"], 1, false, true));
-    EXPECT_EQ("", Print(Property("n", 1), 0, false, true));
+    EXPECT_EQ(Print(Sample(), 0, true, false), "source:\n");
+    EXPECT_EQ(Print(Sample(), 0, false, false), "");
+    EXPECT_EQ(Print(Sample()["metadata"], 0, false, true), "title: A \\\"quoted\\\" title\nempty:\n");
+    EXPECT_EQ(Print(Sample()["metadata"], 1, false, true), "  title: A \\\"quoted\\\" title\n  empty:\n");
+    EXPECT_EQ(Print(Property("n", 1), 0, false, true), "");
 }
 
 TEST(PrintPropertyValue, EscapesInNamesAndValues)
 {
-    EXPECT_EQ("a\\\"b\\\\: c\\n\n", Print(Property("a\"b\\", "c\n")));
-    EXPECT_EQ("\\n\\r\\t", PrintText("\n\r\t"));
-    EXPECT_EQ("\\\\N \\\\G \\\\l", PrintText("\\N \\G \\l"));
-    EXPECT_EQ("trailing\\\\", PrintText("trailing\\"));
-    EXPECT_EQ("\\000\\0011\\037\\177", PrintText(std::string("\0\0011\037\177", 5)));
-    EXPECT_EQ("' ~<>{}|", PrintText("' ~<>{}|"));
+    EXPECT_EQ(Print(Property("a\"b\\", "c\n")), "a\\\"b\\\\: c\\n\n");
+    EXPECT_EQ(PrintText("\n\r\t"), "\\n\\r\\t");
+    EXPECT_EQ(PrintText("\\N \\G \\l"), "\\\\N \\\\G \\\\l");
+    EXPECT_EQ(PrintText("trailing\\"), "trailing\\\\");
+    EXPECT_EQ(PrintText(std::string("\0\0011\037\177", 5)), "\\000\\0011\\037\\177");
+    EXPECT_EQ(PrintText("' ~<>{}|"), "' ~<>{}|");
 }
 
 TEST(PrintPropertyValue, KeepsUtf8AndEscapesWhatIsNot)
 {
     const std::string valid = "\u00e9\u6620\U0001F600\u00A0\uD7FF\uE000\U0010FFFF";
-    EXPECT_EQ(valid, PrintText(valid));
-    EXPECT_EQ("\\377x", PrintText("\xff"
-                                  "x"));
-    EXPECT_EQ("\\200", PrintText("\x80"));
-    EXPECT_EQ("\\300\\200", PrintText("\xc0\x80")) << "an overlong form";
-    EXPECT_EQ("\\340\\237\\277", PrintText("\xe0\x9f\xbf")) << "an overlong form";
-    EXPECT_EQ("\\360\\217\\277\\277", PrintText("\xf0\x8f\xbf\xbf")) << "an overlong form";
-    EXPECT_EQ("\\355\\240\\200", PrintText("\xed\xa0\x80")) << "a surrogate";
-    EXPECT_EQ("\\364\\220\\200\\200", PrintText("\xf4\x90\x80\x80")) << "beyond the last code point";
-    EXPECT_EQ("\\346\\230", PrintText("\xe6\x98")) << "cut off";
-    EXPECT_EQ("\\346\\\"", PrintText("\xe6\"")) << "what follows is escaped by itself";
-    EXPECT_EQ("\\303\u00e9", PrintText("\xc3\u00e9")) << "the character behind it is whole";
+    EXPECT_EQ(PrintText(valid), valid);
+    EXPECT_EQ(PrintText("\xff"
+                        "x"),
+              "\\377x");
+    EXPECT_EQ(PrintText("\x80"), "\\200");
+    EXPECT_EQ(PrintText("\xc0\x80"), "\\300\\200") << "an overlong form";
+    EXPECT_EQ(PrintText("\xe0\x9f\xbf"), "\\340\\237\\277") << "an overlong form";
+    EXPECT_EQ(PrintText("\xf0\x8f\xbf\xbf"), "\\360\\217\\277\\277") << "an overlong form";
+    EXPECT_EQ(PrintText("\xed\xa0\x80"), "\\355\\240\\200") << "a surrogate";
+    EXPECT_EQ(PrintText("\xf4\x90\x80\x80"), "\\364\\220\\200\\200") << "beyond the last code point";
+    EXPECT_EQ(PrintText("\xe6\x98"), "\\346\\230") << "cut off";
+    EXPECT_EQ(PrintText("\xe6\""), "\\346\\\"") << "what follows is escaped by itself";
+    EXPECT_EQ(PrintText("\xc3\u00e9"), "\\303\u00e9") << "the character behind it is whole";
 }
 
 TEST(PrintPropertyValue, EscapesTheC1Controls)
@@ -147,7 +148,7 @@ TEST(PrintPropertyValue, IsNotChangedByTheStreamsLocaleAndFlags)
     os.imbue(std::locale(std::locale::classic(), new Thousands));
     os << std::hex << std::showbase << std::showpos << std::setw(40) << std::setfill('*');
     PrintPropertyValue(Sample(), 0, os, true, true);
-    EXPECT_EQ(kSample, os.str());
+    EXPECT_EQ(os.str(), kSample);
 }
 
 TEST(PrintPropertyValue, IsNotChangedByTheGlobalLocale)
@@ -155,7 +156,7 @@ TEST(PrintPropertyValue, IsNotChangedByTheGlobalLocale)
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Thousands));
     const std::string text = Print(Sample());
     std::locale::global(before);
-    EXPECT_EQ(kSample, text);
+    EXPECT_EQ(text, kSample);
 }
 
 TEST(PrintPropertyValue, HandsLongTextOverWhole)
@@ -167,8 +168,8 @@ TEST(PrintPropertyValue, HandsLongTextOverWhole)
         record.CreateChildT("child", static_cast<long long>(i));
         expected += "  child: " + std::to_string(i) + "\n";
     }
-    EXPECT_EQ(expected, Print(record));
-    EXPECT_EQ("s: " + std::string(100000, 'x') + "\n", Print(Property("s", std::string(100000, 'x'))));
+    EXPECT_EQ(Print(record), expected);
+    EXPECT_EQ(Print(Property("s", std::string(100000, 'x'))), "s: " + std::string(100000, 'x') + "\n");
 }
 
 } // namespace Zelnor::Core

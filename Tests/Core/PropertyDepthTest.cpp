@@ -48,10 +48,10 @@ TEST(PropertyDepth, AChainIsMadeCopiedComparedAndDestroyed)
 {
     const Property chain = Chain(kDepth);
     Property copy(chain);
-    EXPECT_EQ(chain, copy);
+    EXPECT_EQ(copy, chain);
     copy["g"]["g"].CreateChildT("more", 1LL);
-    EXPECT_NE(chain, copy);
-    EXPECT_NE(chain, Chain(kDepth - 1));
+    EXPECT_NE(copy, chain);
+    EXPECT_NE(Chain(kDepth - 1), chain);
 }
 
 TEST(PropertyDepth, AChainIsAssignedOver)
@@ -59,27 +59,27 @@ TEST(PropertyDepth, AChainIsAssignedOver)
     const Property chain = Chain(kDepth);
     Property target = Chain(kDepth);
     target = chain;
-    EXPECT_EQ(chain, target);
+    EXPECT_EQ(target, chain);
     target = 1LL;
-    EXPECT_EQ(Property("g", 1), target);
+    EXPECT_EQ(target, Property("g", 1));
     target = Chain(kDepth);
     target = "text";
     target = Chain(kDepth);
     target = Property::Ratio(1, 2);
     target = Chain(kDepth);
     target = Property("small");
-    EXPECT_EQ(0u, target.Count());
+    EXPECT_EQ(target.Count(), 0u);
 }
 
 TEST(PropertyDepth, AChainTakesAPartOfItself)
 {
     Property chain = Chain(kDepth);
     chain = chain["g"];
-    EXPECT_EQ(Chain(kDepth - 1), chain);
+    EXPECT_EQ(chain, Chain(kDepth - 1));
     chain = std::move(chain["g"]);
-    EXPECT_EQ(Chain(kDepth - 2), chain);
+    EXPECT_EQ(chain, Chain(kDepth - 2));
     chain.SetChild("g", chain);
-    EXPECT_EQ(Chain(kDepth - 1), chain);
+    EXPECT_EQ(chain, Chain(kDepth - 1));
 }
 
 TEST(PropertyDepth, AChainIsAChildThatIsReplacedAndRemoved)
@@ -87,13 +87,13 @@ TEST(PropertyDepth, AChainIsAChildThatIsReplacedAndRemoved)
     Property group("group");
     group.Add(Chain(kDepth));
     group.SetChild("g");
-    EXPECT_EQ(Property("g"), group["g"]);
+    EXPECT_EQ(group["g"], Property("g"));
     group.SetChild("g", Chain(kDepth));
     group.SetChildT("g", 1LL);
-    EXPECT_EQ(Property("g", 1), group["g"]);
+    EXPECT_EQ(group["g"], Property("g", 1));
     group.SetChild("g", Chain(kDepth));
     group.RemoveChild("g");
-    EXPECT_EQ(0u, group.Count());
+    EXPECT_EQ(group.Count(), 0u);
 }
 
 TEST(PropertyDepth, ASaveRefusesAChainWithoutRecursion)
@@ -103,8 +103,13 @@ TEST(PropertyDepth, ASaveRefusesAChainWithoutRecursion)
     const Property chain = Chain(kDepth);
     const auto thrown = Testing::ExpectThrow<PropertyException>(
         [&] { PropertySerializer::Save(chain, document, document.GetAllocator()); });
-    EXPECT_EQ("g: groups are nested deeper than 512", thrown.description);
-    EXPECT_EQ(7, document.GetInt());
+    std::string path = "g";
+    for (int i = 0; i < PropertySerializer::kMaxDepth; ++i)
+    {
+        path += ".g";
+    }
+    EXPECT_EQ(thrown.description, path + ": groups are nested deeper than 512");
+    EXPECT_EQ(document.GetInt(), 7);
 }
 
 TEST(PropertyDepth, AChainOfTenThousandIsPrinted)
@@ -114,7 +119,7 @@ TEST(PropertyDepth, AChainOfTenThousandIsPrinted)
     std::ostream os(&buffer);
     PrintPropertyValue(Chain(kPrinted), 0, os, true, true);
     // Each level's blanks and "g:\n", then the innermost line "leaf: 1\n".
-    EXPECT_EQ(kPrinted * (kPrinted - 1) + 3 * kPrinted + 2 * kPrinted + 8, buffer.count);
+    EXPECT_EQ(buffer.count, kPrinted * (kPrinted - 1) + 3 * kPrinted + 2 * kPrinted + 8);
 }
 
 } // namespace Zelnor::Core

@@ -27,11 +27,11 @@ using Ratio = Property::Ratio;
 void ExpectRefusal(const Thrown& thrown, const std::string& description, const std::string& name,
                    PropertyTypes type, const std::string& function)
 {
-    EXPECT_EQ(description, thrown.description);
-    EXPECT_EQ(name, thrown.Get<PropertyException::TagPropertyName>());
-    EXPECT_EQ(type, thrown.Get<PropertyException::TagPropertyType>());
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
-    EXPECT_NE(std::string::npos, thrown.function.value_or("").find("Property::" + function))
+    EXPECT_EQ(thrown.description, description);
+    EXPECT_EQ(thrown.Get<PropertyException::TagPropertyName>(), name);
+    EXPECT_EQ(thrown.Get<PropertyException::TagPropertyType>(), type);
+    EXPECT_EQ(thrown.file, "Core/Interfaces/Property");
+    EXPECT_NE(thrown.function.value_or("").find("Property::" + function), std::string::npos)
         << thrown.function.value_or("");
     EXPECT_GT(thrown.line.value_or(0), 0);
     EXPECT_FALSE(thrown.callStack.value_or("").empty());
@@ -39,11 +39,11 @@ void ExpectRefusal(const Thrown& thrown, const std::string& description, const s
 
 void ExpectNotApplicable(const Thrown& thrown, const std::string& method, const Property& property)
 {
-    EXPECT_EQ(property.GetName(), thrown.Get<PropertyException::TagPropertyName>());
-    EXPECT_EQ(property.GetType(), thrown.Get<PropertyException::TagPropertyType>());
-    EXPECT_EQ(method, thrown.Get<PropertyException::TagMethodName>());
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
-    EXPECT_NE(std::string::npos, thrown.function.value_or("").find("Property::" + method));
+    EXPECT_EQ(thrown.Get<PropertyException::TagPropertyName>(), property.GetName());
+    EXPECT_EQ(thrown.Get<PropertyException::TagPropertyType>(), property.GetType());
+    EXPECT_EQ(thrown.Get<PropertyException::TagMethodName>(), method);
+    EXPECT_EQ(thrown.file, "Core/Interfaces/Property");
+    EXPECT_NE(thrown.function.value_or("").find("Property::" + method), std::string::npos);
     EXPECT_FALSE(thrown.callStack.value_or("").empty());
 }
 
@@ -123,7 +123,7 @@ TEST(Property, AskingForAMissingChildThrows)
 TEST(Property, AScalarHasNoChildren)
 {
     Property number("n", 1);
-    EXPECT_EQ(0u, number.Count());
+    EXPECT_EQ(number.Count(), 0u);
     EXPECT_FALSE(number.ChildExists("x"));
     EXPECT_TRUE(number.FindChild("x") == number.end());
     EXPECT_TRUE(std::as_const(number).FindChild("x") == std::as_const(number).end());
@@ -230,13 +230,13 @@ TEST(Property, SetChildTRecordsItsFixedLineAndFullSignature)
 {
     Property none = Property::None("n");
     const Thrown thrown = ExpectThrow<MethodIsNotApplicable>([&] { none.SetChildT("x", 5LL); });
-    EXPECT_EQ(260, thrown.line);
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
+    EXPECT_EQ(thrown.line, 260);
+    EXPECT_EQ(thrown.file, "Core/Interfaces/Property");
     const std::string signature = thrown.function.value_or("");
-    EXPECT_EQ(0u, signature.find("Zelnor::Core::Property& Zelnor::Core::Property::SetChildT(const "))
+    EXPECT_EQ(signature.find("Zelnor::Core::Property& Zelnor::Core::Property::SetChildT(const "), 0u)
         << signature;
-    EXPECT_NE(std::string::npos, signature.find("T = long long")) << signature;
-    EXPECT_NE(std::string::npos, thrown.diagnostics.find(signature));
+    EXPECT_NE(signature.find("T = long long"), std::string::npos) << signature;
+    EXPECT_NE(thrown.diagnostics.find(signature), std::string::npos);
     EXPECT_FALSE(thrown.description);
 }
 
@@ -244,12 +244,12 @@ TEST(Property, CreateChildTRecordsItsFixedLineAndFullSignature)
 {
     Property text("n", "text");
     const Thrown thrown = ExpectThrow<MethodIsNotApplicable>([&] { text.CreateChildT("x", Ratio(1, 2)); });
-    EXPECT_EQ(243, thrown.line);
-    EXPECT_EQ("Core/Interfaces/Property", thrown.file);
+    EXPECT_EQ(thrown.line, 243);
+    EXPECT_EQ(thrown.file, "Core/Interfaces/Property");
     const std::string signature = thrown.function.value_or("");
-    EXPECT_EQ(0u, signature.find("Zelnor::Core::Property& Zelnor::Core::Property::CreateChildT(const "))
+    EXPECT_EQ(signature.find("Zelnor::Core::Property& Zelnor::Core::Property::CreateChildT(const "), 0u)
         << signature;
-    EXPECT_NE(std::string::npos, signature.find("T = boost::rational<long long")) << signature;
+    EXPECT_NE(signature.find("T = boost::rational<long long"), std::string::npos) << signature;
 }
 
 } // namespace Zelnor::Core

@@ -66,11 +66,11 @@ void ExpectSavedAs(const std::string& text, const Property& record)
 {
     rapidjson::Document document;
     PropertySerializer::Save(record, document, document.GetAllocator());
-    EXPECT_EQ(text, TextOf(document));
+    EXPECT_EQ(TextOf(document), text);
     Property loaded("other");
     PropertySerializer::Load(loaded, document);
-    EXPECT_EQ(record, loaded);
-    EXPECT_EQ(record, Load(text));
+    EXPECT_EQ(loaded, record);
+    EXPECT_EQ(Load(text), record);
 }
 
 void ExpectRefused(const std::string& text, const std::string& description)
@@ -80,13 +80,13 @@ void ExpectRefused(const std::string& text, const std::string& description)
     target.CreateChildT("kept", 1LL);
     const Property before(target);
     const Thrown thrown = ExpectThrow<PropertyException>([&] { PropertySerializer::Load(target, document); });
-    EXPECT_EQ(description, thrown.description) << text;
-    EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
-    EXPECT_NE(std::string::npos, thrown.function.value_or("").find("PropertySerializer::Load("))
+    EXPECT_EQ(thrown.description, description) << text;
+    EXPECT_EQ(thrown.file, "Core/Interfaces/PropertySerializer");
+    EXPECT_NE(thrown.function.value_or("").find("PropertySerializer::Load("), std::string::npos)
         << thrown.function.value_or("");
     EXPECT_FALSE(thrown.callStack.value_or("").empty());
-    EXPECT_EQ(before, target) << text;
-    EXPECT_EQ(TextOf(Parse(text)), TextOf(document)) << "the document is left alone";
+    EXPECT_EQ(target, before) << text;
+    EXPECT_EQ(TextOf(document), TextOf(Parse(text))) << "the document is left alone";
 }
 
 /// That many groups around an integer, or around nothing.
@@ -170,11 +170,11 @@ TEST(PropertySerializer, FindsARepeatedNameAmongManyChildren)
         {
             record.CreateChildT("c" + std::to_string(i), static_cast<long long>(i));
         }
-        EXPECT_EQ(R"({"g":{"c0")", Save(record).substr(0, 10));
-        EXPECT_EQ(record, Load(Save(record)));
+        EXPECT_EQ(Save(record).substr(0, 10), R"({"g":{"c0")");
+        EXPECT_EQ(Load(Save(record)), record);
         record.Add(Property("c0", 1));
-        EXPECT_EQ(R"({"g":[{"c0":0},)", Save(record).substr(0, 15));
-        EXPECT_EQ(record, Load(Save(record)));
+        EXPECT_EQ(Save(record).substr(0, 15), R"({"g":[{"c0":0},)");
+        EXPECT_EQ(Load(Save(record)), record);
     }
 }
 
@@ -189,9 +189,9 @@ TEST(PropertySerializer, KeepsStringsByteForByte)
                                     std::string("\xc0\x80"), std::string("\xed\xa0\x80")})
     {
         Property record(text, text);
-        EXPECT_EQ(record, Load(Save(record)));
+        EXPECT_EQ(Load(Save(record)), record);
     }
-    EXPECT_EQ("{\"a\\u0000b\":\"\\\"\\\\\\n\"}", Save(Property(std::string("a\0b", 3), "\"\\\n")));
+    EXPECT_EQ(Save(Property(std::string("a\0b", 3), "\"\\\n")), "{\"a\\u0000b\":\"\\\"\\\\\\n\"}");
 }
 
 TEST(PropertySerializer, CopiesStringsIntoTheDocument)
@@ -201,14 +201,14 @@ TEST(PropertySerializer, CopiesStringsIntoTheDocument)
         const Property record(std::string(100, 'n'), std::string(100, 'v'));
         PropertySerializer::Save(record, document, document.GetAllocator());
     }
-    EXPECT_EQ("{\"" + std::string(100, 'n') + "\":\"" + std::string(100, 'v') + "\"}", TextOf(document));
+    EXPECT_EQ(TextOf(document), "{\"" + std::string(100, 'n') + "\":\"" + std::string(100, 'v') + "\"}");
 }
 
 TEST(PropertySerializer, SavesOverWhateverTheValueHeld)
 {
     rapidjson::Document document = Parse(R"({"old":[1,2,3]})");
     PropertySerializer::Save(Property("n", 1), document["old"], document.GetAllocator());
-    EXPECT_EQ(R"({"old":{"n":1}})", TextOf(document));
+    EXPECT_EQ(TextOf(document), R"({"old":{"n":1}})");
 }
 
 TEST(PropertySerializer, ReadsTheOtherFormsOfAGroup)
@@ -216,13 +216,13 @@ TEST(PropertySerializer, ReadsTheOtherFormsOfAGroup)
     Property repeated("g");
     repeated.Add(Property("x", 1));
     repeated.Add(Property("x", 2));
-    EXPECT_EQ(repeated, Load(R"({"g":{"x":1,"x":2}})"));
+    EXPECT_EQ(Load(R"({"g":{"x":1,"x":2}})"), repeated);
     Property different("g");
     different.Add(Property("x", 1));
     different.Add(Property("y", 2));
-    EXPECT_EQ(different, Load(R"({"g":[{"x":1},{"y":2}]})"));
-    EXPECT_EQ(Property("g"), Load(R"({"g":[]})"));
-    EXPECT_EQ(Property("g"), Load(R"({"g":{}})"));
+    EXPECT_EQ(Load(R"({"g":[{"x":1},{"y":2}]})"), different);
+    EXPECT_EQ(Load(R"({"g":[]})"), Property("g"));
+    EXPECT_EQ(Load(R"({"g":{}})"), Property("g"));
 }
 
 TEST(PropertySerializer, NullMakesTheTargetAnEmptyGroupOfItsName)
@@ -230,13 +230,13 @@ TEST(PropertySerializer, NullMakesTheTargetAnEmptyGroupOfItsName)
     rapidjson::Value null;
     Property target("target", 5);
     PropertySerializer::Load(target, null);
-    EXPECT_EQ(Property("target"), target);
+    EXPECT_EQ(target, Property("target"));
 }
 
 TEST(PropertySerializer, ReducesRationals)
 {
-    EXPECT_EQ(Property("r", Ratio(-1, 2)), Load(R"({"r":[2,-4]})"));
-    EXPECT_EQ(Property("r", Ratio(0)), Load(R"({"r":[0,-9223372036854775808]})"));
+    EXPECT_EQ(Load(R"({"r":[2,-4]})"), Property("r", Ratio(-1, 2)));
+    EXPECT_EQ(Load(R"({"r":[0,-9223372036854775808]})"), Property("r", Ratio(0)));
 }
 
 TEST(PropertySerializer, ReadsRationalsAroundTheLeastIntegerOrRefusesThem)
@@ -245,15 +245,15 @@ TEST(PropertySerializer, ReadsRationalsAroundTheLeastIntegerOrRefusesThem)
         return Load("{\"r\":[" + top + "," + bottom + "]}").GetRatio();
     };
     const std::string least = "-9223372036854775808";
-    EXPECT_EQ(kLeast, load(least, "1").numerator());
-    EXPECT_EQ(Ratio(1), load(least, least));
-    EXPECT_EQ(Ratio(kLeast / 2, 3), load(least, "6"));
-    EXPECT_EQ(Ratio(-1, kLeast / -2), load("2", least));
-    EXPECT_EQ(kLeast, load(least, "1").numerator());
-    EXPECT_EQ(Ratio(kLeast / -2), load(least, "-2"));
-    EXPECT_EQ(Ratio(kMost, 2), load("9223372036854775807", "2"));
-    EXPECT_EQ(Ratio(-kMost), load("9223372036854775807", "-1"));
-    EXPECT_EQ(Ratio(1, kMost), load("1", "9223372036854775807"));
+    EXPECT_EQ(load(least, "1").numerator(), kLeast);
+    EXPECT_EQ(load(least, least), Ratio(1));
+    EXPECT_EQ(load(least, "6"), Ratio(kLeast / 2, 3));
+    EXPECT_EQ(load("2", least), Ratio(-1, kLeast / -2));
+    EXPECT_EQ(load(least, "1").numerator(), kLeast);
+    EXPECT_EQ(load(least, "-2"), Ratio(kLeast / -2));
+    EXPECT_EQ(load("9223372036854775807", "2"), Ratio(kMost, 2));
+    EXPECT_EQ(load("9223372036854775807", "-1"), Ratio(-kMost));
+    EXPECT_EQ(load("1", "9223372036854775807"), Ratio(1, kMost));
     const std::string doesNotFit = "r: a rational whose reduced form does not fit 64 bits";
     ExpectRefused(R"({"r":[-9223372036854775808,-1]})", doesNotFit);
     ExpectRefused(R"({"r":[1,-9223372036854775808]})", doesNotFit);
@@ -266,7 +266,7 @@ TEST(PropertySerializer, KeepsRationalsAtTheLimits)
     for (const Ratio& ratio : {Ratio(kLeast), Ratio(kMost), Ratio(1, kMost), Ratio(kLeast, kMost)})
     {
         const Property record("r", ratio);
-        EXPECT_EQ(record, Load(Save(record)));
+        EXPECT_EQ(Load(Save(record)), record);
     }
 }
 
@@ -335,8 +335,8 @@ TEST(PropertySerializer, SaysTheWayToThePlace)
 
 TEST(PropertySerializer, Takes512NestedGroupsAndNotOneMore)
 {
-    EXPECT_EQ(Nested(512, true), Load(Save(Nested(512, true))));
-    EXPECT_EQ(Nested(512, false), Load(Save(Nested(512, false))));
+    EXPECT_EQ(Load(Save(Nested(512, true))), Nested(512, true));
+    EXPECT_EQ(Load(Save(Nested(512, false))), Nested(512, false));
     for (const bool withLeaf : {true, false})
     {
         rapidjson::Document document;
@@ -344,11 +344,11 @@ TEST(PropertySerializer, Takes512NestedGroupsAndNotOneMore)
         const Property tooDeep = Nested(513, withLeaf);
         const Thrown thrown = ExpectThrow<PropertyException>(
             [&] { PropertySerializer::Save(tooDeep, document, document.GetAllocator()); });
-        EXPECT_EQ(Repeated(512, "g.") + "g: groups are nested deeper than 512", thrown.description);
-        EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
-        EXPECT_NE(std::string::npos, thrown.function.value_or("").find("PropertySerializer::Save("))
+        EXPECT_EQ(thrown.description, Repeated(512, "g.") + "g: groups are nested deeper than 512");
+        EXPECT_EQ(thrown.file, "Core/Interfaces/PropertySerializer");
+        EXPECT_NE(thrown.function.value_or("").find("PropertySerializer::Save("), std::string::npos)
             << thrown.function.value_or("");
-        EXPECT_EQ(7, document.GetInt());
+        EXPECT_EQ(document.GetInt(), 7);
     }
 }
 
@@ -358,14 +358,14 @@ TEST(PropertySerializer, LoadCountsGroupsLikeSave)
     const auto objects = [](int count, const std::string& innermost) {
         return Repeated(count, R"({"g":)") + innermost + Repeated(count, "}");
     };
-    EXPECT_EQ(Nested(512, false), Load(objects(512, "{}")));
-    EXPECT_EQ(Nested(512, false), Load(objects(512, "[]")));
-    EXPECT_EQ(Nested(512, true), Load(objects(512, R"({"n":1})")));
+    EXPECT_EQ(Load(objects(512, "{}")), Nested(512, false));
+    EXPECT_EQ(Load(objects(512, "[]")), Nested(512, false));
+    EXPECT_EQ(Load(objects(512, R"({"n":1})")), Nested(512, true));
     ExpectRefused(objects(513, "{}"), path + ": groups are nested deeper than 512");
     ExpectRefused(objects(513, "[]"), path + ": groups are nested deeper than 512");
     ExpectRefused(objects(513, R"({"n":1})"), path + ": groups are nested deeper than 512");
     Property arrays = Load(Repeated(512, R"({"g":[)") + Repeated(512, "]}"));
-    EXPECT_EQ(Nested(512, false), arrays);
+    EXPECT_EQ(arrays, Nested(512, false));
     const std::string tooDeep = Repeated(513, R"({"g":[)") + Repeated(513, "]}");
     ExpectRefused(tooDeep, Repeated(512, "g[0].") + "g: groups are nested deeper than 512");
 }
@@ -375,7 +375,7 @@ TEST(PropertySerializer, LoadsAValueInsideADocument)
     rapidjson::Document document = Parse(R"({"records":[{"a":1},{"b":"x"}]})");
     Property property("x");
     PropertySerializer::Load(property, document["records"][1]);
-    EXPECT_EQ(Property("b", "x"), property);
+    EXPECT_EQ(property, Property("b", "x"));
 }
 
 TEST(PropertyEvents, WritesARecordStraightToAWriter)
@@ -389,8 +389,8 @@ TEST(PropertyEvents, WritesARecordStraightToAWriter)
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     PropertyEvents(writer, false).Record(record);
     EXPECT_TRUE(writer.IsComplete());
-    EXPECT_STREQ(R"({"g":[{"n":5},{"r":[1,2]},{"x":null},{"x":"text"}]})", buffer.GetString());
-    EXPECT_EQ(record, Load(buffer.GetString()));
+    EXPECT_STREQ(buffer.GetString(), R"({"g":[{"n":5},{"r":[1,2]},{"x":null},{"x":"text"}]})");
+    EXPECT_EQ(Load(buffer.GetString()), record);
 }
 
 /// The description with which `record` is refused when it is saved.
@@ -463,7 +463,7 @@ TEST(CheckDepth, CountsTheWrappers)
     EXPECT_NO_THROW(CheckDepth(Property("n", 1), 512));
     const Thrown thrown = ExpectThrow<PropertyException>([] { CheckDepth(Nested(512, true), 1); });
     EXPECT_EQ(thrown.description, Repeated(511, "g.") + "g: groups are nested deeper than 512");
-    EXPECT_EQ("Core/Interfaces/PropertySerializer", thrown.file);
+    EXPECT_EQ(thrown.file, "Core/Interfaces/PropertySerializer");
 }
 
 } // namespace Zelnor::Core

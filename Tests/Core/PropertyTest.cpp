@@ -63,9 +63,9 @@ using Names = std::vector<std::string>;
 TEST(Property, OfANameIsAnEmptyGroup)
 {
     const Property property("name");
-    EXPECT_EQ("name", property.GetName());
-    EXPECT_EQ(PROPERTY_TYPE_GROUP, property.GetType());
-    EXPECT_EQ(0u, property.Count());
+    EXPECT_EQ(property.GetName(), "name");
+    EXPECT_EQ(property.GetType(), PROPERTY_TYPE_GROUP);
+    EXPECT_EQ(property.Count(), 0u);
     EXPECT_TRUE(property.begin() == property.end());
     EXPECT_EQ(Property(""), Property());
 }
@@ -79,11 +79,11 @@ TEST(Property, HoldsEachKindOfValueAtItsLimits)
     const std::string bytes("\0\xff\x80 x", 5);
     EXPECT_EQ(bytes, Property("a", bytes).GetString());
     EXPECT_EQ(Ratio(-1, 3), Property("a", Ratio(2, -6)).GetRatio());
-    EXPECT_EQ(PROPERTY_TYPE_INT64, Property("a", 1).GetType());
-    EXPECT_EQ(PROPERTY_TYPE_STRING, Property("a", "1").GetType());
-    EXPECT_EQ(PROPERTY_TYPE_RATIO, Property("a", Ratio(1)).GetType());
-    EXPECT_EQ(PROPERTY_TYPE_NONE, Property::None("a").GetType());
-    EXPECT_EQ("a", Property::None("a").GetName());
+    EXPECT_EQ(Property("a", 1).GetType(), PROPERTY_TYPE_INT64);
+    EXPECT_EQ(Property("a", "1").GetType(), PROPERTY_TYPE_STRING);
+    EXPECT_EQ(Property("a", Ratio(1)).GetType(), PROPERTY_TYPE_RATIO);
+    EXPECT_EQ(Property::None("a").GetType(), PROPERTY_TYPE_NONE);
+    EXPECT_EQ(Property::None("a").GetName(), "a");
 }
 
 TEST(Property, TakesTextsOver)
@@ -92,15 +92,15 @@ TEST(Property, TakesTextsOver)
     std::string value(100, 'v');
     const char* const storage = value.data();
     const Property property(std::move(name), std::move(value));
-    EXPECT_EQ(std::string(100, 'n'), property.GetName());
-    EXPECT_EQ(storage, property.GetString().data());
+    EXPECT_EQ(property.GetName(), std::string(100, 'n'));
+    EXPECT_EQ(property.GetString().data(), storage);
 
     std::string assigned(100, 'w');
     const char* const assignedStorage = assigned.data();
     Property other("x", 1);
     other = std::move(assigned);
-    EXPECT_EQ(assignedStorage, other.GetString().data());
-    EXPECT_EQ("x", other.GetName());
+    EXPECT_EQ(other.GetString().data(), assignedStorage);
+    EXPECT_EQ(other.GetName(), "x");
 }
 
 TEST(Property, CopyIsDeep)
@@ -109,7 +109,7 @@ TEST(Property, CopyIsDeep)
     Property copy(original);
     EXPECT_EQ(original, copy);
     copy["inner"]["leaf"] = 2LL;
-    EXPECT_EQ(1, original["inner"]["leaf"].GetInt64());
+    EXPECT_EQ(original["inner"]["leaf"].GetInt64(), 1);
     EXPECT_NE(original, copy);
 }
 
@@ -117,11 +117,11 @@ TEST(Property, MovedFromPropertyKeepsItsTypeAndIsEmpty)
 {
     Property group = Sample();
     const Property taken(std::move(group));
-    EXPECT_EQ(Sample(), taken);
-    EXPECT_EQ(PROPERTY_TYPE_GROUP, group.GetType());
-    EXPECT_EQ(0u, group.Count());
+    EXPECT_EQ(taken, Sample());
+    EXPECT_EQ(group.GetType(), PROPERTY_TYPE_GROUP);
+    EXPECT_EQ(group.Count(), 0u);
     group = Property("new", 1);
-    EXPECT_EQ(1, group.GetInt64());
+    EXPECT_EQ(group.GetInt64(), 1);
 }
 
 TEST(Property, AssigningAPropertyTakesItsNameToo)
@@ -129,75 +129,75 @@ TEST(Property, AssigningAPropertyTakesItsNameToo)
     Property target("old", 1);
     const Property source("new", "text");
     target = source;
-    EXPECT_EQ(source, target);
+    EXPECT_EQ(target, source);
     target = Property("newest");
-    EXPECT_EQ("newest", target.GetName());
-    EXPECT_EQ(PROPERTY_TYPE_GROUP, target.GetType());
+    EXPECT_EQ(target.GetName(), "newest");
+    EXPECT_EQ(target.GetType(), PROPERTY_TYPE_GROUP);
 }
 
 TEST(Property, AssigningAScalarKeepsTheName)
 {
     Property property("name", 1);
     property = std::string("text");
-    EXPECT_EQ(Property("name", "text"), property);
+    EXPECT_EQ(property, Property("name", "text"));
     property = Ratio(1, 2);
-    EXPECT_EQ(Property("name", Ratio(1, 2)), property);
+    EXPECT_EQ(property, Property("name", Ratio(1, 2)));
     property = 7;
-    EXPECT_EQ(Property("name", 7), property);
+    EXPECT_EQ(property, Property("name", 7));
 }
 
 TEST(Property, AssigningAScalarToAGroupDropsItsChildren)
 {
     Property byNumber = Sample();
     byNumber = 1LL;
-    EXPECT_EQ(0u, byNumber.Count());
-    EXPECT_EQ(PROPERTY_TYPE_INT64, byNumber.GetType());
+    EXPECT_EQ(byNumber.Count(), 0u);
+    EXPECT_EQ(byNumber.GetType(), PROPERTY_TYPE_INT64);
     Property byText = Sample();
     byText = "text";
-    EXPECT_EQ(Property("group", "text"), byText);
+    EXPECT_EQ(byText, Property("group", "text"));
     Property byRatio = Sample();
     byRatio = Ratio(1, 2);
-    EXPECT_EQ(Property("group", Ratio(1, 2)), byRatio);
+    EXPECT_EQ(byRatio, Property("group", Ratio(1, 2)));
 }
 
 TEST(Property, AssigningAValueOfItsOwnChildIsSafe)
 {
     Property text = Sample();
     text = text["text"].GetString();
-    EXPECT_EQ(Sample()["text"].GetString(), text.GetString());
+    EXPECT_EQ(text.GetString(), Sample()["text"].GetString());
     Property ratio = Sample();
     ratio = ratio["ratio"].GetRatio();
-    EXPECT_EQ(Ratio(30000, 1001), ratio.GetRatio());
+    EXPECT_EQ(ratio.GetRatio(), Ratio(30000, 1001));
     Property self("name", "a text that is too long to be kept in the string itself");
     self = self.GetString();
-    EXPECT_EQ("a text that is too long to be kept in the string itself", self.GetString());
+    EXPECT_EQ(self.GetString(), "a text that is too long to be kept in the string itself");
     self = self.GetName();
-    EXPECT_EQ(Property("name", "name"), self);
+    EXPECT_EQ(self, Property("name", "name"));
 }
 
 TEST(Property, AssigningItselfOrItsChildIsSafe)
 {
     Property byCopy = Sample();
     byCopy = byCopy["inner"];
-    EXPECT_EQ(Sample()["inner"], byCopy);
+    EXPECT_EQ(byCopy, Sample()["inner"]);
     Property byMove = Sample();
     byMove = std::move(byMove["inner"]);
-    EXPECT_EQ(Sample()["inner"], byMove);
+    EXPECT_EQ(byMove, Sample()["inner"]);
     Property self = Sample();
     const Property& alias = self;
     self = alias;
-    EXPECT_EQ(Sample(), self);
+    EXPECT_EQ(self, Sample());
     Property& mutableAlias = self;
     self = std::move(mutableAlias);
-    EXPECT_EQ(Sample(), self);
+    EXPECT_EQ(self, Sample());
 }
 
 TEST(Property, ACopyOfAnAncestorMayBeAssignedToItsDescendant)
 {
     Property property = Sample();
     property["inner"]["leaf"] = property;
-    EXPECT_EQ(Sample(), property["inner"][0ul]);
-    EXPECT_EQ(5u, property.Count());
+    EXPECT_EQ(property["inner"][0ul], Sample());
+    EXPECT_EQ(property.Count(), 5u);
 }
 
 TEST(Property, SetChildTAppendsAndThenChangesInPlace)
@@ -206,30 +206,30 @@ TEST(Property, SetChildTAppendsAndThenChangesInPlace)
     group.CreateChildT("first", 1LL);
     Property& added = group.SetChildT("number", 5LL);
     EXPECT_EQ(&added, &group[1]);
-    EXPECT_EQ(5, added.GetInt64());
+    EXPECT_EQ(added.GetInt64(), 5);
     group.CreateChildT("last", 1LL);
     Property& changed = group.SetChildT("number", 7LL);
     EXPECT_EQ(&added, &changed);
-    EXPECT_EQ(7, changed.GetInt64());
-    EXPECT_EQ((Names{"first", "number", "last"}), NamesOf(group));
-    EXPECT_EQ("text", group.SetChildT("number", std::string("text")).GetString());
-    EXPECT_EQ(Ratio(1, 2), group.SetChildT("number", Ratio(1, 2)).GetRatio());
-    EXPECT_EQ(3u, group.Count());
+    EXPECT_EQ(changed.GetInt64(), 7);
+    EXPECT_EQ(NamesOf(group), (Names{"first", "number", "last"}));
+    EXPECT_EQ(group.SetChildT("number", std::string("text")).GetString(), "text");
+    EXPECT_EQ(group.SetChildT("number", Ratio(1, 2)).GetRatio(), Ratio(1, 2));
+    EXPECT_EQ(group.Count(), 3u);
 }
 
 TEST(Property, SetChildTReplacesAGroupByTheValue)
 {
     Property group = Sample();
     group.SetChildT("inner", 3LL);
-    EXPECT_EQ(Property("inner", 3), group["inner"]);
-    EXPECT_EQ(5u, group.Count());
+    EXPECT_EQ(group["inner"], Property("inner", 3));
+    EXPECT_EQ(group.Count(), 5u);
 }
 
 TEST(Property, SetChildTMayTakeTheTextThatItReplaces)
 {
     Property group = Sample();
     group.SetChildT(group["text"].GetName(), group["text"].GetString());
-    EXPECT_EQ(Sample(), group);
+    EXPECT_EQ(group, Sample());
     group.SetChildT(group["inner"].GetName(), group["text"].GetString());
     EXPECT_EQ(group["text"].GetString(), group["inner"].GetString());
 }
@@ -239,8 +239,8 @@ TEST(Property, CreateChildTAppendsEvenWhenTheNameIsThere)
     Property group("group");
     group.CreateChildT("same", 1LL);
     group.CreateChildT("same", 2LL);
-    EXPECT_EQ((Names{"same", "same"}), NamesOf(group));
-    EXPECT_EQ(2, group[1].GetInt64());
+    EXPECT_EQ(NamesOf(group), (Names{"same", "same"}));
+    EXPECT_EQ(group[1].GetInt64(), 2);
 }
 
 TEST(Property, OfEqualNamesTheFirstIsMeant)
@@ -249,14 +249,14 @@ TEST(Property, OfEqualNamesTheFirstIsMeant)
     group.Add(Property("same", 1));
     group.Add(Property("same", 2));
     EXPECT_EQ(&group[0ul], &*group.FindChild("same"));
-    EXPECT_EQ(1, group["same"].GetInt64());
+    EXPECT_EQ(group["same"].GetInt64(), 1);
     group.SetChildT("same", 3LL);
     group.SetChild("same", Property("other", group["same"].GetInt64() + 1));
-    EXPECT_EQ(4, group[0ul].GetInt64());
-    EXPECT_EQ(2, group[1].GetInt64());
+    EXPECT_EQ(group[0ul].GetInt64(), 4);
+    EXPECT_EQ(group[1].GetInt64(), 2);
     group.RemoveChild("same");
-    EXPECT_EQ(1u, group.Count());
-    EXPECT_EQ(2, group["same"].GetInt64());
+    EXPECT_EQ(group.Count(), 1u);
+    EXPECT_EQ(group["same"].GetInt64(), 2);
 }
 
 TEST(Property, SetChildOfANameAppendsAnEmptyGroup)
@@ -264,7 +264,7 @@ TEST(Property, SetChildOfANameAppendsAnEmptyGroup)
     Property group("group");
     Property& child = group.SetChild("child");
     EXPECT_EQ(&child, &group["child"]);
-    EXPECT_EQ(Property("child"), child);
+    EXPECT_EQ(child, Property("child"));
 }
 
 TEST(Property, SetChildOfAnExistingNameEmptiesItInPlace)
@@ -272,20 +272,20 @@ TEST(Property, SetChildOfAnExistingNameEmptiesItInPlace)
     Property group = Sample();
     const Property* const before = &group["text"];
     Property& emptied = group.SetChild("text");
-    EXPECT_EQ(before, &emptied);
-    EXPECT_EQ(Property("text"), emptied);
+    EXPECT_EQ(&emptied, before);
+    EXPECT_EQ(emptied, Property("text"));
     EXPECT_EQ(NamesOf(Sample()), NamesOf(group));
-    EXPECT_EQ(Property("inner"), group.SetChild("inner"));
+    EXPECT_EQ(group.SetChild("inner"), Property("inner"));
 }
 
 TEST(Property, SetChildGivesTheValueTheKeysName)
 {
     Property group = Sample();
     const Property value("its own name", 9);
-    EXPECT_EQ(Property("new", 9), group.SetChild("new", value));
-    EXPECT_EQ(Property("ratio", 9), group.SetChild("ratio", value));
-    EXPECT_EQ("its own name", value.GetName());
-    EXPECT_EQ((Names{"number", "text", "ratio", "inner", "nothing", "new"}), NamesOf(group));
+    EXPECT_EQ(group.SetChild("new", value), Property("new", 9));
+    EXPECT_EQ(group.SetChild("ratio", value), Property("ratio", 9));
+    EXPECT_EQ(value.GetName(), "its own name");
+    EXPECT_EQ(NamesOf(group), (Names{"number", "text", "ratio", "inner", "nothing", "new"}));
 }
 
 TEST(Property, SetChildMayTakeItselfOrItsChildren)
@@ -293,45 +293,45 @@ TEST(Property, SetChildMayTakeItselfOrItsChildren)
     Property group = Sample();
     group.SetChild("x", group);
     Property expected = Sample();
-    EXPECT_EQ(6u, group.Count());
+    EXPECT_EQ(group.Count(), 6u);
     for (const Property& child : expected)
     {
-        EXPECT_EQ(child, group["x"][child.GetName()]);
+        EXPECT_EQ(group["x"][child.GetName()], child);
     }
     group.SetChild("x", group["x"]["inner"]);
-    EXPECT_EQ(1, group["x"]["leaf"].GetInt64());
+    EXPECT_EQ(group["x"]["leaf"].GetInt64(), 1);
     group.SetChild("x", group["x"]);
-    EXPECT_EQ(1, group["x"]["leaf"].GetInt64());
+    EXPECT_EQ(group["x"]["leaf"].GetInt64(), 1);
     group.SetChild("inner", group);
-    EXPECT_EQ(6u, group["inner"].Count());
-    EXPECT_EQ(1, group["inner"]["inner"]["leaf"].GetInt64());
+    EXPECT_EQ(group["inner"].Count(), 6u);
+    EXPECT_EQ(group["inner"]["inner"]["leaf"].GetInt64(), 1);
 }
 
 TEST(Property, SetChildMayMoveItselfOrItsChildren)
 {
     Property group = Sample();
     group.SetChild("inner", std::move(group["inner"]["leaf"]));
-    EXPECT_EQ(Property("inner", 1), group["inner"]);
+    EXPECT_EQ(group["inner"], Property("inner", 1));
     group.SetChild("text", std::move(group["text"]));
-    EXPECT_EQ(Sample()["text"], group["text"]);
+    EXPECT_EQ(group["text"], Sample()["text"]);
     Property self = Sample();
     self.SetChild("inner", std::move(self));
-    EXPECT_EQ("group", self.GetName());
-    EXPECT_EQ(Sample()["text"], self["inner"]["text"]);
+    EXPECT_EQ(self.GetName(), "group");
+    EXPECT_EQ(self["inner"]["text"], Sample()["text"]);
     Property other = Sample();
     other.SetChild("new", std::move(other));
-    EXPECT_EQ(6u, other.Count());
-    EXPECT_EQ(5u, other["new"].Count());
+    EXPECT_EQ(other.Count(), 6u);
+    EXPECT_EQ(other["new"].Count(), 5u);
 }
 
 TEST(Property, SetChildMayTakeItsKeyFromWhatItReplacesOrMoves)
 {
     Property group = Sample();
     group.SetChild(group["text"].GetName(), Property("x", 1));
-    EXPECT_EQ(Property("text", 1), group["text"]);
+    EXPECT_EQ(group["text"], Property("text", 1));
     Property value("a name that is too long to be kept in the string itself", 1);
     group.SetChild(value.GetName(), std::move(value));
-    EXPECT_EQ(1, group["a name that is too long to be kept in the string itself"].GetInt64());
+    EXPECT_EQ(group["a name that is too long to be kept in the string itself"].GetInt64(), 1);
     group.SetChild(group.GetName());
     EXPECT_TRUE(group.ChildExists("group"));
 }
@@ -342,22 +342,22 @@ TEST(Property, AddAppendsCopiesAlsoOfItself)
     const Property child("child", 1);
     group.Add(child);
     group.Add(child);
-    EXPECT_EQ((Names{"child", "child"}), NamesOf(group));
+    EXPECT_EQ(NamesOf(group), (Names{"child", "child"}));
     group.Add(group);
-    EXPECT_EQ(2u, group[2].Count());
+    EXPECT_EQ(group[2].Count(), 2u);
     group.Add(group[0ul]);
-    EXPECT_EQ(child, group[3]);
+    EXPECT_EQ(group[3], child);
     group.Add(std::move(group));
-    EXPECT_EQ("group", group.GetName());
-    EXPECT_EQ(5u, group.Count());
-    EXPECT_EQ(4u, group[4].Count());
+    EXPECT_EQ(group.GetName(), "group");
+    EXPECT_EQ(group.Count(), 5u);
+    EXPECT_EQ(group[4].Count(), 4u);
 }
 
 TEST(Property, RemoveChildMayTakeItsNameFromTheChild)
 {
     Property group = Sample();
     group.RemoveChild(group["text"].GetName());
-    EXPECT_EQ((Names{"number", "ratio", "inner", "nothing"}), NamesOf(group));
+    EXPECT_EQ(NamesOf(group), (Names{"number", "ratio", "inner", "nothing"}));
 }
 
 TEST(Property, PositionsCountFromZeroInOrder)
@@ -366,11 +366,11 @@ TEST(Property, PositionsCountFromZeroInOrder)
     for (long long i = 0; i < 7; ++i)
     {
         group.Add(Property("child", i));
-        EXPECT_EQ(i, group[group.Count() - 1].GetInt64());
+        EXPECT_EQ(group[group.Count() - 1].GetInt64(), i);
     }
     for (unsigned long i = 0; i < 7; ++i)
     {
-        EXPECT_EQ(static_cast<long long>(i), std::as_const(group)[i].GetInt64());
+        EXPECT_EQ(std::as_const(group)[i].GetInt64(), static_cast<long long>(i));
     }
 }
 
@@ -386,9 +386,9 @@ TEST(Property, ReferencesAndIteratorsStayValidWhileSiblingsChange)
         group.CreateChildT("more", 1LL);
     }
     group.SetChild("nothing", Property("x", 1));
-    EXPECT_EQ(&text, &group["text"]);
-    EXPECT_EQ("inner", inner->GetName());
-    EXPECT_EQ(1, (*inner)["leaf"].GetInt64());
+    EXPECT_EQ(&group["text"], &text);
+    EXPECT_EQ(inner->GetName(), "inner");
+    EXPECT_EQ((*inner)["leaf"].GetInt64(), 1);
 }
 
 TEST(Property, ChildrenMovedWithTheirGroupStayWhereTheyAre)
@@ -396,16 +396,16 @@ TEST(Property, ChildrenMovedWithTheirGroupStayWhereTheyAre)
     Property group = Sample();
     const Property* const text = &group["text"];
     Property taken(std::move(group));
-    EXPECT_EQ(text, &taken["text"]);
+    EXPECT_EQ(&taken["text"], text);
 }
 
 TEST(Property, TemporaryHandsOutValues)
 {
     const Property inner = Sample()["inner"];
-    EXPECT_EQ(1, inner["leaf"].GetInt64());
+    EXPECT_EQ(inner["leaf"].GetInt64(), 1);
     const std::string& text = Sample()["text"].GetString();
     EXPECT_EQ("a text that is too long to be kept in the string itself", text);
-    EXPECT_EQ(5, Sample()[0ul].GetInt64());
+    EXPECT_EQ(Sample()[0ul].GetInt64(), 5);
 }
 
 TEST(Property, EqualityIsOfNameTypeValueAndChildrenInOrder)

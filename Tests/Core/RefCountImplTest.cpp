@@ -44,13 +44,13 @@ static_assert(!std::is_abstract_v<Counted<INamed>> && std::is_base_of_v<INamed, 
 TEST(RefCountImpl, CountsFromZero)
 {
     const RefCountImpl count;
-    EXPECT_EQ(0, count.GetRefCountImpl());
-    EXPECT_EQ(1, count.AddRefImpl());
-    EXPECT_EQ(2, count.AddRefImpl());
-    EXPECT_EQ(2, count.GetRefCountImpl());
-    EXPECT_EQ(1, count.ReleaseImpl());
-    EXPECT_EQ(0, count.ReleaseImpl());
-    EXPECT_EQ(0, count.GetRefCountImpl());
+    EXPECT_EQ(count.GetRefCountImpl(), 0);
+    EXPECT_EQ(count.AddRefImpl(), 1);
+    EXPECT_EQ(count.AddRefImpl(), 2);
+    EXPECT_EQ(count.GetRefCountImpl(), 2);
+    EXPECT_EQ(count.ReleaseImpl(), 1);
+    EXPECT_EQ(count.ReleaseImpl(), 0);
+    EXPECT_EQ(count.GetRefCountImpl(), 0);
 }
 
 TEST(RefCountImpl, ACopyStartsAfreshAndAssigningChangesNothing)
@@ -58,11 +58,11 @@ TEST(RefCountImpl, ACopyStartsAfreshAndAssigningChangesNothing)
     RefCountImpl count;
     count.AddRefImpl();
     RefCountImpl copy(count);
-    EXPECT_EQ(0, copy.GetRefCountImpl());
+    EXPECT_EQ(copy.GetRefCountImpl(), 0);
     copy.AddRefImpl();
     copy.AddRefImpl();
     count = copy;
-    EXPECT_EQ(1, count.GetRefCountImpl());
+    EXPECT_EQ(count.GetRefCountImpl(), 1);
 }
 
 TEST(RefCountImpl, TheLastReferenceDestroysTheObjectAndTheCountIsStillReturned)
