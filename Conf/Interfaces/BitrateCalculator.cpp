@@ -58,8 +58,8 @@ const double* FindCurve(const std::string& codecId)
     return coef_h264;
 }
 
-/// Cuts off the fraction. A cast alone would be undefined outside the range of 64 bits, whose upper limit no
-/// double meets: the next one is 2^63.
+/// Rounds toward zero. A cast alone would be undefined outside the 64-bit range. No double equals its upper
+/// limit: the nearest one is 2^63.
 long long Truncate(double value)
 {
     constexpr double kTwoTo63 = 9223372036854775808.0;
@@ -85,7 +85,8 @@ long long Double(long long bitrate)
     return bitrate < Limits::min() / 2 ? Limits::min() : bitrate * 2;
 }
 
-/// kept: compared as an unsigned number, so that 0 scales and negative qualities do not.
+/// kept: compared as an unsigned number, so that a quality of 0 scales the bitrate and a negative one does
+/// not.
 long long ScaleUnlessOutOfRange(long long bitrate, std::uint32_t quality)
 {
     return quality > IFormatCodec::MAX_QUALITY ? bitrate : NormBitrate(bitrate, static_cast<int>(quality));
@@ -99,13 +100,13 @@ double FrameRateOf(const Core::Property& record)
                : 0.0;
 }
 
-struct VideoFacts
+struct VideoSettings
 {
     bool isVbr;
     long long defaultBitrate;
 };
 
-VideoFacts ReadVideoFacts(const Core::Property& record)
+VideoSettings ReadVideoSettings(const Core::Property& record)
 {
     const std::string& mode = record[IFormatCodec::TAG_BITRATE_MODE].GetString();
     const std::string& codecId = record[IFormatCodec::TAG_CODEC_ID].GetString();
@@ -115,9 +116,9 @@ VideoFacts ReadVideoFacts(const Core::Property& record)
     return {mode == IFormatCodec::TAG_BITRATE_MODE_VBR, GetDefVideoBitrate(codecId, width, height, fps)};
 }
 
-long long ScaleByRecord(long long bitrate, const VideoFacts& facts, const Core::Property& record)
+long long ScaleByRecord(long long bitrate, const VideoSettings& settings, const Core::Property& record)
 {
-    if (!facts.isVbr)
+    if (!settings.isVbr)
     {
         return bitrate;
     }
@@ -125,7 +126,7 @@ long long ScaleByRecord(long long bitrate, const VideoFacts& facts, const Core::
     return ScaleUnlessOutOfRange(bitrate, static_cast<std::uint32_t>(quality));
 }
 
-/// The record of a video descriptor, null for everything else.
+/// The record of a video descriptor; null for any other.
 const Core::Property* FindVideoRecord(const IFormatCodec* codec)
 {
     const auto* const video = dynamic_cast<const IFormatCodecVideo*>(codec);
@@ -163,7 +164,7 @@ long long BoundVideoBitrate(long long bitrate, const Core::Property& record, Bou
 
 long long calculateBitrate(double width, double height, double fps, const double* coefficients)
 {
-    // The order of the operations is part of the result.
+    // The result depends on the order of the operations.
     const double c0 = coefficients[0];
     const double s = std::sqrt(width * height);
     const double s2 = s * s;
@@ -221,8 +222,8 @@ long long GetDefaultVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
     {
         ZELNOR_THROW(kUnit, IncompatibleType());
     }
-    const VideoFacts facts = ReadVideoFacts(*record);
-    return ScaleByRecord(facts.defaultBitrate, facts, *record);
+    const VideoSettings settings = ReadVideoSettings(*record);
+    return ScaleByRecord(settings.defaultBitrate, settings, *record);
 }
 
 long long GetMinVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
@@ -232,8 +233,8 @@ long long GetMinVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
     {
         ZELNOR_THROW(kUnit, IncompatibleType());
     }
-    const VideoFacts facts = ReadVideoFacts(*record);
-    return ScaleByRecord(Half(facts.defaultBitrate), facts, *record);
+    const VideoSettings settings = ReadVideoSettings(*record);
+    return ScaleByRecord(Half(settings.defaultBitrate), settings, *record);
 }
 
 long long GetMaxVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
@@ -243,8 +244,8 @@ long long GetMaxVideoBitrate(boost::intrusive_ptr<const IFormatCodec> codec)
     {
         ZELNOR_THROW(kUnit, IncompatibleType());
     }
-    const VideoFacts facts = ReadVideoFacts(*record);
-    return ScaleByRecord(Double(facts.defaultBitrate), facts, *record);
+    const VideoSettings settings = ReadVideoSettings(*record);
+    return ScaleByRecord(Double(settings.defaultBitrate), settings, *record);
 }
 
 long long GetBitrateBounded(const Core::Property& codec, Boundary boundary)

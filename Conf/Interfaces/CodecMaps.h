@@ -18,9 +18,9 @@
 /// assert(!IsAudioBitrateRequired("CODEC_ID_FLAC"));
 /// \endcode
 ///
-/// The bridge between our names of codecs, the `CODEC_ID_` texts, and FFmpeg's numbers. A codec that the
-/// FFmpeg headers of this build have no number for is in none of the tables; where they have one number for
-/// two of our names, the maps know the first. All tables are constant and may be read from any thread.
+/// Translation between our names of codecs, the `CODEC_ID_` texts, and FFmpeg's codec IDs. A codec for which
+/// the FFmpeg headers of this build have no ID is in none of the tables. If they have one ID for two of our
+/// names, the maps contain the first name. All tables are constant and may be read from any thread.
 
 namespace Zelnor::Conf
 {
@@ -28,7 +28,8 @@ namespace Zelnor::Conf
 namespace details
 {
 
-// Table sizes: one for each row of the vocabulary that FFmpeg has a number for, and one for CODEC_ID_NONE.
+// Sizes of the tables: one for each codec of the vocabulary that FFmpeg has an ID for, and one for
+// CODEC_ID_NONE.
 // clang-format off
 constexpr std::size_t kVideoCodecs = 1
 #define ZELNOR_CODEC(name) + ZELNOR_HAS_AV_##name
@@ -51,23 +52,24 @@ constexpr std::size_t kUnknownCodecs = 1
 
 } // namespace details
 
-/// FFmpeg's numbers and our texts, ascending by number.
+/// FFmpeg's codec IDs and our texts, in ascending order of the IDs.
 using MapCodecs = std::map<AVCodecID, std::string>;
 
-/// The codecs by kind, in the order of the vocabulary. All but the subtitles' end with "CODEC_ID_NONE".
+/// The codecs of each kind, in the order of the vocabulary. All tables except that of the subtitles end with
+/// "CODEC_ID_NONE".
 extern ZELNOR_API const std::pair<AVCodecID, std::string> videoCodecs[details::kVideoCodecs];
 extern ZELNOR_API const std::pair<AVCodecID, std::string> audioCodecs[details::kAudioCodecs];
 extern ZELNOR_API const std::pair<AVCodecID, std::string> subtitleCodecs[details::kSubtitleCodecs];
-/// Attachments, data streams and other things that are none of the three kinds.
+/// Codecs of attachments, data streams and other streams of none of the three kinds.
 extern ZELNOR_API const std::pair<AVCodecID, std::string> unknownCodecs[details::kUnknownCodecs];
-/// The PCM codecs that need no bitrate.
+/// The PCM codecs, which do not need a bitrate.
 extern ZELNOR_API const std::string PCMCodecs[13];
 
 extern ZELNOR_API const MapCodecs mapVideoCodecs;
 extern ZELNOR_API const MapCodecs mapAudioCodecs;
 extern ZELNOR_API const MapCodecs mapSubtitleCodecs;
 extern ZELNOR_API const MapCodecs mapUnknownCodecs;
-/// The four above in one.
+/// The four maps above combined.
 extern ZELNOR_API const MapCodecs mapCodecs;
 
 ZELNOR_API const MapCodecs& GetFFVideoCodecsMap();
@@ -76,22 +78,22 @@ ZELNOR_API const MapCodecs& GetFFSubtitleCodecsMap();
 /// `mapCodecs`
 ZELNOR_API const MapCodecs& GetFFCodecsMap();
 
-/// Our text for FFmpeg's number; valid as long as `map`.
+/// Our text for FFmpeg's codec ID; valid as long as `map`.
 /// \throw FormatException "Provided codec id (#77) is not found in list"
 ZELNOR_API const std::string& AVCodecIDToTextID(AVCodecID id, const MapCodecs& map);
-/// FFmpeg's number for our text, which is compared case-sensitively: the first in `map`.
+/// FFmpeg's codec ID for our text: the first in `map`. Texts are case-sensitive.
 /// \throw FormatException "Provided codec textID ('text') is not found in list"
 ZELNOR_API AVCodecID AVCodecIDFromTextID(const std::string& textId, const MapCodecs& map);
-/// The same two in `mapCodecs`.
+/// The same with `mapCodecs`.
 ZELNOR_API const std::string& CodecIDToTextID(AVCodecID id);
 ZELNOR_API AVCodecID CodecIDFromTextID(const std::string& textId);
 
-/// Whether an encoder for the audio codec `textId` needs a bitrate: all do but FLAC, ALAC and `PCMCodecs`.
-/// \throw FormatException "Provided audio codec id is not found in list: text" for what is not in
+/// Whether an encoder for the audio codec `textId` needs a bitrate. All do, except for FLAC, ALAC and
+/// `PCMCodecs`. \throw FormatException "Provided audio codec id is not found in list: text" when it is not in
 /// `audioCodecs`
 ZELNOR_API bool IsAudioBitrateRequired(const std::string& textId);
 
-/// The entries of both maps; where both have a number, that of `a`.
+/// The entries of both maps. If both have an ID, the entry of `a` is used.
 ZELNOR_API MapCodecs concat(const MapCodecs& a, const MapCodecs& b);
 
 } // namespace Zelnor::Conf

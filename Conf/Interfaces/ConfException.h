@@ -23,42 +23,42 @@ public:
     ~ConfException() noexcept override;
 };
 
-/// For the preset manager; thrown by no code of this library.
+/// For use by the preset manager; this library does not throw it.
 class ZELNOR_API PresetException : public virtual ConfException
 {
 public:
     ~PresetException() noexcept override;
 };
 
-/// For the preset manager's constraints; thrown by no code of this library.
+/// For use by the preset manager's constraints; this library does not throw it.
 class ZELNOR_API ConstraintException : public virtual ConfException
 {
 public:
     ~ConstraintException() noexcept override;
 };
 
-/// A constraint was put on a property of a type that it does not know.
+/// A constraint was applied to a property of a type that it does not support.
 class ZELNOR_API ConstraintIsNotApplicableForTypeException : public ConstraintException
 {
 public:
     ~ConstraintIsNotApplicableForTypeException() noexcept override;
 };
 
-/// A property under a constraint is of another type than the constraint.
+/// A property that is checked has another type than its constraint.
 class ZELNOR_API CheckedPropertyHasDifferentTypeException : public ConstraintException
 {
 public:
     ~CheckedPropertyHasDifferentTypeException() noexcept override;
 };
 
-/// For the helpers of callers; thrown by no code of this library.
+/// For use by helpers of callers; this library does not throw it.
 class ZELNOR_API HelperException : public virtual ConfException
 {
 public:
     ~HelperException() noexcept override;
 };
 
-/// A look-up of a codec, sample format or channel layout missed. Carries a description.
+/// A codec, sample format or channel layout was not found. Carries a description.
 class ZELNOR_API FormatException : public virtual ConfException
 {
 public:
@@ -79,36 +79,36 @@ public:
     ~ProfileException() noexcept override;
 };
 
-/// A graph has no node with the identifier in `TagRequestedNodeId`.
+/// A graph does not have a node with the identifier in `TagRequestedNodeId`.
 class ZELNOR_API NodeNotFound : public ProfileException
 {
 public:
     ~NodeNotFound() noexcept override;
 };
 
-/// A graph has the link in `TagRequestedLink` already, or still.
+/// A graph has the link in `TagRequestedLink` already, or a node still has it.
 class ZELNOR_API LinkExists : public ProfileException
 {
 public:
     ~LinkExists() noexcept override;
 };
 
-/// A graph has no link as in `TagRequestedLink`.
+/// A graph does not have the link in `TagRequestedLink`.
 class ZELNOR_API LinkNotFound : public ProfileException
 {
 public:
     ~LinkNotFound() noexcept override;
 };
 
-/// A JSON document is no graph; `TagJsonBadStructure` says what is wrong with it.
+/// A JSON document is not a graph; `TagJsonBadStructure` says what is wrong with it.
 class ZELNOR_API BadJson : public ProfileException
 {
 public:
     ~BadJson() noexcept override;
 };
 
-/// One object of each class above, in that order. They make the classes' type information a part of this
-/// library, so that other libraries can catch by type; nothing reads them.
+/// One object of each class above, in that order. They make this library export the classes' type
+/// information, so that other libraries can catch by type. Nothing reads them.
 extern ZELNOR_API ConfException exportDummyException;
 extern ZELNOR_API PresetException exportDummyException1;
 extern ZELNOR_API ConstraintException exportDummyException2;

@@ -7,33 +7,33 @@
 #include <vector>
 
 /// \file
-/// The registry's lists of containers and implementations, and what can be done with encrypted files. All
-/// lists are constant, in a fixed order, some with doubled entries, and live as long as the library.
+/// Lists of containers and implementations, and what can be done with encrypted files. All lists are
+/// constant, have a fixed order and live as long as the library. Some contain an entry twice.
 
 namespace Zelnor::Conf
 {
 
-/// The containers that can be written, as `IFormatFile::FORMAT_` texts; "adts" stands twice.
+/// The containers that can be written, as `IFormatFile::FORMAT_` texts. "adts" occurs twice.
 ZELNOR_API const std::vector<std::string>& GetFormatList();
-/// Containers that the built-in parser or muxer must not be used for.
+/// Containers for which the built-in parser or muxer must not be used.
 ZELNOR_API const std::vector<std::string>& GetDisabledFormatParserList();
 ZELNOR_API const std::vector<std::string>& GetDisabledFormatMuxerList();
 /// Codecs, as `CODEC_ID_` texts, that must not be decoded or encoded.
 ZELNOR_API const std::vector<std::string>& GetDisabledDecoderList();
 ZELNOR_API const std::vector<std::string>& GetDisabledEncoderList();
-/// Codecs whose implementation is not FFmpeg's. One list serves both.
+/// Codecs that FFmpeg does not implement. Both functions return the same list.
 ZELNOR_API const std::vector<std::string>& GetExternalDecoderList();
 ZELNOR_API const std::vector<std::string>& GetExternalEncoderList();
-/// Names of implementations.
+/// Names of implementations: `MUXER_`, `PARSER_`, `DECODER_` and `ENCODER_` texts.
 ZELNOR_API const std::vector<std::string>& GetMuxerImplList();
 ZELNOR_API const std::vector<std::string>& GetParserImplList();
 ZELNOR_API const std::vector<std::string>& GetDecoderImplList();
 ZELNOR_API const std::vector<std::string>& GetEncoderImplList();
-/// Containers of images and of sound, as `IFormatFile::FORMAT_` texts.
+/// Containers of images and of audio, as `IFormatFile::FORMAT_` texts.
 ZELNOR_API const std::vector<std::string>& GetImageContainerList();
 ZELNOR_API const std::vector<std::string>& GetAudioContainerList();
 
-/// Whether the codec or container is in the list; case-sensitive.
+/// Whether the codec or container is in the list. Names are case-sensitive.
 ZELNOR_API bool IsExternalDecoder(const std::string& codecId);
 ZELNOR_API bool IsExternalEncoder(const std::string& codecId);
 ZELNOR_API bool IsImageContainer(const std::string& format);
@@ -41,11 +41,11 @@ ZELNOR_API bool IsAudioContainer(const std::string& format);
 
 /// Whether a file with this encryption (an `IFormatFile::ENCRYPTION_` text, "" for none) can be read.
 ZELNOR_API bool CanReadWithEncryption(const std::string& encryption);
-/// Whether streams may be copied unchanged out of a file with this encryption.
+/// Whether streams may be copied from a file with this encryption without being transcoded.
 ZELNOR_API bool CanCopyWithEncryption(const std::string& encryption);
 
-/// Writes ", " after every element, the last one too. Outside this namespace, say
-/// `using Zelnor::Conf::operator<<`.
+/// Writes the elements, each followed by ", ", including the last one. To use it outside this namespace,
+/// declare `using Zelnor::Conf::operator<<`.
 ZELNOR_API std::ostream& operator<<(std::ostream& os, const std::vector<std::string>& list);
 
 } // namespace Zelnor::Conf

@@ -16,11 +16,11 @@ namespace Zelnor::Conf
 /// Key of a descriptor's object name in its internal properties.
 extern ZELNOR_API const std::string TAG_OBJECT;
 
-/// What all descriptors (of a file, of a stream's codec) have in common: a record, which callers read, edit,
-/// compare and store, and beside it a few internal properties that live only as long as the object and take
-/// part in nothing.
+/// The base of all descriptors, of files and of the codecs of streams. A descriptor has a record, which
+/// callers read, edit, compare and store, and a few internal properties, which are neither compared nor
+/// stored.
 ///
-/// A descriptor is reference-counted by its concrete class and is not synchronised.
+/// The concrete class counts the references. Access is not synchronised.
 class ZELNOR_API IFormat : public virtual IRefCountable
 {
 public:
@@ -28,10 +28,10 @@ public:
 #define ZELNOR_TEXT(name, text) static const std::string name;
 #include "Conf/Interfaces/Vocabulary/IFormat.def"
 
-    /// The record becomes a group named `objectName` with one empty child group "metadata"; the internal
-    /// properties hold "object_name" = `objectName`.
+    /// Makes the record a group named `objectName` with one child, the empty group "metadata". The internal
+    /// properties contain "object_name" = `objectName`.
     explicit IFormat(const std::string& objectName);
-    /// A deep copy of the record and of the internal properties.
+    /// Makes a deep copy of the record and of the internal properties.
     IFormat(const IFormat& other);
     ~IFormat() override;
 
@@ -44,11 +44,11 @@ public:
     const boost::property_tree::ptree& GetInternalProperties() const { return m_internalProperties; }
     boost::property_tree::ptree& GetInternalProperties() { return m_internalProperties; }
 
-    /// Makes the record's child "metadata" a copy of `metadata`, whatever its name.
+    /// Makes the record's child "metadata" a copy of `metadata`, whose own name is ignored.
     void SetMetadata(const Core::Property& metadata);
     const Core::Property& GetMetadata() const;
 
-    /// Whether the records are equal; internal properties take no part. Nothing equals a null pointer.
+    /// Whether the records are equal; internal properties are not compared. False for a null pointer.
     bool Compare(const boost::intrusive_ptr<const IFormat>& other) const;
     /// Writes the record and the first level of the internal properties, for people.
     void PrintContent(std::ostream& os) const;

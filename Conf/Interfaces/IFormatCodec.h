@@ -7,12 +7,12 @@
 namespace Zelnor::Conf
 {
 
-/// The descriptor of one elementary stream's codec, and the vocabulary that all kinds of codec share. By
-/// itself it describes a stream of unknown kind.
+/// The descriptor of an elementary stream's codec, and the vocabulary that all kinds of codec share. The
+/// class itself describes a stream of unknown kind; the derived classes describe video, audio and subtitles.
 ///
 /// A new record holds, in this order: "metadata", "codec.options.encode" and "codec.options.analyze" (empty
-/// groups whose names hold dots but are no paths) and "name" = "Unknown codec". The private data (a codec's
-/// extra data) is no part of the record: it is neither compared nor printed nor saved.
+/// groups; the dots are part of the names) and "name" = "Unknown codec". The private data (a codec's extra
+/// data) is not part of the record: it is not compared, printed or saved.
 class ZELNOR_API IFormatCodec : public IFormat
 {
 public:
@@ -22,15 +22,15 @@ public:
 #define ZELNOR_CODEC(name) static const std::string name;
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
 
-    /// The upper end of the `TAG_QUALITY` scale, which begins at 1 (best).
+    /// The largest value of `TAG_QUALITY`, the lowest quality. 1 is the best.
     static constexpr int MAX_QUALITY = 32;
 
-    /// Copies the record and the internal properties; the private data is shared, the references are counted
-    /// anew.
+    /// Copies the record and the internal properties and shares the private data. The copy counts its own
+    /// references.
     IFormatCodec(const IFormatCodec& other);
     ~IFormatCodec() override;
 
-    /// A descriptor with an empty object name.
+    /// Makes a descriptor with an empty object name.
     static boost::intrusive_ptr<IFormatCodec> Create();
 
     int AddRef() const override;
@@ -41,19 +41,19 @@ public:
     /// `Zelnor::MediaType`.
     virtual int GetCodecType() const;
 
-    /// Options for the encoder. Setting copies value and children of `options`; the child keeps its name and
-    /// is created if it is missing.
+    /// Options for the encoder: the child "codec.options.encode", which gets the value and the children of
+    /// `options` and is created if it is missing.
     virtual void SetOptionsEncode(const Core::Property& options);
     virtual const Core::Property& GetOptionsEncode() const;
-    /// Options for probing and decoding.
+    /// Options for probing and decoding: the child "codec.options.analyze".
     virtual void SetOptionsAnalyze(const Core::Property& options);
     virtual const Core::Property& GetOptionsAnalyze() const;
 
-    /// Keeps a reference to `blob` instead of the one held so far; null clears it.
+    /// Replaces the private data by `blob`, of which a reference is kept. Null removes it.
     virtual void SetPrivateData(boost::intrusive_ptr<IBlob> blob);
     virtual boost::intrusive_ptr<IBlob> GetPrivateData() const;
 
-    /// A copy of the same class as this object.
+    /// Makes a copy of the same class as this object.
     virtual boost::intrusive_ptr<IFormatCodec> CloneBase() const;
 
 protected:

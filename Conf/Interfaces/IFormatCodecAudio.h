@@ -7,10 +7,9 @@ namespace Zelnor::Conf
 {
 
 /// The descriptor of an audio stream's codec: typed access to the sample format, rate, channel layout and
-/// language in its record, which is named "format_codec_audio". Formats and layouts are kept as text ids.
+/// language in its record, which is named "format_codec_audio". Formats and layouts are stored as text ids.
 ///
-/// \throw Core::PropertyException from the getters (but those of the language) when the record has no such
-/// value.
+/// All getters except those of the language throw `Core::PropertyException` when the record lacks the value.
 class ZELNOR_API IFormatCodecAudio : public IFormatCodec
 {
 public:
@@ -34,22 +33,23 @@ public:
     int GetCodecType() const override;
     boost::intrusive_ptr<IFormatCodec> CloneBase() const override;
 
-    /// The language of the record's metadata, "" when there is none.
+    /// The language in the record's metadata; empty if there is none.
     virtual std::string GetLanguage() const;
-    /// Any text is accepted.
+    /// Sets the language in the record's metadata. Any text is accepted.
     virtual void SetLanguage(const std::string& language);
     bool ExistsLanguage() const;
 
-    /// \throw FormatException when the record holds a text that is no format's
+    /// \throw FormatException when the stored text does not name a sample format
     SampleFormats GetSampleFormat() const;
     /// \throw FormatException when `format` has no record; this record stays as it was
     void SetSampleFormat(SampleFormats format);
-    /// \throw FormatException when the record holds a text that is no layout's
+    /// \throw FormatException when the stored text does not name a channel layout
     ChannelLayout GetChannelLayout() const;
     /// \throw FormatException when `layout` has no record; this record stays as it was
     void SetChannelLayout(ChannelLayout layout);
     /// \throw FormatException as the two getters above
     SampleInfo GetSampleInfo() const;
+    /// Sets sample format, channel layout and rate, or none of them if that fails.
     void SetSampleInfo(const SampleInfo& info);
 
 protected:

@@ -128,7 +128,7 @@ void IFormatCodecVideo::SetFrameRate(std::uint32_t num, std::uint32_t den)
 {
     if (den == 0)
     {
-        // Thrown here, so that the place of the throw is ours and does not hang on the version of Boost.
+        // Thrown here, so that the place of the throw does not depend on the version of Boost.
         ZELNOR_THROW_WITHOUT_STACK(kUnit, boost::bad_rational());
     }
     m_property.SetChildT(TAG_FPS, Core::Property::Ratio(num, den));

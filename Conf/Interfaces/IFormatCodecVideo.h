@@ -26,20 +26,22 @@ struct FrameInfo
 {
     std::uint32_t width;  ///< in pixels
     std::uint32_t height; ///< in pixels
-    std::uint32_t ax;     ///< pixel aspect, horizontal term; not reduced
-    std::uint32_t ay;     ///< pixel aspect, vertical term
+    std::uint32_t ax;     ///< horizontal term of the sample aspect ratio (SAR), not reduced
+    std::uint32_t ay;     ///< vertical term of the SAR
 };
 
-/// Writes "1920x1080 ax=1 ay=1", whatever the stream's locale and format.
+/// Writes, for example, "1920x1080 ax=1 ay=1". The stream's locale and format flags have no effect.
 ZELNOR_API std::ostream& operator<<(std::ostream& os, const FrameInfo& info);
 
 /// The descriptor of a video stream's codec: typed access to the geometry, frame rate and pixel format in its
 /// record, which is named "format_codec_video".
 ///
-/// The geometry is unsigned 32-bit arithmetic and wraps. Aspects are pairs of terms; reducing a pair divides
-/// both by their greatest common divisor, so that a pair with one 0 becomes 0 : 1 or 1 : 0, and 0 : 0 stays.
+/// Aspect ratios are pairs of terms. A pixel aspect is the sample aspect ratio (SAR) of the stream, a frame
+/// aspect its display aspect ratio (DAR). All calculations use unsigned 32-bit arithmetic, which wraps. To
+/// reduce a pair, both terms are divided by their greatest common divisor: a pair with one 0 becomes 0 : 1 or
+/// 1 : 0, and 0 : 0 stays.
 ///
-/// \throw Core::PropertyException from the getters of the geometry when the record has none.
+/// The getters of the geometry throw `Core::PropertyException` when the record lacks it.
 class ZELNOR_API IFormatCodecVideo : public IFormatCodec
 {
 public:
@@ -50,13 +52,13 @@ public:
 #define ZELNOR_CODEC_AS(name, enumerator) static const std::string name;
 #include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
 
-    /// The most that the library proposes for a video stream, in bits per second.
+    /// The largest reasonable bitrate of a video stream, in bits per second.
     static constexpr std::int64_t MAX_VIDEO_BITRATE = 500000000;
 
     /// Families of accelerated encoders and decoders.
     enum AcceleratorType : std::int32_t
     {
-        ACCELERATOR_NVENC = 0, ///< NVIDIA's hardware encoder; it decodes nothing
+        ACCELERATOR_NVENC = 0, ///< NVIDIA's hardware encoder; it does not decode
         ACCELERATOR_CUDA = 1,  ///< CUDA
         ACCELERATOR_IM_HW = 2, ///< the "IM" hardware path
         ACCELERATOR_IM_SW = 3, ///< the "IM" software path
@@ -76,46 +78,49 @@ public:
     int GetCodecType() const override;
     boost::intrusive_ptr<IFormatCodec> CloneBase() const override;
 
-    /// Stores size and pixel aspect as given, unreduced.
+    /// Stores the frame size and the SAR as given, without reducing it. If that fails, nothing is changed.
     void InitByPixelAspect(std::uint32_t width, std::uint32_t height, std::uint32_t pixelAspectX,
                            std::uint32_t pixelAspectY);
-    /// Stores the size and the reduced pixel aspect that shows the frame at the given aspect.
+    /// Stores the frame size and the reduced SAR with which the frame has the given DAR.
     void InitByFrameAspect(std::uint32_t width, std::uint32_t height, std::uint32_t frameAspectX,
                            std::uint32_t frameAspectY);
+    /// The reduced SAR with which a frame of that size has the given DAR.
     static void FrameToPixelAspect(std::uint32_t width, std::uint32_t height, std::uint32_t frameAspectX,
                                    std::uint32_t frameAspectY, std::uint32_t& pixelAspectX,
                                    std::uint32_t& pixelAspectY);
+    /// The reduced DAR of a frame of that size with the given SAR.
     static void PixelToFrameAspect(std::uint32_t width, std::uint32_t height, std::uint32_t pixelAspectX,
                                    std::uint32_t pixelAspectY, std::uint32_t& frameAspectX,
                                    std::uint32_t& frameAspectY);
 
-    /// The terms of the reduced aspect at which the whole frame is shown.
+    /// The terms of the reduced DAR.
     std::uint32_t GetFrameAspectX() const;
     std::uint32_t GetFrameAspectY() const;
-    /// Their quotient; infinite or not a number when the vertical term is 0.
+    /// The DAR as a number; infinite or not a number when the vertical term is 0.
     double GetFrameAspect() const;
+    /// Frame size and SAR as stored.
     FrameInfo GetFrameInfo() const;
 
-    /// Stores the reduced rate, in frames per second.
+    /// Stores the frame rate, in frames per second and reduced.
     /// \throw boost::bad_rational "bad rational: zero denominator"; the record stays as it was
     void SetFrameRate(std::uint32_t num, std::uint32_t den);
 
-    /// PIX_FMT_NONE when none is set.
+    /// The stored pixel format; `PIX_FMT_NONE` if there is none.
     PixFmt GetPixelFormat() const;
-    /// Any value is accepted.
+    /// Stores the pixel format. Any value is accepted.
     void SetPixelFormat(PixFmt pixelFormat);
 
-    /// The name of the encoder or decoder for a codec; codecs are named by their `CODEC_ID_` texts.
-    /// \throw std::out_of_range "key not found" when the accelerator has none
+    /// The name of the accelerator's encoder or decoder for the codec `codecId`, a `CODEC_ID_` text.
+    /// \throw std::out_of_range "key not found" when the accelerator does not have one
     static std::string GetAcceleratedEncoder(AcceleratorType accelerator, const std::string& codecId);
     static std::string GetAcceleratedDecoder(AcceleratorType accelerator, const std::string& codecId);
     /// All encoders or decoders of an accelerator, in the order of their codecs' texts.
     /// \throw std::out_of_range "key not found" when there is no such accelerator; `out` stays as it was
     static void GetAcceleratedEncoders(AcceleratorType accelerator, std::vector<std::string>& out);
     static void GetAcceleratedDecoders(AcceleratorType accelerator, std::vector<std::string>& out);
-    /// The codecs that an accelerator encodes or decodes. For ACCELERATOR_NVENC, which decodes nothing,
-    /// `GetAcceleratedDecoderCodecs` leaves `out` as it was.
-    /// \throw std::out_of_range "key not found" when there is no such accelerator; `out` stays as it was
+    /// The codecs that an accelerator encodes or decodes. `GetAcceleratedDecoderCodecs` leaves `out` as it
+    /// was for ACCELERATOR_NVENC, which does not decode. \throw std::out_of_range "key not found" when there
+    /// is no such accelerator; `out` stays as it was
     static void GetAcceleratedEncoderCodecs(AcceleratorType accelerator, std::vector<std::string>& out);
     static void GetAcceleratedDecoderCodecs(AcceleratorType accelerator, std::vector<std::string>& out);
 

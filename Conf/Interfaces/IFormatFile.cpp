@@ -9,7 +9,7 @@ IFormatFile::IFormatFile() : IFormat(TAG_FORMAT_FILE) {}
 
 IFormatFile::IFormatFile(const IFormatFile& other) : IFormat(TAG_FORMAT_FILE)
 {
-    // Not by the initialiser, which has no say where a derived class initialises the virtual base itself.
+    // Not in the initialiser list: it is ignored when a derived class initialises the virtual base.
     IFormat::operator=(other);
 }
 

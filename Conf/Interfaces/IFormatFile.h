@@ -8,15 +8,15 @@
 namespace Zelnor::Conf
 {
 
-/// The chapters of a file. The library holds none; callers that do derive from this.
+/// The chapters of a file. The library does not have an implementation; callers may derive one.
 class ZELNOR_API IFormatChapterList : public virtual IRefCountable
 {
 public:
     ~IFormatChapterList() override;
 };
 
-/// The descriptor of a container file, and the vocabulary of files: keys of their records and metadata,
-/// container names, groups of file dialogs, DVD disks. Its record is named "format_file".
+/// The descriptor of a container file, and the vocabulary of files: keys of their records and metadata, names
+/// of containers, groups of file dialogs, DVD disks. Its record is named "format_file".
 class ZELNOR_API IFormatFile : public virtual IFormat
 {
 public:
@@ -25,12 +25,12 @@ public:
 #define ZELNOR_SELF(name) static const std::string name;
 #include "Conf/Interfaces/Vocabulary/IFormatFile.def"
 
-    /// Capacities of DVD disks in bytes, counted in thousands.
+    /// Capacities of DVD disks in bytes. Gigabytes are decimal.
     static constexpr std::int64_t DISK_SIZE_DVD_MINI = 1400000000;
     static constexpr std::int64_t DISK_SIZE_DVD_STANDARD = 4700000000;
     static constexpr std::int64_t DISK_SIZE_DVD_DOUBLE_LAYER = 8500000000;
 
-    /// What a group of a file dialog holds.
+    /// What the files in a group of a file dialog contain.
     enum MediaType : std::int32_t
     {
         MEDIA_ALL = 0,       ///< files of every kind
@@ -41,7 +41,8 @@ public:
     };
 
     IFormatFile();
-    /// Copies the record and the internal properties; the copy counts its own references.
+    /// Copies the record and the internal properties, even if a derived class initialises its virtual base
+    /// `IFormat` in another way. The copy counts its own references.
     IFormatFile(const IFormatFile& other);
     ~IFormatFile() override;
 
@@ -52,9 +53,9 @@ public:
     int GetRefCount() const override;
     int Release() const override;
 
-    /// Always empty: chapters are no part of a file descriptor.
+    /// Always null: chapters are not part of a file descriptor.
     boost::intrusive_ptr<IFormatChapterList> GetChapters() const;
-    /// Does nothing; the list is not kept.
+    /// Does nothing: the list is not stored.
     void SetChapters(boost::intrusive_ptr<IFormatChapterList> chapters);
 
 private:

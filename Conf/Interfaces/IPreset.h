@@ -14,8 +14,8 @@
 namespace Zelnor::Conf
 {
 
-/// A saved set of conversion settings. Presets belong to the preset manager, which implements this interface;
-/// the library fixes the vocabulary of their records and asks these three questions.
+/// A stored set of conversion settings. The preset manager implements this interface; the library defines the
+/// vocabulary of the records.
 class ZELNOR_API IPreset : public virtual IRefCountable
 {
 public:
@@ -25,10 +25,10 @@ public:
 
     ~IPreset() override;
 
-    /// The whole record; valid as long as the preset.
+    /// The complete record; valid as long as the preset.
     virtual const Core::Property& GetProperty() const = 0;
     virtual std::uint32_t GetStreamCount() const = 0;
-    /// Fills `out` with the indexes of the streams of the type `streamType`, one of the `STREAM_TYPE_` texts.
+    /// Fills `out` with the indexes of the streams of the type `streamType`, a `STREAM_TYPE_` text.
     virtual void GetStreamIndexes(const std::string& streamType, std::vector<int>& out) const = 0;
 
     /// The media type of a stream type; both subtitle types are `MEDIA_TYPE_SUBTITLE`.

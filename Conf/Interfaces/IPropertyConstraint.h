@@ -7,7 +7,8 @@
 namespace Zelnor::Conf
 {
 
-/// A rule about a property's value. Rules belong to the preset manager; the library names their descriptions.
+/// A rule for the value of a property. The preset manager implements rules; the library defines the
+/// identifiers of their descriptions.
 class ZELNOR_API IPropertyConstraint
 {
 public:

@@ -25,7 +25,7 @@ struct Group
     std::string_view tip = {};
 };
 
-// kept: "asf", "nut", "vc1" and "mtv" stand twice.
+// kept: "asf", "nut", "vc1" and "mtv" occur twice.
 constexpr std::string_view kAllVideo =
     "3gp;3g2;3gp2;3g2p;3gpp;asf;avi;avs;amv;mtv;cavs;bik;bnk;cdg;dv;dv1394;sxa;dvr-ms;dpg;ea;ffm;film;"
     "film_cpk;flm;flc;flh;fli;flt;flx;flv;f4v;gxf;h261;h263;h264;m4v;mkm;mkv;mj2;mjpg;mov;qt;mp4;ifo;"
@@ -69,7 +69,7 @@ constexpr Group kGroups[] = {
      "*.jpeg;*.png;*.bmp;..."},
 };
 
-/// A group that has extensions, but that a file dialog does not offer.
+/// A group with extensions that a file dialog does not offer.
 constexpr Group kOther = {&IFormatFile::GROUP_OTHER, IFormatFile::MEDIA_ALL, "dat;mrec"};
 
 struct Container

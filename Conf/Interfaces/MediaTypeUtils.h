@@ -8,26 +8,27 @@
 #include <vector>
 
 /// \file
-/// What file dialogs and writers of output files ask: which groups of files there are, which extensions they
-/// have, and which extension a container's file gets. Extensions have no dots.
+/// Groups of files and their extensions for file dialogs, and the default extensions of output files.
+/// Extensions do not include the dot.
 
 namespace Zelnor::Conf
 {
 
-/// The groups that a file dialog offers, in its order, with what they hold. `GROUP_OTHER` is not among them.
+/// The groups that a file dialog offers, in the order in which it shows them, each with its media type. They
+/// do not include `GROUP_OTHER`.
 ZELNOR_API std::vector<std::pair<IFormatFile::MediaType, std::string>> GetSupportedFormats();
 
-/// The extensions of the group `groupId` (a `GROUP_` text, case-sensitive; `GROUP_OTHER` too), in the order
-/// to show. Some stand twice. `GROUP_ALL_FILES` has the one entry "*".
-/// \throw std::invalid_argument "Unknown group id"
+/// The extensions of the group `groupId` (a `GROUP_` text, case-sensitive, also `GROUP_OTHER`), in the order
+/// in which to show them. Some occur twice. `GROUP_ALL_FILES` has a single entry, "*". \throw
+/// std::invalid_argument "Unknown group id"
 ZELNOR_API std::vector<std::string> GetSupportedFormatExtensions(const std::string& groupId);
 
-/// A short hint such as "*.mp3;*.flac;*.wav;..." for the groups that have one, else an empty string.
+/// The short hint of a group, such as "*.mp3;*.flac;*.wav;..."; empty for groups without a hint.
 ZELNOR_API std::string GetFormatExtentionTip(const std::string& groupId); // kept: "Extention"
 
-/// The extension that a file of the container `containerName` gets (a `FORMAT_` text in any letter case, as
-/// the global locale lower-cases it).
-/// \throw std::invalid_argument "Unknown media container name: " and the name as given
+/// The default extension of a file in the container `containerName`, a `FORMAT_` text. Its case is ignored:
+/// each character is converted to lower case with the global locale. \throw std::invalid_argument "Unknown
+/// media container name: " and the name as given
 ZELNOR_API std::string GetDefaultFileExtensionForContainer(const std::string& containerName);
 
 } // namespace Zelnor::Conf

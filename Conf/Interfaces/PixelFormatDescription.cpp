@@ -12,7 +12,7 @@ namespace
 
 constexpr const char* kUnit = "Conf/Interfaces/PixelFormatDescription";
 
-/// BT.601 components of a colour; only the low byte of each counts.
+/// The BT.601 components of a colour; only the low byte of each is used.
 struct YCbCr
 {
     Color y;
@@ -20,15 +20,15 @@ struct YCbCr
     Color cr;
 };
 
-/// In limited range. The sums wrap where they are negative, which does not reach the low bytes.
+/// In limited range. Negative sums wrap, which does not affect the low bytes.
 YCbCr ToLimitedRange(Color r, Color g, Color b)
 {
     return {(263 * r + 516 * g + 100 * b + 16896) >> 10, ((450 * b - 152 * r - 298 * g + 511) >> 10) + 128,
             ((450 * r - 377 * g - 73 * b + 511) >> 10) + 128};
 }
 
-/// From limited to full range. The constants hold the offsets, the rounding and 256 * 1024, which keeps the
-/// sums positive and is gone in the low byte.
+/// From limited to full range. The constants combine the offset, the rounding and 256 * 1024, which keeps the
+/// sums positive and does not affect the low byte.
 YCbCr ToFullRange(const YCbCr& limited)
 {
     return {(1192 * (limited.y & 0xFF) + 243584) >> 10, (1161 * (limited.cb & 0xFF) + 245120) >> 10,
@@ -40,7 +40,7 @@ Color Pack(Color byte0, Color byte1, Color byte2, Color byte3)
     return (byte0 & 0xFF) | (byte1 & 0xFF) << 8 | (byte2 & 0xFF) << 16 | (byte3 & 0xFF) << 24;
 }
 
-/// The size of a chroma plane: rounded up, in 64 bits because the least 32-bit number has no negative.
+/// The size of a chroma plane, rounded up. Uses 64 bits because the smallest 32-bit number cannot be negated.
 std::int32_t ChromaSize(std::int32_t size, unsigned char log2Chroma)
 {
     return static_cast<std::int32_t>(-(-std::int64_t{size} >> log2Chroma));

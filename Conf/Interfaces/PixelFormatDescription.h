@@ -9,7 +9,8 @@
 namespace Zelnor
 {
 
-/// Pixel formats. The values are persisted and are not those of FFmpeg's current headers: translate by name.
+/// Pixel formats. The values are stored in records. They are not those of current FFmpeg headers: translate
+/// by name.
 enum PixFmt : std::int32_t
 {
 // PIX_FMT_NONE = -1, PIX_FMT_YUV420P = 0, PIX_FMT_RGB24 = 2, PIX_FMT_0RGB = 295, ...
@@ -19,10 +20,10 @@ enum PixFmt : std::int32_t
 #include "Conf/Interfaces/Vocabulary/PixelFormats.def"
 };
 
-/// A colour of four bytes: red in the lowest, then green, blue, and alpha in the highest.
+/// A colour in four bytes: red in the lowest, then green, blue, and alpha in the highest.
 using Color = std::uint32_t;
 
-/// What a pixel format is, for every format that the product handles.
+/// Describes a pixel format: its name, components and planes.
 struct ZELNOR_API PixFmtDescription
 {
     enum PixFmtColorRange : std::int32_t
@@ -45,24 +46,25 @@ struct ZELNOR_API PixFmtDescription
 
     /// The description of a format.
     ///
-    /// \throw std::logic_error with nothing but the call stack as its message when there is none
+    /// \throw std::logic_error when there is none; its message is only the call stack
     static const PixFmtDescription* Find(PixFmt pixFmt);
     /// The same by name; names are case-sensitive.
     static const PixFmtDescription* Find(const std::string& name);
 
-    /// The width of a plane in a picture of that width. Planes 1 and 2 are chroma and are rounded up; 0 (luma
-    /// or packed pixels) and 3 (alpha) have the full size.
-    /// \throw std::invalid_argument "Unexpected plan" for a plane that is not in 0 to `components` - 1
+    /// The width of a plane of a frame with that width. Planes 1 and 2 are chroma; their size is rounded up.
+    /// Planes 0 (luma or packed pixels) and 3 (alpha) have the full size. \throw std::invalid_argument
+    /// "Unexpected plan" for a plane that is not in 0 to `components` - 1
     std::int32_t GetPlanWidth(std::int32_t width, int plane) const;
     /// The same for the height.
     std::int32_t GetPlanHeight(std::int32_t height, int plane) const;
 
-    /// The pixel of this format that shows the colour `rgba`, for filling areas: its bytes from the lowest up
-    /// are those of the pixel, of planar formats one for each plane. BT.601; 0 for formats without pixels of
-    /// their own colour. The formats with a 0 in their names get the alpha byte in that place.
+    /// A pixel of this format with the colour `rgba`, for filling areas. Starting with the lowest, its bytes
+    /// are those of the pixel, or one for each plane of a planar format. YUV is converted according to
+    /// BT.601. 0 for formats whose pixels do not hold a colour. Formats with a 0 in their name get the alpha
+    /// value there.
     Color MakeColor(Color rgba) const;
 
-    /// The descriptions in the order in which the look-ups search them.
+    /// All descriptions, in the order in which `Find` searches them.
     static const std::vector<PixFmtDescription> s_pixelFormatRecords;
 
 private:

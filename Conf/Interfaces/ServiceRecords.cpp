@@ -26,16 +26,16 @@ const SampleFmtRecord s_sampleFormatRecords[] = {
 };
 static_assert(std::size(s_sampleFormatRecords) == 11);
 
-/// Constant, so that it can be read before the texts exist.
+/// Constant-initialised, so that it can be read before the texts are constructed.
 constexpr LayoutRecord s_layoutRecords[] = {
 #define ZELNOR_LAYOUT(name, enumerator, text, channels) {enumerator, channels, &IFormatCodecAudio::name},
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
 };
 static_assert(std::size(s_layoutRecords) == 28);
 
-/// The first of `count` records that `match` accepts. \throw FormatException with `message` as description
-/// when there is none.
-/// kept: the flag, which nothing reads, because the signature is recorded in every error that leaves here
+/// The first of `count` records that `match` accepts.
+/// \throw FormatException with `message` as description when there is none
+/// kept: the unused flag, because every exception that is thrown here records the signature
 template <class T, class Functor>
 static const T* FindRecord(const T* records, std::size_t count, const Functor& match, bool,
                            const char* message)
@@ -93,7 +93,7 @@ const LayoutRecord* LayoutRecord::Find(int channels)
         "Provided number of channels is not found in list");
 }
 
-// By address, not by look-up, so that an info can be made before the records' texts are.
+// By address instead of `Find`, so that an info can be made before the records' texts are constructed.
 SampleInfo::SampleInfo()
     : sampleFormat(&details::s_sampleFormatRecords[0]), channelLayout(&details::s_layoutRecords[0])
 {}

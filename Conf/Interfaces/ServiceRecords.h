@@ -8,7 +8,7 @@
 namespace Zelnor::Conf
 {
 
-/// Audio sample formats, in FFmpeg's numbers.
+/// Audio sample formats, with FFmpeg's values.
 enum SampleFormats : std::int32_t
 {
 // SAMPLE_FMT_NONE = -1, SAMPLE_FMT_U8 = 0, SAMPLE_FMT_S16 = 1, ..., SAMPLE_FMT_DBLP = 9
@@ -16,8 +16,8 @@ enum SampleFormats : std::int32_t
 #include "Conf/Interfaces/Vocabulary/SampleFormats.def"
 };
 
-/// Channel layouts, numbered from 0. Two of the names are not FFmpeg's: CH_LAYOUT_5POINT1 is its "5.1(side)"
-/// and CH_LAYOUT_5POINT1_BACK its "5.1".
+/// Channel layouts, numbered from 0. Two names differ from FFmpeg's: CH_LAYOUT_5POINT1 is FFmpeg's
+/// "5.1(side)", and CH_LAYOUT_5POINT1_BACK is its "5.1".
 enum ChannelLayout : std::int32_t
 {
 // CH_LAYOUT_UNKNOWN = 0, CH_LAYOUT_MONO = 1, CH_LAYOUT_STEREO = 2, ..., CH_LAYOUT_STEREO_DOWNMIX = 27
@@ -25,14 +25,15 @@ enum ChannelLayout : std::int32_t
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
 };
 
-/// What a sample format is. Records belong to the library and stay; pointers to them are never null.
+/// Describes a sample format. The library owns the records, which are never destroyed; no pointer to one is
+/// null.
 struct ZELNOR_API SampleFmtRecord
 {
     SampleFormats format;
     int bitsPerSample;
-    std::string textId; ///< as persisted: "SAMPLE_FMT_S16"
+    std::string textId; ///< as stored in records: "SAMPLE_FMT_S16"
     bool planar;
-    SampleFormats counterpart; ///< the same samples, packed instead of planar or the other way round
+    SampleFormats counterpart; ///< the planar format of a packed one, and vice versa
 
     /// \throw FormatException "Provided sample format is not found in list"; SAMPLE_FMT_NONE has a record
     static const SampleFmtRecord* Find(SampleFormats format);
@@ -40,18 +41,20 @@ struct ZELNOR_API SampleFmtRecord
     static const SampleFmtRecord* Find(const std::string& textId);
 };
 
-/// What a channel layout is. Records belong to the library and stay; pointers to them are never null.
+/// Describes a channel layout. The library owns the records, which are never destroyed; no pointer to one is
+/// null.
 struct ZELNOR_API LayoutRecord
 {
     ChannelLayout layout;
     int channels;
-    const std::string* textId; ///< one of `IFormatCodecAudio::TAG_CH_LAYOUT_...`, as persisted: "STEREO"
+    const std::string*
+        textId; ///< one of `IFormatCodecAudio::TAG_CH_LAYOUT_...`, as stored in records: "STEREO"
 
     /// \throw FormatException "Provided ChannelLayout is not found in list"; CH_LAYOUT_UNKNOWN has a record
     static const LayoutRecord* Find(ChannelLayout layout);
     /// \throw FormatException "Provided Channel TextID is not found in list"; texts are case-sensitive
     static const LayoutRecord* Find(const std::string& textId);
-    /// The first layout with so many channels: 4 finds CH_LAYOUT_3POINT1, not CH_LAYOUT_QUAD.
+    /// The first layout with that number of channels: 4 finds CH_LAYOUT_3POINT1, not CH_LAYOUT_QUAD.
     /// \throw FormatException "Provided number of channels is not found in list"
     static const LayoutRecord* Find(int channels);
 };
@@ -63,15 +66,16 @@ struct ZELNOR_API SampleInfo
     const SampleFmtRecord* sampleFormat; ///< the record of SAMPLE_FMT_NONE: not set
     const LayoutRecord* channelLayout;   ///< the record of CH_LAYOUT_UNKNOWN: not set
 
-    /// Nothing is set.
+    /// Makes an info in which nothing is set.
     SampleInfo();
 
     /// Sets all three; the rate is not checked.
     ///
-    /// \throw FormatException when the format or the layout has no record, the format being looked up first;
-    ///        nothing is changed then
+    /// \throw FormatException when the format or the layout does not have a record; the format is checked
+    /// first, and
+    ///   nothing is changed
     void Init(SampleFormats format, int rate, ChannelLayout layout);
-    /// Takes from `defaults` what is not set here, each of the three by itself. A rate of 0 is set.
+    /// Replaces each of the three values that is not set by that of `defaults`. A rate of 0 counts as set.
     void ReplaceDefaultsForm(const SampleInfo& defaults); // kept: "Form"
 };
 
