@@ -22,7 +22,8 @@ bool Contains(const std::vector<std::string>& list, const std::string& text)
 
 using Accelerator = IFormatCodecVideo::AcceleratorType;
 
-/// Fills `out` with one column of the accelerator's rows. Says whether there are any; if not, `out` stays.
+/// Fills `out` with one column of the accelerator's rows. Returns whether there are any; if not, `out` stays
+/// as it was.
 template <std::size_t N>
 bool ListAccelerated(const Accelerated (&table)[N], Accelerator accelerator,
                      const std::string* Accelerated::*column, std::vector<std::string>& out)
@@ -106,7 +107,7 @@ void IFormatCodecVideo::GetAcceleratedDecoderCodecs(AcceleratorType accelerator,
 {
     if (accelerator == ACCELERATOR_NVENC)
     {
-        return; // kept: nothing to decode is no error here
+        return; // kept: an accelerator that does not decode is not an error here
     }
     if (!ListAccelerated(acceleratedDecoders, accelerator, &Accelerated::codec, out))
     {

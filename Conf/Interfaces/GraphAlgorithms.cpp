@@ -15,12 +15,12 @@ namespace
 
 constexpr const char* kUnit = "Conf/Interfaces/GraphAlgorithms";
 
-/// Identifiers are small as a rule, since they are counted up from 1; then one bit each is enough. A document
-/// may bring any others.
+/// Identifiers are usually small, since they are counted from 1; then one bit for each is enough. A document
+/// may contain any others.
 class IdSet
 {
 public:
-    /// Whether the identifier was not in the set yet.
+    /// Returns whether the identifier was not in the set yet.
     bool Insert(NodeId id)
     {
         constexpr NodeId kMostBits = 1 << 24;
@@ -51,7 +51,7 @@ bool PathExistInGraph(const boost::intrusive_ptr<const ITranscodingMetaGraph>& g
     {
         ZELNOR_THROW(kUnit, std::invalid_argument("graph is NULL"));
     }
-    // Marked when they are queued, not when they are taken: many ways may lead to one node.
+    // Nodes are marked when they are queued, not when they are visited: many paths may lead to one node.
     IdSet queued;
     queued.Insert(from);
     std::vector<NodeId> queue{from};

@@ -8,10 +8,10 @@
 namespace Zelnor::Conf
 {
 
-/// Whether the node `to` can be reached from the node `from` along links. A node is always reached from
-/// itself, even if the graph has no such node. Each node and link is visited at most once.
+/// Whether the node `to` can be reached from the node `from` along links. A node can always be reached from
+/// itself, even if it does not exist. Each node and link is visited at most once.
 ///
-/// \throw NodeNotFound when there is no node `from`, unless it equals `to`
+/// \throw NodeNotFound when the node `from` does not exist, unless it equals `to`
 /// \throw std::invalid_argument "graph is NULL"
 ZELNOR_API bool PathExistInGraph(const boost::intrusive_ptr<const ITranscodingMetaGraph>& graph, NodeId from,
                                  NodeId to);

@@ -78,7 +78,7 @@ Property ITranscodingMetaGraph::MakeRawStreamDescription(unsigned int index)
 void ITranscodingMetaGraph::AddSlaveStreamIndex(Property& target, const Property& settings,
                                                 unsigned int index)
 {
-    // Complete before the target is touched: `settings` may be the target or a part of it.
+    // Completed before the target is changed: `settings` may be the target or part of it.
     Property entry;
     entry.SetChildT(MERGE_WITH, static_cast<long long>(index)); // kept: MERGE_WITH, not MERGE_WITH_INDEX
     entry.SetChild(MERGE_SETTINGS, settings);

@@ -15,20 +15,20 @@ namespace
 
 using Core::Property;
 
-/// Whether the record says nothing: what is left of an empty one that was saved and loaded.
+/// Whether the record is what remains of an empty record that was saved and loaded.
 bool IsTrivial(const Property& record, std::string_view emptyName)
 {
     return record.GetType() == PROPERTY_TYPE_GROUP && record.Count() == 0 && record.GetName() == emptyName;
 }
 
-/// Graphviz refuses a quoted text of more than 16,384 bytes without a backslash in it. It drops an escaped
-/// line break, so these may stand wherever needed.
+/// Graphviz refuses a quoted text of more than 16,384 bytes without a backslash in it. It ignores
+/// an escaped line break, which can be inserted anywhere.
 constexpr std::size_t kLongestStretch = 16'000;
 /// It also refuses a drawing in which neighbours are more than 65,535 points apart, as two nodes of 3,500 of
-/// the widest letters are. A line that would not fit a screen anyway is continued on the next.
+/// the widest letters are. Longer lines are continued on the next.
 constexpr std::size_t kLongestLine = 2'700;
 
-/// Length of the escape or UTF-8 character at the beginning of a printed text.
+/// The length of the escape or UTF-8 character at the beginning of a printed text.
 std::size_t CharacterLength(std::string_view text)
 {
     if (text.front() == '\\')
@@ -44,7 +44,8 @@ std::size_t CharacterLength(std::string_view text)
     return length;
 }
 
-/// Copies a printed text and breaks it where Graphviz needs it, never inside a character or an escape.
+/// Appends a printed text and breaks it where Graphviz requires it, but never inside a character or an
+/// escape.
 void AppendBroken(std::string_view printed, std::string& text)
 {
     std::size_t line = 0;
@@ -72,11 +73,11 @@ void AppendBroken(std::string_view printed, std::string& text)
     }
 }
 
-/// The printed record is escaped already.
+/// The print of a record is escaped already.
 void AppendRecord(const Property& record, std::string& text)
 {
     std::ostringstream os;
-    // Otherwise the stream would take a failed allocation for the end of the text.
+    // Otherwise the stream would ignore a failed allocation, and the text would be incomplete.
     os.exceptions(std::ios_base::badbit);
     Core::PrintPropertyValue(record, 0, os, true, true);
     AppendBroken(os.str(), text);
@@ -84,8 +85,8 @@ void AppendRecord(const Property& record, std::string& text)
 
 } // namespace
 
-// Numbers go through std::to_string, which no locale changes. A node's name is a number, so it needs no
-// quotes.
+// Numbers are written with std::to_string, which does not depend on the locale. The names of nodes are
+// numbers and need no quotes.
 
 void ITranscodingMetaGraph::GrahpImpl::SaveInToDot(Core::IDataOutput& out) const
 {

@@ -32,9 +32,9 @@ rapidjson::Value* FindMember(rapidjson::Value& object, std::string_view key)
 bool ParseObject(Core::IDataInput& in, rapidjson::Document& document)
 {
     Core::JsonZelnorStreamIn stream(in);
-    // The default parser recurses on every bracket, so that a document could overflow the stack.
+    // The default parser recurses for every bracket, so that a document could overflow the stack.
     document.ParseStream<rapidjson::kParseIterativeFlag>(stream);
-    // RapidJSON takes a NUL byte for the end, whatever follows it.
+    // RapidJSON mistakes a NUL byte for the end.
     return !document.HasParseError() && stream.AtEnd() && document.IsObject();
 }
 
@@ -54,14 +54,14 @@ std::string NotAnObject(std::string_view array, rapidjson::SizeType index, const
            kKinds[found.GetType()];
 }
 
-/// 0 stands for everything that is not a 64-bit integer.
+/// The integer `key` of an object; 0 if it is not a 64-bit integer.
 long long ReadInteger(rapidjson::Value& object, std::string_view key)
 {
     const rapidjson::Value* const member = FindMember(object, key);
     return member != nullptr && member->IsInt64() ? member->GetInt64() : 0;
 }
 
-/// The record of a node or link as the serializer sees it: with the group "data" that was put around it.
+/// The record of a node or link, still wrapped in the group "data".
 Property ReadWrapped(rapidjson::Value& element, std::string_view key)
 {
     Property record{std::string(key)};
@@ -93,7 +93,7 @@ BadJson BadStructure(const std::string& what)
     return exception;
 }
 
-/// Streams the document, so that saving takes no memory but a buffer.
+/// Streams the document, so that saving needs only a buffer.
 class DocumentWriter
 {
 public:
@@ -113,7 +113,7 @@ public:
         m_writer.StartArray();
     }
     void EndArray() { m_writer.EndArray(); }
-    /// The record inside a group named `key`, which the loader takes off again.
+    /// Writes the record inside a group named `key`, which loading removes again.
     void Record(std::string_view key, const Property& record)
     {
         if (IsEmptyRecord(record))
@@ -138,7 +138,7 @@ private:
 
 void ITranscodingMetaGraph::GrahpImpl::LoadNode(rapidjson::Value& element)
 {
-    // The record before the identifier: one that is refused leaves the counter alone.
+    // The record is read before the identifier: one that is refused leaves the counter as it was.
     Property record = ReadWrapped(element, DATA);
     const NodeId id = ReadInteger(element, ID);
     m_nodeCounter = std::max(m_nodeCounter, id);
@@ -148,7 +148,7 @@ void ITranscodingMetaGraph::GrahpImpl::LoadNode(rapidjson::Value& element)
 void ITranscodingMetaGraph::GrahpImpl::LoadLink(rapidjson::Value& element)
 {
     Property record = ReadWrapped(element, DATA);
-    // The link gets the identifier after this one; callers rely on that.
+    // The link gets the next identifier; callers rely on that.
     m_linkCounter = std::max(m_linkCounter, ReadInteger(element, ID));
     AddLink(ReadInteger(element, FROM), ReadInteger(element, TO), Unwrap(std::move(record)));
 }

@@ -33,7 +33,7 @@ ProfileException NoIdentifierLeft()
     return exception;
 }
 
-/// Takes the allocation that `push_back` would need ahead of it, so that the `push_back` cannot fail.
+/// Makes room ahead of a `push_back`, so that it cannot fail.
 template <class T>
 void MakeRoomForOne(std::vector<T>& items)
 {
@@ -73,7 +73,7 @@ ITranscodingMetaGraph::GrahpImpl::FindAscending(NodeId id) const
     {
         return std::nullopt;
     }
-    // Where the node is when none was removed after the first one; never before where it is.
+    // The position of the node if no node after the first was removed. The node is never at a later one.
     const unsigned long long guess =
         static_cast<unsigned long long>(id) - static_cast<unsigned long long>(m_nodes.front()->meta.id);
     if (guess < m_nodes.size() && m_nodes[guess]->meta.id == id)
@@ -173,7 +173,7 @@ void ITranscodingMetaGraph::GrahpImpl::IndexAfterRemoval(NodeId id)
 const ITranscodingMetaGraph::GrahpImpl::LinkEnd*
 ITranscodingMetaGraph::GrahpImpl::FindLink(const Node& source, const Node& target)
 {
-    // The shorter list, so that the links of a hub are added and found without walking all of them.
+    // The shorter list is searched, so that links of a node with many links are found quickly.
     const bool fromSource = source.outgoing.size() <= target.incoming.size();
     const LinkEnds& ends = fromSource ? source.outgoing : target.incoming;
     const Node* const other = fromSource ? &target : &source;

@@ -29,19 +29,19 @@
 namespace Zelnor::Conf
 {
 
-/// Identifiers are handed out from 1 upward and never again.
+/// Identifiers are assigned from 1 upward and never reused.
 using NodeId = long long;
 using LinkId = long long;
 
 struct TopologyFault;
 
-/// One transcoding job: a directed graph whose nodes (files, streams) and links carry records. Between one
-/// ordered pair of nodes there is at most one link.
+/// A transcoding job: a directed graph whose nodes (files, streams) and links have records. There is at most
+/// one link from one node to another.
 ///
-/// Records are copied in and out; nothing hands out a reference into the graph. An edit that throws leaves
-/// the graph and its counters as they were. A graph is used by one thread at a time.
+/// Records are copied in and out; no operation returns a reference into the graph. An edit that throws leaves
+/// the graph and its counters as they were. A graph must be used by one thread at a time.
 ///
-/// \throw NodeNotFound (requested id) from every operation that takes an identifier which no node has
+/// Every operation that takes an identifier throws `NodeNotFound` (requested id) when no node has it.
 class ZELNOR_API ITranscodingMetaGraph : public virtual IRefCountable
 {
 public:
@@ -49,7 +49,7 @@ public:
 #define ZELNOR_TEXT(name, text) static const std::string name;
 #include "Conf/Interfaces/Vocabulary/ITranscodingMetaGraph.def"
 
-    /// A new, empty graph.
+    /// Makes an empty graph.
     static boost::intrusive_ptr<ITranscodingMetaGraph> Create();
 
     ITranscodingMetaGraph(const ITranscodingMetaGraph&) = delete;
@@ -59,11 +59,14 @@ public:
     int GetRefCount() const override;
     int Release() const override;
 
+    /// Adds a node with a copy of `data` as its record and returns its identifier.
     /// \throw ProfileException "No identifier is left"
     NodeId AddNode(const Core::Property& data);
-    /// \throw LinkExists (first link, outgoing ones first) when the node still has links
+    /// Removes a node without links.
+    /// \throw LinkExists (its first link, outgoing links first) when the node still has links
     void RemoveNode(NodeId id);
-    /// Links from a node to itself and back links are taken; `TopologyIsValid()` reports them.
+    /// Adds a link with a copy of `data` as its record and returns its identifier. Links from a node to
+    /// itself and in the opposite direction of another link are accepted; `TopologyIsValid()` detects them.
     /// \throw LinkExists (from, to); ProfileException "No identifier is left"
     LinkId AddLink(NodeId from, NodeId to, const Core::Property& data);
     /// \throw LinkNotFound (from, to)
@@ -79,63 +82,67 @@ public:
     /// were added.
     void Nodes(std::vector<NodeId>& out) const;
     void Links(std::vector<std::pair<NodeId, NodeId>>& out) const;
-    /// Appends to `out` the nodes that link to this node, or that it links to, in the order the links were
-    /// added.
+    /// Appends to `out` the nodes that link to the node `id`, or the nodes that it links to, in the order in
+    /// which the links were added.
     void Inputs(NodeId id, std::vector<NodeId>& out) const;
     void Outputs(NodeId id, std::vector<NodeId>& out) const;
-    /// Appends to `out` the nodes without incoming, or without outgoing, links.
+    /// Appends to `out` the nodes without incoming links, or the nodes without outgoing links.
     void Inputs(std::vector<NodeId>& out) const;
     void Outputs(std::vector<NodeId>& out) const;
 
-    /// Whether there are at least two nodes, none without links, no directed cycle, and one connected
-    /// component. `GetTopologyFaults` (`GraphAlgorithms.h`) tells what is wrong.
+    /// Whether the graph has at least two nodes, no node without links, no directed cycle, and one connected
+    /// component. `GetTopologyFaults` (`GraphAlgorithms.h`) says what is wrong.
     bool TopologyIsValid() const;
-    /// The last identifier handed out: every node ever added counts, removed ones too. After `Load`, the
-    /// largest identifier read.
+    /// The last identifier of a node: the number of nodes that were ever added, including those removed.
+    /// After `Load`, the largest identifier in the document.
     NodeId GetNodesCount() const;
 
-    /// Adds the nodes and links of a JSON document to what the graph holds; meant for a new graph. Both
-    /// counters start from 0 again. Nodes keep their identifiers, of which the first one is meant when
-    /// several are equal; a link gets the identifier after the largest one read, so a document's links 1, 2,
-    /// 3 become 2, 3, 4. What was added before a failure stays.
+    /// Adds the nodes and links of a JSON document to the graph, which usually is a new one. Both counters
+    /// start from 0 again. Nodes keep their identifiers; if several are equal, operations use the first node.
+    /// A link gets the identifier after the largest one read, so that the links 1, 2, 3 of a document become
+    /// 2, 3, 4. After a failure, the nodes and links added before it remain.
     ///
-    /// \throw BadJson "The root node must be an object.", also for what is no JSON at all
+    /// \throw BadJson "The root node must be an object.", also when the input is not JSON
     /// \throw BadJson "The root object must have two nested arrays named vertices and edges"
     /// \throw BadJson "vertices[3] must be an object, found a string", for example
-    /// \throw NodeNotFound, LinkExists for the document's links
-    /// \throw ProfileException "No stream is given"; "No identifier is left" for its links
-    /// \throw Core::PropertyException for its records
+    /// \throw NodeNotFound, LinkExists for links of the document
+    /// \throw ProfileException "No stream is given"; "No identifier is left" for links of the document
+    /// \throw Core::PropertyException for records of the document
     /// \throw Core::CoreException from `in`
     void Load(boost::intrusive_ptr<Core::IDataInput> in);
-    /// Writes the graph as one JSON document, without blanks. A record is left out when it has no value, or
-    /// when it is a group with neither name nor children.
+    /// Writes the graph as a JSON document without white space. Records without a value are left out, and so
+    /// are groups without a name and children.
     ///
-    /// \throw Core::PropertyException when a record has more than 511 levels; nothing is written then
+    /// \throw Core::PropertyException when groups are nested deeper than 511 in a record, with the path of
+    /// the place:
+    ///   "data.source.metadata: groups are nested deeper than 512" (the group "data" is put around each
+    ///   record); nothing is written
     /// \throw ProfileException "No stream is given"
     /// \throw Core::CoreException from `out`
     void Save(boost::intrusive_ptr<Core::IDataOutput> out) const;
-    /// Draws the graph in Graphviz's language, with the records as labels, in one write. Nodes are named by
-    /// their positions; their identifiers stand in the labels.
+    /// Writes a drawing of the graph in Graphviz's DOT language, with a single write. Nodes are named by
+    /// their positions. Labels show identifiers and records as `Core::PrintPropertyValue` prints them; lines
+    /// longer than 2,700 characters are broken.
     ///
     /// \throw ProfileException "No stream is given"
     /// \throw Core::CoreException from `out`
     void SaveInToDot(boost::intrusive_ptr<Core::IDataOutput> out) const;
 
-    /// The record of a stream that follows the stream `index`.
+    /// Makes the record of a stream that is controlled by the stream `index`.
     static Core::Property GetControlledBy(unsigned int index);
-    /// The record of a source file.
+    /// Makes the record of a source file.
     static Core::Property MakeInFileDescription(const ioPath& path);
-    /// The record of a target file: the preset's record without its streams, with the path.
-    /// \param losslessDvd  makes the container DVD, whatever the preset says, and logs that
-    /// \throw Core::MethodIsNotApplicable when the preset's record is no group
+    /// Makes the record of a target file: the preset's record without its streams, and the path.
+    /// \param losslessDvd  sets the container to DVD, regardless of the preset, and logs that
+    /// \throw Core::MethodIsNotApplicable when the preset's record is not a group
     /// \throw std::invalid_argument "preset is NULL"
     static Core::Property MakeOutFileDescription(const boost::intrusive_ptr<const IPreset>& preset,
                                                  const ioPath& path, bool losslessDvd);
-    /// The record of the stream `index` of a source file.
+    /// Makes the record of the stream `index` of a source file.
     static Core::Property MakeRawStreamDescription(unsigned int index);
-    /// Adds to `target` that the stream `index` is merged into it with `settings`, which may be a part of
-    /// `target`. Entries come in the order of the calls; nothing keeps an index from being added twice.
-    /// \throw Core::MethodIsNotApplicable when `target`, or its list, is no group; `target` stays as it was
+    /// Adds an entry to the record `target`: the stream `index` is merged into it with `settings`, which may
+    /// be part of `target`. Entries are in the order of the calls; the same index may be added several times.
+    /// \throw Core::MethodIsNotApplicable when `target` or its list is not a group; `target` stays as it was
     static void AddSlaveStreamIndex(Core::Property& target, const Core::Property& settings,
                                     unsigned int index);
 

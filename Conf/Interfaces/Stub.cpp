@@ -56,7 +56,7 @@ namespace Zelnor::Conf
 #define ZELNOR_TEXT(name, text) const std::string ITranscodingMetaGraph::name(text);
 #include "Conf/Interfaces/Vocabulary/ITranscodingMetaGraph.def"
 
-// Accelerated encoders and decoders: addresses of constants, so these two need no order.
+// Accelerated encoders and decoders: addresses of constants, so that their order does not matter.
 
 constexpr Accelerated acceleratedEncoders[] = {
 #define ZELNOR_ENCODER(accelerator, codec, implementation)                                                   \
@@ -104,7 +104,7 @@ const std::pair<AVCodecID, std::string> unknownCodecs[] = {
     {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
 };
 
-// The rows of the vocabulary, whatever FFmpeg has a number for.
+// The rows of the vocabulary for which FFmpeg has a codec ID.
 #define ZELNOR_CODEC(name) + 1
 #define ZELNOR_CODEC_AS(name, enumerator) + 1
 static_assert(0
@@ -138,8 +138,7 @@ const std::string PCMCodecs[] = {
 namespace
 {
 
-/// Of several rows with one number the first is taken. Numbers mostly ascend, so each is first tried at the
-/// end.
+/// If several rows have the same codec ID, the first is used. IDs mostly ascend, so the end is tried first.
 template <std::size_t N>
 MapCodecs MapOf(const std::pair<AVCodecID, std::string> (&rows)[N])
 {

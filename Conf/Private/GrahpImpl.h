@@ -1,6 +1,6 @@
 #pragma once
 
-// Private to the library, not installed: what stands behind ITranscodingMetaGraph.
+// Private to the library, not installed: the implementation of ITranscodingMetaGraph.
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 
@@ -79,7 +79,7 @@ private:
 
     using LinkList = std::list<Link>;
 
-    /// A link as one of its nodes sees it. The other node stands here too, because searches need only that.
+    /// A link from the point of view of one of its nodes. Searches need only the other node.
     struct LinkEnd
     {
         const Node* other;
@@ -88,7 +88,7 @@ private:
 
     using LinkEnds = std::vector<LinkEnd>;
 
-    /// Lives at one address, so that links can point to it while it moves in the storage.
+    /// Keeps its address, so that links can point to it while its position changes.
     struct Node
     {
         VertexT position;
@@ -112,7 +112,7 @@ private:
 
     void LoadNode(rapidjson::Value& element);
     void LoadLink(rapidjson::Value& element);
-    /// Why the first record that cannot be saved is refused; empty when all can.
+    /// Why the first record that cannot be saved is refused; empty if all can be saved.
     std::string GetSaveRefusal() const;
 
     Topology GetTopology() const;
@@ -122,8 +122,8 @@ private:
     LinkList m_links;
     NodeId m_nodeCounter = 0;
     LinkId m_linkCounter = 0;
-    /// Only there while identifiers do not ascend in storage order, which only a document can bring about;
-    /// in all other graphs the order itself finds a node. Const operations never touch it.
+    /// Exists only while identifiers do not ascend in storage order, which only a document can cause. In all
+    /// other graphs the order is enough to find a node. Const operations never change it.
     std::optional<Index> m_firstById;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Private to the library, not installed: changes of several values of a record at once.
+
 #include "Core/Interfaces/Property.h"
 
 #include <cstddef>
@@ -8,13 +10,12 @@
 namespace Zelnor::Conf
 {
 
-/// Sets all of `values` in `record`, each as `SetChildT` would, or none: when one cannot be added, the record
-/// stays as it was. References to what else the record holds stay valid.
+/// Sets all of `values` in `record`, each as `SetChildT` does, or none of them: if one cannot be added, the
+/// record stays as it was. References to other children stay valid.
 template <std::size_t N>
 void SetChildren(Core::Property& record, Core::Property (&&values)[N])
 {
-    // Only adding can fail, so what is missing is added first, and taken away again when the rest does not
-    // fit.
+    // Only adding can fail, so missing children are added first, and removed again if one cannot be added.
     bool added[N] = {};
     try
     {

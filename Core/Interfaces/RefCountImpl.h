@@ -8,9 +8,9 @@
 namespace Zelnor
 {
 
-/// The counter that a reference-counted class keeps as a member. It may be used from several threads at once.
-/// A copy of an object is a new object: copying a counter starts a fresh one, assigning leaves the target's
-/// alone.
+/// The counter that a reference-counted class has as a member. Several threads may use it at once. A copy of
+/// an object is a new object: the copy of a counter starts at 0, and an assignment does not change the
+/// target's.
 class RefCountImpl
 {
 public:
@@ -23,7 +23,7 @@ public:
     /// Removes a reference and returns the new count. Whoever gets 0 destroys the object, and sees everything
     /// that other holders wrote to it before they released it.
     int ReleaseImpl() const noexcept { return m_count.fetch_sub(1, std::memory_order_acq_rel) - 1; }
-    /// The same, and destroys `object`, whose counter this is, at 0.
+    /// The same, and deletes `object`, which this counter belongs to, at 0.
     int ReleaseOrDestroyImpl(const IRefCountable* object) const
     {
         const int count = ReleaseImpl();
@@ -39,8 +39,9 @@ private:
     mutable std::atomic<int> m_count{0};
 };
 
-/// The counting for a class that implements an interface derived from `IRefCountable`, so that the class is
-/// left with the interface's own operations. Objects are made with `new` and held by `boost::intrusive_ptr`:
+/// Implements the counting for a class that implements an interface derived from `IRefCountable`, so that
+/// only the interface's own operations remain. Objects are made with `new` and held by
+/// `boost::intrusive_ptr`:
 ///
 ///     class Preset final : public Zelnor::Counted<Zelnor::Conf::IPreset>
 ///     {
