@@ -1,5 +1,6 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 
+#include "Tests/Support/CompactJson.h"
 #include "Tests/Support/Graphs.h"
 #include "Tests/Support/GroupedNumbers.h"
 #include "Tests/Support/TestStreams.h"
@@ -44,19 +45,30 @@ GraphPtr Sample()
     return graph;
 }
 
-const std::string kSampleJson =
-    R"({"vertices":[)"
-    R"({"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":"/media/in.mp4"}}}},)"
-    R"({"id":2},)"
-    R"({"id":3,"data":{"data":{"preset":{"frameRate":[30000,1001],"bitrate":-9223372036854775808,)"
-    R"("title":null,"empty":{},"text":"\"\\/\b\f\n\r\t\u0001\u0000)"
-    "\x7F\xC3\x9F\xFF"
-    R"(","$$MERGE_WITH$$":[{"":{"$$MERGE_WITH$$":2,"$$MERGE_SETTINGS$$":{}}},)"
-    R"({"":{"$$MERGE_WITH$$":5,"$$MERGE_SETTINGS$$":{}}}]}}}}],)"
-    R"("edges":[)"
-    R"({"id":1,"from":1,"to":3,"data":{"data":{"link":12345}}},)"
-    R"({"id":2,"from":1,"to":2},)"
-    R"({"id":3,"from":2,"to":3,"data":{"data":{"data":{}}}}]})";
+const std::string kSampleJson = CompactJson(R"({
+    "vertices": [
+        {"id": 1, "data": {"data": {"source": {"$$TYPE_ID$$": "sourceFile", "filePath": "/media/in.mp4"}}}},
+        {"id": 2},
+        {"id": 3, "data": {"data": {"preset": {
+            "frameRate": [30000, 1001],
+            "bitrate": -9223372036854775808,
+            "title": null,
+            "empty": {},
+            "text": "\"\\/\b\f\n\r\t\u0001\u0000)"
+                                            "\x7F\xC3\x9F\xFF"
+                                            R"(",
+            "$$MERGE_WITH$$": [
+                {"": {"$$MERGE_WITH$$": 2, "$$MERGE_SETTINGS$$": {}}},
+                {"": {"$$MERGE_WITH$$": 5, "$$MERGE_SETTINGS$$": {}}}
+            ]
+        }}}}
+    ],
+    "edges": [
+        {"id": 1, "from": 1, "to": 3, "data": {"data": {"link": 12345}}},
+        {"id": 2, "from": 1, "to": 2},
+        {"id": 3, "from": 2, "to": 3, "data": {"data": {"data": {}}}}
+    ]
+})");
 
 std::string Repeated(int count, const std::string& text)
 {
@@ -96,9 +108,14 @@ TEST(GraphSave, WritesNodesInTheOrderOfStorageAndLinksInTheOrderOfCreation)
     graph->RemoveNode(2);
     graph->AddNode(Property());
     Link(*graph, {{4, 3}});
-    EXPECT_EQ(JsonOf(*graph),
-              R"({"vertices":[{"id":1,"data":{"data":{"n":1}}},{"id":3,"data":{"data":{"n":3}}},)"
-              R"({"id":4}],"edges":[{"id":3,"from":3,"to":1},{"id":4,"from":4,"to":3}]})");
+    EXPECT_EQ(JsonOf(*graph), CompactJson(R"({
+        "vertices": [
+            {"id": 1, "data": {"data": {"n": 1}}},
+            {"id": 3, "data": {"data": {"n": 3}}},
+            {"id": 4}
+        ],
+        "edges": [{"id": 3, "from": 3, "to": 1}, {"id": 4, "from": 4, "to": 3}]
+    })"));
 }
 
 TEST(GraphSave, LeavesOutOnlyRecordsThatSayNothing)
@@ -111,10 +128,18 @@ TEST(GraphSave, LeavesOutOnlyRecordsThatSayNothing)
     {
         graph->AddNode(record);
     }
-    EXPECT_EQ(JsonOf(*graph),
-              R"({"vertices":[{"id":1},{"id":2},{"id":3},{"id":4,"data":{"data":{"named":{}}}},)"
-              R"({"id":5,"data":{"data":{"":0}}},{"id":6,"data":{"data":{"":""}}},)"
-              R"({"id":7,"data":{"data":{"":{"x":1}}}}],"edges":[]})");
+    EXPECT_EQ(JsonOf(*graph), CompactJson(R"({
+        "vertices": [
+            {"id": 1},
+            {"id": 2},
+            {"id": 3},
+            {"id": 4, "data": {"data": {"named": {}}}},
+            {"id": 5, "data": {"data": {"": 0}}},
+            {"id": 6, "data": {"data": {"": ""}}},
+            {"id": 7, "data": {"data": {"": {"x": 1}}}}
+        ],
+        "edges": []
+    })"));
 }
 
 TEST(GraphSave, IsNotChangedByTheGlobalLocale)
@@ -211,14 +236,19 @@ TEST(GraphLoad, MakesAMissingRecordAnEmptyGroupNamedData)
 
 TEST(GraphLoad, TakesTheFirstChildOfARecordThatHasChildren)
 {
-    const GraphPtr graph = Loaded(R"({"vertices":[{"id":1,"data":{"data":{"a":1,"b":2}}},)"
-                                  R"({"id":2,"data":{"other":{"x":{"y":3}}}},)"
-                                  R"({"id":3,"data":{"plain":5}},)"
-                                  R"({"id":4,"data":{"childless":{}}},)"
-                                  R"({"id":5,"data":{"list":[{"p":1},{"p":2}]}},)"
-                                  R"({"id":6,"data":{"childless":[]}},)"
-                                  R"({"id":7,"data":{"nothing":null}},)"
-                                  R"({"id":8,"data":{"repeated":{"k":1,"k":2}}}],"edges":[]})");
+    const GraphPtr graph = Loaded(R"({
+        "vertices": [
+            {"id": 1, "data": {"data": {"a": 1, "b": 2}}},
+            {"id": 2, "data": {"other": {"x": {"y": 3}}}},
+            {"id": 3, "data": {"plain": 5}},
+            {"id": 4, "data": {"childless": {}}},
+            {"id": 5, "data": {"list": [{"p": 1}, {"p": 2}]}},
+            {"id": 6, "data": {"childless": []}},
+            {"id": 7, "data": {"nothing": null}},
+            {"id": 8, "data": {"repeated": {"k": 1, "k": 2}}}
+        ],
+        "edges": []
+    })");
     EXPECT_EQ((*graph)[1], Property("a", 1LL));
     Property x("x");
     x.SetChildT("y", 3LL);
@@ -249,13 +279,20 @@ TEST(GraphLoad, GoesOnFromTheLargestIdentifierWhereverItStands)
 
 TEST(GraphLoad, GivesLinksTheIdentifierAfterTheLargestRead)
 {
-    const GraphPtr graph =
-        Loaded(R"({"vertices":[{"id":1},{"id":2},{"id":3},{"id":4}],"edges":[)"
-               R"({"id":1,"from":1,"to":2},{"id":2,"from":2,"to":3},{"id":3,"from":3,"to":4}]})");
-    EXPECT_EQ(JsonOf(*graph).substr(JsonOf(*graph).find("\"edges\"")),
-              R"("edges":[{"id":2,"from":1,"to":2,"data":{"data":{"data":{}}}},)"
-              R"({"id":3,"from":2,"to":3,"data":{"data":{"data":{}}}},)"
-              R"({"id":4,"from":3,"to":4,"data":{"data":{"data":{}}}}]})");
+    const GraphPtr graph = Loaded(R"({
+        "vertices": [{"id": 1}, {"id": 2}, {"id": 3}, {"id": 4}],
+        "edges": [
+            {"id": 1, "from": 1, "to": 2},
+            {"id": 2, "from": 2, "to": 3},
+            {"id": 3, "from": 3, "to": 4}
+        ]
+    })");
+    EXPECT_EQ(JsonOf(*graph).substr(JsonOf(*graph).find("\"edges\"")), CompactJson(R"("edges": [
+            {"id": 2, "from": 1, "to": 2, "data": {"data": {"data": {}}}},
+            {"id": 3, "from": 2, "to": 3, "data": {"data": {"data": {}}}},
+            {"id": 4, "from": 3, "to": 4, "data": {"data": {"data": {}}}}
+        ]
+    })"));
     EXPECT_EQ(graph->AddLink(1, 4, Property()), 5);
 }
 
