@@ -140,7 +140,8 @@ template <class E>
 void ExpectType(const E& object)
 {
     const Exception* volatile address = &object;
-    EXPECT_EQ(typeid(*address), typeid(E));
+    const Exception& seen = *address;
+    EXPECT_EQ(typeid(seen), typeid(E));
 }
 
 TEST(ConfException, EveryExportedObjectIsOfItsOwnClass)
