@@ -41,12 +41,39 @@ std::size_t CharacterLength(const std::string& text, std::size_t position)
     return overlong || beyond ? 0 : length;
 }
 
-/// C0 and C1 controls and DEL.
-bool IsControl(const std::string& text, std::size_t position, std::size_t length)
+/// The code point of the well-formed character at `position`, `length` bytes long.
+char32_t CodePoint(const std::string& text, std::size_t position, std::size_t length)
 {
-    const unsigned char first = ByteAt(text, position);
-    return length == 1 ? first < 0x20 || first == 0x7F
-                       : length == 2 && first == 0xC2 && ByteAt(text, position + 1) < 0xA0;
+    if (length == 1)
+    {
+        return ByteAt(text, position);
+    }
+    char32_t point = ByteAt(text, position) & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i)
+    {
+        point = (point << 6U) | (ByteAt(text, position + i) & 0x3FU);
+    }
+    return point;
+}
+
+/// Characters that break a line, steer a terminal or change the order in which text is shown.
+bool IsControl(char32_t point)
+{
+    struct Range
+    {
+        char32_t first;
+        char32_t last;
+    };
+    constexpr std::array<Range, 6> kControls = {{
+        {0x00, 0x1F},     // C0
+        {0x7F, 0x9F},     // DEL and C1
+        {0x061C, 0x061C}, // bidirectional: Arabic letter mark
+        {0x200E, 0x200F}, // bidirectional: marks
+        {0x2028, 0x202E}, // line and paragraph separators; bidirectional: embeddings and overrides
+        {0x2066, 0x2069}, // bidirectional: isolates
+    }};
+    return std::any_of(kControls.begin(), kControls.end(),
+                       [point](const Range& range) { return range.first <= point && point <= range.last; });
 }
 
 std::string Escaped(unsigned char byte)
@@ -76,7 +103,7 @@ std::string Printable(const std::string& text)
     for (std::size_t i = 0; i < text.size();)
     {
         const std::size_t length = CharacterLength(text, i);
-        if (length != 0 && !IsControl(text, i, length))
+        if (length != 0 && !IsControl(CodePoint(text, i, length)))
         {
             printable.append(text, i, length);
             i += length;

@@ -8,11 +8,12 @@
 namespace Zelnor::Tool
 {
 
-/// The text for one line of a terminal: control characters and bytes that are no UTF-8 become C escapes, so
-/// that no file name or record can break a line or steer the terminal.
+/// The text for one line of a terminal: C0, C1 and bidirectional controls, line separators and bytes that are
+/// not UTF-8 become C escapes of their bytes, so that no file name or record can break a line, steer the
+/// terminal or look like another text.
 std::string Printable(const std::string& text);
 
-/// How many columns a printable text takes, a character counting as one.
+/// The width of a printable text, with one column for each character.
 std::size_t Columns(const std::string& text);
 
 using Media::Count;
