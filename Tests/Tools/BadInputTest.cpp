@@ -43,7 +43,7 @@ TEST_F(BadInput, AnEmptyFile)
     ExpectRefused(" \n\t\n", kRoot + " (line 3, column 1: The document is empty.)");
 }
 
-TEST_F(BadInput, WhatIsNoJson)
+TEST_F(BadInput, TextThatIsNotJson)
 {
     ExpectRefused("\x89PNG\r\n", kRoot + " (line 1, column 1: Invalid value.)");
     ExpectRefused("{\n\"vertices\": [,]}", kRoot + " (line 2, column 14: Invalid value.)");
@@ -59,6 +59,7 @@ TEST_F(BadInput, ADocumentCutAnywhere)
         Write("job.json", whole.substr(0, length));
         const ProcessResult result = Zconf({"job", "check", "job.json"});
         EXPECT_EQ(result.exitCode, 2) << length;
+        // The column and the reason depend on the cut.
         EXPECT_THAT(result.messages, HasSubstr("zconf: job.json: " + kRoot + " (line 1, column ")) << length;
     }
 }
@@ -85,6 +86,7 @@ TEST_F(BadInput, AMillionBrackets)
         const ProcessResult result = Zconf({"job", "show", "job.json"});
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.signal, 0);
+        // What matters is that the process ends with a message instead of a crash.
         EXPECT_THAT(result.messages, HasSubstr(kRoot));
     }
 }
@@ -101,11 +103,12 @@ TEST_F(BadInput, ARecordNestedTooDeep)
     Write("job.json", document);
     const ProcessResult result = Zconf({"job", "show", "job.json"});
     EXPECT_EQ(result.exitCode, 2);
+    // In between stands the path, 512 names long.
     EXPECT_THAT(result.messages, testing::StartsWith("zconf: job.json: vertices[1]: a.a.a."));
     EXPECT_THAT(result.messages, testing::EndsWith(".a: groups are nested deeper than 512\n"));
 }
 
-TEST_F(BadInput, JsonThatIsNoJob)
+TEST_F(BadInput, JsonThatIsNotAJob)
 {
     const std::string arrays = "The root object must have two nested arrays named vertices and edges";
     ExpectRefused("[]", kRoot);
@@ -115,7 +118,7 @@ TEST_F(BadInput, JsonThatIsNoJob)
     ExpectRefused(R"({"vertices":{},"edges":[]})", arrays);
 }
 
-TEST_F(BadInput, AnElementThatIsNoObject)
+TEST_F(BadInput, AnElementThatIsNotAnObject)
 {
     ExpectRefused(R"({"vertices":[{"id":1},"x"],"edges":[]})",
                   "vertices[1] must be an object, found a string");

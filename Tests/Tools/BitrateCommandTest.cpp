@@ -2,12 +2,11 @@
 
 #include <gmock/gmock.h>
 
-#include <rapidjson/document.h>
-
 namespace
 {
 
 using namespace Zelnor::Testing;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -33,8 +32,9 @@ TEST_F(BitrateCommand, ProposesABitrateAndItsBounds)
 
 TEST_F(BitrateCommand, TakesARateAsANumberOrAFraction)
 {
-    EXPECT_THAT(Ask("h264", "1920x1080", "60").output, StartsWith("default  9420794\n"));
-    EXPECT_THAT(Ask("h264", "1920x1080", "60000/1000").output, StartsWith("default  9420794\n"));
+    const std::string expected = "default  9420794\nminimum  4710397\nmaximum  18841588\n";
+    EXPECT_EQ(Ask("h264", "1920x1080", "60").output, expected);
+    EXPECT_EQ(Ask("h264", "1920x1080", "60000/1000").output, expected);
     EXPECT_EQ(Ask("h264", "1920x1080", "24000/1001").output,
               Ask("h264", "1920x1080", "23.976023976023978").output);
 }
@@ -49,37 +49,39 @@ TEST_F(BitrateCommand, ScalesByTheQuality)
     EXPECT_EQ(Ask("h264", "1920x1080", "25", {"--quality", "33"}).exitCode, 2);
 }
 
-TEST_F(BitrateCommand, AnswersScriptsWithTheQuestionToo)
+TEST_F(BitrateCommand, WritesTheQuestionAndTheAnswerAsJson)
 {
     EXPECT_EQ(Ask("mpeg2video", "3840x2160", "30000/1001", {"--json", "--quality", "1"}).output,
-              "{\n"
-              "  \"codec\": \"CODEC_ID_MPEG2VIDEO\",\n"
-              "  \"width\": 3840,\n"
-              "  \"height\": 2160,\n"
-              "  \"fps\": 29.97002997002997,\n"
-              "  \"quality\": 1,\n"
-              "  \"default\": 102360,\n"
-              "  \"minimum\": 51180,\n"
-              "  \"maximum\": 204720\n"
-              "}\n");
+              R"({
+  "codec": "CODEC_ID_MPEG2VIDEO",
+  "width": 3840,
+  "height": 2160,
+  "fps": 29.97002997002997,
+  "quality": 1,
+  "default": 102360,
+  "minimum": 51180,
+  "maximum": 204720
+}
+)");
 }
 
-TEST_F(BitrateCommand, RefusesWhatIsNoVideoCodec)
+TEST_F(BitrateCommand, RefusesACodecThatIsNotAVideoCodec)
 {
     ExpectFailure(Ask("aac", "2x2", "25"),
-                  "'CODEC_ID_AAC' is no video codec; bitrates are proposed for video only");
+                  "'CODEC_ID_AAC' is not a video codec; bitrates are proposed for video only");
     ExpectFailure(Ask("theorra", "2x2", "25"),
-                  "'theorra' is no known codec; did you mean 'CODEC_ID_THEORA'?");
+                  "'theorra' is not a known codec; did you mean 'CODEC_ID_THEORA'?");
 }
 
-TEST_F(BitrateCommand, RefusesWhatIsNoSizeOrRate)
+TEST_F(BitrateCommand, RefusesWhatIsNotASizeOrARate)
 {
-    ExpectFailure(Ask("h264", "1080p", "25"), "'1080p' is no size: expected WIDTHxHEIGHT, such as 1920x1080");
+    ExpectFailure(Ask("h264", "1080p", "25"),
+                  "'1080p' is not a frame size: expected WIDTHxHEIGHT, such as 1920x1080");
     for (const char* const fps : {"0", "-25", "25/0", "25/", "/1", "nan", "inf", "25fps", "", "0/5", "1e999"})
     {
         ExpectFailure(Ask("h264", "2x2", fps),
                       std::string("'") + fps +
-                          "' is no frame rate: expected such as 25, 29.97 or 30000/1001");
+                          "' is not a frame rate: expected a number such as 25, 29.97 or 30000/1001");
     }
     EXPECT_EQ(Zconf({"bitrate", "--codec", "h264", "--size", "2x2"}).exitCode, 2);
 }
@@ -88,11 +90,12 @@ TEST_F(BitrateCommand, DrawsTheCurve)
 {
     const ProcessResult result = Ask("h264", "1920x1080", "25", {"--curve", "curve.svg"});
     ExpectQuietSuccess(result);
-    EXPECT_THAT(result.output, StartsWith("default  8191995\n"));
+    EXPECT_EQ(result.output, "default  8191995\nminimum  4095997\nmaximum  16383990\n");
+    // How gnuplot draws differs between its versions; what is drawn is tested with the script.
     const std::string drawing = Read("curve.svg");
     EXPECT_THAT(drawing, HasSubstr("<svg"));
     EXPECT_THAT(drawing, HasSubstr("</svg>"));
-    EXPECT_THAT(drawing, HasSubstr("CODEC_ID_H264, frames of the shape 1920x1080, 25 a second"));
+    EXPECT_THAT(drawing, HasSubstr("CODEC_ID_H264, display aspect ratio 16:9, 25 fps"));
     EXPECT_THAT(drawing, HasSubstr("maximum"));
 }
 
@@ -100,12 +103,13 @@ TEST_F(BitrateCommand, DrawsTheCurveAloneToStandardOutput)
 {
     const ProcessResult result = Ask("gif", "640x480", "25", {"--curve", "-"});
     ExpectQuietSuccess(result);
+    // The drawing is the whole document: nothing stands before or behind it.
     EXPECT_THAT(result.output, StartsWith("<?xml"));
-    EXPECT_EQ(result.output.find("default  "), std::string::npos);
+    EXPECT_THAT(result.output, EndsWith("</svg>\n\n"));
     EXPECT_TRUE(Files().empty());
 }
 
-TEST_F(BitrateCommand, SaysThatGnuplotIsMissingAndLeavesNoFile)
+TEST_F(BitrateCommand, ReportsThatGnuplotIsMissingAndLeavesNoFile)
 {
     ProcessOptions options;
     options.environment.emplace_back("PATH=/nowhere");

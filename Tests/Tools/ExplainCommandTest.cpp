@@ -1,59 +1,85 @@
 #include "Tests/Support/ZconfTest.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <rapidjson/document.h>
+
+extern "C" {
+#include <libavcodec/codec_id.h>
+}
 
 namespace
 {
 
 using namespace Zelnor::Testing;
-using testing::HasSubstr;
-using testing::Not;
 
 class ExplainCommand : public ZconfTest
 {};
 
-TEST_F(ExplainCommand, TellsEverythingThatGoesByAName)
+/// Codec IDs differ between versions of FFmpeg.
+std::string Text(AVCodecID id) { return std::to_string(static_cast<int>(id)); }
+
+TEST_F(ExplainCommand, DescribesEverythingWithThatName)
 {
     const ProcessResult result = Zconf({"explain", "flac"});
     ExpectQuietSuccess(result);
-    EXPECT_THAT(result.output, HasSubstr("CODEC_ID_FLAC: audio codec\n"
-                                         "  ffmpeg               AV_CODEC_ID_FLAC\n"));
-    EXPECT_THAT(result.output, HasSubstr("  bitrate required     no\n"
-                                         "\n"
-                                         "flac: container\n"
-                                         "  ffmpeg muxer       raw FLAC\n"
-                                         "  ffmpeg demuxer     raw FLAC\n"
-                                         "  default extension  flac\n"
-                                         "  lists              formats, audio containers\n"));
+    EXPECT_EQ(result.output, "CODEC_ID_FLAC: audio codec\n"
+                             "  ffmpeg               AV_CODEC_ID_FLAC\n"
+                             "  number               " +
+                                 Text(AV_CODEC_ID_FLAC) +
+                                 "\n"
+                                 "  in the codec tables  yes\n"
+                                 "  bitrate required     no\n"
+                                 "\n"
+                                 "flac: container\n"
+                                 "  ffmpeg muxer       raw FLAC\n"
+                                 "  ffmpeg demuxer     raw FLAC\n"
+                                 "  default extension  flac\n"
+                                 "  lists              formats, audio containers\n");
 }
 
-TEST_F(ExplainCommand, TakesANameWithItsPrefixOrWithoutInWhateverLetterCase)
+TEST_F(ExplainCommand, AcceptsANameWithOrWithoutItsPrefixIgnoringCase)
 {
     const std::string expected = Zconf({"explain", "CODEC_ID_MPEG2TS"}).output;
-    EXPECT_THAT(expected, HasSubstr("CODEC_ID_MPEG2TS: other codec\n"));
-    EXPECT_THAT(expected, HasSubstr("mpeg2ts: container\n"));
+    EXPECT_EQ(expected, "CODEC_ID_MPEG2TS: other codec\n"
+                        "  ffmpeg               AV_CODEC_ID_MPEG2TS\n"
+                        "  number               " +
+                            Text(AV_CODEC_ID_MPEG2TS) +
+                            "\n"
+                            "  in the codec tables  yes\n"
+                            "\n"
+                            "mpeg2ts: container\n"
+                            "  default extension  m2ts\n"
+                            "  lists              formats\n");
     for (const char* const name : {"mpeg2ts", "MPEG2TS", "codec_id_mpeg2ts", "AV_CODEC_ID_MPEG2TS"})
     {
         EXPECT_EQ(Zconf({"explain", name}).output, expected) << name;
     }
 }
 
-TEST_F(ExplainCommand, TellsWhichListsAndAcceleratorsHaveACodec)
+TEST_F(ExplainCommand, ShowsWhichListsAndAcceleratorsHaveACodec)
 {
     const ProcessResult result = Zconf({"explain", "CODEC_ID_H264"});
     ExpectQuietSuccess(result);
-    EXPECT_THAT(result.output, HasSubstr("  lists                 external decoders, external encoders\n"));
-    EXPECT_THAT(result.output, HasSubstr("  accelerated encoders  nvenc ENCODER_NVENC_H264, cuda "
-                                         "ENCODER_CUDA_H264, im-hw ENCODER_IM_HW_H264, im-sw "
-                                         "ENCODER_IM_SW_H264\n"));
-    EXPECT_THAT(result.output, HasSubstr("  accelerated decoders  cuda DECODER_CUDA_H264, im-hw "
-                                         "DECODER_IM_HW_H264, im-sw DECODER_IM_SW_H264\n"));
-    EXPECT_THAT(result.output, Not(HasSubstr("bitrate required")));
+    EXPECT_EQ(result.output, "CODEC_ID_H264: video codec\n"
+                             "  ffmpeg                AV_CODEC_ID_H264\n"
+                             "  number                " +
+                                 Text(AV_CODEC_ID_H264) +
+                                 "\n"
+                                 "  in the codec tables   yes\n"
+                                 "  lists                 external decoders, external encoders\n"
+                                 "  accelerated encoders  nvenc ENCODER_NVENC_H264, cuda ENCODER_CUDA_H264, "
+                                 "im-hw ENCODER_IM_HW_H264, im-sw ENCODER_IM_SW_H264\n"
+                                 "  accelerated decoders  cuda DECODER_CUDA_H264, im-hw DECODER_IM_HW_H264, "
+                                 "im-sw DECODER_IM_SW_H264\n"
+                                 "\n"
+                                 "h264: container\n"
+                                 "  ffmpeg muxer    raw H.264 video\n"
+                                 "  ffmpeg demuxer  raw H.264 video\n"
+                                 "  lists           formats\n");
 }
 
-TEST_F(ExplainCommand, TellsThatACodecIsInNoTable)
+TEST_F(ExplainCommand, ShowsThatACodecIsInNoTable)
 {
     const ProcessResult result = Zconf({"explain", "8svx_raw"});
     ExpectQuietSuccess(result);
@@ -61,7 +87,7 @@ TEST_F(ExplainCommand, TellsThatACodecIsInNoTable)
                              "  in the codec tables  no\n");
 }
 
-TEST_F(ExplainCommand, TellsThePlaneSizesOfAPixelFormat)
+TEST_F(ExplainCommand, ShowsThePlaneSizesOfAPixelFormat)
 {
     const ProcessResult result = Zconf({"explain", "yuv420p", "--size", "1921x1081"});
     ExpectQuietSuccess(result);
@@ -81,7 +107,7 @@ TEST_F(ExplainCommand, TellsThePlaneSizesOfAPixelFormat)
     EXPECT_EQ(document[0]["planes"][1][1].GetInt(), 541);
 }
 
-TEST_F(ExplainCommand, TellsFFmpegsNamesOfFormatsAndLayouts)
+TEST_F(ExplainCommand, ShowsFFmpegsNamesOfFormatsAndLayouts)
 {
     const std::pair<const char*, const char*> names[] = {
         {"GRAY8", "gray"},
@@ -117,23 +143,22 @@ TEST_F(ExplainCommand, ExplainsASampleFormatAndALayout)
 
 TEST_F(ExplainCommand, SuggestsTheNearestOfTheKnownNames)
 {
-    const ProcessResult result = Zconf({"explain", "CODEC_ID_H246"});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.messages, HasSubstr("'CODEC_ID_H246' is no known name; did you mean "));
-    EXPECT_THAT(result.messages, HasSubstr("'CODEC_ID_H26"));
-    ExpectFailure(Zconf({"explain", "matrosca"}), "'matrosca' is no known name; did you mean 'matroska'?");
-    ExpectFailure(Zconf({"explain", "qqqqqqqqqq"}), "'qqqqqqqqqq' is no known name");
-    ExpectFailure(Zconf({"explain", ""}), "'' is no known name");
+    ExpectFailure(Zconf({"explain", "CODEC_ID_H246"}),
+                  "'CODEC_ID_H246' is not a known name; did you mean 'CODEC_ID_H261' or 'CODEC_ID_H263' or "
+                  "'CODEC_ID_H264'?");
+    ExpectFailure(Zconf({"explain", "matrosca"}), "'matrosca' is not a known name; did you mean 'matroska'?");
+    ExpectFailure(Zconf({"explain", "qqqqqqqqqq"}), "'qqqqqqqqqq' is not a known name");
+    ExpectFailure(Zconf({"explain", ""}), "'' is not a known name");
 }
 
-TEST_F(ExplainCommand, RefusesASizeThatIsNone)
+TEST_F(ExplainCommand, RefusesWhatIsNotASize)
 {
     for (const char* const size :
          {"1920", "1920x", "x1080", "0x1", "-2x2", "2x2x2", "1e3x2", "99999999999x2"})
     {
         ExpectFailure(Zconf({"explain", "nv12", "--size", size}),
-                      std::string("'") + size + "' is no size: expected WIDTHxHEIGHT, such as 1920x1080");
+                      std::string("'") + size +
+                          "' is not a frame size: expected WIDTHxHEIGHT, such as 1920x1080");
     }
 }
 

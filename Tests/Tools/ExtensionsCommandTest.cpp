@@ -19,6 +19,7 @@ TEST_F(ExtensionsCommand, ShowsAllGroupsInTheirOrder)
 {
     const ProcessResult result = Zconf({"extensions"});
     ExpectQuietSuccess(result);
+    // Only the layout is asked here: the names and extensions of all groups are compared below.
     EXPECT_THAT(result.output, StartsWith("All Files      all        *.*"));
     EXPECT_THAT(result.output,
                 HasSubstr("\nMP4            video                                    mp4, m4v, mpeg4\n"));
@@ -46,17 +47,18 @@ TEST_F(ExtensionsCommand, ShowsAGroupsExtensionsEachOnALine)
     ExpectQuietSuccess(result);
     EXPECT_EQ(result.output, "dat\nmrec\n");
     EXPECT_EQ(Zconf({"extensions", "mp4"}).output, "mp4\nm4v\nmpeg4\n");
-    EXPECT_EQ(Zconf({"extensions", "Other", "--json"}).output, "{\n"
-                                                               "  \"name\": \"Other\",\n"
-                                                               "  \"kind\": \"all\",\n"
-                                                               "  \"extensions\": [\"dat\", \"mrec\"]\n"
-                                                               "}\n");
+    EXPECT_EQ(Zconf({"extensions", "Other", "--json"}).output, R"({
+  "name": "Other",
+  "kind": "all",
+  "extensions": ["dat", "mrec"]
+}
+)");
 }
 
 TEST_F(ExtensionsCommand, SuggestsTheNearestGroup)
 {
     ExpectFailure(Zconf({"extensions", "All Vidoe"}),
-                  "'All Vidoe' is no known group of files; did you mean 'All Video'?");
+                  "'All Vidoe' is not a known file group; did you mean 'All Video'?");
 }
 
 TEST_F(ExtensionsCommand, ShowsTheExtensionOfAContainer)
@@ -65,15 +67,19 @@ TEST_F(ExtensionsCommand, ShowsTheExtensionOfAContainer)
     ExpectQuietSuccess(result);
     EXPECT_EQ(result.output, "mkv\n");
     EXPECT_EQ(Zconf({"extensions", "--container", "adts", "--json"}).output,
-              "{\n  \"container\": \"adts\",\n  \"extension\": \"aac\"\n}\n");
+              R"({
+  "container": "adts",
+  "extension": "aac"
+}
+)");
 }
 
-TEST_F(ExtensionsCommand, RefusesContainersThatHaveNoneOrAreUnknown)
+TEST_F(ExtensionsCommand, RefusesContainersWithoutAnExtensionAndUnknownOnes)
 {
     ExpectFailure(Zconf({"extensions", "--container", "nut"}),
                   "The container 'nut' has no default extension");
     ExpectFailure(Zconf({"extensions", "--container", "matrosca"}),
-                  "'matrosca' is no known container; did you mean 'matroska'?");
+                  "'matrosca' is not a known container; did you mean 'matroska'?");
     EXPECT_EQ(Zconf({"extensions", "MP4", "--container", "mp4"}).exitCode, 2);
 }
 

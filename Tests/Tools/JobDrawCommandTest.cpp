@@ -46,7 +46,7 @@ TEST_F(JobDraw, DotIsWhatTheLibraryDraws)
     EXPECT_EQ(Read("job.dot"), dot->GetData());
 }
 
-TEST_F(JobDraw, TheExtensionSaysWhatIsDrawn)
+TEST_F(JobDraw, TheExtensionChoosesTheFormat)
 {
     for (const char* const name : {"a.svg", "a.png", "a.pdf", "B.SVG"})
     {
@@ -54,6 +54,7 @@ TEST_F(JobDraw, TheExtensionSaysWhatIsDrawn)
         ExpectQuietSuccess(result);
         EXPECT_EQ(result.output, "");
     }
+    // How Graphviz draws is its own; the format shows in a few bytes.
     EXPECT_THAT(Read("a.svg"), HasSubstr("<svg"));
     EXPECT_THAT(Read("a.png"), StartsWith("\x89PNG\r\n"));
     EXPECT_THAT(Read("a.pdf"), StartsWith("%PDF-"));
@@ -75,8 +76,8 @@ TEST_F(JobDraw, AnUnknownExtensionIsRefused)
     for (const char* const name : {"a.bmp", "svg", ".svg", "a.svg.txt"})
     {
         ExpectFailure(Zconf({"job", "draw", "job.json", "-o", name}),
-                      std::string(name) + ": The extension does not say what to draw: expected .dot, .svg, "
-                                          ".png or .pdf (or give --format)");
+                      std::string(name) + ": the extension is not that of a drawing: expected .dot, .svg, "
+                                          ".png or .pdf, or --format");
     }
 }
 
@@ -86,22 +87,24 @@ TEST_F(JobDraw, HostileRecordsAreDrawn)
                       R"("trailing \\"}}},{"id":2,"data":{"data":{"\\N\\G\\l":"\u0000&#0;<b>\n"}}}],)"
                       R"("edges":[{"from":1,"to":2}]})");
     ExpectQuietSuccess(Zconf({"job", "draw", "job.json", "-o", "a.svg"}));
+    // Graphviz was content with the whole label if it drew the text behind the hostile name.
     EXPECT_THAT(Read("a.svg"), HasSubstr("trailing"));
 }
 
-TEST_F(JobDraw, MissingGraphvizIsTold)
+TEST_F(JobDraw, AMissingGraphvizIsReported)
 {
     ProcessOptions options;
     options.environment = {"PATH=" + Folder().string()};
     Write("a.svg", "previous");
-    ExpectFailure(Zconf({"job", "draw", "job.json", "-o", "a.svg"}, options),
-                  "Drawing as svg needs Graphviz, and its program 'dot' is not in PATH; the format dot needs "
-                  "it not");
+    ExpectFailure(
+        Zconf({"job", "draw", "job.json", "-o", "a.svg"}, options),
+        "Drawing as svg needs Graphviz, whose program 'dot' is not in PATH; the format dot does not "
+        "need it");
     EXPECT_EQ(Read("a.svg"), "previous");
     ExpectQuietSuccess(Zconf({"job", "draw", "job.json", "-o", "a.dot"}, options));
 }
 
-TEST_F(JobDraw, AFailureOfGraphvizIsToldAndLeavesThePreviousDrawing)
+TEST_F(JobDraw, AFailureOfGraphvizIsReportedAndLeavesThePreviousDrawing)
 {
     Write("a.png", "previous");
     ExpectFailure(Zconf({"job", "draw", "job.json", "-o", "a.png"},

@@ -1,7 +1,7 @@
 #include "Tests/Support/Tsv.h"
 #include "Tests/Support/ZconfTest.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <rapidjson/document.h>
 
@@ -11,7 +11,6 @@ namespace
 {
 
 using namespace Zelnor::Testing;
-using testing::StartsWith;
 
 class ListCommand : public ZconfTest
 {
@@ -50,7 +49,7 @@ TEST_F(ListCommand, AlignsItsColumns)
                              "DECODER_CUDA_WMV3   cuda  CODEC_ID_WMV3\n");
 }
 
-TEST_F(ListCommand, FindsNamesByAPartInWhateverLetterCase)
+TEST_F(ListCommand, FindsNamesByAPartIgnoringCase)
 {
     ExpectQuietSuccess(Zconf({"list", "codecs", "h26"}));
     const std::vector<std::string> expected = {"CODEC_ID_H261",  "CODEC_ID_H263", "CODEC_ID_H263P",
@@ -155,7 +154,7 @@ TEST_F(ListCommand, RefusesWhatItDoesNotKnow)
     const ProcessResult unknown = Zconf({"list", "smells"});
     EXPECT_EQ(unknown.exitCode, 2);
     EXPECT_EQ(unknown.output, "");
-    EXPECT_THAT(unknown.messages, StartsWith("zconf: "));
+    EXPECT_EQ(unknown.messages, "zconf: Unexpected argument 'smells' (see zconf list --help)\n");
 }
 
 } // namespace

@@ -92,6 +92,7 @@ TEST_F(StandardStreams, MessagesNeverEndUpInADocument)
     const ProcessResult result =
         Shell("exec \"$ZCONF\" job new -p mp3 -i in.mp4 -t o --lossless-dvd -o new.json 0<&- 1>&- 2>&-");
     EXPECT_EQ(result.exitCode, 0);
+    // A message before or inside the document would make it unreadable.
     EXPECT_THAT(Read("new.json"), testing::StartsWith("{\"vertices\":[{"));
     EXPECT_EQ(Zconf({"job", "check", "new.json"}).exitCode, 0);
 }
@@ -111,6 +112,7 @@ TEST_F(StandardStreams, APipeTakesADocumentToo)
     const ProcessResult result = Shell(
         "mkfifo pipe; cat pipe & \"$ZCONF\" job draw job.json -f dot -o pipe; code=$?; wait; exit $code");
     ExpectQuietSuccess(result);
+    // The drawing itself is compared in the tests of `job draw`.
     EXPECT_THAT(result.output, HasSubstr("digraph G {\n"));
     EXPECT_THAT(Files(), ElementsAre("in.mp4", "job.json", "pipe"));
 }

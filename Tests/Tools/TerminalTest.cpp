@@ -24,10 +24,12 @@ protected:
     }
 };
 
+/// Begins every sequence that steers a terminal. What the commands print besides is tested with each command.
 constexpr const char* kEscape = "\x1b[";
 
 TEST_F(Terminal, HasColour)
 {
+    // One coloured piece of each kind of output; Painter colours the others alike.
     const std::string shown = OnTerminal({"job", "show", "job.json"}, {"TERM=xterm", "NO_COLOR"});
     EXPECT_THAT(shown, HasSubstr("\x1b[1mNode \x1b[0m\x1b[1;33m1\x1b[0m"));
     EXPECT_THAT(OnTerminal({"job", "check", "--topology", "job.json"}, {"TERM=xterm", "NO_COLOR"}),

@@ -46,7 +46,7 @@ std::string VideoCodec(const std::string& name)
     }
     if (codec->kind != "video")
     {
-        throw ToolError("'" + codec->id + "' is no video codec; bitrates are proposed for video only");
+        throw ToolError("'" + codec->id + "' is not a video codec; bitrates are proposed for video only");
     }
     return codec->id;
 }
@@ -75,7 +75,7 @@ int Run(const Options& options)
                                       ParseFrameRate(options.fps), options.quality};
     if (!options.curve.empty())
     {
-        // Nothing but the drawing when that goes to standard output.
+        // Standard output holds one document only.
         WriteDocument(options.curve, DrawBitrateCurve(question));
         if (IsStandardStream(options.curve))
         {
@@ -89,7 +89,7 @@ int Run(const Options& options)
     }
     else
     {
-        // What was asked need not be told again.
+        // The codec, size and rate need not be repeated to the person who just gave them.
         WriteText(LinesText(Description(answer.end() - 3, answer.end()), 0, Painter::ForStandardOutput()));
     }
     return kExitSuccess;
@@ -100,16 +100,17 @@ int Run(const Options& options)
 void AddBitrateCommand(CLI::App& app)
 {
     CLI::App* const command =
-        AddCommand(app, "bitrate", "Propose a video bitrate, with bounds, in bits per second");
+        AddCommand(app, "bitrate", "Propose a video bitrate and its bounds, in bits per second");
     const auto options = std::make_shared<Options>();
     command->add_option("--codec", options->codec, "The video codec, such as CODEC_ID_H264 or h264")
         ->required();
-    command->add_option("--size", options->size, "The frame's size, such as 1920x1080")->required();
-    command->add_option("--fps", options->fps, "Frames a second, such as 25 or 30000/1001")->required();
-    command->add_option("--quality", options->quality, "From 1 (all of the bitrate) to 32 (a third of it)")
+    command->add_option("--size", options->size, "The frame size, such as 1920x1080")->required();
+    command->add_option("--fps", options->fps, "Frames per second, such as 25 or 30000/1001")->required();
+    command->add_option("--quality", options->quality, "From 1 (the full bitrate) to 32 (a third of it)")
         ->check(CLI::Range(1, Conf::IFormatCodec::MAX_QUALITY));
-    command->add_option("--curve", options->curve,
-                        "Also draw the bitrates of larger and smaller frames in this SVG file, with gnuplot");
+    command->add_option(
+        "--curve", options->curve,
+        "Also plot the bitrates of smaller and larger frames as SVG to this file, with gnuplot");
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }

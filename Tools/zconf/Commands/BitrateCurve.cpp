@@ -6,6 +6,7 @@
 #include "Conf/Interfaces/BitrateCalculator.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace Zelnor::Tool
 {
@@ -18,7 +19,7 @@ using Calculate = long long (*)(const std::string&, long long, long long, double
 constexpr long long kSteps = 120;
 constexpr long long kLeastHeight = 1080;
 
-/// "height bitrate" in lines, up to `highest`.
+/// Lines of "height bitrate", for heights from 0 to `highest`.
 std::string Points(const BitrateQuestion& question, Calculate calculate, long long highest)
 {
     std::string points;
@@ -31,6 +32,13 @@ std::string Points(const BitrateQuestion& question, Calculate calculate, long lo
                   "\n";
     }
     return points;
+}
+
+/// "16:9", for square samples
+std::string AspectRatioText(const FrameSize& size)
+{
+    const long long divisor = std::gcd(size.width, size.height);
+    return std::to_string(size.width / divisor) + ":" + std::to_string(size.height / divisor);
 }
 
 } // namespace
@@ -50,10 +58,10 @@ std::string BitrateCurveScript(const BitrateQuestion& question)
     std::string script = "set terminal svg size 900,540 noenhanced background 'white'\n"
                          "set encoding utf8\n"
                          "set title '" +
-                         question.codecId + ", frames of the shape " + FieldText(std::vector{question.size}) +
+                         question.codecId + ", display aspect ratio " + AspectRatioText(question.size) +
                          ", " + FieldText(question.fps) +
-                         " a second'\n"
-                         "set xlabel 'Height of the frame'\n"
+                         " fps'\n"
+                         "set xlabel 'Frame height'\n"
                          "set ylabel 'Mbit/s'\n"
                          "set key left top\n"
                          "set grid\n"

@@ -7,20 +7,20 @@
 namespace Zelnor::Tool
 {
 
-/// What a bitrate is asked for.
+/// What a bitrate is proposed for.
 struct BitrateQuestion
 {
     std::string codecId;
     FrameSize size;
     double fps;
-    int quality; ///< below 0: none
+    int quality; ///< 1 to 32; negative for none
 };
 
-/// What gnuplot is told to draw as SVG: the default, minimum and maximum bitrates over the frame's height,
-/// for frames of the asked shape, with a mark at the asked size.
+/// A gnuplot script that plots the default, minimum and maximum bitrates over the frame height as SVG, for
+/// frames with the display aspect ratio of the given size, which is marked.
 std::string BitrateCurveScript(const BitrateQuestion& question);
 
-/// Draws that. \throw ToolError when gnuplot is not there or fails
+/// Runs that script with gnuplot. \throw ToolError when gnuplot is missing or fails
 std::string DrawBitrateCurve(const BitrateQuestion& question);
 
 } // namespace Zelnor::Tool

@@ -42,7 +42,7 @@ std::vector<CodecEntry> ReadCodecs()
 {
     std::vector<CodecEntry> codecs;
     const auto add = [&](const char* kind, const char* id, const char* ffmpegName) {
-        // The constants that are their own text are not all codecs.
+        // Not every constant whose text is its name is a codec.
         if (std::string(id).rfind(kCodecPrefix, 0) == 0)
         {
             codecs.push_back({id, kind, ffmpegName});
@@ -70,7 +70,7 @@ std::vector<CodecEntry> ReadCodecs()
     return codecs;
 }
 
-/// The codec and the implementation of each row that an accelerator has; nothing when it has none.
+/// The implementations of an accelerator by codec.
 using Implementations = std::map<std::string, std::string>;
 
 Implementations EncodersOf(Accelerator accelerator)
@@ -124,10 +124,10 @@ std::vector<std::string> CodecsOf(const Implementations& implementations)
     return codecs;
 }
 
-/// Implementations with the accelerator and the codec that they serve, where they serve one only.
+/// Implementations, with their accelerator and codec where they belong to one.
 std::vector<Description> ListImplementations(const std::vector<std::string>& names, Query query)
 {
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (const std::string& name : names)
     {
         std::string accelerator;
@@ -143,9 +143,9 @@ std::vector<Description> ListImplementations(const std::vector<std::string>& nam
                 }
             }
         }
-        things.push_back({{"name", name}, {"accelerator", accelerator}, {"codec", codecId}});
+        descriptions.push_back({{"name", name}, {"accelerator", accelerator}, {"codec", codecId}});
     }
-    return things;
+    return descriptions;
 }
 
 } // namespace
@@ -232,13 +232,13 @@ std::vector<std::string> PixelFormatNames()
 
 std::vector<std::string> PixelFormatFlags(int flags)
 {
-    const std::pair<int, const char*> words[] = {{2, "yuv"}, {4, "rgb"}, {8, "alpha"}, {16, "planar"}};
+    const std::pair<int, const char*> flagNames[] = {{2, "yuv"}, {4, "rgb"}, {8, "alpha"}, {16, "planar"}};
     std::vector<std::string> names;
-    for (const auto& [flag, word] : words)
+    for (const auto& [flag, name] : flagNames)
     {
         if ((flags & flag) != 0)
         {
-            names.emplace_back(word);
+            names.emplace_back(name);
         }
     }
     return names;
@@ -260,7 +260,6 @@ std::string ColorRangeName(int colorRange)
 
 const std::vector<std::string>& AcceleratorNames()
 {
-    // Their positions are the values of the enumeration.
     static const std::vector<std::string> names = {"nvenc", "cuda", "im-hw", "im-sw"};
     return names;
 }
@@ -282,42 +281,42 @@ std::vector<Description> ListCodecs()
     {
         numbers[text] = id;
     }
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (const CodecEntry& codec : AllCodecs())
     {
-        things.push_back({{"name", codec.id}, {"kind", codec.kind}, {"ffmpeg", codec.ffmpegName}});
+        descriptions.push_back({{"name", codec.id}, {"kind", codec.kind}, {"ffmpeg", codec.ffmpegName}});
         const auto number = numbers.find(codec.id);
         if (number != numbers.end())
         {
-            things.back().push_back({"number", number->second});
+            descriptions.back().push_back({"number", number->second});
         }
     }
-    return things;
+    return descriptions;
 }
 
 std::vector<Description> ListContainers()
 {
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (const std::string& name : ContainerNames())
     {
-        things.push_back(
+        descriptions.push_back(
             {{"name", name}, {"kind", ContainerKind(name)}, {"extension", DefaultExtension(name)}});
     }
-    return things;
+    return descriptions;
 }
 
 std::vector<Description> ListMuxers()
 {
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (const std::string& name : Conf::GetMuxerImplList())
     {
-        things.push_back({{"name", name}, {"role", std::string("muxer")}});
+        descriptions.push_back({{"name", name}, {"role", std::string("muxer")}});
     }
     for (const std::string& name : Conf::GetParserImplList())
     {
-        things.push_back({{"name", name}, {"role", std::string("parser")}});
+        descriptions.push_back({{"name", name}, {"role", std::string("parser")}});
     }
-    return things;
+    return descriptions;
 }
 
 std::vector<Description> ListDecoders()
@@ -332,56 +331,56 @@ std::vector<Description> ListEncoders()
 
 std::vector<Description> ListAccelerators()
 {
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (std::size_t i = 0; i < AcceleratorNames().size(); ++i)
     {
         const auto accelerator = static_cast<Accelerator>(i);
-        things.push_back({{"name", AcceleratorNames()[i]},
-                          {"encodes", CodecsOf(EncodersOf(accelerator))},
-                          {"decodes", CodecsOf(DecodersOf(accelerator))}});
+        descriptions.push_back({{"name", AcceleratorNames()[i]},
+                                {"encodes", CodecsOf(EncodersOf(accelerator))},
+                                {"decodes", CodecsOf(DecodersOf(accelerator))}});
     }
-    return things;
+    return descriptions;
 }
 
 std::vector<Description> ListPixelFormats()
 {
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
     {
-        things.push_back({{"name", record.name},
-                          {"value", static_cast<long long>(record.pixFmt)},
-                          {"components", static_cast<long long>(record.components)},
-                          {"range", ColorRangeName(record.colorRange)},
-                          {"flags", PixelFormatFlags(record.flags)}});
+        descriptions.push_back({{"name", record.name},
+                                {"value", static_cast<long long>(record.pixFmt)},
+                                {"components", static_cast<long long>(record.components)},
+                                {"range", ColorRangeName(record.colorRange)},
+                                {"flags", PixelFormatFlags(record.flags)}});
     }
-    return things;
+    return descriptions;
 }
 
 std::vector<Description> ListSampleFormats()
 {
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (const std::string& name : SampleFormatNames())
     {
         const Conf::SampleFmtRecord* const record = Conf::SampleFmtRecord::Find(name);
-        things.push_back({{"name", name},
-                          {"value", static_cast<long long>(record->format)},
-                          {"bits", static_cast<long long>(record->bitsPerSample)},
-                          {"order", std::string(record->planar ? "planar" : "packed")}});
+        descriptions.push_back({{"name", name},
+                                {"value", static_cast<long long>(record->format)},
+                                {"bits", static_cast<long long>(record->bitsPerSample)},
+                                {"order", std::string(record->planar ? "planar" : "packed")}});
     }
-    return things;
+    return descriptions;
 }
 
 std::vector<Description> ListLayouts()
 {
-    std::vector<Description> things;
+    std::vector<Description> descriptions;
     for (const std::string& name : LayoutNames())
     {
         const Conf::LayoutRecord* const record = Conf::LayoutRecord::Find(name);
-        things.push_back({{"name", name},
-                          {"value", static_cast<long long>(record->layout)},
-                          {"channels", static_cast<long long>(record->channels)}});
+        descriptions.push_back({{"name", name},
+                                {"value", static_cast<long long>(record->layout)},
+                                {"channels", static_cast<long long>(record->channels)}});
     }
-    return things;
+    return descriptions;
 }
 
 } // namespace Zelnor::Tool

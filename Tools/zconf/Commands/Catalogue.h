@@ -11,39 +11,39 @@
 namespace Zelnor::Tool
 {
 
-/// A codec of the vocabulary, whether or not it is in one of the registry's tables.
+/// A codec of the vocabulary, whether or not the registry's tables have it.
 struct CodecEntry
 {
     std::string id;         ///< "CODEC_ID_H264"
     std::string kind;       ///< "video", "audio", "subtitle" or "other"
-    std::string ffmpegName; ///< "AV_CODEC_ID_H264"; empty when FFmpeg is not known to have one
+    std::string ffmpegName; ///< "AV_CODEC_ID_H264"; empty when FFmpeg does not have the codec
 };
 
 /// All codecs, in the order of the vocabulary.
 const std::vector<CodecEntry>& AllCodecs();
-/// The codec of that name; the prefix "CODEC_ID_" and the letter case do not count. Null when there is none.
+/// The codec with that name, ignoring case and the prefix "CODEC_ID_"; null when there is none.
 const CodecEntry* FindCodec(const std::string& name);
 std::vector<std::string> CodecNames();
 
-/// The names of all containers, each once: those that can be written, then those that can only be read.
+/// The names of all containers, each once: the format list, then what only the image and audio lists hold.
 std::vector<std::string> ContainerNames();
 /// "image", "audio" or "other"
 std::string ContainerKind(const std::string& format);
-/// Empty when the container has none.
+/// Empty when the container does not have one.
 std::string DefaultExtension(const std::string& format);
 
 std::vector<std::string> SampleFormatNames();
 std::vector<std::string> LayoutNames();
 std::vector<std::string> PixelFormatNames();
 
-/// "4:2:0"-like words for the flags of a pixel format: "yuv", "rgb", "alpha", "planar".
+/// The flags that are set, of "yuv", "rgb", "alpha" and "planar".
 std::vector<std::string> PixelFormatFlags(int flags);
 /// "full", "limited" or "unspecified"
 std::string ColorRangeName(int colorRange);
 
-/// The names of the accelerators, as the command line has them.
+/// The names of the accelerators on the command line; the positions are the values of the enumeration.
 const std::vector<std::string>& AcceleratorNames();
-/// "nvenc ENCODER_NVENC_H264": each accelerator that encodes (or decodes) the codec, with its implementation.
+/// The accelerators that encode or decode the codec, with their implementations: "nvenc ENCODER_NVENC_H264".
 std::vector<std::string> AcceleratedEncodersOf(const std::string& codecId);
 std::vector<std::string> AcceleratedDecodersOf(const std::string& codecId);
 

@@ -86,7 +86,7 @@ Description ExplainCodec(const CodecEntry& codec)
         }
         catch (const Conf::FormatException&)
         {
-            // A codec that is in no table: the library does not say.
+            // The library does not know this of codecs that are not in its tables.
         }
     }
     return description;
@@ -192,7 +192,7 @@ Description ExplainLayout(const std::string& name)
             {"channels", static_cast<long long>(record.channels)}};
 }
 
-/// Everything that goes by the name: a codec and a container may share it.
+/// Everything with that name, which a codec and a container may share.
 std::vector<Description> Explain(const std::string& name, const FrameSize* frame)
 {
     const std::string bare = BareName(name);
@@ -281,14 +281,15 @@ int Run(const Options& options)
 
 void AddExplainCommand(CLI::App& app)
 {
-    CLI::App* const command = AddCommand(
-        app, "explain", "Tell what a name stands for: a codec, container, pixel or sample format, layout");
+    CLI::App* const command =
+        AddCommand(app, "explain",
+                   "Explain the name of a codec, container, pixel format, sample format or channel layout");
     const auto options = std::make_shared<Options>();
-    command
-        ->add_option("NAME", options->name, "The name, in whatever letter case, with its prefix or without")
+    command->add_option("NAME", options->name, "The name, ignoring case, with or without its prefix")
         ->required();
-    command->add_option("--size", options->size,
-                        "Tell the sizes of a pixel format's planes in such a frame: WxH");
+    command->add_option(
+        "--size", options->size,
+        "Also show the plane sizes of a pixel format for frames of this size, such as 1920x1080");
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }

@@ -51,7 +51,7 @@ Description DescribeGroup(const std::string& group, const std::string& kind)
             {"extensions", Conf::GetSupportedFormatExtensions(group)}};
 }
 
-/// The groups of a file dialog, and the one that it does not offer.
+/// The file groups that a file dialog offers, and the one that it does not.
 std::vector<Description> DescribeGroups()
 {
     std::vector<Description> groups;
@@ -99,7 +99,7 @@ int ShowGroup(const std::string& name, bool json)
         WriteText(text);
         return kExitSuccess;
     }
-    ThrowUnknownName("group of files", name, names);
+    ThrowUnknownName("file group", name, names);
 }
 
 int ShowContainer(const std::string& name, bool json)
@@ -139,11 +139,12 @@ int Run(const Options& options)
 void AddExtensionsCommand(CLI::App& app)
 {
     CLI::App* const command = AddCommand(
-        app, "extensions", "Show the groups of a file dialog and their extensions, or a container's own");
+        app, "extensions",
+        "Show the file groups of a file dialog with their extensions, or a container's default extension");
     const auto options = std::make_shared<Options>();
     CLI::Option* const group =
-        command->add_option("GROUP", options->group, "Only the extensions of this group, each on a line");
-    command->add_option("--container", options->container, "The extension that files of this container get")
+        command->add_option("GROUP", options->group, "Show only the extensions of this group, one per line");
+    command->add_option("--container", options->container, "Show the default extension of this container")
         ->excludes(group);
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });

@@ -128,8 +128,8 @@ int Run(const Options& options)
 
 void AddJobCheckCommand(CLI::App& job)
 {
-    CLI::App* const command =
-        AddCommand(job, "check", "Tell whether a job can be run: exit code 0 if so, else 1 and every reason");
+    CLI::App* const command = AddCommand(
+        job, "check", "Check whether a job can be run: exit code 0 if so, else 1 with every reason");
     const auto options = std::make_shared<Options>();
     AddJobArgument(*command, options->job);
     command->add_flag("--topology", options->topology,

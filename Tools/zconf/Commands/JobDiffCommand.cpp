@@ -92,7 +92,7 @@ int Run(const Options& options)
 {
     if (IsStandardStream(options.one) && IsStandardStream(options.other))
     {
-        throw ToolError("Only one of the two jobs can come from standard input");
+        throw ToolError("Only one of the two jobs can be read from standard input");
     }
     const Media::JobFile one = OpenJob(options.one);
     const Media::JobFile other = OpenJob(options.other);
@@ -112,8 +112,8 @@ int Run(const Options& options)
 
 void AddJobDiffCommand(CLI::App& job)
 {
-    CLI::App* const command =
-        AddCommand(job, "diff", "Tell in what two jobs differ; exit code 0 when in nothing, else 1");
+    CLI::App* const command = AddCommand(
+        job, "diff", "Compare two jobs: exit code 0 if they are equal, else 1 with the differences");
     const auto options = std::make_shared<Options>();
     command->add_option("A", options->one, "The first job's document")->required();
     command->add_option("B", options->other, "The second job's document")->required();

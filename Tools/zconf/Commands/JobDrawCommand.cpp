@@ -25,7 +25,7 @@ struct Options
 
 constexpr std::array<const char*, 4> kFormats = {"dot", "svg", "png", "pdf"};
 
-/// The format that the output's name asks for.
+/// The format that belongs to the extension of the output.
 std::string FormatOf(const std::string& output)
 {
     if (IsStandardStream(output))
@@ -42,8 +42,8 @@ std::string FormatOf(const std::string& output)
             return format;
         }
     }
-    throw ToolError(output + ": The extension does not say what to draw: expected .dot, .svg, .png or .pdf " +
-                    "(or give --format)");
+    throw ToolError(
+        output + ": the extension is not that of a drawing: expected .dot, .svg, .png or .pdf, or --format");
 }
 
 std::string DrawWithGraphviz(const std::string& dot, const std::string& format)
@@ -51,8 +51,9 @@ std::string DrawWithGraphviz(const std::string& dot, const std::string& format)
     const Media::FilterResult result = Media::RunFilter({"dot", "-T" + format}, dot);
     if (!result.started)
     {
-        throw ToolError("Drawing as " + format +
-                        " needs Graphviz, and its program 'dot' is not in PATH; the format dot needs it not");
+        throw ToolError(
+            "Drawing as " + format +
+            " needs Graphviz, whose program 'dot' is not in PATH; the format dot does not need it");
     }
     if (result.exitCode != 0 || result.output.empty())
     {
@@ -65,7 +66,7 @@ std::string DrawWithGraphviz(const std::string& dot, const std::string& format)
 
 int Run(const Options& options)
 {
-    // Asked first, so that a wrong name is told before anything is read.
+    // First, so that a wrong name is reported before anything is read.
     const std::string format = options.format.empty() ? FormatOf(options.output) : options.format;
     const Media::JobFile job = OpenJob(options.job);
     const auto dot = Core::MemoryDataOutput::Create();
@@ -84,12 +85,12 @@ void AddJobDrawCommand(CLI::App& job)
     AddJobArgument(*command, options->job);
     command
         ->add_option("-o,--output", options->output,
-                     "The drawing; its extension .dot, .svg, .png or .pdf says what is drawn, and "
+                     "The file to write, in the format of its extension (.dot, .svg, .png or .pdf); "
                      "\"-\" (the default) is DOT on standard output")
         ->type_name("FILE");
     command
         ->add_option("-f,--format", options->format,
-                     "What is drawn (dot, svg, png or pdf), whatever the extension")
+                     "The format (dot, svg, png or pdf), whatever the extension")
         ->type_name("FORMAT")
         ->check(CLI::IsMember(std::vector<std::string>(kFormats.begin(), kFormats.end())));
     OnRun(*command, [options] { return Run(*options); });

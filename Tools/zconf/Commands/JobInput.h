@@ -7,12 +7,12 @@
 #include <string>
 
 /// \file
-/// What all commands that read a job have in common.
+/// Shared by all commands that read a job.
 
 namespace Zelnor::Tool
 {
 
-/// The argument JOB of a command, kept in `name`.
+/// Adds the argument JOB, whose value is kept in `name`.
 void AddJobArgument(CLI::App& command, std::string& name);
 
 /// Reads the job's document `name`, or standard input for "-". Notes about it go to standard error.

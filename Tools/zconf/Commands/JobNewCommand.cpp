@@ -6,8 +6,6 @@
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Input.h"
 #include "Tools/zconf/Console/Output.h"
-#include "Tools/zconf/Console/StandardStreams.h"
-#include "Tools/zconf/Console/Text.h"
 
 #include <sys/stat.h>
 
@@ -87,7 +85,7 @@ int Run(const Options& options)
 {
     if (IsStandardStream(options.input))
     {
-        throw ToolError("A job needs its input by name, not from standard input");
+        throw ToolError("The input of a job must be a named file, not standard input");
     }
     const Media::JobRequest request = RequestOf(options);
     const std::string presetFile =
@@ -97,7 +95,7 @@ int Run(const Options& options)
     CheckDistinct(options, presetFile, job.output);
     for (const std::string& note : job.notes)
     {
-        WriteMessage("zconf: note: " + Printable(note) + "\n");
+        ReportNote(note);
     }
     WriteDocument(options.job, [&job](const auto& output) { job.graph->Save(output); });
     return kExitSuccess;
@@ -107,36 +105,36 @@ int Run(const Options& options)
 
 void AddJobNewCommand(CLI::App& job)
 {
-    CLI::App* const command = AddCommand(job, "new", "Make a job that turns a media file into another one");
+    CLI::App* const command = AddCommand(job, "new", "Make a job that converts a media file");
     const auto options = std::make_shared<Options>();
     command
         ->add_option("-p,--preset", options->preset,
-                     "What to make: a preset file, or the name of one that came with the program")
+                     "A preset file, or the name of a preset that comes with the program")
         ->type_name("FILE")
         ->required();
     command
-        ->add_option(
-            "-i,--input", options->input,
-            "The media file to read; must be there. It is kept as given: a relative path is meant from "
-            "the folder in which the job will be run")
+        ->add_option("-i,--input", options->input,
+                     "The media file to read, which must exist; a relative path is kept, and resolved in the "
+                     "folder in "
+                     "which the job is run")
         ->type_name("FILE")
         ->required();
     command
-        ->add_option(
-            "-t,--output", options->output,
-            "The media file to make; kept as given, but for the container's extension, which is added to "
-            "a name without one")
+        ->add_option("-t,--output", options->output,
+                     "The media file to make; a name without an extension gets that of the container")
         ->type_name("FILE")
         ->required();
     command->add_option("-s,--stream", options->streams,
-                        "A stream of the input to convert, by its number; may be repeated (default: the best "
+                        "The index of a stream of the input to convert; may be repeated (default: the best "
                         "video and audio, and the subtitles that the output can hold)");
-    command->add_option("--merge", options->merges,
-                        "Two streams, as 1+2: the second is mixed into the first (audio), or drawn over it "
-                        "(a subtitle over a video); may be repeated");
+    command->add_option(
+        "--merge", options->merges,
+        "Two stream indexes, as 1+2: mix the second stream into the first (audio), or overlay it "
+        "(a subtitle on a video); may be repeated");
     command->add_flag("--lossless-dvd", options->losslessDvd,
-                      "Make the container DVD, whatever the preset says");
-    command->add_option("-o,--job", options->job, "Where the job's document goes (default \"-\")")
+                      "Use the container DVD, whatever the preset says");
+    command
+        ->add_option("-o,--job", options->job, "The job's document to write (default \"-\", standard output)")
         ->type_name("FILE");
     OnRun(*command, [options] { return Run(*options); });
 }

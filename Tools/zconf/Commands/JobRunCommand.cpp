@@ -133,12 +133,12 @@ int Run(const Options& options)
 
 void AddJobRunCommand(CLI::App& job)
 {
-    CLI::App* const command = AddCommand(job, "run", "Run a job: make its targets with ffmpeg");
+    CLI::App* const command = AddCommand(job, "run", "Run a job: make its output files with ffmpeg");
     const auto options = std::make_shared<Options>();
     AddJobArgument(*command, options->job);
     command->add_flag("-n,--dry-run", options->dryRun,
-                      "Print the commands for a shell instead of running them");
-    command->add_flag("--overwrite", options->overwrite, "Replace targets that exist");
+                      "Print the ffmpeg commands, quoted for a shell, instead of running them");
+    command->add_flag("--overwrite", options->overwrite, "Replace output files that exist");
     command->add_option("--ffmpeg", options->ffmpeg, "The ffmpeg program (default: the one in PATH)")
         ->type_name("FILE");
     OnRun(*command, [options] { return Run(*options); });

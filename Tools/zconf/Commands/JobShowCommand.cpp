@@ -80,7 +80,7 @@ std::string ValueText(const Property& property)
     return property.Count() == 0 ? "(empty)" : "";
 }
 
-/// Writes a job for people: the nodes, then the links, each with its record below it.
+/// Prints a job for people: the nodes, then the links, each with its record below it.
 class JobPrinter
 {
 public:
@@ -276,7 +276,7 @@ int Run(const Options& options)
 void AddJobShowCommand(CLI::App& job)
 {
     CLI::App* const command =
-        AddCommand(job, "show", "Show a job's nodes and links, their neighbours and their records");
+        AddCommand(job, "show", "Show the nodes and links of a job with their neighbours and records");
     const auto options = std::make_shared<Options>();
     AddJobArgument(*command, options->job);
     AddJsonFlag(*command, options->json);

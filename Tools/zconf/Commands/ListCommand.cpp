@@ -19,7 +19,7 @@ struct ListKind
     const char* name;
     const char* help;
     std::vector<Description> (*list)();
-    /// What `--kind` may ask for; nothing when the things are all of one kind.
+    /// The values of `--kind`; empty when the list does not have that option.
     std::vector<std::string> kinds = {};
 };
 
@@ -37,7 +37,7 @@ const std::string& TextOf(const Description& description, const std::string& nam
     return std::get<std::string>(found->value);
 }
 
-bool IsAskedFor(const Description& description, const Options& options)
+bool Matches(const Description& description, const Options& options)
 {
     const std::string name = LowerCase(TextOf(description, "name"));
     return name.find(LowerCase(options.filter)) != std::string::npos &&
@@ -46,32 +46,32 @@ bool IsAskedFor(const Description& description, const Options& options)
 
 int Run(const ListKind& kind, const Options& options)
 {
-    std::vector<Description> things = kind.list();
-    things.erase(
-        std::remove_if(things.begin(), things.end(),
-                       [&](const Description& description) { return !IsAskedFor(description, options); }),
-        things.end());
+    std::vector<Description> descriptions = kind.list();
+    descriptions.erase(
+        std::remove_if(descriptions.begin(), descriptions.end(),
+                       [&](const Description& description) { return !Matches(description, options); }),
+        descriptions.end());
     if (options.json)
     {
-        WriteJsonAnswer(things);
+        WriteJsonAnswer(descriptions);
     }
     else
     {
-        WriteText(ColumnsText(things, Painter::ForStandardOutput()));
+        WriteText(ColumnsText(descriptions, Painter::ForStandardOutput()));
     }
-    return things.empty() ? kExitNo : kExitSuccess;
+    return descriptions.empty() ? kExitNo : kExitSuccess;
 }
 
 void AddList(CLI::App& group, const ListKind& kind)
 {
     CLI::App* const command = AddCommand(group, kind.name, kind.help);
     const auto options = std::make_shared<Options>();
-    command->add_option("FILTER", options->filter,
-                        "Only names that contain this, in whatever letter case; exit code 1 when none does");
+    command->add_option(
+        "FILTER", options->filter,
+        "Show only names that contain this text, ignoring case; exit code 1 if there are none");
     if (!kind.kinds.empty())
     {
-        command->add_option("--kind", options->kind, "Only things of this kind")
-            ->check(CLI::IsMember(kind.kinds));
+        command->add_option("--kind", options->kind, "Show only this kind")->check(CLI::IsMember(kind.kinds));
     }
     AddJsonFlag(*command, options->json);
     OnRun(*command, [kind, options] { return Run(kind, *options); });
@@ -81,20 +81,23 @@ void AddList(CLI::App& group, const ListKind& kind)
 
 void AddListCommand(CLI::App& app)
 {
-    CLI::App* const group = AddCommandGroup(app, "list", "List what the library has names for");
+    CLI::App* const group = AddCommandGroup(app, "list", "List the names that the library knows");
     const ListKind kinds[] = {
         {"codecs",
-         "Codecs: name, kind, FFmpeg's name, its number in the FFmpeg of this build",
+         "Codecs: name, kind, FFmpeg's name, codec ID in the FFmpeg of this build",
          ListCodecs,
          {"video", "audio", "subtitle", "other"}},
         {"formats", "Containers: name, kind, default extension", ListContainers, {"image", "audio", "other"}},
-        {"muxers", "Implementations of muxers and parsers: name, role", ListMuxers},
-        {"decoders", "Implementations of decoders: name, accelerator, codec", ListDecoders},
-        {"encoders", "Implementations of encoders: name, accelerator, codec", ListEncoders},
-        {"accelerators", "Accelerators: name, codecs to encode, codecs to decode", ListAccelerators},
-        {"pixel-formats", "Pixel formats: name, value, components, colour range, flags", ListPixelFormats},
-        {"sample-formats", "Audio sample formats: name, value, bits a sample, order", ListSampleFormats},
-        {"layouts", "Channel layouts: name, value, channels", ListLayouts},
+        {"muxers", "Muxer and parser implementations: name, role", ListMuxers},
+        {"decoders", "Decoder implementations: name, accelerator, codec", ListDecoders},
+        {"encoders", "Encoder implementations: name, accelerator, codec", ListEncoders},
+        {"accelerators", "Accelerators: name, codecs that they encode, codecs that they decode",
+         ListAccelerators},
+        {"pixel-formats", "Pixel formats: name, value, number of components, colour range, flags",
+         ListPixelFormats},
+        {"sample-formats", "Sample formats: name, value, bits per sample, planar or packed",
+         ListSampleFormats},
+        {"layouts", "Channel layouts: name, value, number of channels", ListLayouts},
     };
     for (const ListKind& kind : kinds)
     {

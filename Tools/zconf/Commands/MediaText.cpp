@@ -70,14 +70,14 @@ std::string PixelFormatText(const IFormatCodecVideo& video)
 std::string FlagsText(const Media::MediaStream& stream)
 {
     std::string text;
-    const auto add = [&text](bool flag, const std::string& word) {
-        text += !flag ? "" : (text.empty() ? "" : ", ") + word;
+    const auto add = [&text](bool flag, const std::string& name) {
+        text += !flag ? "" : (text.empty() ? "" : ", ") + name;
     };
     add(stream.isDefault, "default");
     add(stream.isForced, "forced");
     add(stream.isInterlaced, "interlaced");
     add(stream.isAttachedPicture, "attached picture");
-    add(stream.rotation != 0, "turned by " + std::to_string(stream.rotation) + " degrees");
+    add(stream.rotation != 0, "rotated " + std::to_string(stream.rotation) + " degrees");
     return text;
 }
 
@@ -123,7 +123,7 @@ std::string FileTable(const Media::MediaFile& file, const Painter& paint)
     add("container", container.empty() ? file.demuxer : container);
     add("duration", file.duration ? DurationText(*file.duration) +
                                         (file.durationIsEstimated ? " (estimated from the bitrate)" : "")
-                                  : "not known");
+                                  : "unknown");
     add("size", ValueText(record, IFormatFile::TAG_FORMAT_FILE_SIZE, " bytes"));
     add("modified", ValueText(record, IFormatFile::TAG_FILE_MODIFY_TIME));
     for (const Property& tag : record[IFormat::TAG_METADATA])

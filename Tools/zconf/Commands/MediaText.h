@@ -6,10 +6,10 @@
 namespace Zelnor::Tool
 {
 
-/// The file and its streams as a person reads them, in lines.
+/// The lines about a file and its streams that people read.
 std::string MediaText(const Media::MediaFile& file, const Painter& paint);
 
-/// One line about a stream without its number: "H264  720x576 (16:9)  25 fps  ..."
+/// The line about a stream, without its index: "CODEC_ID_H264  720x576 (16:9)  25 fps  ..."
 std::string StreamText(const Media::MediaStream& stream);
 
 /// "1:02:03.500"

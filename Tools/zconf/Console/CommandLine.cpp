@@ -13,7 +13,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-/// "zconf job new": the command as far as it was understood.
+/// "zconf job new": the command as far as it was parsed.
 std::string CommandPath(const CLI::App& app)
 {
     std::string path = app.get_name();
@@ -59,12 +59,12 @@ void OnRun(CLI::App& command, std::function<int()> run)
 
 int RunCommandLine(int argc, char** argv, const std::function<void(CLI::App&)>& addCommands)
 {
-    CLI::App app("Transcoding jobs: make them, look at them, check and draw them.", "zconf");
+    CLI::App app("Make, show, check, draw, compare and run transcoding jobs.", "zconf");
     AddVersion(app);
     app.require_subcommand(1);
     addCommands(app);
-    app.footer("A file named \"-\" is standard input or standard output.\n"
-               "Exit codes: 0 done, 1 the answer is no, 2 failed, 3 ffmpeg failed.");
+    app.footer("The file name \"-\" means standard input or standard output.\n"
+               "Exit codes: 0 success, 1 the answer is no, 2 error, 3 ffmpeg failed.");
     try
     {
         app.parse(argc, argv);
@@ -86,10 +86,10 @@ int RunCommandLine(int argc, char** argv, const std::function<void(CLI::App&)>& 
     }
     catch (const CLI::ParseError& error)
     {
-        // What was not understood is more likely the mistake than what is missing because of it.
-        const std::vector<std::string> unknown = app.remaining(true);
-        const std::string reason =
-            unknown.empty() ? std::string(error.what()) : "'" + unknown.front() + "' is not understood";
+        // An unexpected argument is more likely the mistake than what is missing because of it.
+        const std::vector<std::string> unexpected = app.remaining(true);
+        const std::string reason = unexpected.empty() ? std::string(error.what())
+                                                      : "Unexpected argument '" + unexpected.front() + "'";
         throw ToolError(reason + " (see " + CommandPath(app) + " --help)");
     }
 }

@@ -13,16 +13,16 @@ namespace Zelnor::Tool
 /// \returns the exit code; a failure of the command itself is thrown
 int RunCommandLine(int argc, char** argv, const std::function<void(CLI::App&)>& addCommands);
 
-/// A command below `parent`, with `--help` and `--version`. It runs nothing yet: see `OnRun`.
+/// Adds a command below `parent`, with `--help` and `--version`. It runs nothing until `OnRun` is called.
 CLI::App* AddCommand(CLI::App& parent, const std::string& name, const std::string& description);
 
-/// A command that only holds other commands, one of which must be given.
+/// Adds a command that only holds other commands, one of which must be given.
 CLI::App* AddCommandGroup(CLI::App& parent, const std::string& name, const std::string& description);
 
-/// The flag `--json` of a command that can also write its answer as JSON.
+/// Adds the flag `--json` to a command that can also write its answer as JSON.
 void AddJsonFlag(CLI::App& command, bool& json);
 
-/// What `command` does once all arguments are understood; the result is the exit code.
+/// Sets what `command` does once all arguments are parsed; the result is the exit code.
 void OnRun(CLI::App& command, std::function<int()> run);
 
 } // namespace Zelnor::Tool

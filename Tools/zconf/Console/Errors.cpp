@@ -17,7 +17,7 @@ std::string Describe(const std::exception_ptr& failure)
     }
     catch (const ToolError& error)
     {
-        // A name in it may hold line breaks.
+        // All of it: a name in it may hold line breaks.
         return error.what();
     }
     catch (...)
@@ -31,5 +31,7 @@ void ReportFailure(const std::string& sentence)
     const Painter paint = Painter::ForStandardError();
     WriteMessage(paint(Style::Bad, "zconf:") + " " + Printable(sentence) + "\n");
 }
+
+void ReportNote(const std::string& sentence) { WriteMessage("zconf: note: " + Printable(sentence) + "\n"); }
 
 } // namespace Zelnor::Tool

@@ -15,7 +15,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-/// The number that the whole text says, in the classic locale; nothing else does.
+/// The number that the whole text stands for, in the classic locale; empty when it is not a number.
 template <class Number>
 std::optional<Number> ParseNumber(std::string_view text)
 {
@@ -62,7 +62,7 @@ FrameSize ParseFrameSize(const std::string& text)
             return {*width, *height};
         }
     }
-    throw ToolError("'" + text + "' is no size: expected WIDTHxHEIGHT, such as 1920x1080");
+    throw ToolError("'" + text + "' is not a frame size: expected WIDTHxHEIGHT, such as 1920x1080");
 }
 
 double ParseFrameRate(const std::string& text)
@@ -70,7 +70,8 @@ double ParseFrameRate(const std::string& text)
     const std::optional<double> rate = ParseRate(text);
     if (!rate || !std::isfinite(*rate) || *rate <= 0)
     {
-        throw ToolError("'" + text + "' is no frame rate: expected such as 25, 29.97 or 30000/1001");
+        throw ToolError("'" + text +
+                        "' is not a frame rate: expected a number such as 25, 29.97 or 30000/1001");
     }
     return *rate;
 }

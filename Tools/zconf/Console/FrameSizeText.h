@@ -7,11 +7,12 @@
 namespace Zelnor::Tool
 {
 
-/// The size that "1920x1080" says. \throw ToolError "'1920' is no size: expected WIDTHxHEIGHT, such as
-/// 1920x1080"
+/// Parses a size such as "1920x1080". Both lengths are positive 32-bit integers.
+/// \throw ToolError "'1920' is not a frame size: expected WIDTHxHEIGHT, such as 1920x1080"
 FrameSize ParseFrameSize(const std::string& text);
 
-/// The rate that "25", "29.97" or "30000/1001" says. \throw ToolError
+/// Parses a rate such as "25", "29.97" or "30000/1001", in frames per second. It is positive and finite.
+/// \throw ToolError "'fast' is not a frame rate: expected a number such as 25, 29.97 or 30000/1001"
 double ParseFrameRate(const std::string& text);
 
 } // namespace Zelnor::Tool

@@ -9,7 +9,7 @@
 namespace Zelnor::Tool
 {
 
-/// How messages call the file `name`: "standard input" for "-".
+/// What messages call the file `name`: "standard input" for "-".
 std::string InputName(const std::string& name);
 
 /// The file `name` as a stream, or standard input for "-".

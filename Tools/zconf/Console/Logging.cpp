@@ -40,7 +40,7 @@ Logging::Logging(const char* program)
     google::InitGoogleLogging(program);
     FLAGS_logtostderr = false;
     FLAGS_alsologtostderr = false;
-    // Above the highest severity: the sink alone speaks.
+    // Above the highest severity, so that only the sink writes messages.
     FLAGS_stderrthreshold = google::NUM_SEVERITIES;
     for (int severity = google::GLOG_INFO; severity < google::NUM_SEVERITIES; ++severity)
     {

@@ -17,10 +17,10 @@ namespace
 constexpr std::array<std::string_view, 6> kPrefixes = {"codec_id_", "av_codec_id_", "sample_fmt_",
                                                        "pix_fmt_",  "ch_layout_",   "format_"};
 constexpr std::size_t kMostSuggestions = 3;
-/// Nobody means a known name by so long a one, and comparing it would take long.
+/// A longer name is not a misspelt known name, and comparing it would take long.
 constexpr std::size_t kLongestName = 64;
 
-/// How many letters must be added, removed or replaced to make `b` of `a`.
+/// How many letters must be added, removed or replaced to turn `a` into `b`.
 std::size_t Distance(const std::string& a, const std::string& b)
 {
     std::vector<std::size_t> row(b.size() + 1);
@@ -39,7 +39,7 @@ std::size_t Distance(const std::string& a, const std::string& b)
     return row.back();
 }
 
-/// How far `known` is from what was meant, or nothing like it when above `limit`.
+/// How much `known` differs from `meant`. Above `limit` they are not alike.
 std::size_t Strangeness(const std::string& meant, const std::string& known, std::size_t limit)
 {
     const bool contains = meant.size() >= 3 && known.find(meant) != std::string::npos;
@@ -68,7 +68,7 @@ std::vector<std::string> NearestNames(const std::string& name, const std::vector
     {
         return {};
     }
-    // Two, where that is not most of the name, so that two letters may have changed places.
+    // At least two unless that is most of the name, so that two letters may be swapped.
     const std::size_t limit = meant.size() < 4 ? 1 : std::max<std::size_t>(2, meant.size() / 3);
     std::vector<std::pair<std::size_t, std::string>> candidates;
     for (const std::string& candidate : known)
@@ -95,7 +95,7 @@ std::vector<std::string> NearestNames(const std::string& name, const std::vector
 
 void ThrowUnknownName(const std::string& noun, const std::string& name, const std::vector<std::string>& known)
 {
-    std::string sentence = "'" + name + "' is no known " + noun;
+    std::string sentence = "'" + name + "' is not a known " + noun;
     const char* separator = "; did you mean ";
     for (const std::string& nearest : NearestNames(name, known))
     {

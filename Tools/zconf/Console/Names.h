@@ -10,12 +10,12 @@ namespace Zelnor::Tool
 
 using Media::LowerCase;
 
-/// Up to three of `known` that `name` was probably meant to be, the likeliest first: those that are reached
-/// by the fewest changes of a letter, or that contain it. Letter case and the prefixes of the vocabulary,
-/// such as "CODEC_ID_", do not count.
+/// Up to three of `known` that `name` probably stands for, the likeliest first: those that differ in the
+/// fewest letters, or that contain it. Case and the prefixes of the vocabulary, such as "CODEC_ID_", are
+/// ignored.
 std::vector<std::string> NearestNames(const std::string& name, const std::vector<std::string>& known);
 
-/// \throw ToolError "'h246' is no known codec; did you mean 'CODEC_ID_H264'?"
+/// \throw ToolError "'h246' is not a known codec; did you mean 'CODEC_ID_H264'?"
 [[noreturn]] void ThrowUnknownName(const std::string& noun, const std::string& name,
                                    const std::vector<std::string>& known);
 

@@ -8,14 +8,14 @@
 namespace Zelnor::Tool
 {
 
-/// Whether `name`, given where a file may stand, means standard input or output.
+/// Whether the file name given on the command line means standard input or output: "-".
 bool IsStandardStream(const std::string& name);
 
 /// Writes to standard output.
 void WriteText(const std::string& text);
 
-/// Makes `name` hold what `write` writes: standard output for "-"; a regular file gets it as a whole or stays
-/// as it was; a device or a pipe gets it as it comes.
+/// Writes a document to the file `name`, or to standard output for "-". A regular file is replaced as a whole
+/// or stays as it was; a device or pipe is written to directly.
 void WriteDocument(const std::string& name,
                    const std::function<void(const boost::intrusive_ptr<Core::IDataOutput>&)>& write);
 void WriteDocument(const std::string& name, const std::string& text);

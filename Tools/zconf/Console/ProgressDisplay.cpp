@@ -31,7 +31,9 @@ std::string Fixed(double value)
 
 std::string TimeLeft(double seconds)
 {
-    const long whole = std::lround(std::ceil(seconds));
+    // A speed near zero would leave more than an integer can hold.
+    constexpr double kLongest = 1e9;
+    const long whole = std::lround(std::ceil(std::min(seconds, kLongest)));
     const auto twoDigits = [](long number) { return (number < 10 ? "0" : "") + std::to_string(number); };
     return std::to_string(whole / 3600) + ":" + twoDigits(whole / 60 % 60) + ":" + twoDigits(whole % 60);
 }

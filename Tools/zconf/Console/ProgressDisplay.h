@@ -33,7 +33,7 @@ private:
     int m_tenths = 0;
 };
 
-/// "42%  3.1x  0:00:05 left"; what is not known is left out.
+/// "42%  3.1x  0:00:05 left"; what is unknown is left out.
 std::string ProgressText(const Media::RunProgress& progress);
 
 } // namespace Zelnor::Tool

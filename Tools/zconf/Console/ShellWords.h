@@ -6,7 +6,7 @@
 namespace Zelnor::Tool
 {
 
-/// A command as a line that a POSIX shell takes for exactly these words.
+/// A command line that a POSIX shell splits into exactly these words.
 std::string ShellLine(const std::vector<std::string>& words);
 
 } // namespace Zelnor::Tool

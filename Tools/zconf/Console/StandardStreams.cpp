@@ -82,12 +82,12 @@ void PrepareStandardStreams()
     {
         if (::fcntl(descriptor, F_GETFD) < 0)
         {
-            // Opened the wrong way round, so that a closed stream stays one that cannot be used. The lowest
-            // free number is given out, which is this one.
+            // Opened the wrong way round, so that a closed stream stays unusable. open() returns the lowest
+            // free descriptor, which is this one.
             ::open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
         }
     }
-    // These come back as errors of the write that caused them, so that what was begun is cleaned up.
+    // The write fails instead, so that what was begun is cleaned up.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }

@@ -5,24 +5,24 @@
 #include <string>
 
 /// \file
-/// The three streams that every process is given. They are used through their descriptors, not opened anew by
-/// a name such as /dev/stdout: that would empty a file that the shell appends to, and fails on sockets.
+/// Standard input, output and error. They are used through their descriptors instead of being opened anew by
+/// a name such as /dev/stdout, which would truncate a file that the shell appends to and fails on sockets.
 
 namespace Zelnor::Tool
 {
 
-/// Nobody reads what is being written to standard output any more.
+/// Thrown when the reader of standard output has closed its end of the pipe.
 struct ClosedPipe
 {};
 
-/// Makes sure that the descriptors 0 to 2 are taken, so that no file of ours gets a number that messages are
-/// written to, and that a closed pipe or a file that may not grow is an exception, not the end.
+/// Makes sure that the descriptors 0 to 2 are in use, so that messages never end up in a file that we opened.
+/// A closed pipe or a file at its size limit becomes an error of the write instead of ending the process.
 void PrepareStandardStreams();
 
-/// Ends the process quietly, by the signal that the other programs of a pipeline end by.
+/// Ends the process without a message, by SIGPIPE like the other programs of a pipeline.
 int EndAsFilter();
 
-/// Writes a message to standard error; failures are ignored, for there is nobody left to tell.
+/// Writes a message to standard error. Failures are ignored, since there is nowhere left to report them.
 void WriteMessage(const std::string& text) noexcept;
 
 boost::intrusive_ptr<Core::IDataInput> MakeStandardInput();

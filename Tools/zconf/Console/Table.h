@@ -9,7 +9,7 @@
 namespace Zelnor::Tool
 {
 
-/// Lines of cells that stand below each other. Cells are printed as `Printable` makes them.
+/// Lays out rows of cells in columns. Cells are printed as `Printable` makes them.
 class Table
 {
 public:
@@ -19,12 +19,12 @@ public:
         Style style = Style::Plain;
     };
 
-    /// \param indent  blanks before each line
+    /// \param indent  blanks before each row
     explicit Table(std::size_t indent = 0) : m_indent(indent) {}
 
     void AddRow(std::vector<Cell> cells);
-    /// The lines, each ended by a line break. The last cell of a line is not padded, and no cell wider than
-    /// 40 columns widens its column.
+    /// The rows as lines. The last cell of a row is not padded, and a cell wider than 40 characters does not
+    /// widen its column.
     std::string Text(const Painter& paint) const;
 
 private:

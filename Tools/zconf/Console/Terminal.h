@@ -5,7 +5,7 @@
 namespace Zelnor::Tool
 {
 
-/// What a piece of text is; the colour follows from that.
+/// The role of a piece of text, which decides its colour.
 enum class Style
 {
     Plain,
@@ -16,19 +16,19 @@ enum class Style
     Bad,
 };
 
-/// Colours text for a terminal, or leaves it as it is. Colour is used on a terminal only, and not when
-/// NO_COLOR is set to anything or TERM is "dumb" or not set.
+/// Colours text for a terminal, or leaves it as it is.
 class Painter
 {
 public:
+    explicit Painter(bool coloured) : m_coloured(coloured) {}
+    /// These colour text if the stream is a terminal, NO_COLOR is empty or unset, and TERM is set but not
+    /// "dumb".
     static Painter ForStandardOutput();
     static Painter ForStandardError();
 
     std::string operator()(Style style, const std::string& text) const;
 
 private:
-    explicit Painter(bool coloured) : m_coloured(coloured) {}
-
     bool m_coloured;
 };
 
