@@ -1,0 +1,104 @@
+#include "Tools/zconf/Commands/MediaText.h"
+
+#include "Tests/Support/MediaFixtures.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Testing;
+using namespace Zelnor::Tool;
+
+const Painter kPlain(false);
+
+TEST(DurationText, CountsHoursAndRoundsToMilliseconds)
+{
+    EXPECT_EQ(DurationText(0), "0:00:00.000");
+    EXPECT_EQ(DurationText(3723500000), "1:02:03.500");
+    EXPECT_EQ(DurationText(499), "0:00:00.000");
+    EXPECT_EQ(DurationText(500), "0:00:00.001");
+    EXPECT_EQ(DurationText(59999500), "0:01:00.000");
+    EXPECT_EQ(DurationText(360000000000000), "100000:00:00.000");
+}
+
+TEST(StreamText, DescribesVideo)
+{
+    EXPECT_EQ(StreamText(MakeVideoStream(1920, 1080)), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P");
+}
+
+TEST(StreamText, DescribesAudio)
+{
+    EXPECT_EQ(StreamText(MakeAudioStream()), "CODEC_ID_AAC  48000 Hz  STEREO  SAMPLE_FMT_FLTP");
+}
+
+TEST(StreamText, DescribesSubtitlesWithTheirLanguage)
+{
+    const Media::MediaStream stream = MakeSubtitleStream("CODEC_ID_SRT");
+    SetTag(*stream.descriptor, "language", "deu");
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_SRT  deu");
+}
+
+TEST(StreamText, NamesTheCodecOfFFmpegWhereTheVocabularyHasNone)
+{
+    Media::MediaStream stream = MakeSubtitleStream();
+    RemoveValue(stream, "codec_id");
+    stream.codec = "cfhd";
+    EXPECT_EQ(StreamText(stream), "cfhd");
+}
+
+TEST(StreamText, ListsTheFlags)
+{
+    Media::MediaStream stream = MakeVideoStream(1920, 1080);
+    stream.isDefault = true;
+    stream.isForced = true;
+    stream.isInterlaced = true;
+    stream.isAttachedPicture = true;
+    stream.rotation = 90;
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  "
+                                  "default, forced, interlaced, attached picture, rotated 90 degrees");
+}
+
+TEST(MediaText, ShowsTheFileAndItsStreams)
+{
+    Media::MediaFile file = MakeMediaFile({MakeVideoStream(1280, 720), MakeAudioStream()}, "in.mkv");
+    file.durationIsEstimated = true;
+    SetTag(*file.descriptor, "title", "A title");
+    file.notes = {"something about the file"};
+    file.streams[1].notes = {"something about the stream"};
+    EXPECT_EQ(MediaText(file, kPlain), "in.mkv\n"
+                                       "  container  matroska\n"
+                                       "  duration   0:00:10.000 (estimated from the bitrate)\n"
+                                       "  title      A title\n"
+                                       "  note       something about the file\n"
+                                       "stream 0  video  CODEC_ID_H264  1280x720 (16:9)  25 fps  YUV420P\n"
+                                       "stream 1  audio  CODEC_ID_AAC  48000 Hz  STEREO  SAMPLE_FMT_FLTP\n"
+                                       "          note   something about the stream\n");
+}
+
+TEST(MediaText, SaysWhenTheDurationIsUnknown)
+{
+    Media::MediaFile file = MakeMediaFile({});
+    file.duration.reset();
+    EXPECT_EQ(MediaText(file, kPlain), "in.mkv\n"
+                                       "  container  matroska\n"
+                                       "  duration   unknown\n");
+}
+
+TEST(MediaText, ATagCannotSteerTheTerminal)
+{
+    Media::MediaFile file = MakeMediaFile({}, "two\nlines");
+    file.duration.reset();
+    SetTag(*file.descriptor, "t\x1b[2J",
+           "\xe2\x80\xae"
+           "abc");
+    EXPECT_EQ(MediaText(file, kPlain), "two\\nlines\n"
+                                       "  container  matroska\n"
+                                       "  duration   unknown\n"
+                                       "  t\\x1b[2J   \\xe2\\x80\\xaeabc\n");
+}
+
+} // namespace
