@@ -1,8 +1,7 @@
 #include "Tools/zconf/Commands/JobInput.h"
 
+#include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Input.h"
-#include "Tools/zconf/Console/StandardStreams.h"
-#include "Tools/zconf/Console/Text.h"
 
 namespace Zelnor::Tool
 {
@@ -19,7 +18,7 @@ Media::JobFile OpenJob(const std::string& name)
     Media::JobFile job = Media::ReadJob(*OpenInput(name), InputName(name));
     for (const std::string& note : job.notes)
     {
-        WriteMessage("zconf: note: " + Printable(note) + "\n");
+        ReportNote(note);
     }
     return job;
 }
