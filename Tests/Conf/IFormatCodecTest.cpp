@@ -101,7 +101,9 @@ TEST(IFormatCodec, ACloneIsOfTheSameClassEqualAndCountedByItself)
         codec->GetInternalProperties().put("runtime", "yes");
         const auto held = codec;
         const auto clone = codec->CloneBase();
-        EXPECT_EQ(typeid(*clone), typeid(*codec));
+        const IFormatCodec& original = *codec;
+        const IFormatCodec& copy = *clone;
+        EXPECT_EQ(typeid(copy), typeid(original));
         EXPECT_EQ(clone->GetCodecType(), codec->GetCodecType());
         EXPECT_TRUE(clone->Compare(codec));
         EXPECT_EQ(clone->GetInternalProperties(), codec->GetInternalProperties());
