@@ -98,9 +98,11 @@ struct RunOptions
 /// cancelled. Everything that can be known beforehand is checked for all targets before anything starts. A
 /// target appears under its name when it is complete, never half; targets that are done stay when a later one
 /// is not. What a callback throws stops ffmpeg and passes through.
-/// \throw JobException, ProbeException when the job cannot be run as it is; nothing has been written
+/// \throw JobException when the job cannot be run as it is; its tags name the place, and nothing has been
+/// written
 /// \throw TranscodeFailed when ffmpeg fails; its tags give the exit code and the last messages
-/// \throw RunException when ffmpeg cannot be started, or a target cannot be written
+/// \throw RunException when ffmpeg cannot be started, when a target cannot be written, and when the system
+/// does not tell how ffmpeg ended because this process ignores SIGCHLD or waits for all of its children
 ZELNOR_API RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& options = {});
 
 } // namespace Zelnor::Media
