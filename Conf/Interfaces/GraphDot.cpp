@@ -2,7 +2,10 @@
 #include "Conf/Private/GraphUnit.h"
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/PrintPropertyValue.h"
+#include "Core/Interfaces/Utf8.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -36,12 +39,7 @@ std::size_t CharacterLength(std::string_view text)
         const bool isOctal = text.size() > 1 && text[1] >= '0' && text[1] <= '7';
         return isOctal ? 4 : 2;
     }
-    std::size_t length = 1;
-    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0u) == 0x80u)
-    {
-        ++length;
-    }
-    return length;
+    return std::max<std::size_t>(Core::Utf8Length(text), 1);
 }
 
 /// Appends a printed text and breaks it where Graphviz requires it, but never inside a character or an

@@ -1,5 +1,7 @@
 #include "Core/Interfaces/PrintPropertyValue.h"
 
+#include "Core/Interfaces/Utf8.h"
+
 #include <boost/container/small_vector.hpp>
 
 #include <algorithm>
@@ -15,38 +17,6 @@ namespace Zelnor::Core
 
 namespace
 {
-
-/// Length of the well-formed UTF-8 sequence at the beginning of `text`, 0 if there is none. Overlong forms,
-/// surrogates and what lies beyond U+10FFFF are not well-formed.
-std::size_t Utf8Length(std::string_view text)
-{
-    const auto byte = [text](std::size_t i) -> unsigned {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u;
-    };
-    const auto continues = [byte](std::size_t i) { return (byte(i) & 0xC0u) == 0x80u; };
-    const unsigned lead = byte(0);
-    if (lead < 0x80)
-    {
-        return 1;
-    }
-    if (lead >= 0xC2 && lead <= 0xDF)
-    {
-        return continues(1) ? 2 : 0;
-    }
-    if (lead >= 0xE0 && lead <= 0xEF)
-    {
-        const bool overlong = lead == 0xE0 && byte(1) < 0xA0;
-        const bool surrogate = lead == 0xED && byte(1) > 0x9F;
-        return continues(1) && continues(2) && !overlong && !surrogate ? 3 : 0;
-    }
-    if (lead >= 0xF0 && lead <= 0xF4)
-    {
-        const bool overlong = lead == 0xF0 && byte(1) < 0x90;
-        const bool beyond = lead == 0xF4 && byte(1) > 0x8F;
-        return continues(1) && continues(2) && continues(3) && !overlong && !beyond ? 4 : 0;
-    }
-    return 0;
-}
 
 /// Whether a UTF-8 sequence is an invisible character that controls a terminal, or that changes the order in
 /// which its neighbours are displayed, so that one text looks like another.

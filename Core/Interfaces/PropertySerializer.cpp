@@ -2,6 +2,7 @@
 
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/PropertyEvents.h"
+#include "Core/Interfaces/Utf8.h"
 
 #include <boost/container/small_vector.hpp>
 
@@ -63,9 +64,7 @@ public:
 private:
     static std::string_view BeginningOf(std::string_view name, std::size_t size)
     {
-        const auto continuesCharacter = [](char c) {
-            return (static_cast<unsigned char>(c) & 0xC0u) == 0x80u;
-        };
+        const auto continuesCharacter = [](char c) { return IsUtf8Continuation(c); };
         while (size > 0 && continuesCharacter(name[size]))
         {
             --size;

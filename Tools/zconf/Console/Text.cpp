@@ -1,7 +1,10 @@
 #include "Tools/zconf/Console/Text.h"
 
+#include "Core/Interfaces/Utf8.h"
+
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace Zelnor::Tool
 {
@@ -12,33 +15,6 @@ namespace
 unsigned char ByteAt(const std::string& text, std::size_t position)
 {
     return position < text.size() ? static_cast<unsigned char>(text[position]) : 0;
-}
-
-bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
-
-/// Number of bytes of the well-formed UTF-8 character at `position`, or 0.
-std::size_t CharacterLength(const std::string& text, std::size_t position)
-{
-    const unsigned char first = ByteAt(text, position);
-    const unsigned char second = ByteAt(text, position + 1);
-    if (first < 0x80)
-    {
-        return 1;
-    }
-    const std::size_t length = first >= 0xC2 && first < 0xE0   ? 2
-                               : first >= 0xE0 && first < 0xF0 ? 3
-                               : first >= 0xF0 && first < 0xF5 ? 4
-                                                               : 0;
-    for (std::size_t i = 1; i < length; ++i)
-    {
-        if (!IsContinuation(ByteAt(text, position + i)))
-        {
-            return 0;
-        }
-    }
-    const bool overlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
-    const bool beyond = (first == 0xED && second >= 0xA0) || (first == 0xF4 && second >= 0x90);
-    return overlong || beyond ? 0 : length;
 }
 
 /// The code point of the well-formed character at `position`, `length` bytes long.
@@ -102,7 +78,7 @@ std::string Printable(const std::string& text)
     printable.reserve(text.size());
     for (std::size_t i = 0; i < text.size();)
     {
-        const std::size_t length = CharacterLength(text, i);
+        const std::size_t length = Core::Utf8Length(std::string_view(text).substr(i));
         if (length != 0 && !IsControl(CodePoint(text, i, length)))
         {
             printable.append(text, i, length);
@@ -120,8 +96,8 @@ std::string Printable(const std::string& text)
 
 std::size_t Columns(const std::string& text)
 {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return !IsContinuation(static_cast<unsigned char>(c)); }));
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return !Core::IsUtf8Continuation(c); }));
 }
 
 } // namespace Zelnor::Tool
