@@ -14,8 +14,6 @@ namespace
 
 constexpr const char* kUnit = "Conf/Interfaces/IFormatCodecVideo";
 
-const std::string TAG_PIX_FMT("PIXELFORMAT");
-
 void Reduce(std::uint32_t& a, std::uint32_t& b)
 {
     const std::uint32_t divisor = std::gcd(a, b);
@@ -44,6 +42,8 @@ FrameInfo GetReducedFrameAspect(const Core::Property& property)
 }
 
 } // namespace
+
+const std::string TAG_PIX_FMT("PIXELFORMAT");
 
 std::ostream& operator<<(std::ostream& os, const FrameInfo& info)
 {

@@ -21,6 +21,10 @@
 namespace Zelnor::Conf
 {
 
+/// Key of the pixel format in a video codec's record: a `PixFmt` as a 64-bit integer. kept: unlike the other
+/// keys it is not a member of the class.
+extern ZELNOR_API const std::string TAG_PIX_FMT;
+
 /// The geometry of a video stream.
 struct FrameInfo
 {
@@ -105,7 +109,7 @@ public:
     /// \throw boost::bad_rational "bad rational: zero denominator"; the record stays as it was
     void SetFrameRate(std::uint32_t num, std::uint32_t den);
 
-    /// The stored pixel format; `PIX_FMT_NONE` if there is none.
+    /// The pixel format stored under `TAG_PIX_FMT`; `PIX_FMT_NONE` if there is none.
     PixFmt GetPixelFormat() const;
     /// Stores the pixel format. Any value is accepted.
     void SetPixelFormat(PixFmt pixelFormat);

@@ -20,6 +20,15 @@ enum PixFmt : std::int32_t
 #include "Conf/Interfaces/Vocabulary/PixelFormats.def"
 };
 
+/// What kind of pixel format it is, as bits of `PixFmtDescription::flags`.
+enum PixFmtFlags : std::int32_t
+{
+    PIX_FMT_FLAG_YUV = 2,     ///< luma and chroma
+    PIX_FMT_FLAG_RGB = 4,     ///< red, green and blue
+    PIX_FMT_FLAG_ALPHA = 8,   ///< with an alpha component
+    PIX_FMT_FLAG_PLANAR = 16, ///< components in planes of their own, or chroma alone in one
+};
+
 /// A colour in four bytes: red in the lowest, then green, blue, and alpha in the highest.
 using Color = std::uint32_t;
 
@@ -41,7 +50,7 @@ struct ZELNOR_API PixFmtDescription
     unsigned char components;  ///< number of components, and of planes that have a size
     unsigned char log2ChromaW; ///< a chroma plane has 1/2^this of the width
     unsigned char log2ChromaH; ///< a chroma plane has 1/2^this of the height
-    int flags;                 ///< sum of 2 (YUV), 4 (RGB), 8 (has alpha), 16 (planar or semi-planar)
+    int flags;                 ///< of `PixFmtFlags`
     PixFmtColorRange colorRange;
 
     /// The description of a format.

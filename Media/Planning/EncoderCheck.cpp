@@ -84,7 +84,7 @@ private:
 
     void CheckPixelFormat()
     {
-        const Property* const value = Value(kPixelFormatKey, PROPERTY_TYPE_INT64);
+        const Property* const value = Value(Conf::TAG_PIX_FMT, PROPERTY_TYPE_INT64);
         if (value == nullptr || value->GetInt64() == PIX_FMT_NONE)
         {
             return;
@@ -92,11 +92,11 @@ private:
         const PixFmtDescription* const format = FindPixelFormat(value->GetInt64());
         if (format == nullptr)
         {
-            Add(kPixelFormatKey, "pixel format number " + ValueText(*value));
+            Add(Conf::TAG_PIX_FMT, "pixel format number " + ValueText(*value));
         }
         else if (!Supports(m_encoder, format->pixFmt))
         {
-            Add(kPixelFormatKey, "pixel format " + format->name);
+            Add(Conf::TAG_PIX_FMT, "pixel format " + format->name);
         }
     }
 

@@ -24,9 +24,6 @@ extern "C" {
 namespace Zelnor::Media
 {
 
-/// The key of the pixel format's number in the record of a video codec.
-inline const std::string kPixelFormatKey = "PIXELFORMAT";
-
 /// AV_PIX_FMT_NONE when FFmpeg has no such format.
 ZELNOR_API AVPixelFormat ToFFmpeg(PixFmt format);
 /// Nothing when the vocabulary has no such format.

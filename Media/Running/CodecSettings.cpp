@@ -173,7 +173,7 @@ const Row* FindRow(const std::string& key)
         {&IFormatCodecVideo::TAG_X264_SLICE_MAX_SIZE, kScalar},
         {&IFormatCodecVideo::TAG_X264_OPTS, kText},
         {&IFormatCodecVideo::TAG_DPI, kScalar},
-        {&kPixelFormatKey, kPixelFormat},
+        {&Conf::TAG_PIX_FMT, kPixelFormat},
         {&IFormatCodecAudio::TAG_SAMPLE_RATE, kPositive},
         {&IFormatCodecAudio::TAG_SAMPLE_FORMAT, kSampleFormat},
         {&IFormatCodecAudio::TAG_LAYOUT, kLayout},

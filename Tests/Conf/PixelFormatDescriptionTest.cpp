@@ -38,6 +38,9 @@ static_assert(std::is_same_v<Color, std::uint32_t>);
 static_assert(PIX_FMT_NONE == -1 && PIX_FMT_YUV420P == 0 && PIX_FMT_NV12 == 25 && PIX_FMT_0RGB == 295 &&
               PIX_FMT_YUVJ411P == 320);
 static_assert(!std::is_default_constructible_v<PixFmtDescription>);
+static_assert(PIX_FMT_FLAG_YUV == 2 && PIX_FMT_FLAG_RGB == 4 && PIX_FMT_FLAG_ALPHA == 8 &&
+              PIX_FMT_FLAG_PLANAR == 16);
+static_assert(std::is_same_v<std::underlying_type_t<PixFmtFlags>, std::int32_t>);
 
 const PixFmtDescription& Get(const std::string& name) { return *PixFmtDescription::Find(name); }
 
@@ -369,8 +372,9 @@ int GetFlags(const AVPixFmtDescriptor& theirs)
 {
     const bool rgb = (theirs.flags & AV_PIX_FMT_FLAG_RGB) != 0;
     const bool gray = theirs.nb_components < 3;
-    return (rgb || gray ? 0 : 2) + (rgb ? 4 : 0) + ((theirs.flags & AV_PIX_FMT_FLAG_ALPHA) != 0 ? 8 : 0) +
-           ((theirs.flags & AV_PIX_FMT_FLAG_PLANAR) != 0 ? 16 : 0);
+    return (rgb || gray ? 0 : PIX_FMT_FLAG_YUV) | (rgb ? PIX_FMT_FLAG_RGB : 0) |
+           ((theirs.flags & AV_PIX_FMT_FLAG_ALPHA) != 0 ? PIX_FMT_FLAG_ALPHA : 0) |
+           ((theirs.flags & AV_PIX_FMT_FLAG_PLANAR) != 0 ? PIX_FMT_FLAG_PLANAR : 0);
 }
 
 TEST(PixFmtDescription, FFmpegSaysTheSameOfEveryFormat)

@@ -178,6 +178,8 @@ TEST(Vocabulary, NothingIsListedThatNoClassHas)
 
 TEST(Vocabulary, TheObjectKeyIsAConstantOfTheNamespace) { EXPECT_EQ(TAG_OBJECT, "object_name"); }
 
+TEST(Vocabulary, TheKeyOfThePixelFormatIsAConstantOfTheNamespace) { EXPECT_EQ(TAG_PIX_FMT, "PIXELFORMAT"); }
+
 TEST(Vocabulary, EveryCodecIsNamedAfterItsConstant)
 {
     int codecs = 0;
