@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace Zelnor::Conf
 {
@@ -42,6 +43,19 @@ AVCodecID AVCodecIDFromTextID(const std::string& textId, const MapCodecs& map)
 const std::string& CodecIDToTextID(AVCodecID id) { return AVCodecIDToTextID(id, mapCodecs); }
 
 AVCodecID CodecIDFromTextID(const std::string& textId) { return AVCodecIDFromTextID(textId, mapCodecs); }
+
+std::optional<MediaType> GetCodecMediaType(const std::string& textId)
+{
+    // Names of implementations stand beside the codecs as constants that are their own text.
+    constexpr std::string_view kCodecPrefix = "CODEC_ID_";
+    if (textId.compare(0, kCodecPrefix.size(), kCodecPrefix) != 0)
+    {
+        return std::nullopt;
+    }
+    const auto found = std::find_if(std::begin(codecMediaTypes), std::end(codecMediaTypes),
+                                    [&](const TypedText& row) { return *row.text == textId; });
+    return found == std::end(codecMediaTypes) ? std::nullopt : std::optional(found->mediaType);
+}
 
 bool IsAudioBitrateRequired(const std::string& textId)
 {

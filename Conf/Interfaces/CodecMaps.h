@@ -2,9 +2,11 @@
 
 #include "Conf/Interfaces/Vocabulary/FFmpegCodecs.h"
 #include "Core/Interfaces/Export.h"
+#include "Core/Interfaces/MediaType.h"
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -88,8 +90,13 @@ ZELNOR_API AVCodecID AVCodecIDFromTextID(const std::string& textId, const MapCod
 ZELNOR_API const std::string& CodecIDToTextID(AVCodecID id);
 ZELNOR_API AVCodecID CodecIDFromTextID(const std::string& textId);
 
+/// The kind of codec that a `CODEC_ID_` text names, whether or not FFmpeg has an ID for it. Nothing for
+/// codecs that belong to no kind of stream ("CODEC_ID_NONE", attachments, data) and for what is not a codec.
+ZELNOR_API std::optional<MediaType> GetCodecMediaType(const std::string& textId);
+
 /// Whether an encoder for the audio codec `textId` needs a bitrate. All do, except for FLAC, ALAC and
-/// `PCMCodecs`. \throw FormatException "Provided audio codec id is not found in list: text" when it is not in
+/// `PCMCodecs`.
+/// \throw FormatException "Provided audio codec id is not found in list: text" when it is not in
 /// `audioCodecs`
 ZELNOR_API bool IsAudioBitrateRequired(const std::string& textId);
 

@@ -56,6 +56,7 @@ std::out_of_range KeyNotFound() { return std::out_of_range("key not found"); }
 
 } // namespace
 
+const std::vector<std::string>& GetContainerList() { return g_containerList; }
 const std::vector<std::string>& GetFormatList() { return g_formatList; }
 const std::vector<std::string>& GetDisabledFormatParserList() { return g_fileFormatParserDisabled; }
 const std::vector<std::string>& GetDisabledFormatMuxerList() { return g_fileFormatMuxerDisabled; }
@@ -70,6 +71,7 @@ const std::vector<std::string>& GetEncoderImplList() { return g_encoderImplList;
 const std::vector<std::string>& GetImageContainerList() { return g_imageFormatList; }
 const std::vector<std::string>& GetAudioContainerList() { return g_audioFormatList; }
 
+bool IsContainer(const std::string& format) { return Contains(g_containerList, format); }
 bool IsExternalDecoder(const std::string& codecId) { return Contains(g_codecExternal, codecId); }
 bool IsExternalEncoder(const std::string& codecId) { return Contains(g_codecExternal, codecId); }
 bool IsImageContainer(const std::string& format) { return Contains(g_imageFormatList, format); }

@@ -13,6 +13,8 @@
 namespace Zelnor::Conf
 {
 
+/// All containers that the vocabulary names: every `IFormatFile::FORMAT_` text, each once.
+ZELNOR_API const std::vector<std::string>& GetContainerList();
 /// The containers that can be written, as `IFormatFile::FORMAT_` texts. "adts" occurs twice.
 ZELNOR_API const std::vector<std::string>& GetFormatList();
 /// Containers for which the built-in parser or muxer must not be used.
@@ -33,6 +35,9 @@ ZELNOR_API const std::vector<std::string>& GetEncoderImplList();
 ZELNOR_API const std::vector<std::string>& GetImageContainerList();
 ZELNOR_API const std::vector<std::string>& GetAudioContainerList();
 
+/// Whether the vocabulary names the container, so that a record may name it too. Not every container can be
+/// written. Names are case-sensitive.
+ZELNOR_API bool IsContainer(const std::string& format);
 /// Whether the codec or container is in the list. Names are case-sensitive.
 ZELNOR_API bool IsExternalDecoder(const std::string& codecId);
 ZELNOR_API bool IsExternalEncoder(const std::string& codecId);

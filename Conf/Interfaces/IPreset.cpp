@@ -12,7 +12,7 @@ IPreset::~IPreset() = default;
 
 MediaType IPreset::MediaTypeFromPresetStreamType(const std::string& streamType)
 {
-    for (const StreamType& row : mapStringToMediaType)
+    for (const TypedText& row : mapStringToMediaType)
     {
         if (*row.text == streamType)
         {
@@ -24,7 +24,7 @@ MediaType IPreset::MediaTypeFromPresetStreamType(const std::string& streamType)
 
 std::string IPreset::PresetStreamTypeFormMediaType(MediaType mediaType)
 {
-    for (const StreamType& row : mapStringToMediaType)
+    for (const TypedText& row : mapStringToMediaType)
     {
         if (row.mediaType == mediaType)
         {

@@ -14,8 +14,10 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Conf/Private/Registry.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
+#include <iterator>
 
 namespace Zelnor::Conf
 {
@@ -159,6 +161,18 @@ const MapCodecs mapUnknownCodecs = MapOf(unknownCodecs);
 const MapCodecs mapCodecs =
     concat(concat(mapVideoCodecs, mapAudioCodecs), concat(mapSubtitleCodecs, mapUnknownCodecs));
 
+constexpr TypedText codecMediaTypes[] = {
+#define ZELNOR_SELF(name) {&IFormatCodecVideo::name, MEDIA_TYPE_VIDEO},
+#define ZELNOR_CODEC(name) {&IFormatCodecVideo::name, MEDIA_TYPE_VIDEO},
+#define ZELNOR_CODEC_AS(name, enumerator) {&IFormatCodecVideo::name, MEDIA_TYPE_VIDEO},
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+#define ZELNOR_SELF(name) {&IFormatCodecAudio::name, MEDIA_TYPE_AUDIO},
+#define ZELNOR_CODEC(name) {&IFormatCodecAudio::name, MEDIA_TYPE_AUDIO},
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+#define ZELNOR_CODEC(name) {&IFormatCodecSubtitle::name, MEDIA_TYPE_SUBTITLE},
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
+};
+
 // Lists
 
 namespace
@@ -176,8 +190,21 @@ std::vector<std::string> ListOf(std::initializer_list<const std::string*> consta
     return list;
 }
 
+std::vector<std::string> WithoutRepeats(const std::vector<std::string>& list)
+{
+    std::vector<std::string> once;
+    std::copy_if(list.begin(), list.end(), std::back_inserter(once), [&once](const std::string& text) {
+        return std::find(once.begin(), once.end(), text) == once.end();
+    });
+    return once;
+}
+
 } // namespace
 
+const std::vector<std::string> g_containerList = WithoutRepeats(ListOf({
+#define ZELNOR_CONTAINER(name, text) &IFormatFile::name,
+#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
+}));
 const std::vector<std::string> g_formatList = ListOf({
 #define ZELNOR_FORMAT(name) &IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/FormatLists.def"
@@ -226,7 +253,7 @@ const std::vector<std::string> g_encoderImplList = ListOf({
 
 // Presets
 
-constexpr StreamType mapStringToMediaType[] = {
+constexpr TypedText mapStringToMediaType[] = {
     {&IPreset::STREAM_TYPE_AUDIO, MEDIA_TYPE_AUDIO},
     {&IPreset::STREAM_TYPE_VIDEO, MEDIA_TYPE_VIDEO},
     {&IPreset::STREAM_TYPE_SUBTITLES_VIDEO, MEDIA_TYPE_SUBTITLE},

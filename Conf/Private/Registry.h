@@ -37,6 +37,7 @@ constexpr std::size_t kAcceleratedDecoders = 0
 extern const Accelerated acceleratedEncoders[kAcceleratedEncoders];
 extern const Accelerated acceleratedDecoders[kAcceleratedDecoders];
 
+extern const std::vector<std::string> g_containerList;
 extern const std::vector<std::string> g_formatList;
 extern const std::vector<std::string> g_fileFormatParserDisabled;
 extern const std::vector<std::string> g_fileFormatMuxerDisabled;
@@ -50,13 +51,32 @@ extern const std::vector<std::string> g_encoderImplList;
 extern const std::vector<std::string> g_imageFormatList;
 extern const std::vector<std::string> g_audioFormatList;
 
-struct StreamType
+/// A constant that belongs to one kind of stream.
+struct TypedText
 {
     const std::string* text;
     MediaType mediaType;
 };
 
+// clang-format off
+constexpr std::size_t kCodecMediaTypes = 0
+#define ZELNOR_SELF(name) + 1
+#define ZELNOR_CODEC(name) + 1
+#define ZELNOR_CODEC_AS(name, enumerator) + 1
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+#define ZELNOR_SELF(name) + 1
+#define ZELNOR_CODEC(name) + 1
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+#define ZELNOR_CODEC(name) + 1
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
+;
+// clang-format on
+
+/// The constants of the three kinds of codecs that may name a codec, those that FFmpeg does not know
+/// included.
+extern const TypedText codecMediaTypes[kCodecMediaTypes];
+
 /// The order decides which text a media type is given.
-extern const StreamType mapStringToMediaType[4];
+extern const TypedText mapStringToMediaType[4];
 
 } // namespace Zelnor::Conf

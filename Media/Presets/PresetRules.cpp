@@ -2,17 +2,17 @@
 
 #include "Media/MediaException.h"
 
+#include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/ConfException.h"
+#include "Conf/Interfaces/FormatLists.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
-#include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 #include "Conf/Interfaces/IFormatFile.h"
 #include "Conf/Interfaces/IPreset.h"
 #include "Conf/Interfaces/ServiceRecords.h"
 
-#include <algorithm>
+#include <iterator>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace Zelnor::Media
@@ -23,80 +23,12 @@ namespace
 
 using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
-using Conf::IFormatCodecSubtitle;
 using Conf::IFormatCodecVideo;
 using Conf::IFormatFile;
 using Conf::IPreset;
 using Core::Property;
 
 constexpr const char* kUnit = "Media/Presets/PresetRules";
-
-/// A constant of the vocabulary.
-struct Word
-{
-    std::string_view name;
-    const std::string* text;
-};
-
-/// Whether `text` is the text of a constant whose name begins with `prefix`.
-template <class Words>
-bool IsWord(const Words& words, std::string_view prefix, const std::string& text)
-{
-    return std::any_of(std::begin(words), std::end(words), [&](const Word& word) {
-        return word.name.substr(0, prefix.size()) == prefix && *word.text == text;
-    });
-}
-
-bool IsContainer(const Property& value)
-{
-    static const Word s_words[] = {
-#define ZELNOR_TEXT(name, text) {#name, &IFormatFile::name},
-#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
-    };
-    return IsWord(s_words, "FORMAT_", value.GetString());
-}
-
-bool IsVideoCodec(const std::string& text)
-{
-    static const Word s_words[] = {
-#define ZELNOR_CODEC(name) {#name, &IFormatCodecVideo::name},
-#define ZELNOR_CODEC_AS(name, enumerator) {#name, &IFormatCodecVideo::name},
-#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-    };
-    return IsWord(s_words, "", text);
-}
-
-bool IsAudioCodec(const std::string& text)
-{
-    static const Word s_words[] = {
-#define ZELNOR_CODEC(name) {#name, &IFormatCodecAudio::name},
-#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-    };
-    return IsWord(s_words, "", text);
-}
-
-bool IsSubtitleCodec(const std::string& text)
-{
-    static const Word s_words[] = {
-#define ZELNOR_CODEC(name) {#name, &IFormatCodecSubtitle::name},
-#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-    };
-    return IsWord(s_words, "", text);
-}
-
-bool IsCodecOf(MediaType mediaType, const std::string& text)
-{
-    switch (mediaType)
-    {
-    case MEDIA_TYPE_VIDEO:
-        return IsVideoCodec(text);
-    case MEDIA_TYPE_AUDIO:
-        return IsAudioCodec(text);
-    case MEDIA_TYPE_SUBTITLE:
-        return IsSubtitleCodec(text);
-    }
-    return false;
-}
 
 template <class Record>
 bool HasRecord(const Property& value)
@@ -113,6 +45,7 @@ bool HasRecord(const Property& value)
 }
 
 bool IsAnything(const Property&) { return true; }
+bool IsContainer(const Property& value) { return Conf::IsContainer(value.GetString()); }
 bool IsPositive(const Property& value) { return value.GetInt64() > 0; }
 bool IsPositiveRatio(const Property& value) { return value.GetRatio() > 0; }
 bool IsBitrateMode(const Property& value)
@@ -251,7 +184,7 @@ void CheckStream(const Property& stream, const std::string& streamsPlace)
         Refuse(place, "a group of settings", FoundText(stream));
     }
     const Property& codec = Required(stream, IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), place);
-    if (codec.GetType() != PROPERTY_TYPE_STRING || !IsCodecOf(mediaType, codec.GetString()))
+    if (codec.GetType() != PROPERTY_TYPE_STRING || Conf::GetCodecMediaType(codec.GetString()) != mediaType)
     {
         Refuse(place + "." + IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), FoundText(codec));
     }

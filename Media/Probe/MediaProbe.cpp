@@ -160,14 +160,6 @@ std::vector<std::string> Words(const std::string& list)
     return words;
 }
 
-bool IsContainer(const std::string& text)
-{
-    const std::vector<std::string>& formats = Conf::GetFormatList();
-    const std::vector<std::string>& images = Conf::GetImageContainerList();
-    return std::find(formats.begin(), formats.end(), text) != formats.end() ||
-           std::find(images.begin(), images.end(), text) != images.end();
-}
-
 /// One reader serves several containers; the brand inside the file tells which one it is.
 std::string MovContainer(const AVDictionary* tags)
 {
@@ -193,11 +185,11 @@ std::string ContainerOf(const std::string& demuxer, const AVDictionary* tags, co
     {
         return IFormatFile::FORMAT_ADTS;
     }
-    if (std::find(names.begin(), names.end(), extension) != names.end() && IsContainer(extension))
+    if (std::find(names.begin(), names.end(), extension) != names.end() && Conf::IsContainer(extension))
     {
         return extension;
     }
-    const auto found = std::find_if(names.begin(), names.end(), IsContainer);
+    const auto found = std::find_if(names.begin(), names.end(), Conf::IsContainer);
     return found == names.end() ? "" : *found;
 }
 

@@ -238,6 +238,41 @@ TEST(CodecText, OfSeveralEntriesGivesTheLowestNumber)
     EXPECT_EQ(AVCodecIDFromTextID("x", map), AV_CODEC_ID_H264);
 }
 
+TEST(CodecMediaType, IsThatOfTheClassThatNamesTheCodecWhateverFFmpegKnows)
+{
+    const auto expect = [](const std::string& textId, std::optional<MediaType> expected) {
+        const bool isCodec = textId.rfind("CODEC_ID_", 0) == 0;
+        EXPECT_EQ(GetCodecMediaType(textId), isCodec ? expected : std::nullopt) << textId;
+    };
+#define ZELNOR_SELF(name) expect(#name, MEDIA_TYPE_VIDEO);
+#define ZELNOR_CODEC(name) expect(#name, MEDIA_TYPE_VIDEO);
+#define ZELNOR_CODEC_AS(name, enumerator) expect(#name, MEDIA_TYPE_VIDEO);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+#define ZELNOR_SELF(name) expect(#name, MEDIA_TYPE_AUDIO);
+#define ZELNOR_CODEC(name) expect(#name, MEDIA_TYPE_AUDIO);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+#define ZELNOR_CODEC(name) expect(#name, MEDIA_TYPE_SUBTITLE);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
+#define ZELNOR_SELF(name) expect(#name, std::nullopt);
+#define ZELNOR_CODEC(name) expect(#name, std::nullopt);
+#include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
+}
+
+TEST(CodecMediaType, IsGivenForCodecsThatFFmpegDoesNotKnow)
+{
+    EXPECT_EQ(GetCodecMediaType("CODEC_ID_JPEG"), MEDIA_TYPE_VIDEO);
+    EXPECT_EQ(GetCodecMediaType("CODEC_ID_8SVX_RAW"), MEDIA_TYPE_AUDIO);
+}
+
+TEST(CodecMediaType, IsNothingForWhatIsNotACodecOfAStream)
+{
+    for (const char* const text : {"", "CODEC_ID_", "CODEC_ID_NONE", "CODEC_ID_AUTO", "CODEC_ID_TTF",
+                                   "codec_id_h264", "CODEC_ID_H264 ", "H264", "ENCODER_NVENC_H264_IMPL"})
+    {
+        EXPECT_EQ(GetCodecMediaType(text), std::nullopt) << text;
+    }
+}
+
 TEST(Concat, PrefersTheFirstMap)
 {
     const MapCodecs a = {{AV_CODEC_ID_H264, "a"}, {AV_CODEC_ID_MP3, "a"}};

@@ -94,6 +94,41 @@ TEST(FormatLists, Have19ContainersOfSoundAndThreeOfThemTwice)
     }
 }
 
+TEST(FormatLists, NameEveryContainerOfTheVocabularyOnce)
+{
+    List texts = {
+#define ZELNOR_CONTAINER(name, text) IFormatFile::name,
+#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
+    };
+    EXPECT_EQ(texts.size(), 159U);
+    texts.erase(std::find(texts.begin(), texts.end(), "adts")); // of FORMAT_AAC and FORMAT_ADTS the first
+    List sorted = GetContainerList();
+    std::sort(sorted.begin(), sorted.end());
+    std::sort(texts.begin(), texts.end());
+    EXPECT_EQ(sorted, texts);
+    EXPECT_EQ(std::adjacent_find(sorted.begin(), sorted.end()), sorted.end());
+    EXPECT_EQ(GetContainerList().front(), "3g2");
+    EXPECT_EQ(GetContainerList().back(), "tty");
+}
+
+TEST(FormatLists, HoldNothingButContainers)
+{
+    for (const List* const list : {&GetFormatList(), &GetImageContainerList(), &GetAudioContainerList(),
+                                   &GetDisabledFormatParserList(), &GetDisabledFormatMuxerList()})
+    {
+        EXPECT_TRUE(std::all_of(list->begin(), list->end(), IsContainer));
+    }
+    EXPECT_TRUE(IsContainer("tty")) << "it can be read, though not written";
+}
+
+TEST(FormatLists, DoNotTakeExtensionsOtherNamesOrOtherLettersForContainers)
+{
+    for (const char* const text : {"", "MP4", "mp4 ", "mkv", "jpg", "FORMAT_MP4", "format_file", "All Video"})
+    {
+        EXPECT_FALSE(IsContainer(text)) << text;
+    }
+}
+
 TEST(FormatLists, DisableTheNullContainerAndAFewCodecs)
 {
     EXPECT_THAT(GetDisabledFormatParserList(), ElementsAre("null"));

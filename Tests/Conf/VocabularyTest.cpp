@@ -180,6 +180,23 @@ TEST(Vocabulary, TheObjectKeyIsAConstantOfTheNamespace) { EXPECT_EQ(TAG_OBJECT, 
 
 TEST(Vocabulary, TheKeyOfThePixelFormatIsAConstantOfTheNamespace) { EXPECT_EQ(TAG_PIX_FMT, "PIXELFORMAT"); }
 
+TEST(Vocabulary, TheContainersAreTheConstantsThatAreNamedFormats)
+{
+    const std::vector<std::string> containers = {
+#define ZELNOR_CONTAINER(name, text) #name,
+#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
+    };
+    std::vector<std::string> formats;
+    for (const Row& row : GetListed({"IFormatFile"}))
+    {
+        if (row[1].rfind("FORMAT_", 0) == 0)
+        {
+            formats.push_back(row[1]);
+        }
+    }
+    EXPECT_EQ(containers, formats);
+}
+
 TEST(Vocabulary, EveryCodecIsNamedAfterItsConstant)
 {
     int codecs = 0;

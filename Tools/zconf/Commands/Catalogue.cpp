@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <stdexcept>
 
 namespace Zelnor::Tool
@@ -38,27 +39,46 @@ void AddUnlessKnown(std::vector<std::string>& names, const std::vector<std::stri
     }
 }
 
+const char* KindOf(const std::string& codecId)
+{
+    const std::optional<MediaType> mediaType = Conf::GetCodecMediaType(codecId);
+    if (!mediaType)
+    {
+        return "other";
+    }
+    switch (*mediaType)
+    {
+    case MEDIA_TYPE_VIDEO:
+        return "video";
+    case MEDIA_TYPE_AUDIO:
+        return "audio";
+    case MEDIA_TYPE_SUBTITLE:
+        return "subtitle";
+    }
+    return "other";
+}
+
 std::vector<CodecEntry> ReadCodecs()
 {
     std::vector<CodecEntry> codecs;
-    const auto add = [&](const char* kind, const char* id, const char* ffmpegName) {
+    const auto add = [&](const char* id, const char* ffmpegName) {
         // Not every constant whose text is its name is a codec.
         if (std::string(id).rfind(kCodecPrefix, 0) == 0)
         {
-            codecs.push_back({id, kind, ffmpegName});
+            codecs.push_back({id, KindOf(id), ffmpegName});
         }
     };
-#define ZELNOR_SELF(name) add("video", #name, "");
-#define ZELNOR_CODEC(name) add("video", #name, "AV_" #name);
-#define ZELNOR_CODEC_AS(name, enumerator) add("video", #name, #enumerator);
+#define ZELNOR_SELF(name) add(#name, "");
+#define ZELNOR_CODEC(name) add(#name, "AV_" #name);
+#define ZELNOR_CODEC_AS(name, enumerator) add(#name, #enumerator);
 #include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-#define ZELNOR_SELF(name) add("audio", #name, "");
-#define ZELNOR_CODEC(name) add("audio", #name, "AV_" #name);
+#define ZELNOR_SELF(name) add(#name, "");
+#define ZELNOR_CODEC(name) add(#name, "AV_" #name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-#define ZELNOR_CODEC(name) add("subtitle", #name, "AV_" #name);
+#define ZELNOR_CODEC(name) add(#name, "AV_" #name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-#define ZELNOR_SELF(name) add("other", #name, "");
-#define ZELNOR_CODEC(name) add("other", #name, "AV_" #name);
+#define ZELNOR_SELF(name) add(#name, "");
+#define ZELNOR_CODEC(name) add(#name, "AV_" #name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
     for (CodecEntry& codec : codecs)
     {
@@ -178,8 +198,7 @@ std::vector<std::string> ContainerNames()
 {
     std::vector<std::string> names;
     AddUnlessKnown(names, Conf::GetFormatList());
-    AddUnlessKnown(names, Conf::GetImageContainerList());
-    AddUnlessKnown(names, Conf::GetAudioContainerList());
+    AddUnlessKnown(names, Conf::GetContainerList());
     return names;
 }
 
@@ -232,7 +251,10 @@ std::vector<std::string> PixelFormatNames()
 
 std::vector<std::string> PixelFormatFlags(int flags)
 {
-    const std::pair<int, const char*> flagNames[] = {{2, "yuv"}, {4, "rgb"}, {8, "alpha"}, {16, "planar"}};
+    const std::pair<int, const char*> flagNames[] = {{PIX_FMT_FLAG_YUV, "yuv"},
+                                                     {PIX_FMT_FLAG_RGB, "rgb"},
+                                                     {PIX_FMT_FLAG_ALPHA, "alpha"},
+                                                     {PIX_FMT_FLAG_PLANAR, "planar"}};
     std::vector<std::string> names;
     for (const auto& [flag, name] : flagNames)
     {
