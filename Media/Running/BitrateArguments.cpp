@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -137,9 +138,11 @@ CodecOptions AudioBitrate(const Property& codec, const AVCodec& encoder, const s
 /// What the calculator needs may be there, and wrong; then that is said already.
 void AddMissing(const std::string& mode, bool isProposed, const Place& place, FaultList& faults)
 {
-    if (faults.IsAt(place.At(IFormatCodecVideo::TAG_WIDTH)) ||
-        faults.IsAt(place.At(IFormatCodecVideo::TAG_HEIGHT)) ||
-        faults.IsAt(place.At(IFormatCodecVideo::TAG_FPS)) || faults.IsAt(place.At(IFormatCodec::TAG_BITRATE)))
+    const std::string* const keys[] = {&IFormatCodecVideo::TAG_WIDTH,   &IFormatCodecVideo::TAG_HEIGHT,
+                                       &IFormatCodecVideo::TAG_ASPECTX, &IFormatCodecVideo::TAG_ASPECTY,
+                                       &IFormatCodecVideo::TAG_FPS,     &IFormatCodec::TAG_BITRATE};
+    if (std::any_of(std::begin(keys), std::end(keys),
+                    [&](const std::string* key) { return faults.IsAt(place.At(*key)); }))
     {
         return;
     }
