@@ -109,7 +109,7 @@ TEST_F(JobDocument, ShowsAJobThatIsValidAndRuns)
     EXPECT_EQ(check.exitCode, 0) << check.messages;
     const ProcessResult run = RunJob();
     ASSERT_EQ(run.exitCode, 0) << run.messages;
-    const MediaFacts made = Facts("holiday.mp4");
+    const MediaInfo made = Info("holiday.mp4");
     ASSERT_EQ(made.streams.size(), 2U);
     EXPECT_EQ(made.tags.at("title"), "Holiday");
     EXPECT_EQ(made.streams[0].codec, "h264");

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tests/Support/Clip.h"
-#include "Tests/Support/MediaFacts.h"
+#include "Tests/Support/MediaInfo.h"
 #include "Tests/Support/ZconfTest.h"
 
 #include <string>
@@ -39,7 +39,7 @@ protected:
         ASSERT_NE(place, std::string::npos) << from << " in " << text;
         Write("job.json", text.replace(place, from.size(), to));
     }
-    MediaFacts Facts(const std::string& name) const { return ReadMedia((Folder() / name).string()); }
+    MediaInfo Info(const std::string& name) const { return ReadMediaInfo((Folder() / name).string()); }
 
     /// A preset file of these streams.
     std::string Preset(const std::string& container, const std::string& streams) const

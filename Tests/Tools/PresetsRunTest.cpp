@@ -12,7 +12,7 @@ using namespace Zelnor;
 using namespace Zelnor::Testing;
 using testing::HasSubstr;
 
-/// What a preset makes; what is 0 or empty is as in the source.
+/// What a preset makes. What is 0 or empty is as in the source.
 struct Expected
 {
     const char* preset;
@@ -26,7 +26,7 @@ struct Expected
     const char* layout;
     const char* surround; ///< what becomes of 5.1(side)
     bool wholeChroma;     ///< sizes are even
-    bool squarePixels;
+    bool squareSamples;
 };
 
 std::ostream& operator<<(std::ostream& os, const Expected& expected) { return os << expected.preset; }
@@ -51,7 +51,7 @@ class EveryPreset : public MediaTest, public testing::WithParamInterface<Expecte
 protected:
     void Convert(const std::string& source)
     {
-        m_source = Facts(source);
+        m_source = Info(source);
         const std::string name = std::string("out of '") + GetParam().preset + "'";
         m_name = name + "." + GetParam().extension;
         const ProcessResult made = New(GetParam().preset, source, m_name);
@@ -60,7 +60,7 @@ protected:
         ASSERT_EQ(run.exitCode, 0) << run.messages;
         EXPECT_EQ(run.output, "");
         EXPECT_THAT(run.messages, HasSubstr("done\n"));
-        m_target = Facts(m_name);
+        m_target = Info(m_name);
         EXPECT_THAT(m_target.format, HasSubstr(GetParam().format));
     }
 
@@ -74,11 +74,11 @@ protected:
         {
             return;
         }
-        const StreamFacts source = m_source.Video();
-        const StreamFacts target = m_target.Video();
+        const StreamInfo source = m_source.Video();
+        const StreamInfo target = m_target.Video();
         EXPECT_EQ(target.codec, expected.video);
         const int width = expected.width != 0 ? expected.width
-                          : expected.squarePixels
+                          : expected.squareSamples
                               ? static_cast<int>(std::lround(source.height * source.aspect))
                               : source.width;
         const int height = expected.height != 0 ? expected.height : source.height;
@@ -102,22 +102,22 @@ protected:
         {
             return;
         }
-        const StreamFacts source = m_source.Audio();
-        const StreamFacts target = m_target.Audio();
+        const StreamInfo source = m_source.Audio();
+        const StreamInfo target = m_target.Audio();
         EXPECT_EQ(target.codec, expected.audio);
         EXPECT_EQ(target.layout, source.layout == "5.1(side)" ? expected.surround
                                  : *expected.layout != 0      ? expected.layout
                                                               : source.layout);
-        // Two blocks: encoders of sound begin with a silent one, and fill up the last one.
+        // Two blocks: audio encoders begin with a silent one and fill up the last one.
         EXPECT_NEAR(target.seconds, source.seconds, 2 * 1536.0 / target.rate);
     }
 
     std::string m_name;
-    MediaFacts m_source;
-    MediaFacts m_target;
+    MediaInfo m_source;
+    MediaInfo m_target;
 };
 
-TEST_P(EveryPreset, KeepsAnAnamorphicFramesShape)
+TEST_P(EveryPreset, KeepsTheDisplayAspectRatioOfAnamorphicVideo)
 {
     Make({"-f", "lavfi", "-i", "testsrc2=s=720x576:r=25:d=0.4", "-f", "lavfi", "-i", "sine=r=48000:d=0.4",
           "-ac", "2", "-vf", "setsar=64/45", "-c:v", "mpeg4", "-c:a", "pcm_s16le", "pal wide.mkv"});
@@ -127,11 +127,12 @@ TEST_P(EveryPreset, KeepsAnAnamorphicFramesShape)
     CheckAudio();
 }
 
-TEST_P(EveryPreset, ConvertsFilmWithSurroundSound)
+TEST_P(EveryPreset, ConvertsVideoWithSurroundSound)
 {
     Make({"-f", "lavfi", "-i", "testsrc2=s=320x240:r=24000/1001:d=0.5", "-f", "lavfi", "-i",
-          "anullsrc=cl=5.1(side):r=48000:d=0.5", "-c:v", "mpeg4", "-c:a", "ac3", "-t", "0.5", "film.mkv"});
-    Convert("film.mkv");
+          "anullsrc=cl=5.1(side):r=48000:d=0.5", "-c:v", "mpeg4", "-c:a", "ac3", "-t", "0.5",
+          "surround.mkv"});
+    Convert("surround.mkv");
     CheckVideo();
     CheckAudio();
 }
@@ -156,26 +157,28 @@ TEST_P(EveryPreset, ConvertsInterlacedVideo)
     CheckAudio();
 }
 
-TEST_P(EveryPreset, MakesSoundOfSoundAloneOrRefuses)
+TEST_P(EveryPreset, ConvertsAudioAloneOrRefuses)
 {
-    Make({"-f", "lavfi", "-i", "sine=r=44100:d=0.4", "-ac", "2", "sound.wav"});
+    Make({"-f", "lavfi", "-i", "sine=r=44100:d=0.4", "-ac", "2", "audio.wav"});
     if (*GetParam().audio == 0)
     {
-        const ProcessResult made = New(GetParam().preset, "sound.wav", "out");
+        const ProcessResult made = New(GetParam().preset, "audio.wav", "out");
         EXPECT_EQ(made.exitCode, 2);
-        EXPECT_THAT(made.messages, HasSubstr("sound.wav: the file has no stream that preset '"));
+        // The rest names what the preset would convert.
+        EXPECT_THAT(made.messages, HasSubstr("audio.wav: the file has no stream that preset '"));
         return;
     }
-    Convert("sound.wav");
+    Convert("audio.wav");
     CheckAudio();
     EXPECT_EQ(m_target.Of(AVMEDIA_TYPE_VIDEO).size(), 0U);
 }
 
-TEST_P(EveryPreset, RefusesTextNamedLikeAFilm)
+TEST_P(EveryPreset, RefusesTextNamedLikeVideo)
 {
-    Write("text.mp4", "no film\n" + std::string(3000, '.'));
+    Write("text.mp4", "not video\n" + std::string(3000, '.'));
     const ProcessResult made = New(GetParam().preset, "text.mp4", "out");
     EXPECT_EQ(made.exitCode, 2);
+    // The reason is FFmpeg's.
     EXPECT_THAT(made.messages, HasSubstr("Cannot read 'text.mp4'"));
     EXPECT_FALSE(Exists("job.json"));
 }

@@ -15,35 +15,35 @@ extern "C" {
 namespace Zelnor::Testing
 {
 
-/// What libavformat says about a stream of a file, looked up apart from the tool.
-struct StreamFacts
+/// What libavformat says about a stream of a file, asked independently of the tool.
+struct StreamInfo
 {
     AVMediaType type = AVMEDIA_TYPE_UNKNOWN;
     std::string codec;
     int width = 0;
     int height = 0;
-    double aspect = 0; ///< of the frame as it is shown
-    double rate = 0;   ///< frames or samples a second
+    double aspect = 0; ///< display aspect ratio
+    double rate = 0;   ///< frames or samples per second
     std::string layout;
     double seconds = 0; ///< from the first packet's time to the end of the last one
     std::string language;
 };
 
-struct MediaFacts
+struct MediaInfo
 {
     std::string format;
     std::map<std::string, std::string> tags;
-    std::vector<StreamFacts> streams;
+    std::vector<StreamInfo> streams;
 
-    std::vector<StreamFacts> Of(AVMediaType type) const
+    std::vector<StreamInfo> Of(AVMediaType type) const
     {
-        std::vector<StreamFacts> found;
+        std::vector<StreamInfo> found;
         std::copy_if(streams.begin(), streams.end(), std::back_inserter(found),
-                     [type](const StreamFacts& stream) { return stream.type == type; });
+                     [type](const StreamInfo& stream) { return stream.type == type; });
         return found;
     }
-    StreamFacts Video() const { return Of(AVMEDIA_TYPE_VIDEO).at(0); }
-    StreamFacts Audio() const { return Of(AVMEDIA_TYPE_AUDIO).at(0); }
+    StreamInfo Video() const { return Of(AVMEDIA_TYPE_VIDEO).at(0); }
+    StreamInfo Audio() const { return Of(AVMEDIA_TYPE_AUDIO).at(0); }
 };
 
 namespace details
@@ -55,21 +55,20 @@ inline std::string Tag(const AVDictionary* tags, const char* key)
     return entry == nullptr ? "" : entry->value;
 }
 
-inline StreamFacts FactsOf(AVFormatContext* context, AVStream* stream)
+inline StreamInfo InfoOf(AVFormatContext* context, AVStream* stream)
 {
     const AVCodecParameters& codec = *stream->codecpar;
-    StreamFacts facts;
-    facts.type = codec.codec_type;
-    facts.codec = avcodec_get_name(codec.codec_id);
-    facts.language = Tag(stream->metadata, "language");
-    facts.width = codec.width;
-    facts.height = codec.height;
+    StreamInfo info;
+    info.type = codec.codec_type;
+    info.codec = avcodec_get_name(codec.codec_id);
+    info.language = Tag(stream->metadata, "language");
+    info.width = codec.width;
+    info.height = codec.height;
     if (codec.codec_type == AVMEDIA_TYPE_VIDEO && codec.height > 0)
     {
         const AVRational aspect = av_guess_sample_aspect_ratio(context, stream, nullptr);
-        facts.aspect =
-            static_cast<double>(codec.width) / codec.height * (aspect.num > 0 ? av_q2d(aspect) : 1);
-        facts.rate = av_q2d(av_guess_frame_rate(context, stream, nullptr));
+        info.aspect = static_cast<double>(codec.width) / codec.height * (aspect.num > 0 ? av_q2d(aspect) : 1);
+        info.rate = av_q2d(av_guess_frame_rate(context, stream, nullptr));
     }
     else if (codec.codec_type == AVMEDIA_TYPE_AUDIO)
     {
@@ -79,21 +78,21 @@ inline StreamFacts FactsOf(AVFormatContext* context, AVStream* stream)
         av_channel_layout_default(&layout, codec.ch_layout.nb_channels);
         const bool isCounted = codec.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC;
         av_channel_layout_describe(isCounted ? &layout : &codec.ch_layout, name, sizeof name);
-        facts.layout = name;
-        facts.rate = codec.sample_rate;
+        info.layout = name;
+        info.rate = codec.sample_rate;
     }
-    return facts;
+    return info;
 }
 
-/// Measured from the packets, for containers know it only roughly.
-inline void MeasureDurations(AVFormatContext* context, MediaFacts& facts)
+/// Measured from the packets, since containers know it only roughly.
+inline void MeasureDurations(AVFormatContext* context, MediaInfo& info)
 {
     struct Span
     {
         double begin = 1e9;
         double end = -1e9;
     };
-    std::vector<Span> spans(facts.streams.size());
+    std::vector<Span> spans(info.streams.size());
     const std::unique_ptr<AVPacket, void (*)(AVPacket*)> packet(av_packet_alloc(),
                                                                 [](AVPacket* p) { av_packet_free(&p); });
     while (av_read_frame(context, packet.get()) == 0)
@@ -111,14 +110,14 @@ inline void MeasureDurations(AVFormatContext* context, MediaFacts& facts)
     }
     for (std::size_t i = 0; i < spans.size(); ++i)
     {
-        facts.streams[i].seconds = std::max(0.0, spans[i].end - spans[i].begin);
+        info.streams[i].seconds = std::max(0.0, spans[i].end - spans[i].begin);
     }
 }
 
 } // namespace details
 
 /// Opens the file with libavformat. \throw std::runtime_error
-inline MediaFacts ReadMedia(const std::string& path)
+inline MediaInfo ReadMediaInfo(const std::string& path)
 {
     av_log_set_level(AV_LOG_QUIET);
     AVDictionary* options = nullptr;
@@ -132,19 +131,19 @@ inline MediaFacts ReadMedia(const std::string& path)
     }
     const std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> context(
         opened, [](AVFormatContext* c) { avformat_close_input(&c); });
-    MediaFacts facts;
-    facts.format = opened->iformat->name;
+    MediaInfo info;
+    info.format = opened->iformat->name;
     const AVDictionaryEntry* tag = nullptr;
     while ((tag = av_dict_get(opened->metadata, "", tag, AV_DICT_IGNORE_SUFFIX)) != nullptr)
     {
-        facts.tags[tag->key] = tag->value;
+        info.tags[tag->key] = tag->value;
     }
     for (unsigned int i = 0; i < opened->nb_streams; ++i)
     {
-        facts.streams.push_back(details::FactsOf(opened, opened->streams[i]));
+        info.streams.push_back(details::InfoOf(opened, opened->streams[i]));
     }
-    details::MeasureDurations(opened, facts);
-    return facts;
+    details::MeasureDurations(opened, info);
+    return info;
 }
 
 } // namespace Zelnor::Testing
