@@ -20,14 +20,17 @@ namespace Zelnor::Media
 ///              "$$STREAMS$$": {"audio": {"codec_id": "CODEC_ID_MP3", "bitrate": 192000}}}}
 ///
 /// Its "$$STREAMS$$" has one record for each stream of the output, named by the stream's type, with the
-/// codec's settings under the keys of the codec descriptors. A stream's index is its position there. Where a
-/// type is wanted more than once, "$$STREAMS$$" is an array of records.
+/// codec's settings under the keys of the codec descriptors. A stream's index is its position there. Where
+/// several streams are of one type, "$$STREAMS$$" is an array of records.
 class ZELNOR_API PresetFile final : public Counted<Conf::IPreset>
 {
 public:
-    /// \throw PresetFileException with file, place and what was expected there; Core::CoreException
+    /// Reads and checks a preset.
+    /// \throw PresetFileException with file, place and what was expected there: "mp3.json:
+    ///        mp3.$$STREAMS$$.audio.bitrate: expected a positive integer, found 'fast'"; "Cannot open
+    ///        'mp3.json': No such file or directory"
     static boost::intrusive_ptr<PresetFile> Open(const ioPath& path);
-    /// The same from a stream, which messages call `name`.
+    /// The same from a stream, which messages call `name`. What the stream throws passes through.
     static boost::intrusive_ptr<PresetFile> Read(Core::IDataInput& input, const std::string& name);
 
     const Core::Property& GetProperty() const override { return m_record; }
@@ -40,9 +43,5 @@ private:
 
     Core::Property m_record;
 };
-
-/// The file that `name` means: itself if there is such a file or `name` holds a slash, else the preset of
-/// that name that came with the program. \throw PresetFileException
-ZELNOR_API std::string FindPreset(const std::string& name);
 
 } // namespace Zelnor::Media

@@ -1,6 +1,8 @@
 #include "Media/Presets/PresetRules.h"
 
 #include "Media/MediaException.h"
+#include "Media/PixelFormatKey.h"
+#include "Media/ValueText.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/ConfException.h"
@@ -9,6 +11,7 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 #include "Conf/Interfaces/IFormatFile.h"
 #include "Conf/Interfaces/IPreset.h"
+#include "Conf/Interfaces/PixelFormatDescription.h"
 #include "Conf/Interfaces/ServiceRecords.h"
 
 #include <iterator>
@@ -47,6 +50,14 @@ bool HasRecord(const Property& value)
 bool IsAnything(const Property&) { return true; }
 bool IsContainer(const Property& value) { return Conf::IsContainer(value.GetString()); }
 bool IsPositive(const Property& value) { return value.GetInt64() > 0; }
+/// Products of two such numbers fit in the 32 bits that the geometry is calculated in.
+bool IsShort(const Property& value) { return value.GetInt64() > 0 && value.GetInt64() <= 65535; }
+bool IsPixelFormat(const Property& value)
+{
+    const auto& records = PixFmtDescription::s_pixelFormatRecords;
+    return std::any_of(records.begin(), records.end(),
+                       [number = value.GetInt64()](const auto& record) { return record.pixFmt == number; });
+}
 bool IsPositiveRatio(const Property& value) { return value.GetRatio() > 0; }
 bool IsBitrateMode(const Property& value)
 {
@@ -72,6 +83,7 @@ const Rule* FileRules(std::size_t& count)
         {&IPreset::KEY_ID, PROPERTY_TYPE_STRING, IsAnything, "a string"},
         {&IFormatFile::TAG_CONTAINER, PROPERTY_TYPE_STRING, IsContainer,
          "the name of a container, as \"mp4\""},
+        {&Conf::IFormat::TAG_METADATA, PROPERTY_TYPE_GROUP, IsAnything, "a group"},
     };
     count = std::size(s_rules);
     return s_rules;
@@ -80,14 +92,25 @@ const Rule* FileRules(std::size_t& count)
 const Rule* StreamRules(std::size_t& count)
 {
     constexpr const char* kNumber = "a positive integer";
+    constexpr const char* kShort = "an integer from 1 to 65535";
     static const Rule s_rules[] = {
+        {&Conf::IFormat::TAG_METADATA, PROPERTY_TYPE_GROUP, IsAnything, "a group"},
+        {&IFormatCodec::TAG_CODEC_OPTIONS_ENCODE, PROPERTY_TYPE_GROUP, IsAnything, "a group"},
+        {&IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE, PROPERTY_TYPE_GROUP, IsAnything, "a group"},
+        {&IFormatCodec::TAG_LANGUAGE, PROPERTY_TYPE_STRING, IsAnything, "a string"},
         {&IFormatCodec::TAG_BITRATE, PROPERTY_TYPE_INT64, IsPositive, kNumber},
         {&IFormatCodec::TAG_PEAK_BITRATE, PROPERTY_TYPE_INT64, IsPositive, kNumber},
         {&IFormatCodec::TAG_BITRATE_MODE, PROPERTY_TYPE_STRING, IsBitrateMode, "CBR, CBR_AUTO or VBR"},
         {&IFormatCodec::TAG_PROFILE, PROPERTY_TYPE_STRING, IsAnything, "a string"},
         {&IFormatCodec::TAG_PRESET, PROPERTY_TYPE_STRING, IsAnything, "a string"},
-        {&IFormatCodecVideo::TAG_WIDTH, PROPERTY_TYPE_INT64, IsPositive, kNumber},
-        {&IFormatCodecVideo::TAG_HEIGHT, PROPERTY_TYPE_INT64, IsPositive, kNumber},
+        {&IFormatCodecVideo::TAG_WIDTH, PROPERTY_TYPE_INT64, IsShort, kShort},
+        {&IFormatCodecVideo::TAG_HEIGHT, PROPERTY_TYPE_INT64, IsShort, kShort},
+        {&IFormatCodecVideo::TAG_ASPECTX, PROPERTY_TYPE_INT64, IsShort, kShort},
+        {&IFormatCodecVideo::TAG_ASPECTY, PROPERTY_TYPE_INT64, IsShort, kShort},
+        {&IFormatCodecVideo::TAG_FRAME_ASPECTX, PROPERTY_TYPE_INT64, IsShort, kShort},
+        {&IFormatCodecVideo::TAG_FRAME_ASPECTY, PROPERTY_TYPE_INT64, IsShort, kShort},
+        {&kPixelFormatKey, PROPERTY_TYPE_INT64, IsPixelFormat,
+         "the number of a pixel format, as 0 for YUV420P"},
         {&IFormatCodecVideo::TAG_FPS, PROPERTY_TYPE_RATIO, IsPositiveRatio, "a rate as [30000, 1001]"},
         {&IFormatCodecVideo::TAG_X264_TUNE, PROPERTY_TYPE_STRING, IsAnything, "a string"},
         {&IFormatCodecAudio::TAG_SAMPLE_RATE, PROPERTY_TYPE_INT64, IsPositive, kNumber},
@@ -100,55 +123,35 @@ const Rule* StreamRules(std::size_t& count)
     return s_rules;
 }
 
-std::string FoundText(const Property& value)
+[[noreturn]] void Refuse(const Place& place, const std::string& expected, const std::string& found)
 {
-    switch (value.GetType())
-    {
-    case PROPERTY_TYPE_NONE:
-        return "null";
-    case PROPERTY_TYPE_INT64:
-        return std::to_string(value.GetInt64());
-    case PROPERTY_TYPE_STRING:
-        return "'" + value.GetString() + "'";
-    case PROPERTY_TYPE_RATIO:
-        return std::to_string(value.GetRatio().numerator()) + "/" +
-               std::to_string(value.GetRatio().denominator());
-    case PROPERTY_TYPE_GROUP:
-        break;
-    }
-    return "a group";
+    ZELNOR_THROW(kUnit, MakeError<PresetFileException>(place, "expected " + expected + ", found " + found));
 }
 
-[[noreturn]] void Refuse(const std::string& place, const std::string& expected, const std::string& found)
-{
-    ZELNOR_THROW(kUnit,
-                 MakeError<PresetFileException>(place + ": expected " + expected + ", found " + found));
-}
-
-void Apply(const Rule* rules, std::size_t count, const Property& group, const std::string& place)
+void Apply(const Rule* rules, std::size_t count, const Property& group, const Place& place)
 {
     for (const Rule* rule = rules; rule != rules + count; ++rule)
     {
         const auto value = group.FindChild(*rule->key);
         if (value != group.end() && (value->GetType() != rule->type || !rule->accepts(*value)))
         {
-            Refuse(place + "." + *rule->key, rule->expected, FoundText(*value));
+            Refuse(place.Under(*rule->key), rule->expected, ValueText(*value));
         }
     }
 }
 
 const Property& Required(const Property& group, const std::string& key, const std::string& expected,
-                         const std::string& place)
+                         const Place& place)
 {
     const auto child = group.FindChild(key);
     if (child == group.end())
     {
-        Refuse(place + "." + key, expected, "nothing");
+        Refuse(place.Under(key), expected, "nothing");
     }
     return *child;
 }
 
-MediaType MediaTypeOf(const Property& stream, const std::string& place)
+MediaType MediaTypeOf(const Property& stream, const Place& place)
 {
     try
     {
@@ -175,18 +178,18 @@ const char* CodecKind(MediaType mediaType)
     return "a codec";
 }
 
-void CheckStream(const Property& stream, const std::string& streamsPlace)
+void CheckStream(const Property& stream, const Place& streamsPlace)
 {
     const MediaType mediaType = MediaTypeOf(stream, streamsPlace);
-    const std::string place = streamsPlace + "." + stream.GetName();
+    const Place place = streamsPlace.Under(stream.GetName());
     if (stream.GetType() != PROPERTY_TYPE_GROUP)
     {
-        Refuse(place, "a group of settings", FoundText(stream));
+        Refuse(place, "a group of settings", ValueText(stream));
     }
     const Property& codec = Required(stream, IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), place);
     if (codec.GetType() != PROPERTY_TYPE_STRING || Conf::GetCodecMediaType(codec.GetString()) != mediaType)
     {
-        Refuse(place + "." + IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), FoundText(codec));
+        Refuse(place.Under(IFormatCodec::TAG_CODEC_ID), CodecKind(mediaType), ValueText(codec));
     }
     std::size_t count = 0;
     const Rule* const rules = StreamRules(count);
@@ -195,12 +198,12 @@ void CheckStream(const Property& stream, const std::string& streamsPlace)
 
 } // namespace
 
-void CheckPreset(const Property& preset)
+void CheckPreset(const Property& preset, const std::string& file)
 {
-    const std::string& place = preset.GetName();
+    const Place place = Place{file}.At(preset.GetName());
     if (preset.GetType() != PROPERTY_TYPE_GROUP)
     {
-        Refuse(place, "a group", FoundText(preset));
+        Refuse(place, "a group", ValueText(preset));
     }
     std::size_t count = 0;
     const Rule* const rules = FileRules(count);
@@ -210,12 +213,12 @@ void CheckPreset(const Property& preset)
     const Property& streams = Required(preset, IPreset::KEY_STREAMS, expected, place);
     if (streams.Count() == 0)
     {
-        Refuse(place + "." + IPreset::KEY_STREAMS, expected,
-               streams.GetType() == PROPERTY_TYPE_GROUP ? "an empty one" : FoundText(streams));
+        Refuse(place.Under(IPreset::KEY_STREAMS), expected,
+               streams.GetType() == PROPERTY_TYPE_GROUP ? "an empty one" : ValueText(streams));
     }
     for (const Property& stream : streams)
     {
-        CheckStream(stream, place + "." + IPreset::KEY_STREAMS);
+        CheckStream(stream, place.Under(IPreset::KEY_STREAMS));
     }
 }
 

@@ -4,13 +4,19 @@
 
 #include "Core/Interfaces/Property.h"
 
+#include <string>
+
 namespace Zelnor::Media
 {
 
-/// Checks that an output can be made from a preset's record: it has a known container and at least one
+/// Checks that an output can be planned from a preset's record: it has a known container and at least one
 /// stream, every stream is of a known type and names a codec of that type, and what it sets is of the right
-/// kind. Keys that are not known here are left to the engine. \throw PresetFileException
-/// "mp3.$$STREAMS$$.audio.bitrate: expected a positive integer, found 'fast'"
-void CheckPreset(const Core::Property& preset);
+/// type and in the range that the planner calculates with. Keys that have no rule here are checked when the
+/// job is.
+///
+/// \param file  how messages call the preset's file; empty: it is not from a file
+/// \throw PresetFileException "mp3.json: mp3.$$STREAMS$$.audio.bitrate: expected a positive integer, found
+///        'fast'"
+void CheckPreset(const Core::Property& preset, const std::string& file = "");
 
 } // namespace Zelnor::Media

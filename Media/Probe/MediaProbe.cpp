@@ -1,6 +1,7 @@
 #include "Media/Probe/MediaProbe.h"
 
 #include "Media/MediaException.h"
+#include "Media/Probe/MessageScope.h"
 #include "Media/Probe/StreamDescription.h"
 
 #include "Conf/Interfaces/FormatLists.h"
@@ -9,7 +10,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdarg>
 #include <ctime>
 #include <exception>
 #include <filesystem>
@@ -30,32 +30,18 @@ using Core::Property;
 
 constexpr const char* kUnit = "Media/Probe/MediaProbe";
 
-/// FFmpeg's last complaint; its own error numbers say little.
-thread_local std::string t_lastMessage;
-
-void KeepMessage(void* /*object*/, int level, const char* format, va_list arguments)
+[[noreturn]] void Refuse(const std::string& name, const std::string& reason)
 {
-    if (level > AV_LOG_ERROR)
-    {
-        return;
-    }
-    char line[512] = "";
-    std::vsnprintf(line, sizeof line, format, arguments);
-    std::string text = line;
-    text.erase(text.find_last_not_of(".\r\n ") + 1);
-    if (!text.empty())
-    {
-        t_lastMessage = std::move(text);
-    }
+    ZELNOR_THROW(kUnit,
+                 MakeError<ProbeException>(Place{name.empty() ? "''" : name}, "cannot be read: " + reason));
 }
 
-[[noreturn]] void Refuse(const std::string& name, int error)
+/// \param message  FFmpeg's last one; empty when there is none
+[[noreturn]] void Refuse(const std::string& name, int error, const std::string& message = "")
 {
     char reason[AV_ERROR_MAX_STRING_SIZE] = "";
     av_strerror(error, reason, sizeof reason);
-    const std::string& message = t_lastMessage;
-    const std::string detail = message.empty() || message == reason ? "" : " (" + message + ")";
-    ZELNOR_THROW(kUnit, MakeError<ProbeException>("Cannot read '" + name + "': " + reason + detail));
+    Refuse(name, reason + (message.empty() || message == reason ? "" : " (" + message + ")"));
 }
 
 struct CloseInput
@@ -122,8 +108,7 @@ private:
 /// \param stream  what is read instead of the file `name`; null: the file itself
 Input OpenInput(const std::string& name, StreamReader* stream)
 {
-    av_log_set_callback(KeepMessage);
-    t_lastMessage.clear();
+    const MessageScope messages;
     AVFormatContext* opened = avformat_alloc_context();
     if (opened == nullptr)
     {
@@ -131,7 +116,7 @@ Input OpenInput(const std::string& name, StreamReader* stream)
     }
     opened->pb = stream == nullptr ? nullptr : stream->Get();
     AVDictionary* options = nullptr;
-    // Else a picture whose name holds '%' or '*' would be taken for a series of files.
+    // Otherwise an image whose name holds '%' or '*' would be taken for a series of files.
     av_dict_set(&options, "pattern_type", "none", 0);
     const std::string url = stream == nullptr ? FFmpegFileName(name) : std::string();
     int error = avformat_open_input(&opened, url.c_str(), nullptr, &options);
@@ -144,7 +129,7 @@ Input OpenInput(const std::string& name, StreamReader* stream)
     }
     if (error < 0)
     {
-        Refuse(name, error);
+        Refuse(name, error, messages.Last());
     }
     return input;
 }
@@ -160,7 +145,7 @@ std::vector<std::string> Words(const std::string& list)
     return words;
 }
 
-/// One reader serves several containers; the brand inside the file tells which one it is.
+/// One demuxer serves several containers; the brand inside the file tells which one it is.
 std::string MovContainer(const AVDictionary* tags)
 {
     const AVDictionaryEntry* const brand = av_dict_get(tags, "major_brand", nullptr, 0);
@@ -173,7 +158,7 @@ std::string MovContainer(const AVDictionary* tags)
                                                                     : IFormatFile::FORMAT_MP4;
 }
 
-/// The vocabulary's name of what FFmpeg's reader reads; empty when there is none.
+/// The vocabulary's name of what FFmpeg's demuxer reads; empty when there is none.
 std::string ContainerOf(const std::string& demuxer, const AVDictionary* tags, const std::string& extension)
 {
     const std::vector<std::string> names = Words(demuxer);
@@ -207,27 +192,27 @@ std::string TimeText(std::int64_t seconds)
     return text;
 }
 
-void AddFileFacts(const std::string& name, Property& record)
+void AddFileAttributes(const std::string& name, Property& record)
 {
     record.SetChildT(IFormatFile::TAG_FILE_PATH, name);
     std::string extension = std::filesystem::path(name).extension().string();
     extension.erase(0, 1);
     record.SetChildT(IFormatFile::TAG_FILE_EXTENSION, extension);
-    struct statx facts = {};
-    if (::statx(AT_FDCWD, name.c_str(), 0, STATX_BASIC_STATS | STATX_BTIME, &facts) != 0)
+    struct statx attributes = {};
+    if (::statx(AT_FDCWD, name.c_str(), 0, STATX_BASIC_STATS | STATX_BTIME, &attributes) != 0)
     {
         return;
     }
-    record.SetChildT(IFormatFile::TAG_FORMAT_FILE_SIZE, static_cast<long long>(facts.stx_size));
+    record.SetChildT(IFormatFile::TAG_FORMAT_FILE_SIZE, static_cast<long long>(attributes.stx_size));
     const auto addTime = [&](unsigned int bit, const std::string& key, const statx_timestamp& time) {
-        if ((facts.stx_mask & bit) != 0)
+        if ((attributes.stx_mask & bit) != 0)
         {
             record.SetChildT(key, TimeText(time.tv_sec));
         }
     };
-    addTime(STATX_BTIME, IFormatFile::TAG_FILE_CREATE_TIME, facts.stx_btime);
-    addTime(STATX_MTIME, IFormatFile::TAG_FILE_MODIFY_TIME, facts.stx_mtime);
-    addTime(STATX_ATIME, IFormatFile::TAG_FILE_LAST_ACCESS_TIME, facts.stx_atime);
+    addTime(STATX_BTIME, IFormatFile::TAG_FILE_CREATE_TIME, attributes.stx_btime);
+    addTime(STATX_MTIME, IFormatFile::TAG_FILE_MODIFY_TIME, attributes.stx_mtime);
+    addTime(STATX_ATIME, IFormatFile::TAG_FILE_LAST_ACCESS_TIME, attributes.stx_atime);
 }
 
 void DescribeFile(AVFormatContext& context, bool isFile, MediaFile& file)
@@ -237,7 +222,7 @@ void DescribeFile(AVFormatContext& context, bool isFile, MediaFile& file)
     std::string extension;
     if (isFile)
     {
-        AddFileFacts(file.name, record);
+        AddFileAttributes(file.name, record);
         extension = record[IFormatFile::TAG_FILE_EXTENSION].GetString();
     }
     const std::string container = ContainerOf(file.demuxer, context.metadata, extension);
@@ -258,8 +243,7 @@ void CheckReadable(const std::string& name)
 {
     if (name.find('\0') != std::string::npos)
     {
-        ZELNOR_THROW(kUnit,
-                     MakeError<ProbeException>("Cannot read '" + name + "': a file name holds no NUL byte"));
+        Refuse(name, "a file name cannot hold a NUL byte");
     }
     struct stat status = {};
     const bool found = ::stat(name.c_str(), &status) == 0;
@@ -287,8 +271,7 @@ MediaFile Describe(const std::string& name, StreamReader* stream)
     }
     if (file.streams.empty())
     {
-        ZELNOR_THROW(kUnit,
-                     MakeError<ProbeException>("Cannot read '" + name + "': there is no stream in it"));
+        Refuse(name, "there is no stream in it");
     }
     return file;
 }
@@ -300,7 +283,6 @@ std::string FFmpegFileName(const std::string& path) { return "file:" + path; }
 MediaFile ProbeMedia(const ioPath& path)
 {
     const std::string name = path.utf8string();
-    t_lastMessage.clear();
     CheckReadable(name);
     return Describe(name, nullptr);
 }

@@ -16,8 +16,14 @@
 #include <vector>
 
 /// \file
-/// What is in a media file: descriptors with the facts that the vocabulary has words for, and beside them the
-/// few facts that it has none for.
+/// What is in a media file: descriptors of what the vocabulary has words for, and beside them the little that
+/// it has none for.
+///
+///     const MediaFile file = ProbeMedia("in.mkv");
+///     for (const MediaStream& stream : file.streams)
+///     {
+///         std::cout << stream.index << " " << NameOf(stream.kind) << " " << stream.codec << "\n";
+///     }
 
 namespace Zelnor::Media
 {
@@ -35,8 +41,8 @@ struct MediaStream
     bool isForced = false;
     bool isAttachedPicture = false; ///< a cover, not a video
     bool isInterlaced = false;
-    bool isBitmap = false;     ///< a subtitle of pictures, not of text
-    unsigned int rotation = 0; ///< clockwise degrees (0, 90, 180, 270) by which it is to be shown turned
+    bool isBitmap = false;     ///< a bitmap subtitle, not a text subtitle
+    unsigned int rotation = 0; ///< clockwise degrees (0, 90, 180, 270) by which it is rotated for display
     std::optional<std::int64_t> duration; ///< in microseconds
     std::vector<std::string> notes;       ///< what the descriptor cannot say, as sentences without an end
 };
@@ -53,14 +59,15 @@ struct MediaFile
     std::vector<MediaStream> streams;
 };
 
-/// Opens the file and looks at its streams. The name is a file's, whatever characters it is made of.
-/// \throw ProbeException "Cannot read 'x.mp4': Invalid data found when processing input (moov atom not
-/// found)"
+/// Opens the file and looks at its streams. The name is a plain file's, whatever characters it is made of.
+/// FFmpeg's log stays as it is; see FFmpegLog.h for how its last message comes into the description.
+/// \throw ProbeException "x.mp4: cannot be read: Invalid data found when processing input (moov atom not
+///        found)", with the file in a tag
 ZELNOR_API MediaFile ProbeMedia(const ioPath& path);
 /// The same from a stream, which messages call `name`. What the stream throws passes through.
 ZELNOR_API MediaFile ProbeMedia(Core::IDataInput& input, const std::string& name);
 
-/// The name under which FFmpeg takes `path` as a plain file, whatever characters it is made of.
+/// The name under which FFmpeg opens `path` as a plain file, whatever characters it is made of.
 std::string FFmpegFileName(const std::string& path);
 
 } // namespace Zelnor::Media

@@ -25,7 +25,7 @@ using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecVideo;
 using Core::Property;
 
-/// FFmpeg's names of profiles that the vocabulary has words for.
+/// FFmpeg's names of profiles that the vocabulary has a constant for.
 struct ProfileName
 {
     AVCodecID codec;
@@ -67,7 +67,7 @@ unsigned int RotationOf(const AVStream& stream)
     {
         return 0;
     }
-    // FFmpeg counts counter-clockwise; what is no multiple of a quarter turn goes to the nearest one.
+    // FFmpeg counts counter-clockwise; an angle between quarters is rounded to the nearest one.
     const double quarters = -av_display_rotation_get(reinterpret_cast<const std::int32_t*>(matrix)) / 90.0;
     if (!std::isfinite(quarters))
     {

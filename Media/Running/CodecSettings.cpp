@@ -1,5 +1,6 @@
 #include "Media/Running/CodecSettings.h"
 
+#include "Media/PixelFormatKey.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/ValueText.h"
 

@@ -131,7 +131,7 @@ const Break kBreaks[] = {
     {"MissingInput",
      R"("filePath":"in.mkv")",
      R"("filePath":"gone")",
-     {"node 1, filePath: Cannot read 'gone': No such file or directory"}},
+     {"node 1, filePath: gone: cannot be read: No such file or directory"}},
     {"InputWithoutAName",
      R"("filePath":"in.mkv")",
      R"("path":"in.mkv")",
@@ -256,7 +256,7 @@ TEST_F(JobCheckFiles, AllFaultsAreListedTopologyFirst)
     EXPECT_EQ(result.output,
               "job.json: not valid, 4 nodes and 2 links\n"
               "  1 node without links: 9\n"
-              "  node 1, filePath: Cannot read 'gone': No such file or directory\n"
+              "  node 1, filePath: gone: cannot be read: No such file or directory\n"
               "  link 3 -> 2, video stream 0: unknown setting 'odd'\n"
               "  link 3 -> 2, video stream 0, codec_id: expected the name of a codec, found nothing\n"
               "  node 2, filePath: cannot write 'gone/out.mp4': No such file or directory\n");

@@ -17,6 +17,7 @@ using Conf::ITranscodingMetaGraph;
 using Core::Property;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 class JobNew : public ZconfTest
 {
@@ -139,17 +140,17 @@ TEST_F(JobNew, LosslessDvdReplacesTheContainerAndSaysSo)
 TEST_F(JobNew, RefusesAnInputThatCannotBeRead)
 {
     ExpectFailure(Zconf({"job", "new", "-p", "mp3", "-i", "gone.mp4", "-t", "o"}),
-                  "Cannot read 'gone.mp4': No such file or directory");
+                  "gone.mp4: cannot be read: No such file or directory");
     ExpectFailure(Zconf({"job", "new", "-p", "mp3", "-i", ".", "-t", "o"}),
-                  "Cannot read '.': Is a directory");
+                  ".: cannot be read: Is a directory");
     ExpectFailure(Zconf({"job", "new", "-p", "mp3", "-i", "", "-t", "o"}),
-                  "Cannot read '': No such file or directory");
+                  "'': cannot be read: No such file or directory");
     ExpectFailure(Zconf({"job", "new", "-p", "mp3", "-i", "in.mp4/x", "-t", "o"}),
-                  "Cannot read 'in.mp4/x': Not a directory");
+                  "in.mp4/x: cannot be read: Not a directory");
     ASSERT_EQ(::chmod((Folder() / "in.mp4").c_str(), 0), 0);
     if (::geteuid() != 0)
     {
-        ExpectFailure(Zconf(Command()), "Cannot read 'in.mp4': Permission denied");
+        ExpectFailure(Zconf(Command()), "in.mp4: cannot be read: Permission denied");
     }
 }
 
@@ -276,7 +277,7 @@ TEST_F(JobNew, AnUnknownPresetIsToldWithTheKnownOnes)
     const ProcessResult result = NewFrom("mp5");
     EXPECT_EQ(result.exitCode, 2);
     // The folders and the other presets depend on the installation.
-    EXPECT_THAT(result.messages, HasSubstr("There is no preset 'mp5'"));
+    EXPECT_THAT(result.messages, StartsWith("zconf: mp5: neither a file nor a known preset (known: "));
     EXPECT_THAT(result.messages, HasSubstr("mkv-vp8-vorbis, mov-mpeg4-aac, mp3"));
     ExpectFailure(NewFrom("./mp3"), "Cannot open './mp3': No such file or directory");
 }
@@ -345,9 +346,9 @@ TEST_F(JobNew, APresetNeedsAKnownContainer)
                   "d: p.container[0]: expected a record (an object with one member), found a string");
 }
 
-TEST_F(JobNew, APresetThatIsNoRecordIsRefused)
+TEST_F(JobNew, APresetThatIsNotARecordIsRefused)
 {
-    const std::string noRecord = "A preset is a record (an object with one member)";
+    const std::string noRecord = "a preset is a record (an object with one member)";
     ExpectFailure(NewFrom(Write("p", "")), "p: line 1, column 1: The document is empty.");
     ExpectFailure(NewFrom(Write("p", "null")), "p: " + noRecord);
     ExpectFailure(NewFrom(Write("p", "[]")), "p: " + noRecord);

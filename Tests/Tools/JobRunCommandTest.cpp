@@ -357,7 +357,7 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
         {R"("sourceFile")", R"("camera")",
          "job.json: node 1, $$TYPE_ID$$: expected 'sourceFile', found 'camera'"},
         {R"("filePath":"in.mkv")", R"("filePath":"gone")",
-         "job.json: node 1, filePath: Cannot read 'gone': No such file or directory"},
+         "job.json: node 1, filePath: gone: cannot be read: No such file or directory"},
         {R"("filePath":"out.mp4")", R"("filePath":"in.mkv")",
          "job.json: node 2, filePath: the source and the target are the same file: 'in.mkv'"},
     };

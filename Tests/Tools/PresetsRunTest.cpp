@@ -179,7 +179,7 @@ TEST_P(EveryPreset, RefusesTextNamedLikeVideo)
     const ProcessResult made = New(GetParam().preset, "text.mp4", "out");
     EXPECT_EQ(made.exitCode, 2);
     // The reason is FFmpeg's.
-    EXPECT_THAT(made.messages, HasSubstr("Cannot read 'text.mp4'"));
+    EXPECT_THAT(made.messages, HasSubstr("text.mp4: cannot be read: "));
     EXPECT_FALSE(Exists("job.json"));
 }
 

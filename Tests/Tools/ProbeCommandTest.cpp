@@ -157,15 +157,15 @@ TEST_F(Probe, RefusesWhatIsNotMedia)
     EXPECT_EQ(text.exitCode, 2);
     EXPECT_EQ(text.output, "");
     // The reason is FFmpeg's.
-    EXPECT_THAT(text.messages, StartsWith("zconf: Cannot read 'text.mp4': "));
-    ExpectFailure(Zconf({"probe", "gone"}), "Cannot read 'gone': No such file or directory");
-    ExpectFailure(Zconf({"probe", "."}), "Cannot read '.': Is a directory");
+    EXPECT_THAT(text.messages, StartsWith("zconf: text.mp4: cannot be read: "));
+    ExpectFailure(Zconf({"probe", "gone"}), "gone: cannot be read: No such file or directory");
+    ExpectFailure(Zconf({"probe", "."}), ".: cannot be read: Is a directory");
     Write("empty.mkv", "");
     EXPECT_EQ(Zconf({"probe", "empty.mkv"}).exitCode, 2);
     Make({"-f", "lavfi", "-i", "testsrc=s=64x48:d=0.2", "-c:v", "mpeg4", "v.mp4"});
     Write("cut.mp4", Read("v.mp4").substr(0, 600));
     ExpectFailure(Zconf({"probe", "cut.mp4"}),
-                  "Cannot read 'cut.mp4': Invalid data found when processing input (moov atom not found)");
+                  "cut.mp4: cannot be read: Invalid data found when processing input (moov atom not found)");
 }
 
 TEST_F(Probe, ATruncatedFileIsShownAsFarAsItGoes)

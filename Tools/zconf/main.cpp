@@ -1,3 +1,4 @@
+#include "Media/Probe/FFmpegLog.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
@@ -5,6 +6,7 @@
 #include "Tools/zconf/Console/StandardStreams.h"
 
 #include <csignal>
+#include <cstdarg>
 #include <exception>
 
 int main(int argc, char** argv)
@@ -16,6 +18,8 @@ int main(int argc, char** argv)
         // A parent may leave it ignored, and the system would not tell how the programs that we run end.
         (void)::signal(SIGCHLD, SIG_DFL);
         const Logging logging(argv[0]);
+        // FFmpeg's messages are told as part of ours; standard error is for our own lines.
+        Zelnor::Media::KeepFFmpegMessages([](void*, int, const char*, std::va_list) {});
         return RunCommandLine(argc, argv, AddAllCommands);
     }
     catch (const ClosedPipe&)

@@ -1,4 +1,4 @@
-#include "Media/Probe/FFmpegNames.h"
+#include "Media/Probe/FFmpegInfo.h"
 #include "Tools/zconf/Commands/Catalogue.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/CommandLine.h"
@@ -12,11 +12,6 @@
 #include "Conf/Interfaces/FormatLists.h"
 #include "Conf/Interfaces/IFormatCodec.h"
 #include "Conf/Interfaces/MediaTypeUtils.h"
-
-extern "C" {
-#include <libavformat/avformat.h>
-#include <libavutil/pixdesc.h>
-}
 
 #include <algorithm>
 #include <memory>
@@ -33,8 +28,6 @@ struct Options
     std::string size;
     bool json = false;
 };
-
-std::string TextOf(const char* text) { return text == nullptr ? "" : text; }
 
 bool Holds(const std::vector<std::string>& list, const std::string& text)
 {
@@ -92,44 +85,12 @@ Description ExplainCodec(const CodecEntry& codec)
     return description;
 }
 
-/// Whether FFmpeg's list of names, separated by commas, has the name.
-bool HasName(const char* names, const std::string& name)
-{
-    return ("," + TextOf(names) + ",").find("," + name + ",") != std::string::npos;
-}
-
-std::string MuxerOf(const std::string& format)
-{
-    void* state = nullptr;
-    while (const AVOutputFormat* const muxer = av_muxer_iterate(&state))
-    {
-        if (HasName(muxer->name, format))
-        {
-            return TextOf(muxer->long_name);
-        }
-    }
-    return "";
-}
-
-std::string DemuxerOf(const std::string& format)
-{
-    void* state = nullptr;
-    while (const AVInputFormat* const demuxer = av_demuxer_iterate(&state))
-    {
-        if (HasName(demuxer->name, format))
-        {
-            return TextOf(demuxer->long_name);
-        }
-    }
-    return "";
-}
-
 Description ExplainContainer(const std::string& format)
 {
     return {{"name", format},
             {"is", std::string("container")},
-            {"ffmpeg muxer", MuxerOf(format)},
-            {"ffmpeg demuxer", DemuxerOf(format)},
+            {"ffmpeg muxer", Media::MuxerDescription(format)},
+            {"ffmpeg demuxer", Media::DemuxerDescription(format)},
             {"default extension", DefaultExtension(format)},
             {"lists", ListsWith(format, {{"formats", Conf::GetFormatList()},
                                          {"image containers", Conf::GetImageContainerList()},
@@ -151,11 +112,10 @@ std::vector<FrameSize> PlanesOf(const PixFmtDescription& format, const FrameSize
 
 Description ExplainPixelFormat(const PixFmtDescription& format, const FrameSize* frame)
 {
-    const AVPixelFormat ffmpeg = Media::ToFFmpeg(format.pixFmt);
     Description description = {{"name", format.name},
                                {"is", std::string("pixel format")},
                                {"value", static_cast<long long>(format.pixFmt)},
-                               {"ffmpeg", TextOf(av_get_pix_fmt_name(ffmpeg))},
+                               {"ffmpeg", Media::FFmpegNameOf(format.pixFmt)},
                                {"components", static_cast<long long>(format.components)},
                                {"flags", PixelFormatFlags(format.flags)},
                                {"colour range", ColorRangeName(format.colorRange)},
@@ -174,9 +134,7 @@ Description ExplainSampleFormat(const std::string& name)
     return {{"name", name},
             {"is", std::string("sample format")},
             {"value", static_cast<long long>(record.format)},
-            {"ffmpeg", record.format == Conf::SAMPLE_FMT_NONE
-                           ? std::string()
-                           : TextOf(av_get_sample_fmt_name(Media::ToFFmpeg(record.format)))},
+            {"ffmpeg", Media::FFmpegNameOf(record.format)},
             {"bits", static_cast<long long>(record.bitsPerSample)},
             {"planar", record.planar},
             {"counterpart", Conf::SampleFmtRecord::Find(record.counterpart)->textId}};
@@ -188,7 +146,7 @@ Description ExplainLayout(const std::string& name)
     return {{"name", name},
             {"is", std::string("channel layout")},
             {"value", static_cast<long long>(record.layout)},
-            {"ffmpeg", TextOf(Media::ToFFmpeg(record.layout))},
+            {"ffmpeg", Media::FFmpegNameOf(record.layout)},
             {"channels", static_cast<long long>(record.channels)}};
 }
 

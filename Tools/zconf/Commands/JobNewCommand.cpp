@@ -1,5 +1,6 @@
 #include "Media/Planning/JobPlan.h"
 #include "Media/Presets/PresetFile.h"
+#include "Media/Presets/PresetFolders.h"
 #include "Media/Running/Files.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/CommandLine.h"

@@ -1,0 +1,143 @@
+#include "Media/Presets/PresetFile.h"
+
+#include "Media/MediaException.h"
+
+#include "Tests/Support/Expect.h"
+#include "Tests/Support/TemporaryFolder.h"
+#include "Tests/Support/TestStreams.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+
+boost::intrusive_ptr<PresetFile> Read(const std::string& text)
+{
+    return PresetFile::Read(*Core::MemoryDataInput::Create(text), "p.json");
+}
+
+Thrown ExpectRefused(const std::string& text)
+{
+    return ExpectThrow<PresetFileException>([&] { Read(text); });
+}
+
+/// A preset with one stream of the type, with the settings beside its codec.
+std::string WithSettings(const std::string& type, const std::string& codec, const std::string& settings)
+{
+    return R"({"p":{"container":"mp4","$$STREAMS$$":{")" + type + R"(":{"codec_id":")" + codec + R"(",)" +
+           settings + "}}}}";
+}
+
+TEST(PresetFile, TellsItsStreamsByTypeAndPosition)
+{
+    const auto preset = Read(R"({"p":{"container":"mp4","$$STREAMS$$":[
+        {"audio":{"codec_id":"CODEC_ID_AAC"}},
+        {"video":{"codec_id":"CODEC_ID_H264"}},
+        {"audio":{"codec_id":"CODEC_ID_AC3"}}]}})");
+    EXPECT_EQ(preset->GetProperty().GetName(), "p");
+    EXPECT_EQ(preset->GetStreamCount(), 3U);
+    std::vector<int> indexes;
+    preset->GetStreamIndexes("audio", indexes);
+    EXPECT_THAT(indexes, ElementsAre(0, 2));
+}
+
+TEST(PresetFile, RefusesAValueWithItsPlaceInTextAndTags)
+{
+    const Thrown thrown = ExpectRefused(WithSettings("audio", "CODEC_ID_AAC", R"("bitrate":"fast")"));
+    EXPECT_EQ(thrown.description,
+              "p.json: p.$$STREAMS$$.audio.bitrate: expected a positive integer, found 'fast'");
+    EXPECT_EQ(thrown.Get<MediaException::TagFile>(), "p.json");
+    EXPECT_EQ(thrown.Get<MediaException::TagKey>(), "p.$$STREAMS$$.audio.bitrate");
+    EXPECT_EQ(thrown.file, "Media/Presets/PresetRules");
+}
+
+TEST(PresetFile, RefusesNumbersThatNoVideoHas)
+{
+    const std::string side = "expected an integer from 1 to 65535, found ";
+    const std::string format = "expected the number of a pixel format, as 0 for YUV420P, found ";
+    const std::pair<std::string, std::string> kCases[] = {
+        {R"("width":4294967456)", "width: " + side + "4294967456"},
+        {R"("width":0)", "width: " + side + "0"},
+        {R"("height":65536)", "height: " + side + "65536"},
+        {R"("height":"720")", "height: " + side + "'720'"},
+        {R"("aspect_x":-1)", "aspect_x: " + side + "-1"},
+        {R"("aspect_y":4294967297)", "aspect_y: " + side + "4294967297"},
+        {R"("frame_aspect_x":0)", "frame_aspect_x: " + side + "0"},
+        {R"("frame_aspect_y":[16,9])", "frame_aspect_y: " + side + "16/9"},
+        {R"("PIXELFORMAT":4294967296)", "PIXELFORMAT: " + format + "4294967296"},
+        {R"("PIXELFORMAT":1)", "PIXELFORMAT: " + format + "1"},
+        {R"("PIXELFORMAT":-2)", "PIXELFORMAT: " + format + "-2"},
+        {R"("PIXELFORMAT":"YUV420P")", "PIXELFORMAT: " + format + "'YUV420P'"},
+        {R"("frameRateRatio":[0,1])", "frameRateRatio: expected a rate as [30000, 1001], found 0/1"},
+        {R"("metadata":3)", "metadata: expected a group, found 3"},
+        {R"("language":7)", "language: expected a string, found 7"},
+        {R"("codec.options.encode":"x")", "codec.options.encode: expected a group, found 'x'"},
+    };
+    for (const auto& [settings, sentence] : kCases)
+    {
+        SCOPED_TRACE(settings);
+        EXPECT_EQ(ExpectRefused(WithSettings("video", "CODEC_ID_H264", settings)).description,
+                  "p.json: p.$$STREAMS$$.video." + sentence);
+    }
+}
+
+TEST(PresetFile, TakesTheLargestAndTheSmallestOfWhatVideosHave)
+{
+    EXPECT_NO_THROW(Read(WithSettings("video", "CODEC_ID_H264", R"("width":65535,"height":1)")));
+    EXPECT_NO_THROW(Read(WithSettings("video", "CODEC_ID_H264", R"("PIXELFORMAT":-1)")));
+    EXPECT_NO_THROW(Read(WithSettings("video", "CODEC_ID_H264", R"("PIXELFORMAT":320)")));
+}
+
+TEST(PresetFile, RefusesWhatIsNotARecord)
+{
+    EXPECT_EQ(ExpectRefused("").description, "p.json: line 1, column 1: The document is empty.");
+    EXPECT_EQ(ExpectRefused("[]").description, "p.json: a preset is a record (an object with one member)");
+    EXPECT_EQ(ExpectRefused(R"({"p":1})").description, "p.json: p: expected a group, found 1");
+    const Thrown thrown = ExpectRefused(R"({"a":{},"b":{}})");
+    EXPECT_EQ(thrown.description, "p.json: record: expected a record (an object with one member), found an "
+                                  "object with 2 members");
+    EXPECT_EQ(thrown.Get<MediaException::TagFile>(), "p.json");
+}
+
+TEST(PresetFile, ThatIsMissingIsNamedWithTheReason)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "gone.json").string();
+    const Thrown thrown = ExpectThrow<PresetFileException>([&] { PresetFile::Open(name); });
+    EXPECT_EQ(thrown.description, "Cannot open '" + name + "': No such file or directory");
+    EXPECT_EQ(thrown.Get<MediaException::TagFile>(), name);
+    EXPECT_EQ(ExpectThrow<PresetFileException>([&] { PresetFile::Open(folder.Path()); }).description,
+              "Cannot read '" + folder.Path().string() + "': Is a directory");
+    EXPECT_EQ(ExpectThrow<PresetFileException>([] { PresetFile::Open(""); }).description,
+              "Cannot open '': No such file or directory");
+}
+
+TEST(PresetFile, LetsTheFailureOfAStreamPass)
+{
+    TestInput input(R"({"p":)", std::string::npos, 2);
+    EXPECT_EQ(ExpectThrow<Core::CoreException>([&] { PresetFile::Read(input, "p.json"); }).description,
+              "test stream: no more");
+}
+
+TEST(PresetFile, OfAnyDepthEndsInAnError)
+{
+    ExpectRefused(std::string(1000000, '['));
+    std::string deep;
+    for (int i = 0; i < 600; ++i)
+    {
+        deep += R"({"p":)";
+    }
+    ExpectRefused(deep + "1" + std::string(600, '}'));
+}
+
+} // namespace
