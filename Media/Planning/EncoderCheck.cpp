@@ -1,7 +1,6 @@
 #include "Media/Planning/EncoderCheck.h"
 
 #include "Media/MediaException.h"
-#include "Media/PixelFormatKey.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/ValueText.h"
 

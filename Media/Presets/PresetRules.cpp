@@ -1,7 +1,6 @@
 #include "Media/Presets/PresetRules.h"
 
 #include "Media/MediaException.h"
-#include "Media/PixelFormatKey.h"
 #include "Media/ValueText.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
@@ -109,7 +108,7 @@ const Rule* StreamRules(std::size_t& count)
         {&IFormatCodecVideo::TAG_ASPECTY, PROPERTY_TYPE_INT64, IsShort, kShort},
         {&IFormatCodecVideo::TAG_FRAME_ASPECTX, PROPERTY_TYPE_INT64, IsShort, kShort},
         {&IFormatCodecVideo::TAG_FRAME_ASPECTY, PROPERTY_TYPE_INT64, IsShort, kShort},
-        {&kPixelFormatKey, PROPERTY_TYPE_INT64, IsPixelFormat,
+        {&Conf::TAG_PIX_FMT, PROPERTY_TYPE_INT64, IsPixelFormat,
          "the number of a pixel format, as 0 for YUV420P"},
         {&IFormatCodecVideo::TAG_FPS, PROPERTY_TYPE_RATIO, IsPositiveRatio, "a rate as [30000, 1001]"},
         {&IFormatCodecVideo::TAG_X264_TUNE, PROPERTY_TYPE_STRING, IsAnything, "a string"},

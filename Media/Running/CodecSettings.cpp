@@ -1,6 +1,5 @@
 #include "Media/Running/CodecSettings.h"
 
-#include "Media/PixelFormatKey.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/ValueText.h"
 
