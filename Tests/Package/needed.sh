@@ -1,6 +1,6 @@
 #!/bin/bash
-# needed.sh <prefix>: what the dynamic linker will load with each of our files, and where it will look for them. Core and Conf
-# do not bring FFmpeg's libraries along.
+# needed.sh <prefix>: what the dynamic linker will load with each of our files, and where it will look for them. Only the
+# media library names FFmpeg's libraries.
 set -euo pipefail
 prefix=$1
 status=0
@@ -20,13 +20,12 @@ while IFS= read -r file; do
     ffmpeg=$(entries "$file" NEEDED | grep -E '^lib(av|sw|postproc)' || true)
     search=$(entries "$file" RUNPATH)
     case $name in
-    libZelnorCore.so* | libZelnorConf.so*)
+    libZelnorCore.so* | libZelnorConf.so* | zconf)
         [[ -z $ffmpeg ]] || fail "$name needs $ffmpeg"
         ;;
     libZelnorMedia.so*)
         [[ $ffmpeg == *libavformat* ]] || fail "$name does not need libavformat"
         ;;
-    zconf) ;;
     *)
         fail "$name: a file that this test does not know"
         ;;
