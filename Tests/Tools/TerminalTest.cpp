@@ -80,14 +80,16 @@ TEST_F(Terminal, TheLocaleChangesNothing)
                       R"("edges":[{"from":1234567,"to":2}]})");
     ProcessOptions classic;
     classic.environment = {"LC_ALL=C"};
-    for (const char* const command : {"show", "check", "draw"})
+    for (const std::vector<std::string>& command : {std::vector<std::string>{"job", "show", "job.json"},
+                                                    {"job", "check", "--topology", "job.json"},
+                                                    {"job", "draw", "job.json"}})
     {
-        const std::string expected = Zconf({"job", command, "job.json"}, classic).output;
+        const std::string expected = Zconf(command, classic).output;
         for (const char* const locale : {"LC_ALL=de_DE.UTF-8", "LC_ALL=tr_TR.UTF-8", "LC_ALL=no_such_locale"})
         {
             ProcessOptions other;
             other.environment = {locale};
-            const ProcessResult result = Zconf({"job", command, "job.json"}, other);
+            const ProcessResult result = Zconf(command, other);
             ExpectQuietSuccess(result);
             EXPECT_EQ(result.output, expected);
         }

@@ -101,7 +101,7 @@ TEST(CodecSettings, OutOfRangeAreFaults)
                 ", frameRateRatio: expected a positive rational as 30000/1001, found -25/1");
     ExpectFault(R"("frameRateRatio":[4294967296,1])",
                 ", frameRateRatio: expected a positive rational as 30000/1001, found 4294967296/1");
-    ExpectFault(R"("PIXELFORMAT":3)", ", PIXELFORMAT: expected the number of a pixel format, found 3");
+    ExpectFault(R"("PIXELFORMAT":1)", ", PIXELFORMAT: expected the number of a pixel format, found 1");
     // Cut to 32 bits it would be 0, that of YUV420P.
     ExpectFault(R"("PIXELFORMAT":4294967296)",
                 ", PIXELFORMAT: expected the number of a pixel format, found 4294967296");
