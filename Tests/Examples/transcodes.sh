@@ -24,4 +24,4 @@ fails() {
     diff <(printf '%s\n' "$2") errors.txt
 }
 fails 2 'usage: transcode_file <media file> <preset file> <output file>' holiday.mov
-fails 2 "transcode_file: Cannot read 'missing.mov': No such file or directory" missing.mov "$preset" out.mp4
+fails 2 'transcode_file: missing.mov: cannot be read: No such file or directory' missing.mov "$preset" out.mp4
