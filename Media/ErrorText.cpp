@@ -57,7 +57,7 @@ std::string DescribeTagged(const Exception& exception)
 std::string DescribeRefusal(const Core::MethodIsNotApplicable& exception)
 {
     const auto* const name = boost::get_error_info<Core::PropertyException::TagPropertyName>(exception);
-    return "'" + (name == nullptr ? "" : *name) + "' is no group, so it cannot have children";
+    return "'" + (name == nullptr ? "" : *name) + "' is not a group, so it cannot have children";
 }
 
 } // namespace

@@ -22,7 +22,7 @@ namespace
 
 constexpr const char* kUnit = "Media/Jobs/JobFile";
 
-/// Read as the graph reads it: whatever is no 64-bit integer counts as 0.
+/// Read as the graph reads it: whatever is not a 64-bit integer counts as 0.
 std::int64_t IntegerOf(const rapidjson::Value& element, const char* key)
 {
     const auto member = element.FindMember(key);

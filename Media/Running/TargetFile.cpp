@@ -148,7 +148,7 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
     if (::stat(m_target.c_str(), &replaced) == 0)
     {
         m_permissions = replaced.st_mode & kPermissions;
-        // While it is written, it is no more open to others than the file that it replaces.
+        // While it is written, it is not more open to others than the file that it replaces.
         mode = (replaced.st_mode & kReadAndWrite) | kOwnerReadAndWrite;
     }
     auto [descriptor, workName] = CreateBeside(fs::path(m_target).parent_path(), mode);
