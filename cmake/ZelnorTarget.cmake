@@ -37,6 +37,10 @@ function(zelnor_target target)
     target_compile_options(${target} PRIVATE "-fsanitize=${ZELNOR_SANITIZE}" -fno-sanitize-recover=all
                                              -fno-omit-frame-pointer -O1 -g1)
     target_link_options(${target} PRIVATE "-fsanitize=${ZELNOR_SANITIZE}")
+    if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+      target_compile_options(${target}
+                             PRIVATE "-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/ZelnorSanitizers.ignore")
+    endif()
   endif()
 endfunction()
 

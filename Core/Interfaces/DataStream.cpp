@@ -141,7 +141,7 @@ IDataOutput::~IDataOutput() = default;
 
 boost::intrusive_ptr<FileDataInput> FileDataInput::Create(const ioPath& path)
 {
-    const boost::intrusive_ptr<FileDataInput> input(new FileDataInput(path));
+    boost::intrusive_ptr<FileDataInput> input(new FileDataInput(path));
     input->m_descriptor = Open(path.native().string(), O_RDONLY, 0);
     if (input->m_descriptor < 0)
     {
@@ -172,7 +172,7 @@ std::size_t FileDataInput::Read(void* buffer, std::size_t size)
 
 boost::intrusive_ptr<FileDataOutput> FileDataOutput::Create(const ioPath& path)
 {
-    const boost::intrusive_ptr<FileDataOutput> output(new FileDataOutput(path));
+    boost::intrusive_ptr<FileDataOutput> output(new FileDataOutput(path));
     output->m_descriptor = Open(path.native().string(), O_WRONLY | O_CREAT | O_TRUNC, kNewFileMode);
     if (output->m_descriptor < 0)
     {
@@ -195,7 +195,7 @@ void FileDataOutput::Write(const void* data, std::size_t size)
 
 boost::intrusive_ptr<AtomicFileDataOutput> AtomicFileDataOutput::Create(const ioPath& path)
 {
-    const boost::intrusive_ptr<AtomicFileDataOutput> output(new AtomicFileDataOutput(path));
+    boost::intrusive_ptr<AtomicFileDataOutput> output(new AtomicFileDataOutput(path));
     std::optional<std::string> target = FollowLinks(path.native());
     if (!target)
     {

@@ -232,7 +232,14 @@ Property& Property::SetChildT(const std::string& name, const T& value)
     {
         return CreateChildT(name, value);
     }
-    return *found = value;
+    if constexpr ((std::is_integral_v<T> || std::is_enum_v<T>)&&std::is_convertible_v<T, long long>)
+    {
+        return *found = static_cast<long long>(value);
+    }
+    else
+    {
+        return *found = value;
+    }
 }
 
 } // namespace Zelnor::Core

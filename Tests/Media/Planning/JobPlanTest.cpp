@@ -6,6 +6,8 @@
 #include "Tests/Support/FakePreset.h"
 #include "Tests/Support/MediaFixtures.h"
 
+#include "Conf/Interfaces/CodecMaps.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -321,6 +323,39 @@ TEST(PlanJob, ChecksAPresetThatIsNotAPresetFile)
     EXPECT_EQ(thrown.description,
               "mine.container: expected the name of a container, as \"mp4\", found nothing");
     EXPECT_EQ(thrown.Get<MediaException::TagKey>(), "mine.container");
+}
+
+TEST(PlanJob, EveryCodecIsPlannedOrRefusedWithItsPlace)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream(), MakeSubtitleStream()});
+    const std::pair<const char*, Conf::MapCodecs> kTypes[] = {
+        {"video", Conf::GetFFVideoCodecsMap()},
+        {"audio", Conf::GetFFAudioCodecsMap()},
+        {"subtitles_text", Conf::GetFFSubtitleCodecsMap()}};
+    for (const auto& [type, codecs] : kTypes)
+    {
+        std::size_t planned = 0;
+        for (const auto& [id, text] : codecs)
+        {
+            SCOPED_TRACE(text);
+            if (text == Conf::IFormatCodec::CODEC_ID_NONE)
+            {
+                continue; // no preset may ask for it
+            }
+            const std::string streams = std::string("{\"") + type + R"(":{"codec_id":")" + text + "\"}}";
+            try
+            {
+                EXPECT_TRUE(Plan(source, streams).graph->TopologyIsValid());
+                ++planned;
+            }
+            catch (const PlanException& exception)
+            {
+                EXPECT_NE(boost::get_error_info<MediaException::TagStream>(exception), nullptr);
+                EXPECT_NE(boost::get_error_info<MediaException::TagKey>(exception), nullptr);
+            }
+        }
+        EXPECT_GT(planned, 5U) << type;
+    }
 }
 
 } // namespace
