@@ -19,7 +19,7 @@ if grep -rnF -e "$source" -e "$build" "$prefix"; then
     echo "the installed tree names the place it was built in"
     exit 1
 fi
-if grep -rniE 'glog|/usr/' "$prefix"/lib*/cmake "$prefix"/lib*/pkgconfig; then
+if grep -rnE 'glog|GLOG|/usr/' "$prefix"/lib*/cmake "$prefix"/lib*/pkgconfig; then
     echo "the package names what only the build needs"
     exit 1
 fi
