@@ -6,6 +6,14 @@
 
 #include <string>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define ZELNOR_ADDRESS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZELNOR_ADDRESS_SANITIZER
+#endif
+#endif
+
 namespace
 {
 
@@ -38,7 +46,7 @@ void LoadUseAndUnload()
 
 TEST(Libraries, LeaveMemoryTogetherWithTheirLog)
 {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef ZELNOR_ADDRESS_SANITIZER
     GTEST_SKIP() << "glog loses the memory of its flags when it is unloaded";
 #endif
     LoadUseAndUnload();
