@@ -7,35 +7,14 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <iterator>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace Zelnor::Core
 {
 
 namespace
 {
-
-/// Whether a UTF-8 sequence is an invisible character that controls a terminal, or that changes the order in
-/// which its neighbours are displayed, so that one text looks like another.
-bool IsHidden(std::string_view sequence)
-{
-    if (sequence.size() == 1)
-    {
-        return static_cast<unsigned char>(sequence[0]) < 0x20 || sequence[0] == 0x7F;
-    }
-    // The C1 controls U+0080 to U+009F; the bidirectional marks U+061C, U+200E and U+200F, embeddings and
-    // overrides U+202A to U+202E, and isolates U+2066 to U+2069. UTF-8 keeps the order of the numbers.
-    constexpr std::pair<std::string_view, std::string_view> kRanges[] = {
-        {"\xC2\x80", "\xC2\x9F"},         {"\xD8\x9C", "\xD8\x9C"},         {"\xE2\x80\x8E", "\xE2\x80\x8F"},
-        {"\xE2\x80\xAA", "\xE2\x80\xAE"}, {"\xE2\x81\xA6", "\xE2\x81\xA9"},
-    };
-    return std::any_of(std::begin(kRanges), std::end(kRanges), [sequence](const auto& range) {
-        return range.first <= sequence && sequence <= range.second;
-    });
-}
 
 /// Writes three digits for each byte, so that a digit of the text after it cannot be mistaken for one of
 /// them.
@@ -57,7 +36,7 @@ std::size_t AppendCharacter(std::string_view text, std::string& out)
 {
     const std::size_t length = Utf8Length(text);
     const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
-    if (length == 0 || IsHidden(character))
+    if (length == 0 || IsInvisibleControl(Utf8CodePoint(character)))
     {
         AppendOctal(character, out);
     }

@@ -12,8 +12,8 @@ namespace Zelnor::Core
 /// group as `name:` with its children below, a rational as `30000/1001`, a property without a value as
 /// `name: null`.
 ///
-/// Quotes, backslashes, control characters (C1 and bidirectional ones, too) and bytes that are not UTF-8 are
-/// written as C escapes, so that the text can be used in a quoted DOT label and no text looks like another.
+/// Quotes, backslashes, invisible controls (`IsInvisibleControl`) and bytes that are not UTF-8 are written as
+/// C escapes, so that the text can be used in a quoted DOT label and no text looks like another.
 /// The stream's locale and format flags have no effect.
 ///
 /// \param indent  the level of the first line; less than 0 counts as 0

@@ -1,5 +1,8 @@
 #include "Core/Interfaces/Utf8.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace Zelnor::Core
 {
 
@@ -31,6 +34,44 @@ std::size_t Utf8Length(std::string_view text)
         return continues(1) && continues(2) && continues(3) && !overlong && !beyond ? 4 : 0;
     }
     return 0;
+}
+
+char32_t Utf8CodePoint(std::string_view character)
+{
+    const auto lead = static_cast<unsigned char>(character.front());
+    char32_t point = character.size() == 1 ? lead : lead & (0x7Fu >> character.size());
+    for (const char c : character.substr(1))
+    {
+        point = (point << 6) | (static_cast<unsigned char>(c) & 0x3Fu);
+    }
+    return point;
+}
+
+bool IsInvisibleControl(char32_t point)
+{
+    struct Range
+    {
+        char32_t first;
+        char32_t last;
+    };
+    constexpr Range kRanges[] = {
+        {0x0000, 0x001F},   // C0
+        {0x007F, 0x009F},   // DEL and C1
+        {0x00AD, 0x00AD},   // soft hyphen
+        {0x061C, 0x061C},   // Arabic letter mark
+        {0x200B, 0x200B},   // zero width space
+        {0x200E, 0x200F},   // left-to-right and right-to-left marks
+        {0x2028, 0x202E},   // line and paragraph separators; bidirectional embeddings and overrides
+        {0x2060, 0x206F},   // word joiner, invisible operators, bidirectional isolates, deprecated controls
+        {0xFEFF, 0xFEFF},   // zero width no-break space
+        {0xFFF9, 0xFFFB},   // interlinear annotations
+        {0x1BCA0, 0x1BCA3}, // shorthand format controls
+        {0x1D173, 0x1D17A}, // musical format controls
+        {0xE0000, 0xE007F}, // tags
+    };
+    const auto* const range = std::find_if(std::begin(kRanges), std::end(kRanges),
+                                           [point](const Range& each) { return point <= each.last; });
+    return range != std::end(kRanges) && range->first <= point;
 }
 
 } // namespace Zelnor::Core

@@ -132,11 +132,19 @@ TEST(PrintPropertyValue, EscapesTheBidirectionalControls)
     EXPECT_EQ(Print(Property("fi\xE2\x80\xAEtxe.le")), "fi\\342\\200\\256txe.le:\n");
 }
 
-TEST(PrintPropertyValue, KeepsTheNeighboursOfTheBidirectionalControls)
+TEST(PrintPropertyValue, EscapesOtherCharactersThatNobodySees)
+{
+    EXPECT_EQ(PrintText("line\u2028paragraph\u2029"), R"(line\342\200\250paragraph\342\200\251)");
+    EXPECT_EQ(PrintText("in\u200B.mov"), R"(in\342\200\213.mov)");
+    EXPECT_EQ(PrintText("\uFEFFsource"), R"(\357\273\277source)");
+    EXPECT_EQ(PrintText("\U000E0041"), R"(\363\240\201\201)");
+}
+
+TEST(PrintPropertyValue, KeepsWhatWordsAndEmojiAreSpelledWith)
 {
     for (const std::string text :
-         {"\xD8\x9B", "\xD8\x9D", "\xE2\x80\x8D", "\xE2\x80\x90", "\xE2\x80\xA9", "\xE2\x80\xAF",
-          "\xE2\x81\xA5", "\xE2\x81\xAA", "\xF0\x9F\x8E\xAC", "\xD7\x90 \xD8\xA7"})
+         {"\u061B\u061D", "\u200C\u200D", "\u2010\u2027\u202F", "\u205F", "\u2070", "\u00AC\u00AE",
+          "\U0001F468\u200D\U0001F469\u200D\U0001F467\uFE0F", "\u05D0 \u0627"})
     {
         EXPECT_EQ(PrintText(text), text);
     }

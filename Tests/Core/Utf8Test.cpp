@@ -5,6 +5,8 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace Zelnor::Core
 {
@@ -100,6 +102,42 @@ TEST(Utf8Length, OfNulIsOneAndLooksAtNothingBehindTheCharacter)
     EXPECT_EQ(Utf8Length("\0\x80"s), 1u);
     EXPECT_EQ(Utf8Length("a\xFF"), 1u);
     EXPECT_EQ(Utf8Length("\xC3\xA4\xBF"), 2u);
+}
+
+TEST(Utf8CodePoint, IsTheNumberThatEveryCharacterEncodes)
+{
+    for (unsigned long character = 0; character <= 0x10FFFF; ++character)
+    {
+        if (character < 0xD800 || character > 0xDFFF)
+        {
+            ASSERT_EQ(Utf8CodePoint(Encode(character, ShortestLength(character))), character);
+        }
+    }
+}
+
+TEST(IsInvisibleControl, HoldsForControlsSeparatorsAndInvisibleFormatCharactersAlone)
+{
+    const std::vector<std::pair<char32_t, char32_t>> ranges = {
+        {0x00, 0x1F},       {0x7F, 0x9F},       {0xAD, 0xAD},       {0x61C, 0x61C},   {0x200B, 0x200B},
+        {0x200E, 0x200F},   {0x2028, 0x202E},   {0x2060, 0x206F},   {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB},
+        {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A}, {0xE0000, 0xE007F},
+    };
+    char32_t next = 0;
+    for (const auto& [first, last] : ranges)
+    {
+        for (; next < first; ++next)
+        {
+            ASSERT_FALSE(IsInvisibleControl(next)) << static_cast<unsigned long>(next);
+        }
+        for (; next <= last; ++next)
+        {
+            ASSERT_TRUE(IsInvisibleControl(next)) << static_cast<unsigned long>(next);
+        }
+    }
+    for (; next <= 0x10FFFF; ++next)
+    {
+        ASSERT_FALSE(IsInvisibleControl(next)) << static_cast<unsigned long>(next);
+    }
 }
 
 } // namespace
