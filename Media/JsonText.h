@@ -3,10 +3,9 @@
 // Private to the library, not installed.
 
 #include "Core/Interfaces/DataStream.h"
+#include "Core/Interfaces/JsonMemory.h"
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
-
-#include <rapidjson/document.h>
 
 #include <string>
 
@@ -22,7 +21,7 @@ boost::intrusive_ptr<Core::IDataInput> MakeTextInput(const std::string& text);
 /// A parsed document, or why there is none.
 struct ParsedJson
 {
-    rapidjson::Document document;
+    Core::JsonDocument document;
     /// "line 3, column 14: Invalid value."; empty when the text is JSON.
     std::string fault;
 };

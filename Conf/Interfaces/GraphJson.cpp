@@ -17,19 +17,22 @@ namespace Zelnor::Conf
 namespace
 {
 
+using Core::JsonDocument;
+using Core::JsonMemory;
+using Core::JsonValue;
 using Core::Property;
 
 rapidjson::SizeType Length(std::string_view text) { return static_cast<rapidjson::SizeType>(text.size()); }
 
 /// The member `key` of an object, or null.
-rapidjson::Value* FindMember(rapidjson::Value& object, std::string_view key)
+JsonValue* FindMember(JsonValue& object, std::string_view key)
 {
-    const auto found = object.FindMember(rapidjson::Value(rapidjson::StringRef(key.data(), Length(key))));
+    const auto found = object.FindMember(JsonValue(rapidjson::StringRef(key.data(), Length(key))));
     return found == object.MemberEnd() ? nullptr : &found->value;
 }
 
 /// Whether the whole input is one JSON document with an object at its root.
-bool ParseObject(Core::IDataInput& in, rapidjson::Document& document)
+bool ParseObject(Core::IDataInput& in, JsonDocument& document)
 {
     Core::JsonZelnorStreamIn stream(in);
     // The default parser recurses for every bracket, so that a document could overflow the stack.
@@ -39,13 +42,13 @@ bool ParseObject(Core::IDataInput& in, rapidjson::Document& document)
 }
 
 /// The array `key` of an object, or null.
-rapidjson::Value* FindArray(rapidjson::Value& object, std::string_view key)
+JsonValue* FindArray(JsonValue& object, std::string_view key)
 {
-    rapidjson::Value* const member = FindMember(object, key);
+    JsonValue* const member = FindMember(object, key);
     return member != nullptr && member->IsArray() ? member : nullptr;
 }
 
-std::string NotAnObject(std::string_view array, rapidjson::SizeType index, const rapidjson::Value& found)
+std::string NotAnObject(std::string_view array, rapidjson::SizeType index, const JsonValue& found)
 {
     // In the order of rapidjson::Type.
     static constexpr const char* kKinds[] = {"null",     "false",    "true",    "an object",
@@ -55,18 +58,18 @@ std::string NotAnObject(std::string_view array, rapidjson::SizeType index, const
 }
 
 /// The integer `key` of an object; 0 if it is not a 64-bit integer.
-long long ReadInteger(rapidjson::Value& object, std::string_view key)
+long long ReadInteger(JsonValue& object, std::string_view key)
 {
-    const rapidjson::Value* const member = FindMember(object, key);
+    const JsonValue* const member = FindMember(object, key);
     return member != nullptr && member->IsInt64() ? member->GetInt64() : 0;
 }
 
 /// The record of a node or link, still wrapped in the group "data".
-Property ReadWrapped(rapidjson::Value& element, std::string_view key)
+Property ReadWrapped(JsonValue& element, std::string_view key)
 {
     Property record{std::string(key)};
-    rapidjson::Value null;
-    rapidjson::Value* const member = FindMember(element, key);
+    JsonValue null;
+    JsonValue* const member = FindMember(element, key);
     Core::PropertySerializer::Load(record, member == nullptr ? null : *member);
     return record;
 }
@@ -128,7 +131,8 @@ public:
     }
 
 private:
-    using Writer = rapidjson::Writer<Core::JsonZelnorStreamOut>;
+    using Writer =
+        rapidjson::Writer<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory>;
 
     Core::JsonZelnorStreamOut m_stream;
     Writer m_writer;
@@ -136,7 +140,7 @@ private:
 
 } // namespace
 
-void ITranscodingMetaGraph::GrahpImpl::LoadNode(rapidjson::Value& element)
+void ITranscodingMetaGraph::GrahpImpl::LoadNode(JsonValue& element)
 {
     // The record is read before the identifier: one that is refused leaves the counter as it was.
     Property record = ReadWrapped(element, DATA);
@@ -145,7 +149,7 @@ void ITranscodingMetaGraph::GrahpImpl::LoadNode(rapidjson::Value& element)
     AppendNode(id, Unwrap(std::move(record)));
 }
 
-void ITranscodingMetaGraph::GrahpImpl::LoadLink(rapidjson::Value& element)
+void ITranscodingMetaGraph::GrahpImpl::LoadLink(JsonValue& element)
 {
     Property record = ReadWrapped(element, DATA);
     // The link gets the next identifier; callers rely on that.
@@ -157,13 +161,13 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
 {
     m_nodeCounter = 0;
     m_linkCounter = 0;
-    rapidjson::Document document;
+    JsonDocument document;
     if (!ParseObject(in, document))
     {
         ZELNOR_THROW(kGraphUnit, BadStructure("The root node must be an object."));
     }
-    rapidjson::Value* const vertices = FindArray(document, VERTICES);
-    rapidjson::Value* const edges = FindArray(document, EDGES);
+    JsonValue* const vertices = FindArray(document, VERTICES);
+    JsonValue* const edges = FindArray(document, EDGES);
     if (vertices == nullptr || edges == nullptr)
     {
         ZELNOR_THROW(kGraphUnit, BadStructure("The root object must have two nested arrays named " +

@@ -3,8 +3,7 @@
 // Private to the library, not installed: the implementation of ITranscodingMetaGraph.
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
-
-#include <rapidjson/document.h>
+#include "Core/Interfaces/JsonMemory.h"
 
 #include <cstddef>
 #include <list>
@@ -110,8 +109,8 @@ private:
     void IndexAfterRemoval(NodeId id);
     static const LinkEnd* FindLink(const Node& source, const Node& target);
 
-    void LoadNode(rapidjson::Value& element);
-    void LoadLink(rapidjson::Value& element);
+    void LoadNode(Core::JsonValue& element);
+    void LoadLink(Core::JsonValue& element);
     /// Why the first record that cannot be saved is refused; empty if all can be saved.
     std::string GetSaveRefusal() const;
 

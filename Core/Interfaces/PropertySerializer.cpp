@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <numeric>
 #include <optional>
 #include <string_view>
@@ -98,9 +99,14 @@ Path PathTo(const Place* place)
     return path;
 }
 
-std::string_view TextOf(const rapidjson::Value& json) { return {json.GetString(), json.GetStringLength()}; }
+template <class Json>
+std::string_view TextOf(const Json& json)
+{
+    return {json.GetString(), json.GetStringLength()};
+}
 
-const char* KindOf(const rapidjson::Value& json)
+template <class Json>
+const char* KindOf(const Json& json)
 {
     switch (json.GetType())
     {
@@ -154,11 +160,12 @@ std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t de
 
 /// Builds properties from JSON values, each in its final place. Recurses once for each nested group, at most
 /// `kMaxDepth` times. Its operations return whether the JSON was a record; if not, `GetRefusal()` says why.
+template <class Json>
 class Reader
 {
 public:
     /// Appends the record in `json`, an object with one member, to `group`.
-    bool Record(const rapidjson::Value& json, const Place* parent, Property& group)
+    bool Record(const Json& json, const Place* parent, Property& group)
     {
         if (!json.IsObject() || json.MemberCount() != 1)
         {
@@ -179,10 +186,10 @@ private:
         return false;
     }
 
-    bool Member(const rapidjson::Value::Member& member, const Place* parent, Property& group)
+    bool Member(const typename Json::Member& member, const Place* parent, Property& group)
     {
         Place place{parent, TextOf(member.name), {}, parent == nullptr ? 0 : parent->groups};
-        const rapidjson::Value& json = member.value;
+        const Json& json = member.value;
         std::string name(place.name);
         switch (json.GetType())
         {
@@ -214,7 +221,7 @@ private:
                           KindOf(json));
     }
 
-    bool Object(const rapidjson::Value& json, Place& place, Property& group)
+    bool Object(const Json& json, Place& place, Property& group)
     {
         if (++place.groups > PropertySerializer::kMaxDepth)
         {
@@ -225,10 +232,10 @@ private:
                            [&](const auto& member) { return Member(member, &place, group); });
     }
 
-    bool Array(const rapidjson::Value& json, Place& place, Property& property)
+    bool Array(const Json& json, Place& place, Property& property)
     {
         const auto elements = json.GetArray();
-        const auto isNumber = [](const rapidjson::Value& element) { return element.IsNumber(); };
+        const auto isNumber = [](const Json& element) { return element.IsNumber(); };
         if (elements.Size() == 2 && std::any_of(elements.begin(), elements.end(), isNumber))
         {
             return Ratio(elements[0], elements[1], place, property);
@@ -238,16 +245,15 @@ private:
             return Refuse(&place, kTooDeep);
         }
         std::size_t index = 0;
-        return std::all_of(elements.begin(), elements.end(), [&](const rapidjson::Value& element) {
+        return std::all_of(elements.begin(), elements.end(), [&](const Json& element) {
             const Place inside{&place, {}, index++, place.groups};
             return Record(element, &inside, property);
         });
     }
 
-    bool Ratio(const rapidjson::Value& top, const rapidjson::Value& bottom, const Place& place,
-               Property& property)
+    bool Ratio(const Json& top, const Json& bottom, const Place& place, Property& property)
     {
-        for (const rapidjson::Value* part : {&top, &bottom})
+        for (const Json* part : {&top, &bottom})
         {
             if (!part->IsInt64())
             {
@@ -270,6 +276,55 @@ private:
 
 /// Up to this many children, comparing each with each is faster than a hash table.
 constexpr unsigned long kFewChildren = 12;
+
+/// Replaces `property` by the record. \returns why it cannot; empty when it could
+template <class Json>
+std::string LoadRecord(Property& property, const Json& json)
+{
+    if (json.IsNull())
+    {
+        property = Property(property.GetName());
+        return {};
+    }
+    Property holder;
+    Reader<Json> reader;
+    if (!reader.Record(json, nullptr, holder))
+    {
+        return reader.GetRefusal();
+    }
+    property = std::move(*holder.begin());
+    return {};
+}
+
+/// Counts what a document takes from its pool for the events that it is sent; a little more for strings.
+class PoolSize
+{
+public:
+    void Null() {}
+    void Int64(std::int64_t) {}
+    void StartObject() {}
+    void StartArray() {}
+    void EndObject(rapidjson::SizeType count) { Add(count * sizeof(rapidjson::Value::Member)); }
+    void EndArray(rapidjson::SizeType count) { Add(count * sizeof(rapidjson::Value)); }
+    void Key(const char* text, rapidjson::SizeType length, bool copy) { String(text, length, copy); }
+    void String(const char*, rapidjson::SizeType length, bool)
+    {
+        // Shorter ones stand in the value itself.
+        constexpr std::size_t kShortest = sizeof(rapidjson::Value) - 3;
+        if (length >= kShortest)
+        {
+            Add(std::size_t{length} + 1);
+        }
+    }
+
+    std::size_t Get() const { return m_size; }
+
+private:
+    void Add(std::size_t size) { m_size += RAPIDJSON_ALIGN(size); }
+
+    /// The pool's own header.
+    std::size_t m_size = RAPIDJSON_ALIGN(4 * sizeof(std::size_t));
+};
 
 PropertyException RefusalException(const std::string& refusal)
 {
@@ -397,18 +452,18 @@ void CheckDepth(const Property& record, int wrappers)
 
 void PropertySerializer::Load(Property& property, rapidjson::Value& json)
 {
-    if (json.IsNull())
+    if (const std::string refusal = LoadRecord(property, json); !refusal.empty())
     {
-        property = Property(property.GetName());
-        return;
+        ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
-    Property holder;
-    Reader reader;
-    if (!reader.Record(json, nullptr, holder))
+}
+
+void PropertySerializer::Load(Property& property, const JsonValue& json)
+{
+    if (const std::string refusal = LoadRecord(property, json); !refusal.empty())
     {
-        ZELNOR_THROW(kUnit, RefusalException(reader.GetRefusal()));
+        ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
-    property = std::move(*holder.begin());
 }
 
 void PropertySerializer::Save(const Property& property, rapidjson::Value& json,
@@ -418,9 +473,20 @@ void PropertySerializer::Save(const Property& property, rapidjson::Value& json,
     {
         ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
-    rapidjson::Document document(&allocator);
-    const auto generate = [&property](rapidjson::Document& handler) {
-        PropertyEvents<rapidjson::Document>(handler, true).Record(property);
+    PoolSize size;
+    PropertyEvents<PoolSize>(size, true).Record(property);
+    // All at once: where a value needs memory, RapidJSON does not ask whether there is any.
+    void* const memory = allocator.Malloc(size.Get());
+    if (memory == nullptr)
+    {
+        throw std::bad_alloc();
+    }
+    rapidjson::Document::AllocatorType pool(memory, size.Get());
+    using Document =
+        rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::Document::AllocatorType, JsonMemory>;
+    Document document(&pool);
+    const auto generate = [&property](Document& handler) {
+        PropertyEvents<Document>(handler, true).Record(property);
         return true;
     };
     document.Populate(generate);

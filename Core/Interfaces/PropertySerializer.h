@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Core/Interfaces/Export.h"
+#include "Core/Interfaces/JsonMemory.h"
 #include "Core/Interfaces/Property.h"
 
 #include <rapidjson/document.h>
@@ -30,6 +31,7 @@ public:
     ///   of the place ("data.source.bitrate: ...", "inputs[2].bitrate: ..."), in which names are cut after
     ///   256 bytes. `property` stays as it was.
     static void Load(Property& property, rapidjson::Value& json);
+    static void Load(Property& property, const JsonValue& json);
 
     /// Writes the record of `property` to `json`; strings are copied into `allocator`.
     /// \throw PropertyException when `Load` would not accept the result, with the same description; `json`

@@ -23,7 +23,7 @@ namespace
 constexpr const char* kUnit = "Media/Jobs/JobFile";
 
 /// Read as the graph reads it: whatever is not a 64-bit integer counts as 0.
-std::int64_t IntegerOf(const rapidjson::Value& element, const char* key)
+std::int64_t IntegerOf(const Core::JsonValue& element, const char* key)
 {
     const auto member = element.FindMember(key);
     return member != element.MemberEnd() && member->value.IsInt64() ? member->value.GetInt64() : 0;
@@ -31,9 +31,9 @@ std::int64_t IntegerOf(const rapidjson::Value& element, const char* key)
 
 /// The objects in the array `key` of the document; none when it is not of that form, for then the graph
 /// refuses it.
-std::vector<rapidjson::Value*> ObjectsIn(rapidjson::Value& document, const char* key)
+std::vector<Core::JsonValue*> ObjectsIn(Core::JsonValue& document, const char* key)
 {
-    std::vector<rapidjson::Value*> objects;
+    std::vector<Core::JsonValue*> objects;
     if (!document.IsObject())
     {
         return objects;
@@ -43,7 +43,7 @@ std::vector<rapidjson::Value*> ObjectsIn(rapidjson::Value& document, const char*
     {
         return objects;
     }
-    for (rapidjson::Value& element : member->value.GetArray())
+    for (Core::JsonValue& element : member->value.GetArray())
     {
         if (element.IsObject())
         {
@@ -62,14 +62,14 @@ struct Listed
     std::vector<Link> links;
 };
 
-Listed ListDocument(rapidjson::Value& document)
+Listed ListDocument(Core::JsonValue& document)
 {
     Listed job;
-    for (const rapidjson::Value* const node : ObjectsIn(document, "vertices"))
+    for (const Core::JsonValue* const node : ObjectsIn(document, "vertices"))
     {
         job.nodes.push_back(IntegerOf(*node, "id"));
     }
-    for (const rapidjson::Value* const link : ObjectsIn(document, "edges"))
+    for (const Core::JsonValue* const link : ObjectsIn(document, "edges"))
     {
         job.links.emplace_back(IntegerOf(*link, "from"), IntegerOf(*link, "to"));
     }
@@ -82,10 +82,10 @@ std::string Element(const char* array, std::size_t index)
 }
 
 /// The first element of the array whose record cannot be read; empty if there is none.
-std::string FindBadRecord(rapidjson::Value& document, const char* array)
+std::string FindBadRecord(Core::JsonValue& document, const char* array)
 {
     std::size_t index = 0;
-    for (rapidjson::Value* const element : ObjectsIn(document, array))
+    for (Core::JsonValue* const element : ObjectsIn(document, array))
     {
         const auto data = element->FindMember("data");
         try

@@ -2,6 +2,7 @@
 
 #include "Tools/zconf/Console/StandardStreams.h"
 
+#include "Core/Interfaces/JsonMemory.h"
 #include "Core/Interfaces/JsonStream.h"
 #include "Core/Interfaces/Property.h"
 #include "Core/Interfaces/PropertyEvents.h"
@@ -18,7 +19,8 @@ namespace Zelnor::Tool
 class JsonOutput
 {
 public:
-    using Writer = rapidjson::PrettyWriter<Core::JsonZelnorStreamOut>;
+    using Writer = rapidjson::PrettyWriter<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, rapidjson::UTF8<>,
+                                           Core::JsonMemory>;
 
     JsonOutput() : m_output(MakeStandardOutput()), m_stream(*m_output), m_writer(m_stream)
     {
