@@ -19,7 +19,8 @@ namespace Zelnor::Core
 /// - a group in which a name occurs twice is an array of records, in order.
 ///
 /// `Load` also accepts an object with repeated keys, an array of records with different names, and `[]`.
-/// Groups may be nested 512 deep, including the outermost one.
+/// Groups may be nested 512 deep, including the outermost one. Running out of memory is `std::bad_alloc`, and
+/// what was to be changed stays as it was.
 class ZELNOR_API PropertySerializer
 {
 public:

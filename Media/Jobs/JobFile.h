@@ -21,7 +21,7 @@ struct JobFile
     std::vector<std::string> notes = {};
 };
 
-/// \throw JobException, Core::CoreException; both name the file
+/// \throw JobException, Core::CoreException; both name the file: "big.json: Not enough memory"
 ZELNOR_API JobFile ReadJob(const ioPath& path);
 /// The same from a stream, which messages call `name`.
 ZELNOR_API JobFile ReadJob(Core::IDataInput& input, const std::string& name);

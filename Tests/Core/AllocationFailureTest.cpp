@@ -215,7 +215,7 @@ TEST(AllocationFailure, OfSaveLeavesTheValueAsItWas)
     }
     rapidjson::Document document;
     document.SetInt(7);
-    // RapidJSON has its own memory; what the serializer itself needs is a table of names for a large group.
+    // The table of names of a large group.
     ASSERT_FALSE(RunWith(0, [&] { PropertySerializer::Save(record, document, document.GetAllocator()); }));
     EXPECT_EQ(document.GetInt(), 7);
 }

@@ -158,6 +158,23 @@ TEST_F(BadInput, ATextLargerThanTheMemory)
     ExpectFailure(result, "big: Not enough memory");
 }
 
+TEST_F(BadInput, AJobLargerThanTheMemory)
+{
+    std::string nodes;
+    for (int id = 1; id <= 600000; ++id)
+    {
+        nodes += (id == 1 ? "" : ",") + (R"({"id":)" + std::to_string(id)) +
+                 R"(,"data":{"data":{"n":{"key":"a value of some length"}}}})";
+    }
+    Write("big", R"({"vertices":[)" + nodes + R"(],"edges":[]})");
+    const ProcessResult result = Shell("ulimit -v 300000; exec \"$ZCONF\" job check big");
+    if (result.messages.find("Sanitizer") != std::string::npos)
+    {
+        GTEST_SKIP() << "a sanitizer needs more address space than this test leaves";
+    }
+    ExpectFailure(result, "big: Not enough memory");
+}
+
 TEST_F(BadInput, ANameWithALineBreakIsOneLine)
 {
     Write("two\nlines\x1b[0m", "[]");
