@@ -1,18 +1,17 @@
 #include "Core/Interfaces/DataStream.h"
 
 #include "Core/Interfaces/Exception.h"
+#include "Core/Private/TemporaryFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <optional>
 #include <system_error>
-#include <tuple>
 #include <utility>
 
 namespace Zelnor::Core
@@ -26,6 +25,8 @@ constexpr const char* kUnit = "Core/Interfaces/DataStream";
 constexpr mode_t kNewFileMode = 0666;
 constexpr const char* kCommitted = "It is committed already";
 constexpr const char* kFailedBefore = "An earlier write failed";
+constexpr const char* kForeign = "It was created by another process";
+constexpr const char* kNotRegular = "Not a regular file";
 
 // The helpers report a failure as the system's error number; the operation that the caller called throws.
 
@@ -86,7 +87,7 @@ int WriteAll(int descriptor, const void* data, std::size_t size)
 
 /// The absolute path of the file that `path` names after all symbolic links are followed; the file itself
 /// need not exist. Nothing, with the reason in `errno`, when the path leads nowhere.
-std::optional<std::string> FollowLinks(const std::filesystem::path& path)
+std::optional<std::filesystem::path> FollowLinks(const std::filesystem::path& path)
 {
     if (path.empty() || HasNul(path.string()))
     {
@@ -107,31 +108,12 @@ std::optional<std::string> FollowLinks(const std::filesystem::path& path)
         const std::filesystem::path next = std::filesystem::read_symlink(target, error);
         if (error)
         {
-            return target.string();
+            return target;
         }
         target = target.parent_path() / next;
     }
     errno = ELOOP;
     return std::nullopt;
-}
-
-std::string FolderOf(const std::string& file) { return std::filesystem::path(file).parent_path().string(); }
-
-/// A new file in `folder` with a unique name. The name does not depend on the target's, which may be as long
-/// as the file system allows. \returns a descriptor, or -1 with the reason in `errno`
-std::pair<int, std::string> CreateTemporary(const std::string& folder, mode_t mode)
-{
-    static std::atomic<unsigned> s_serial{0};
-    for (;;)
-    {
-        std::string temporary =
-            folder + "/.zelnor-" + std::to_string(::getpid()) + "-" + std::to_string(s_serial.fetch_add(1));
-        const int descriptor = Open(temporary, O_WRONLY | O_CREAT | O_EXCL, mode);
-        if (descriptor >= 0 || errno != EEXIST)
-        {
-            return {descriptor, std::move(temporary)};
-        }
-    }
 }
 
 } // namespace
@@ -196,57 +178,102 @@ void FileDataOutput::Write(const void* data, std::size_t size)
 boost::intrusive_ptr<AtomicFileDataOutput> AtomicFileDataOutput::Create(const ioPath& path)
 {
     boost::intrusive_ptr<AtomicFileDataOutput> output(new AtomicFileDataOutput(path));
-    std::optional<std::string> target = FollowLinks(path.native());
-    if (!target)
+    const auto fail = [&output](const char* action, const auto& reason) {
+        return Failure(action, output->m_name, reason);
+    };
+    if (!output->OpenFolder(path))
     {
-        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
+        ZELNOR_THROW(kUnit, fail("write", errno));
     }
-    output->m_target = std::move(*target);
-    const char* const file = output->m_target.c_str();
-    struct stat status = {};
-    const bool exists = ::stat(file, &status) == 0;
+    struct stat old = {};
+    const bool exists = ::fstatat(output->m_folder, output->m_target.c_str(), &old, AT_SYMLINK_NOFOLLOW) == 0;
     if (!exists && errno != ENOENT)
     {
-        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
+        ZELNOR_THROW(kUnit, fail("write", errno));
     }
-    if (exists && !S_ISREG(status.st_mode))
+    if (exists && !S_ISREG(old.st_mode))
     {
-        ZELNOR_THROW(kUnit, Failure("replace", output->m_name, "Not a regular file"));
+        ZELNOR_THROW(kUnit, fail("replace", kNotRegular));
     }
-    if (exists && ::faccessat(AT_FDCWD, file, W_OK, AT_EACCESS) != 0)
+    if (exists && ::faccessat(output->m_folder, output->m_target.c_str(), W_OK, AT_EACCESS) != 0)
     {
-        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
+        ZELNOR_THROW(kUnit, fail("write", errno));
     }
-    // From the start, only those who may open the old file may open the new one.
-    const mode_t mode = exists ? status.st_mode & 07777 : kNewFileMode;
-    std::tie(output->m_descriptor, output->m_temporary) = CreateTemporary(FolderOf(output->m_target), mode);
-    if (output->m_descriptor < 0 || (exists && ::fchmod(output->m_descriptor, mode) != 0))
+    if (!output->OpenTemporary(exists ? &old : nullptr))
     {
-        ZELNOR_THROW(kUnit, Failure("write", output->m_name, errno));
+        ZELNOR_THROW(kUnit, fail("write", errno));
     }
     return output;
 }
 
-AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path) : m_name(path.utf8string()), m_descriptor(-1)
+AtomicFileDataOutput::AtomicFileDataOutput(const ioPath& path)
+    : m_name(path.utf8string()), m_process(::getpid())
 {}
 
-AtomicFileDataOutput::~AtomicFileDataOutput() { Discard(); }
+AtomicFileDataOutput::~AtomicFileDataOutput()
+{
+    Discard();
+    Close(m_folder);
+}
+
+bool AtomicFileDataOutput::OpenFolder(const ioPath& path)
+{
+    const std::optional<std::filesystem::path> target = FollowLinks(path.native());
+    if (!target)
+    {
+        return false;
+    }
+    const std::string file = target->filename().string();
+    m_target = file.empty() ? "." : file;
+    m_folder = Open(target->parent_path().string(), O_PATH | O_DIRECTORY, 0);
+    return m_folder >= 0;
+}
+
+bool AtomicFileDataOutput::OpenTemporary(const struct stat* old)
+{
+    RemoveAbandoned(m_folder, m_target, old == nullptr ? std::nullopt : std::optional(old->st_uid));
+    // From the start, only those who may open the old file may open the new one.
+    constexpr mode_t kPrivate = 0600;
+    TemporaryFile file = CreateTemporary(m_folder, m_target, old == nullptr ? kNewFileMode : kPrivate);
+    m_descriptor = file.descriptor;
+    m_temporary = std::move(file.name);
+    if (m_descriptor < 0 || old == nullptr)
+    {
+        return m_descriptor >= 0;
+    }
+    const std::optional<mode_t> mode = InheritAccess(m_descriptor, *old);
+    m_specialMode = mode && (*mode & ~mode_t{0777}) != 0 ? *mode : 0;
+    return mode.has_value();
+}
 
 void AtomicFileDataOutput::Discard() noexcept
 {
     if (m_descriptor >= 0)
     {
+        // A copy of this object in a process that was forked leaves the file to its creator.
+        if (::getpid() == m_process)
+        {
+            ::unlinkat(m_folder, m_temporary.c_str(), 0);
+        }
         ::close(m_descriptor);
-        ::unlink(m_temporary.c_str());
         m_descriptor = -1;
     }
 }
 
-void AtomicFileDataOutput::Write(const void* data, std::size_t size)
+const char* AtomicFileDataOutput::ReasonAgainstUse() const
 {
     if (m_descriptor < 0)
     {
-        ZELNOR_THROW(kUnit, Failure("write", m_name, m_committed ? kCommitted : kFailedBefore));
+        return m_committed ? kCommitted : kFailedBefore;
+    }
+    return ::getpid() == m_process ? nullptr : kForeign;
+}
+
+void AtomicFileDataOutput::Write(const void* data, std::size_t size)
+{
+    if (const char* const reason = ReasonAgainstUse())
+    {
+        ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
     }
     if (const int reason = WriteAll(m_descriptor, data, size))
     {
@@ -257,11 +284,15 @@ void AtomicFileDataOutput::Write(const void* data, std::size_t size)
 
 void AtomicFileDataOutput::Commit()
 {
-    if (m_descriptor < 0)
+    if (const char* const reason = ReasonAgainstUse())
     {
-        ZELNOR_THROW(kUnit, Failure("commit", m_name, m_committed ? kCommitted : kFailedBefore));
+        ZELNOR_THROW(kUnit, Failure("commit", m_name, reason));
     }
-    const std::string folder = FolderOf(m_target);
+    // Writing takes the special bits away, so they come last.
+    if (m_specialMode != 0 && ::fchmod(m_descriptor, m_specialMode) != 0)
+    {
+        ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
+    }
     if (::fsync(m_descriptor) != 0)
     {
         // fsync reports lost data only once: a second call would succeed.
@@ -269,7 +300,14 @@ void AtomicFileDataOutput::Commit()
         Discard();
         ZELNOR_THROW(kUnit, Failure("write", m_name, reason));
     }
-    if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
+    struct stat now = {};
+    const bool exists = ::fstatat(m_folder, m_target.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0;
+    // The system itself refuses to replace a folder, and names the reason better.
+    if (exists && !S_ISREG(now.st_mode) && !S_ISDIR(now.st_mode))
+    {
+        ZELNOR_THROW(kUnit, Failure("replace", m_name, kNotRegular));
+    }
+    if (::renameat(m_folder, m_temporary.c_str(), m_folder, m_target.c_str()) != 0)
     {
         ZELNOR_THROW(kUnit, Failure("write", m_name, errno));
     }
@@ -278,12 +316,12 @@ void AtomicFileDataOutput::Commit()
     m_committed = true;
     // The file is in place. What remains is to make its name survive a power failure, as far as the file
     // system allows a folder to be opened for that.
-    const int descriptor = Open(folder, O_RDONLY | O_DIRECTORY, 0);
-    if (descriptor >= 0)
+    const int folder = ::openat(m_folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder >= 0)
     {
-        ::fsync(descriptor);
+        ::fsync(folder);
     }
-    Close(descriptor);
+    Close(folder);
 }
 
 boost::intrusive_ptr<MemoryDataInput> MemoryDataInput::Create(std::string bytes)

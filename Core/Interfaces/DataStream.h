@@ -7,8 +7,12 @@
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <string>
+
+struct stat;
 
 /// \file
 /// \code
@@ -84,34 +88,53 @@ private:
 ///
 /// A relative path is resolved when the object is created; changing the current folder later has no effect.
 ///
-/// A symbolic link is followed, so that the file it names is replaced and not the link. An existing file's
-/// permissions are kept. A target that exists but is not a regular file (a device, a pipe, a folder) is
-/// refused.
+/// A symbolic link is followed, so that the file it names is replaced and not the link. A target that exists
+/// but is not a regular file (a device, a pipe, a folder) is refused.
+///
+/// The new file has the permissions of the old one, and its owner and group as far as the process may give
+/// files away. Where the group cannot be kept, group and others get what both had; set-user-ID, set-group-ID
+/// and sticky bits are kept only together with owner and group.
+///
+/// Several processes and threads may save the same target at once: each replaces it by a whole file, and the
+/// last one's stays. The temporary file of a process that was killed is removed when its target is saved the
+/// next time. After a `fork`, the object belongs to the process that created it: in the other, it neither
+/// writes nor removes anything.
 class ZELNOR_API AtomicFileDataOutput final : public Counted<IDataOutput>
 {
 public:
     static boost::intrusive_ptr<AtomicFileDataOutput> Create(const ioPath& path);
 
     /// After a failure, every later call throws, too.
-    /// \throw CoreException also after `Commit()`
+    /// \throw CoreException also after `Commit()` and in a forked process
     void Write(const void* data, std::size_t size) override;
     /// Replaces the target's contents by what was written. When this throws, the target is as it was. If only
     /// replacing the target failed, the call may be repeated.
-    /// \throw CoreException also after an earlier `Commit()` and after a write that failed
+    /// \throw CoreException also after an earlier `Commit()`, after a write that failed, and in a forked
+    /// process
     void Commit();
 
 private:
     explicit AtomicFileDataOutput(const ioPath& path);
     ~AtomicFileDataOutput() override;
+    // These return whether it worked; if not, the reason is in `errno`.
+    bool OpenFolder(const ioPath& path);
+    /// \param old  the file to replace; null when there is none
+    bool OpenTemporary(const struct stat* old);
     void Discard() noexcept;
+    /// Null when the object can be used.
+    const char* ReasonAgainstUse() const;
 
     /// As given by the caller, for messages.
     std::string m_name;
-    /// Both absolute.
+    /// Where both files are, whatever takes the folder's name in the meantime.
+    int m_folder = -1;
     std::string m_target;
     std::string m_temporary;
     /// -1 when nothing more can be written.
-    int m_descriptor;
+    int m_descriptor = -1;
+    pid_t m_process;
+    /// The whole mode of the new file if that has set-user-ID, set-group-ID or sticky bits, else 0.
+    mode_t m_specialMode = 0;
     bool m_committed = false;
 };
 
