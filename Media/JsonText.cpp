@@ -51,7 +51,7 @@ std::string ReadAll(Core::IDataInput& input)
     constexpr std::size_t kBlock = 65536;
     std::array<char, kBlock> block;
     std::string text;
-    while (const std::size_t count = input.Read(block.data(), block.size()))
+    while (const std::size_t count = Core::ReadUpTo(input, block.data(), block.size()))
     {
         text.append(block.data(), count);
     }

@@ -121,6 +121,19 @@ std::optional<std::filesystem::path> FollowLinks(const std::filesystem::path& pa
 IDataInput::~IDataInput() = default;
 IDataOutput::~IDataOutput() = default;
 
+std::size_t ReadUpTo(IDataInput& input, void* buffer, std::size_t size)
+{
+    const std::size_t count = input.Read(buffer, size);
+    if (count > size)
+    {
+        CoreException exception;
+        exception << TagDescription("The input claims to have read " + std::to_string(count) +
+                                    " bytes, expected at most " + std::to_string(size));
+        ZELNOR_THROW(kUnit, exception);
+    }
+    return count;
+}
+
 boost::intrusive_ptr<FileDataInput> FileDataInput::Create(const ioPath& path)
 {
     boost::intrusive_ptr<FileDataInput> input(new FileDataInput(path));

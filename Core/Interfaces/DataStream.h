@@ -39,6 +39,11 @@ public:
     virtual std::size_t Read(void* buffer, std::size_t size) = 0;
 };
 
+/// Reads as `input.Read` does, for whoever uses the returned count as it is: an input that a caller wrote may
+/// return too much.
+/// \throw CoreException "The input claims to have read 70 bytes, expected at most 64"
+ZELNOR_API std::size_t ReadUpTo(IDataInput& input, void* buffer, std::size_t size);
+
 class ZELNOR_API IDataOutput : public virtual IRefCountable
 {
 public:

@@ -30,7 +30,7 @@ void JsonZelnorStreamIn::Fill()
     m_taken += static_cast<std::size_t>(m_next - m_buffer.data());
     m_next = m_end = m_buffer.data();
     m_buffer.front() = '\0';
-    const std::size_t count = m_input.Read(m_buffer.data(), m_buffer.size() - 1);
+    const std::size_t count = ReadUpTo(m_input, m_buffer.data(), m_buffer.size() - 1);
     m_end += count;
     m_buffer[count] = '\0';
 }

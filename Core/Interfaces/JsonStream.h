@@ -10,7 +10,8 @@ namespace Zelnor::Core
 {
 
 /// Lets RapidJSON read from an `IDataInput`: its input-stream concept, with a buffer of fixed size. The input
-/// must outlive the stream. Exceptions of the input pass through.
+/// must outlive the stream. Exceptions of the input pass through; one that returns too large a count is
+/// refused as by `ReadUpTo`.
 ///
 /// RapidJSON mistakes a NUL byte for the end of the text. After parsing, check that `AtEnd()` is true.
 class ZELNOR_API JsonZelnorStreamIn

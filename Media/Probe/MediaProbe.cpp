@@ -90,7 +90,7 @@ private:
         auto& reader = *static_cast<StreamReader*>(self);
         try
         {
-            const std::size_t count = reader.m_input.Read(buffer, static_cast<std::size_t>(size));
+            const std::size_t count = Core::ReadUpTo(reader.m_input, buffer, static_cast<std::size_t>(size));
             return count == 0 ? AVERROR_EOF : static_cast<int>(count);
         }
         catch (...)

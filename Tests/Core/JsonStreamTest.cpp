@@ -3,6 +3,7 @@
 #include "Core/Interfaces/DataStream.h"
 
 #include "Tests/Support/Expect.h"
+#include "Tests/Support/TestStreams.h"
 
 #include <gtest/gtest.h>
 
@@ -156,6 +157,26 @@ TEST(JsonZelnorStreamIn, GivesNulAtTheEndWithoutReadingOn)
         EXPECT_EQ(stream.Tell(), 1u);
     }
     EXPECT_EQ(input.calls, calls);
+}
+
+TEST(JsonZelnorStreamIn, RefusesACountBeyondItsBuffer)
+{
+    for (const std::size_t beyond : {std::size_t{1}, std::size_t{2}, kBuffer, ~std::size_t{0} - kBuffer})
+    {
+        for (const std::size_t lieAt : {1u, 2u, 3u})
+        {
+            const auto thrown = ExpectThrow<CoreException>([=] {
+                Testing::LyingInput input('x', beyond, lieAt);
+                JsonZelnorStreamIn stream(input);
+                while (stream.Take() == 'x')
+                {}
+            });
+            EXPECT_EQ(thrown.description, "The input claims to have read " +
+                                              std::to_string(kBuffer + beyond) +
+                                              " bytes, expected at most 16384");
+            EXPECT_EQ(thrown.file, "Core/Interfaces/DataStream");
+        }
+    }
 }
 
 TEST(JsonZelnorStreamIn, TellsANulFromTheEnd)

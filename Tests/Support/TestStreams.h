@@ -66,6 +66,28 @@ private:
     std::size_t m_calls = 0;
 };
 
+/// Fills every buffer with `letter`, and claims from the call number `lieAt` on to have read `beyond` bytes
+/// more than that.
+class LyingInput final : public OnStack<Core::IDataInput>
+{
+public:
+    explicit LyingInput(char letter, std::size_t beyond = 1, std::size_t lieAt = 1)
+        : m_letter(letter), m_beyond(beyond), m_lieAt(lieAt)
+    {}
+
+    std::size_t Read(void* buffer, std::size_t size) override
+    {
+        std::fill_n(static_cast<char*>(buffer), size, m_letter);
+        return ++m_calls >= m_lieAt ? size + m_beyond : size;
+    }
+
+private:
+    char m_letter;
+    std::size_t m_beyond;
+    std::size_t m_lieAt;
+    std::size_t m_calls = 0;
+};
+
 /// Collects bytes and throws from the call number `failAt` on.
 class TestOutput final : public OnStack<Core::IDataOutput>
 {

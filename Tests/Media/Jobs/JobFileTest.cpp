@@ -2,6 +2,7 @@
 
 #include "Media/MediaException.h"
 #include "Tests/Support/Expect.h"
+#include "Tests/Support/TestStreams.h"
 
 #include <gmock/gmock.h>
 
@@ -46,6 +47,13 @@ TEST(JobFile, NotesDataOfWhichOnlyAPartIsTheRecord)
         job.notes,
         ElementsAre("job.json: node 5, data: more than one member; only the first one is the record",
                     "job.json: link 5 -> 2, data: more than one member; only the first one is the record"));
+}
+
+TEST(JobFile, OfAStreamThatClaimsTooMuchIsRefused)
+{
+    LyingInput input('[');
+    EXPECT_EQ(ExpectThrow<Core::CoreException>([&] { ReadJob(input, "job.json"); }).description,
+              "The input claims to have read 65537 bytes, expected at most 65536");
 }
 
 TEST(JobFile, ErrorsNameTheElement)

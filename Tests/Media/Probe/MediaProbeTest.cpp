@@ -115,6 +115,17 @@ TEST_F(MediaProbe, LetsTheFailureOfAStreamPass)
     }
 }
 
+TEST_F(MediaProbe, RefusesAStreamThatClaimsTooMuch)
+{
+    for (const std::size_t lieAt : {1U, 2U, 3U})
+    {
+        LyingInput input('x', 1, lieAt);
+        const Thrown thrown = ExpectThrow<Core::CoreException>([&] { ProbeMedia(input, "a stream"); });
+        EXPECT_EQ(thrown.description.value_or("").find("The input claims to have read "), 0U)
+            << "FFmpeg decides how much it asks for: " << thrown.description.value_or("");
+    }
+}
+
 /// A stream that probes another one before it gives its first bytes.
 class Nested final : public OnStack<Core::IDataInput>
 {
