@@ -116,6 +116,8 @@ void ITranscodingMetaGraph::SaveInToDot(boost::intrusive_ptr<Core::IDataOutput> 
     {
         ZELNOR_THROW(kGraphUnit, NoStream());
     }
+    const boost::intrusive_ptr<const ITranscodingMetaGraph> self(this);
+    const GrahpImpl::StreamScope scope(*m_impl);
     m_impl->SaveInToDot(*out);
 }
 

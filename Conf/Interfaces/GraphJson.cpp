@@ -247,6 +247,13 @@ void ITranscodingMetaGraph::Load(boost::intrusive_ptr<Core::IDataInput> in)
     {
         ZELNOR_THROW(kGraphUnit, NoStream());
     }
+    if (m_impl->IsStreaming())
+    {
+        ZELNOR_THROW(kGraphUnit, ChangeWhileStreaming());
+    }
+    // The stream may release the last reference to this graph.
+    const boost::intrusive_ptr<const ITranscodingMetaGraph> self(this);
+    const GrahpImpl::StreamScope scope(*m_impl);
     m_impl->Load(*in);
 }
 
@@ -256,6 +263,8 @@ void ITranscodingMetaGraph::Save(boost::intrusive_ptr<Core::IDataOutput> out) co
     {
         ZELNOR_THROW(kGraphUnit, NoStream());
     }
+    const boost::intrusive_ptr<const ITranscodingMetaGraph> self(this);
+    const GrahpImpl::StreamScope scope(*m_impl);
     m_impl->Save(*out);
 }
 

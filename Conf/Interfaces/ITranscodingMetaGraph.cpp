@@ -307,16 +307,41 @@ int ITranscodingMetaGraph::GetRefCount() const { return m_references.GetRefCount
 
 int ITranscodingMetaGraph::Release() const { return m_references.ReleaseOrDestroyImpl(this); }
 
-NodeId ITranscodingMetaGraph::AddNode(const Property& data) { return m_impl->AddNode(data); }
+NodeId ITranscodingMetaGraph::AddNode(const Property& data)
+{
+    if (m_impl->IsStreaming())
+    {
+        ZELNOR_THROW(kGraphUnit, ChangeWhileStreaming());
+    }
+    return m_impl->AddNode(data);
+}
 
-void ITranscodingMetaGraph::RemoveNode(NodeId id) { m_impl->RemoveNode(id); }
+void ITranscodingMetaGraph::RemoveNode(NodeId id)
+{
+    if (m_impl->IsStreaming())
+    {
+        ZELNOR_THROW(kGraphUnit, ChangeWhileStreaming());
+    }
+    m_impl->RemoveNode(id);
+}
 
 LinkId ITranscodingMetaGraph::AddLink(NodeId from, NodeId to, const Property& data)
 {
+    if (m_impl->IsStreaming())
+    {
+        ZELNOR_THROW(kGraphUnit, ChangeWhileStreaming());
+    }
     return m_impl->AddLink(from, to, data);
 }
 
-void ITranscodingMetaGraph::RemoveLink(NodeId from, NodeId to) { m_impl->RemoveLink(from, to); }
+void ITranscodingMetaGraph::RemoveLink(NodeId from, NodeId to)
+{
+    if (m_impl->IsStreaming())
+    {
+        ZELNOR_THROW(kGraphUnit, ChangeWhileStreaming());
+    }
+    m_impl->RemoveLink(from, to);
+}
 
 Property ITranscodingMetaGraph::operator[](NodeId id) const { return m_impl->GetNode(id); }
 

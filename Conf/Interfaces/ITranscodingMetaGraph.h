@@ -41,6 +41,11 @@ struct TopologyFault;
 /// Records are copied in and out; no operation returns a reference into the graph. An edit that throws leaves
 /// the graph and its counters as they were. A graph must be used by one thread at a time.
 ///
+/// While a graph is loaded, saved or drawn, it holds a reference to itself and to the stream, so that the
+/// stream may release all others. The stream may also read, save and draw the same graph. Whatever would
+/// change it (adding, removing, loading) throws `ProfileException` "The graph cannot be changed while it is
+/// being loaded or saved" and changes nothing.
+///
 /// Every operation that takes an identifier throws `NodeNotFound` (requested id) when no node has it.
 class ZELNOR_API ITranscodingMetaGraph : public virtual IRefCountable
 {

@@ -5,6 +5,7 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/JsonMemory.h"
 
+#include <atomic>
 #include <cstddef>
 #include <list>
 #include <memory>
@@ -35,6 +36,22 @@ public:
     GrahpImpl() = default;
     GrahpImpl(const GrahpImpl&) = delete;
     GrahpImpl& operator=(const GrahpImpl&) = delete;
+
+    /// Lives while a caller's stream is called, which may call the graph in turn.
+    class StreamScope
+    {
+    public:
+        explicit StreamScope(const GrahpImpl& graph) : m_graph(graph) { ++m_graph.m_streams; }
+        ~StreamScope() { --m_graph.m_streams; }
+        StreamScope(const StreamScope&) = delete;
+        StreamScope& operator=(const StreamScope&) = delete;
+
+    private:
+        const GrahpImpl& m_graph;
+    };
+
+    /// Whether the graph must not change, since it is being walked.
+    bool IsStreaming() const { return m_streams.load(std::memory_order_relaxed) != 0; }
 
     NodeId AddNode(const Core::Property& data);
     void RemoveNode(NodeId id);
@@ -124,6 +141,8 @@ private:
     /// Exists only while identifiers do not ascend in storage order, which only a document can cause. In all
     /// other graphs the order is enough to find a node. Const operations never change it.
     std::optional<Index> m_firstById;
+    /// Atomic, so that several threads may still save a graph that nobody changes.
+    mutable std::atomic<int> m_streams{0};
 };
 
 } // namespace Zelnor::Conf

@@ -22,4 +22,12 @@ inline ProfileException NoStream()
     return exception;
 }
 
+/// The exception for a change that a stream asks for while the graph calls it.
+inline ProfileException ChangeWhileStreaming()
+{
+    ProfileException exception;
+    exception << TagDescription("The graph cannot be changed while it is being loaded or saved");
+    return exception;
+}
+
 } // namespace Zelnor::Conf
