@@ -77,7 +77,7 @@ TEST(GraphStreamsCampaign, LoadingPassesTheFailureOfEveryReadOn)
             ExpectUsable(*graph);
         }
     }
-    std::cout << cases << " failing reads\n";
+    std::cout << "campaign: " << cases << " failing reads\n";
 }
 
 TEST(GraphStreamsCampaign, SavingAndDrawingPassTheFailureOfEveryWriteOn)
@@ -253,7 +253,7 @@ TEST(GraphStreamsCampaign, AKilledSaverLeavesTheOldFileOrTheNewOneAndNoLitterAft
     SaveToFile(*graphs[0], path);
     EXPECT_EQ(folder.Names(), std::vector<std::string>{"job.json"});
     EXPECT_GT(littered, 0u) << "no saver was killed in the middle of its work";
-    std::cout << runs << " savers, " << complete << " saves were complete, " << littered
+    std::cout << "campaign: " << runs << " savers, " << complete << " saves were complete, " << littered
               << " times a killed one had left a file\n";
 }
 
@@ -286,7 +286,7 @@ TEST(GraphStreamsCampaign, TwoSaversAtOnceBothWriteWholeFiles)
         EXPECT_EQ(WaitFor(saver), 0);
     }
     EXPECT_EQ(folder.Names(), std::vector<std::string>{"job.json"});
-    std::cout << 2 * saves << " saves, " << reads << " reads of whole files\n";
+    std::cout << "campaign: " << 2 * saves << " saves, " << reads << " reads of whole files\n";
 }
 
 } // namespace Zelnor::Conf

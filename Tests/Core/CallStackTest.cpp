@@ -8,7 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <sys/mman.h>
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -48,6 +53,53 @@ void ExpectFrame(const std::string& frame, const std::string& function, const st
     return stack;
 }
 
+#if defined(__x86_64__)
+
+std::string g_stackBelowMadeCode;
+
+void RememberStack() { g_stackBelowMadeCode = GetCallStack(); }
+
+/// A function made at run time, as a compiler of scripts makes them: it calls `RememberStack`, and no library
+/// knows its address.
+class MadeCode
+{
+public:
+    MadeCode() : m_page(::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))
+    {
+        // sub rsp, 8; mov rax, RememberStack; call rax; add rsp, 8; ret
+        std::array<unsigned char, kSize> code = {0x48, 0x83, 0xEC, 0x08, 0x48, 0xB8, 0,    0,    0,    0,   0,
+                                                 0,    0,    0,    0xFF, 0xD0, 0x48, 0x83, 0xC4, 0x08, 0xC3};
+        void (*const called)() = &RememberStack;
+        std::memcpy(code.data() + 6, &called, sizeof called);
+        if (m_page != MAP_FAILED)
+        {
+            std::memcpy(m_page, code.data(), code.size());
+            m_runs = ::mprotect(m_page, kSize, PROT_READ | PROT_EXEC) == 0;
+        }
+    }
+    ~MadeCode() { ::munmap(m_page, kSize); }
+    MadeCode(const MadeCode&) = delete;
+    MadeCode& operator=(const MadeCode&) = delete;
+
+    bool Runs() const { return m_runs; }
+    void Call() const
+    {
+        void (*function)() = nullptr;
+        std::memcpy(&function, &m_page, sizeof function);
+        function();
+    }
+    /// Where the call in it returns to.
+    std::uintptr_t ReturnAddress() const { return reinterpret_cast<std::uintptr_t>(m_page) + 16; }
+
+private:
+    static constexpr std::size_t kSize = 32;
+
+    void* m_page;
+    bool m_runs = false;
+};
+
+#endif
+
 } // namespace
 
 TEST(CallStack, HasOneFrameALine)
@@ -76,6 +128,25 @@ TEST(CallStack, GivesLibraryAndOffsetWhereNoNameIsKnown)
 {
     EXPECT_EQ(GetCallStack().find("ZelnorCoreTests + 0x"), 0u);
 }
+
+#if defined(__x86_64__)
+
+TEST(CallStack, GivesTheAddressWhereNoLibraryIsKnown)
+{
+    const MadeCode code;
+    if (!code.Runs())
+    {
+        GTEST_SKIP() << "this process may not run what it writes";
+    }
+    code.Call();
+    std::ostringstream address;
+    address << "0x" << std::hex << code.ReturnAddress();
+    const std::vector<std::string> frames = FramesOf(g_stackBelowMadeCode);
+    ASSERT_GT(frames.size(), 1u);
+    EXPECT_EQ(frames[1], address.str()) << g_stackBelowMadeCode;
+}
+
+#endif
 
 TEST(CallStack, NamesTheFunctionWhoseLastInstructionIsTheCall)
 {
