@@ -1,8 +1,10 @@
 #include "Media/Running/Subprocess.h"
 
+#include "Media/Running/ChildStart.h"
+#include "Media/Running/Descriptor.h"
+
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,7 +16,6 @@
 #include <csignal>
 #include <optional>
 #include <system_error>
-#include <utility>
 
 namespace Zelnor::Media
 {
@@ -29,51 +30,26 @@ using Clock = std::chrono::steady_clock;
     throw SubprocessError(reason, std::generic_category(), what);
 }
 
-/// An open file of this process, which programs that it starts do not inherit.
-class Descriptor
+/// What a call of the system has returned, which programs that this process starts do not inherit.
+/// \param what  what the call was for
+Descriptor Checked(int descriptor, const char* what)
 {
-public:
-    Descriptor() = default;
-    /// \param descriptor  what a call of the system returned; `what` says what the call was for
-    Descriptor(int descriptor, const char* what) : m_descriptor(descriptor)
+    if (descriptor < 0)
     {
-        if (descriptor < 0)
+        ThrowSystemError(errno, what);
+    }
+    Descriptor checked(descriptor);
+    if (descriptor <= STDERR_FILENO)
+    {
+        // Where an application has closed its standard streams, the new program's would overwrite it.
+        checked = Descriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+        if (!checked.IsOpen())
         {
             ThrowSystemError(errno, what);
         }
-        if (descriptor <= STDERR_FILENO)
-        {
-            // Where an application has closed its standard streams, the new program's would overwrite it.
-            m_descriptor = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-            const int reason = errno;
-            ::close(descriptor);
-            if (m_descriptor < 0)
-            {
-                ThrowSystemError(reason, what);
-            }
-        }
     }
-    ~Descriptor() { Close(); }
-    Descriptor(Descriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(m_descriptor, other.m_descriptor);
-        return *this;
-    }
-
-    int Get() const { return m_descriptor; }
-    bool IsOpen() const { return m_descriptor >= 0; }
-    void Close()
-    {
-        if (IsOpen())
-        {
-            ::close(std::exchange(m_descriptor, -1));
-        }
-    }
-
-private:
-    int m_descriptor = -1;
-};
+    return checked;
+}
 
 struct Pipe
 {
@@ -89,18 +65,9 @@ Pipe MakePipe()
     {
         ThrowSystemError(errno, kWhat);
     }
-    // Taken one after the other, both are closed should the second fail.
-    Pipe pipe;
-    try
-    {
-        pipe.read = Descriptor(ends[0], kWhat);
-    }
-    catch (...)
-    {
-        ::close(ends[1]);
-        throw;
-    }
-    pipe.write = Descriptor(ends[1], kWhat);
+    Descriptor write(ends[1]);
+    Pipe pipe = {Checked(ends[0], kWhat), {}};
+    pipe.write = Checked(write.Release(), kWhat);
     ::fcntl(pipe.read.Get(), F_SETFL, O_NONBLOCK);
     return pipe;
 }
@@ -108,9 +75,9 @@ Pipe MakePipe()
 /// A file in memory, so that a program's input never waits for its output to be read.
 Descriptor MakeInput(const std::string& text)
 {
-    Descriptor file(text.empty() ? ::open("/dev/null", O_RDONLY | O_CLOEXEC)
-                                 : ::memfd_create("input", MFD_CLOEXEC),
-                    "Cannot make a program's input");
+    Descriptor file = Checked(text.empty() ? ::open("/dev/null", O_RDONLY | O_CLOEXEC)
+                                           : ::memfd_create("input", MFD_CLOEXEC),
+                              "Cannot make a program's input");
     for (std::size_t done = 0; done < text.size();)
     {
         const ssize_t written = ::write(file.Get(), text.data() + done, text.size() - done);
@@ -127,74 +94,25 @@ Descriptor MakeInput(const std::string& text)
     return file;
 }
 
-/// The files of a new process, and its signals as a process expects to find them.
-class SpawnSetup
+pid_t Spawn(const std::vector<std::string>& command, const Descriptor& input, const Descriptor& output,
+            const Descriptor& messages, bool inOwnGroup)
 {
-public:
-    SpawnSetup(const Descriptor& input, const Descriptor& output, const Descriptor& messages, bool ownGroup)
+    const std::string what = "Cannot run '" + command.front() + "'";
+    const auto hasNul = [](const std::string& word) { return word.find('\0') != std::string::npos; };
+    if (std::any_of(command.begin(), command.end(), hasNul))
     {
-        ::posix_spawn_file_actions_init(&m_files);
-        ::posix_spawn_file_actions_adddup2(&m_files, input.Get(), STDIN_FILENO);
-        ::posix_spawn_file_actions_adddup2(&m_files, output.Get(), STDOUT_FILENO);
-        ::posix_spawn_file_actions_adddup2(&m_files, messages.Get(), STDERR_FILENO);
-        ::posix_spawnattr_init(&m_attributes);
-        sigset_t defaults;
-        ::sigemptyset(&defaults);
-        for (const int signal : {SIGPIPE, SIGXFSZ, SIGCHLD, SIGTERM})
-        {
-            ::sigaddset(&defaults, signal);
-        }
-        if (ownGroup)
-        {
-            ::sigaddset(&defaults, SIGINT);
-            ::sigaddset(&defaults, SIGHUP);
-            ::posix_spawnattr_setpgroup(&m_attributes, 0);
-        }
-        sigset_t none;
-        ::sigemptyset(&none);
-        ::posix_spawnattr_setsigdefault(&m_attributes, &defaults);
-        ::posix_spawnattr_setsigmask(&m_attributes, &none);
-        const int group = ownGroup ? POSIX_SPAWN_SETPGROUP : 0;
-        ::posix_spawnattr_setflags(
-            &m_attributes, static_cast<short>(POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | group));
+        // The program would be given another word than the one that is meant.
+        ThrowSystemError(EINVAL, what);
     }
-    ~SpawnSetup()
+    pid_t process = -1;
+    const int reason =
+        StartChild({command, {input.Get(), output.Get(), messages.Get()}, inOwnGroup}, process);
+    if (reason != 0)
     {
-        ::posix_spawn_file_actions_destroy(&m_files);
-        ::posix_spawnattr_destroy(&m_attributes);
+        ThrowSystemError(reason, what);
     }
-    SpawnSetup(const SpawnSetup&) = delete;
-    SpawnSetup& operator=(const SpawnSetup&) = delete;
-
-    pid_t Spawn(const std::vector<std::string>& command) const
-    {
-        const std::string what = "Cannot run '" + command.front() + "'";
-        std::vector<char*> words;
-        words.reserve(command.size() + 1);
-        for (const std::string& word : command)
-        {
-            if (word.find('\0') != std::string::npos)
-            {
-                // The program would be given another word than the one that is meant.
-                ThrowSystemError(EINVAL, what);
-            }
-            words.push_back(const_cast<char*>(word.c_str()));
-        }
-        words.push_back(nullptr);
-        pid_t process = -1;
-        const int reason =
-            ::posix_spawnp(&process, words.front(), &m_files, &m_attributes, words.data(), environ);
-        if (reason != 0)
-        {
-            ThrowSystemError(reason, what);
-        }
-        return process;
-    }
-
-private:
-    posix_spawn_file_actions_t m_files;
-    posix_spawnattr_t m_attributes;
-};
+    return process;
+}
 
 [[noreturn]] void ThrowForgotten()
 {
@@ -223,7 +141,7 @@ public:
         const Descriptor input = MakeInput(options.input);
         Pipe output = MakePipe();
         Pipe messages = MakePipe();
-        m_process = SpawnSetup(input, output.write, messages.write, options.inOwnGroup).Spawn(command);
+        m_process = Spawn(command, input, output.write, messages.write, options.inOwnGroup);
         m_output = std::move(output.read);
         m_messages = std::move(messages.read);
     }
