@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <string_view>
 
 namespace Zelnor::Media
 {
@@ -41,6 +42,14 @@ std::string MuxerName(const std::string& container)
                                                : container;
 }
 
+/// Muxers of FFmpeg that write one file, and that the vocabulary does not name.
+constexpr std::array<std::string_view, 40> kMoreContainers = {
+    "alp",  "amv",        "apm",  "apng",       "aptx",   "aptx_hd",   "argo_asf", "argo_cvg",
+    "ast",  "avif",       "avs2", "avs3",       "codec2", "codec2raw", "data",     "dfpwm",
+    "evc",  "f4v",        "fits", "framehash",  "g726",   "g726le",    "gsm",      "hash",
+    "hevc", "ircam",      "lrc",  "mxf_opatom", "obu",    "oga",       "opus",     "scc",
+    "spx",  "streamhash", "sup",  "tta",        "vvc",    "w64",       "webp",     "webvtt"};
+
 /// FFmpeg puts anything into these containers of DVDs, so what DVD players can play is listed here.
 bool IsDvd(const std::string& container)
 {
@@ -68,6 +77,17 @@ int AskMuxer(const std::string& container, AVCodecID codec)
 const AVOutputFormat* FindMuxer(const std::string& container)
 {
     return av_guess_format(MuxerName(container).c_str(), nullptr, nullptr);
+}
+
+bool IsOneFile(const std::string& container)
+{
+    const AVOutputFormat* const muxer = FindMuxer(container);
+    // The muxer of images is told to write one image under exactly the target's name.
+    const bool writesOwnFiles =
+        muxer == nullptr || ((muxer->flags & AVFMT_NOFILE) != 0 && !IsPicture(container));
+    return !writesOwnFiles &&
+           (Conf::IsContainer(container) ||
+            std::find(kMoreContainers.begin(), kMoreContainers.end(), container) != kMoreContainers.end());
 }
 
 bool IsPicture(const std::string& container) { return MuxerName(container) == kImageMuxer; }

@@ -15,6 +15,10 @@ namespace Zelnor::Media
 /// The installed FFmpeg's muxer for a container, a `FORMAT_` text; null when it has none.
 const AVOutputFormat* FindMuxer(const std::string& container);
 
+/// Whether what FFmpeg writes for the container is one file, under the name that it is given: the target. A
+/// muxer that is not known to do so may make files of its own, or none, or play what it gets.
+bool IsOneFile(const std::string& container);
+
 /// Whether the container's files hold one image.
 bool IsPicture(const std::string& container);
 

@@ -1,6 +1,8 @@
 #include "Media/Probe/MediaProbe.h"
 
+#include "Media/FileKind.h"
 #include "Media/MediaException.h"
+#include "Media/Probe/Demuxers.h"
 #include "Media/Probe/MessageScope.h"
 #include "Media/Probe/StreamDescription.h"
 
@@ -48,7 +50,10 @@ struct CloseInput
 {
     void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
 };
-using Input = std::unique_ptr<AVFormatContext, CloseInput>;
+struct CloseFile
+{
+    void operator()(AVIOContext* file) const { avio_closep(&file); }
+};
 
 /// Lets FFmpeg read from a stream, from its beginning on only.
 class StreamReader
@@ -105,34 +110,125 @@ private:
     std::exception_ptr m_failure;
 };
 
-/// \param stream  what is read instead of the file `name`; null: the file itself
-Input OpenInput(const std::string& name, StreamReader* stream)
+/// A media file or a stream that FFmpeg has opened, with a demuxer that reads nothing else.
+class MediaInput
 {
-    const MessageScope messages;
-    AVFormatContext* opened = avformat_alloc_context();
-    if (opened == nullptr)
+public:
+    /// \param stream  what is read instead of the file `name`; null: the file itself
+    MediaInput(const std::string& name, StreamReader* stream)
+        : m_name(name), m_url(stream == nullptr ? FFmpegFileName(name) : std::string()), m_stream(stream)
     {
-        throw std::bad_alloc();
+        const AVInputFormat* const demuxer = FindDemuxer();
+        if (!ReadsOneFile(*demuxer))
+        {
+            RefuseDemuxer(*demuxer);
+        }
+        Open(*demuxer);
+        const int result = avformat_find_stream_info(m_context.get(), nullptr);
+        if (m_askedForOtherFile)
+        {
+            RefuseDemuxer(*demuxer);
+        }
+        Check(result);
     }
-    opened->pb = stream == nullptr ? nullptr : stream->Get();
-    AVDictionary* options = nullptr;
-    // Otherwise an image whose name holds '%' or '*' would be taken for a series of files.
-    av_dict_set(&options, "pattern_type", "none", 0);
-    const std::string url = stream == nullptr ? FFmpegFileName(name) : std::string();
-    int error = avformat_open_input(&opened, url.c_str(), nullptr, &options);
-    av_dict_free(&options);
-    Input input(error < 0 ? nullptr : opened);
-    error = error < 0 ? error : avformat_find_stream_info(opened, nullptr);
-    if (stream != nullptr)
+
+    const AVFormatContext* operator->() const { return m_context.get(); }
+    AVFormatContext& operator*() const { return *m_context; }
+
+private:
+    /// \throw ProbeException when FFmpeg has returned an error, and what the stream threw
+    void Check(int result) const
     {
-        stream->Rethrow();
+        if (m_stream != nullptr)
+        {
+            m_stream->Rethrow();
+        }
+        if (result < 0)
+        {
+            Refuse(m_name, result, m_messages.Last());
+        }
     }
-    if (error < 0)
+
+    [[noreturn]] void RefuseDemuxer(const AVInputFormat& demuxer) const
     {
-        Refuse(name, error, messages.Last());
+        Refuse(m_name, std::string("FFmpeg's demuxer '") + demuxer.name +
+                           "' may read other files than the one that is named");
     }
-    return input;
-}
+
+    const AVInputFormat* FindDemuxer()
+    {
+        if (m_stream == nullptr)
+        {
+            // As FFmpeg does: the demuxers that open their file themselves go by its name alone.
+            AVProbeData data = {};
+            data.filename = m_url.c_str();
+            int score = AVPROBE_SCORE_RETRY;
+            if (const AVInputFormat* const demuxer = av_probe_input_format2(&data, 0, &score))
+            {
+                return demuxer;
+            }
+            AVIOContext* file = nullptr;
+            Check(OpenFile(&file, m_url.c_str(), AVIO_FLAG_READ));
+            m_file.reset(file);
+        }
+        const AVInputFormat* demuxer = nullptr;
+        Check(av_probe_input_buffer2(Bytes(), &demuxer, m_url.c_str(), nullptr, 0, 0));
+        return demuxer;
+    }
+
+    void Open(const AVInputFormat& demuxer)
+    {
+        AVFormatContext* context = avformat_alloc_context();
+        if (context == nullptr)
+        {
+            throw std::bad_alloc();
+        }
+        context->pb = Bytes();
+        context->opaque = this;
+        context->io_open = &OpenNamedFile;
+        AVDictionary* options = nullptr;
+        // Otherwise an image whose name holds '%' or '*' would be taken for a series of files.
+        av_dict_set(&options, "pattern_type", "none", 0);
+        const int result = avformat_open_input(&context, m_url.c_str(), &demuxer, &options);
+        av_dict_free(&options);
+        m_context.reset(context); // FFmpeg has freed it, and set it to null, when it failed.
+        Check(result);
+    }
+
+    /// Null for a demuxer that opens its file itself.
+    AVIOContext* Bytes() const { return m_stream != nullptr ? m_stream->Get() : m_file.get(); }
+
+    static int OpenFile(AVIOContext** file, const char* url, int flags)
+    {
+        AVDictionary* options = nullptr;
+        av_dict_set(&options, "protocol_whitelist", "file", 0);
+        const int result = avio_open2(file, url, flags, nullptr, &options);
+        av_dict_free(&options);
+        return result;
+    }
+
+    /// What a demuxer opens on its own is the named file and nothing else.
+    static int OpenNamedFile(AVFormatContext* context, AVIOContext** file, const char* url, int flags,
+                             AVDictionary** /*options*/)
+    {
+        auto& self = *static_cast<MediaInput*>(context->opaque);
+        if (self.m_stream == nullptr && url == self.m_url && flags == AVIO_FLAG_READ)
+        {
+            return OpenFile(file, url, flags);
+        }
+        self.m_askedForOtherFile = true;
+        return AVERROR(EACCES);
+    }
+
+    const MessageScope m_messages;
+    const std::string& m_name;
+    const std::string m_url;
+    StreamReader* const m_stream;
+    bool m_askedForOtherFile = false;
+    // Closed after the context.
+    std::unique_ptr<AVIOContext, CloseFile> m_file;
+    std::unique_ptr<AVFormatContext, CloseInput> m_context;
+};
 
 std::vector<std::string> Words(const std::string& list)
 {
@@ -255,11 +351,16 @@ void CheckReadable(const std::string& name)
     {
         Refuse(name, AVERROR(EISDIR));
     }
+    // Reading a pipe takes what another program waits for, or waits itself for good.
+    if (!S_ISREG(status.st_mode))
+    {
+        Refuse(name, std::string("expected a regular file, found ") + FileKindText(status.st_mode));
+    }
 }
 
 MediaFile Describe(const std::string& name, StreamReader* stream)
 {
-    const Input input = OpenInput(name, stream);
+    const MediaInput input(name, stream);
     MediaFile file;
     file.name = name;
     file.demuxer = input->iformat->name;

@@ -1,6 +1,7 @@
 #include "Media/Running/FFmpegArguments.h"
 
 #include "Media/Jobs/FaultList.h"
+#include "Media/Probe/Demuxers.h"
 #include "Media/Running/TranscodeCommand.h"
 
 #include "Conf/Interfaces/IFormatFile.h"
@@ -74,10 +75,13 @@ private:
 
     void AddInput(std::size_t index)
     {
-        if (m_transcode.arePictures[index])
+        const InputCommand& input = m_transcode.inputs[index];
+        // Whatever the file holds by now, ffmpeg reads no other one.
+        Add({"-protocol_whitelist", "file", "-f", input.demuxer});
+        if (input.demuxer == kImageDemuxer)
         {
             // The name is that of one image, not the pattern of a series.
-            Add({"-f", "image2", "-pattern_type", "none"});
+            Add({"-pattern_type", "none"});
         }
         for (const StreamCommand& stream : m_transcode.streams)
         {
@@ -89,7 +93,7 @@ private:
                 }
             }
         }
-        Add({"-i", FFmpegFileName(m_transcode.inputs[index])});
+        Add({"-i", FFmpegFileName(input.file)});
     }
 
     void AddStream(const StreamCommand& stream, unsigned int position)

@@ -1,16 +1,20 @@
 #include "Media/Running/JobPreparation.h"
 
+#include "Media/FileKind.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/Running/Files.h"
+#include "Media/Running/TargetFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace Zelnor::Media
@@ -25,7 +29,18 @@ namespace fs = std::filesystem;
 class TargetChecker
 {
 public:
-    TargetChecker(bool mayReplace, FaultList& faults) : m_mayReplace(mayReplace), m_faults(faults) {}
+    TargetChecker(const std::vector<Transcode>& transcodes, const PreparationOptions& options,
+                  FaultList& faults)
+        : m_options(options), m_faults(faults)
+    {
+        for (const Transcode& transcode : transcodes)
+        {
+            for (const MediaFile& input : transcode.inputs)
+            {
+                m_sources.insert(FileIdentity(input.name));
+            }
+        }
+    }
 
     void Check(const Transcode& transcode)
     {
@@ -41,13 +56,7 @@ public:
             Add("expected the name of a file, found ''");
             return;
         }
-        for (const MediaFile& input : transcode.inputs)
-        {
-            if (IsSameFile(input.name, name))
-            {
-                Add("the source and the target are the same file: '" + name + "'");
-            }
-        }
+        CheckDistinct(transcode);
         struct stat status = {};
         const bool exists = ::stat(name.c_str(), &status) == 0;
         if (!exists || S_ISREG(status.st_mode))
@@ -58,13 +67,44 @@ public:
         {
             AddCannotWrite(name, EISDIR);
         }
+        else if (!MayBeWrittenDirectly(status))
+        {
+            AddCannotWrite(name, std::string("it is ") + FileKindText(status.st_mode));
+        }
     }
 
 private:
     void Add(const std::string& reason) { m_faults.Add(JobFault::Output, m_place, reason); }
+    void AddCannotWrite(const std::string& name, const std::string& reason)
+    {
+        Add("cannot write '" + name + "': " + reason);
+    }
     void AddCannotWrite(const std::string& name, int reason)
     {
-        Add("cannot write '" + name + "': " + std::generic_category().message(reason));
+        AddCannotWrite(name, std::generic_category().message(reason));
+    }
+
+    /// A run destroys neither what it reads nor the job itself.
+    void CheckDistinct(const Transcode& transcode)
+    {
+        const std::string& name = transcode.output;
+        const std::string identity = FileIdentity(name);
+        const bool isOwn =
+            std::any_of(transcode.inputs.begin(), transcode.inputs.end(),
+                        [&identity](const MediaFile& input) { return FileIdentity(input.name) == identity; });
+        if (isOwn)
+        {
+            Add("the source and the target are the same file: '" + name + "'");
+        }
+        else if (m_sources.count(identity) != 0)
+        {
+            Add("the target is a source of the job: '" + name + "'");
+        }
+        // What messages call the job need not be a file.
+        if (::access(m_options.document.c_str(), F_OK) == 0 && FileIdentity(m_options.document) == identity)
+        {
+            Add("the target is the job's own document: '" + name + "'");
+        }
     }
 
     void CheckFile(const std::string& name, bool exists)
@@ -74,15 +114,12 @@ private:
         {
             Add("node " + std::to_string(other->second) + " has the same target: '" + name + "'");
         }
-        if (exists && !m_mayReplace)
+        if (exists && !m_options.mayReplace)
         {
             Add("'" + name + "' exists already; the option 'overwrite' replaces it");
         }
         // It is made beside its place, whether it is there already or not; a link is followed.
-        std::error_code error;
-        const fs::path target =
-            fs::is_symlink(name, error) ? fs::weakly_canonical(name, error) : fs::path(name);
-        const fs::path folder = target.parent_path().empty() ? fs::path(".") : target.parent_path();
+        const fs::path folder = fs::path(ResolveLinks(name)).parent_path();
         struct stat status = {};
         if (::stat(folder.c_str(), &status) == 0 && !S_ISDIR(status.st_mode))
         {
@@ -94,9 +131,11 @@ private:
         }
     }
 
-    bool m_mayReplace;
+    const PreparationOptions& m_options;
     FaultList& m_faults;
     Place m_place;
+    /// What the names of all sources mean.
+    std::unordered_set<std::string> m_sources;
     /// The nodes of the targets so far, by what their names mean.
     std::unordered_map<std::string, Conf::NodeId> m_targets;
 };
@@ -107,8 +146,9 @@ std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job
                                           const PreparationOptions& options, FaultList& faults)
 {
     std::vector<PreparedTranscode> prepared;
-    TargetChecker targets(options.mayReplace, faults);
-    for (Transcode& transcode : ReadTranscodes(job, options.document, faults))
+    std::vector<Transcode> transcodes = ReadTranscodes(job, options.document, faults);
+    TargetChecker targets(transcodes, options, faults);
+    for (Transcode& transcode : transcodes)
     {
         std::vector<FFmpegPass> passes = MakeFFmpegArguments(transcode, faults);
         targets.Check(transcode);

@@ -1,10 +1,17 @@
 #include "Media/Running/JobRun.h"
 
 #include "Media/Running/FFmpegRun.h"
+#include "Media/Running/Files.h"
 #include "Media/Running/JobPreparation.h"
 #include "Media/Running/TargetFile.h"
+#include "Media/Running/WorkFolder.h"
+
+#include <boost/algorithm/string/replace.hpp>
 
 #include <algorithm>
+#include <filesystem>
+#include <set>
+#include <unordered_set>
 #include <utility>
 
 namespace Zelnor::Media
@@ -35,13 +42,36 @@ std::optional<std::int64_t> DurationOf(const Transcode& transcode)
     ZELNOR_THROW(kUnit, exception);
 }
 
+/// The files that a run must not replace: the sources of the job, and the targets that are done. That none of
+/// them has two names was asked before anything ran, but some file systems know more names for a file than
+/// can be told before it is there.
+class KeptFiles
+{
+public:
+    void Add(const std::string& name) { m_identities.insert(FileIdentity(name)); }
+    /// \throw RunException
+    void Check(const std::string& name) const
+    {
+        if (m_identities.count(FileIdentity(name)) != 0)
+        {
+            auto exception = MakeError<RunException>("Cannot write '" + name +
+                                                     "': it is a file that the job reads or has made");
+            exception << MediaException::TagFile(name);
+            ZELNOR_THROW(kUnit, exception);
+        }
+    }
+
+private:
+    std::unordered_set<std::string> m_identities;
+};
+
 /// Makes one target.
 class TargetRun
 {
 public:
-    TargetRun(const PreparedTranscode& prepared, const RunOptions& options, std::size_t position,
-              std::size_t count)
-        : m_prepared(prepared), m_options(options)
+    TargetRun(const PreparedTranscode& prepared, const RunOptions& options, KeptFiles& kept,
+              std::size_t position, std::size_t count)
+        : m_prepared(prepared), m_options(options), m_kept(kept)
     {
         m_progress.target = position;
         m_progress.targetCount = count;
@@ -55,44 +85,60 @@ public:
         TargetResult result;
         result.file = m_progress.file;
         TargetFile target(result.file, m_options.overwrite);
-        const TemporaryFolder folder;
-        const PassFiles files = {target.GetWorkName(), folder.GetName() + "/pass-", true};
+        const PassFiles files = {target.GetWorkName(), target.GetPassLog(), true};
         for (std::size_t pass = 0; pass < m_prepared.passes.size(); ++pass)
         {
             m_progress.pass = pass;
             Report({});
-            if (!RunPass(m_prepared.passes[pass].Arguments(files), result.warnings))
+            const std::optional<FFmpegResult> run = RunPass(m_prepared.passes[pass].Arguments(files));
+            if (!run)
             {
                 return result;
             }
+            TakeMessages(*run, files.output, result);
         }
-        target.Commit();
+        Commit(target);
         result.outcome = TargetResult::Outcome::Done;
         return result;
     }
 
 private:
-    /// \returns false when it was cancelled
-    bool RunPass(std::vector<std::string> arguments, std::vector<std::string>& messages)
+    /// \returns nothing when it was cancelled
+    std::optional<FFmpegResult> RunPass(std::vector<std::string> arguments)
     {
         if (m_options.cancel.IsCancelled())
         {
-            return false;
+            return std::nullopt;
         }
         arguments.insert(arguments.begin(), m_options.ffmpeg);
         FFmpegResult run = RunFFmpeg(
             arguments, [this](const FFmpegProgress& progress) { Report(progress); },
             [this] { return m_options.cancel.IsCancelled(); });
-        if (m_options.cancel.IsCancelled())
+        return m_options.cancel.IsCancelled() ? std::nullopt : std::optional(std::move(run));
+    }
+
+    void TakeMessages(FFmpegResult run, const std::string& workName, TargetResult& result) const
+    {
+        for (std::string& message : run.messages)
         {
-            return false;
+            // People know the target, not where it is made.
+            boost::replace_all(message, workName, result.file);
         }
         if (run.exitCode != 0)
         {
-            ThrowFailed(m_progress.file, std::move(run));
+            ThrowFailed(result.file, std::move(run));
         }
-        messages.insert(messages.end(), run.messages.begin(), run.messages.end());
-        return true;
+        result.warnings.insert(result.warnings.end(), run.messages.begin(), run.messages.end());
+    }
+
+    void Commit(TargetFile& target)
+    {
+        if (!target.IsDirect())
+        {
+            m_kept.Check(m_progress.file);
+            target.Commit();
+            m_kept.Add(m_progress.file);
+        }
     }
 
     void Report(const FFmpegProgress& progress)
@@ -114,8 +160,21 @@ private:
 
     const PreparedTranscode& m_prepared;
     const RunOptions& m_options;
+    KeptFiles& m_kept;
     RunProgress m_progress;
 };
+
+/// Removes what killed runs have left beside the targets.
+void RemoveLeftovers(const std::vector<PreparedTranscode>& prepared)
+{
+    std::set<std::string> folders;
+    for (const PreparedTranscode& transcode : prepared)
+    {
+        folders.insert(
+            std::filesystem::path(ResolveLinks(transcode.transcode.output)).parent_path().string());
+    }
+    std::for_each(folders.begin(), folders.end(), &RemoveAbandonedWorkFolders);
+}
 
 } // namespace
 
@@ -132,6 +191,15 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
     preparation.document = options.document;
     preparation.mayReplace = options.overwrite;
     const std::vector<PreparedTranscode> prepared = PrepareJob(job, preparation);
+    RemoveLeftovers(prepared);
+    KeptFiles kept;
+    for (const PreparedTranscode& transcode : prepared)
+    {
+        for (const MediaFile& input : transcode.transcode.inputs)
+        {
+            kept.Add(input.name);
+        }
+    }
     RunResult result;
     for (std::size_t i = 0; i < prepared.size(); ++i)
     {
@@ -140,7 +208,7 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
             result.targets.push_back({prepared[i].transcode.output, TargetResult::Outcome::Cancelled, {}});
             continue;
         }
-        result.targets.push_back(TargetRun(prepared[i], options, i, prepared.size()).Run());
+        result.targets.push_back(TargetRun(prepared[i], options, kept, i, prepared.size()).Run());
         if (result.targets.back().outcome == TargetResult::Outcome::Done && options.onTargetDone)
         {
             options.onTargetDone(result.targets.back());

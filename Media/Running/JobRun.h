@@ -84,7 +84,9 @@ struct RunOptions
 {
     std::string ffmpeg = "ffmpeg"; ///< the program: a path, or a name to be found through PATH
     bool overwrite = false;        ///< whether targets that exist are replaced
-    std::string document = {}; ///< what messages call the job: "job.json"; empty: they begin with the place
+    /// What messages call the job: "job.json"; empty: they begin with the place. A file of that name is not
+    /// replaced by a target.
+    std::string document = {};
     /// Called on the thread that called `RunJob`, at the beginning of each pass and about twice a second.
     std::function<void(const RunProgress&)> onProgress = {};
     /// Called on the same thread when a target is done, before the next one begins.
@@ -97,7 +99,9 @@ struct RunOptions
 /// Makes the targets of a job with ffmpeg, one after the other, and returns when all are done or the run is
 /// cancelled. Everything that can be known beforehand is checked for all targets before anything starts. A
 /// target appears under its name when it is complete, never half; targets that are done stay when a later one
-/// is not. What a callback throws stops ffmpeg and passes through.
+/// is not. Sources, and the job's document, are never replaced. What killed runs have left beside the targets
+/// is removed. ffmpeg ends when this process is killed, and with the thread that calls this. What a callback
+/// throws stops ffmpeg and passes through.
 /// \throw JobException when the job cannot be run as it is; its tags name the place, and nothing has been
 /// written
 /// \throw TranscodeFailed when ffmpeg fails; its tags give the exit code and the last messages

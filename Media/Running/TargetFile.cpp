@@ -1,19 +1,18 @@
 #include "Media/Running/TargetFile.h"
 
+#include "Media/FileKind.h"
 #include "Media/MediaException.h"
+#include "Media/Running/Files.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
-#include <utility>
 
 namespace Zelnor::Media
 {
@@ -37,29 +36,10 @@ constexpr const char* kUnit = "Media/Running/TargetFile";
     Refuse(name, "Cannot write '" + name + "': " + std::generic_category().message(reason));
 }
 
-/// A new file in `folder`, with the permissions that the system gives to a file of that mode. The name does
-/// not grow with the target's, which may be as long as the file system allows.
-/// \returns a descriptor, or -1 with the reason in `errno`
-std::pair<int, std::string> CreateBeside(const fs::path& folder, mode_t mode)
-{
-    static std::atomic<unsigned> s_serial{0};
-    for (;;)
-    {
-        std::string name =
-            (folder / (".zelnor-run-" + std::to_string(::getpid()) + "-" + std::to_string(s_serial++)))
-                .string();
-        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (descriptor >= 0 || errno != EEXIST)
-        {
-            return {descriptor, std::move(name)};
-        }
-    }
-}
-
 /// Renames without replacing, as one step where the file system can.
-bool RenameToNew(const std::string& from, const std::string& to)
+bool RenameToNew(int fromFolder, const char* from, int toFolder, const char* to)
 {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+    if (::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE) == 0)
     {
         return true;
     }
@@ -68,48 +48,18 @@ bool RenameToNew(const std::string& from, const std::string& to)
         return false;
     }
     // A link cannot replace a file either.
-    return ::link(from.c_str(), to.c_str()) == 0 && ::unlink(from.c_str()) == 0;
-}
-
-/// Makes sure that the file, which messages call `name`, is on the disk, with these permissions if any.
-void Finish(const std::string& file, const std::string& name, const std::optional<mode_t>& permissions)
-{
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-    {
-        Refuse(name, errno);
-    }
-    const bool done = (!permissions || ::fchmod(descriptor, *permissions) == 0) && ::fsync(descriptor) == 0;
-    const int reason = done ? 0 : errno;
-    ::close(descriptor);
-    if (reason != 0)
-    {
-        Refuse(name, reason);
-    }
-}
-
-bool IsSpecial(const std::string& name)
-{
-    struct stat status = {};
-    return ::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
-
-/// What the name leads to, wherever this process goes meanwhile. Links are followed, also to a file that is
-/// not there yet.
-std::string Resolve(const std::string& name)
-{
-    std::error_code error;
-    fs::path target = fs::absolute(name, error);
-    constexpr int kMostLinks = 40;
-    for (int i = 0; i < kMostLinks && !error; ++i)
-    {
-        const fs::path next = fs::read_symlink(target, error);
-        target = error ? target : target.parent_path() / next;
-    }
-    return target.string();
+    return ::linkat(fromFolder, from, toFolder, to, 0) == 0 && ::unlinkat(fromFolder, from, 0) == 0;
 }
 
 } // namespace
+
+bool MayBeWrittenDirectly(const struct stat& status)
+{
+    constexpr unsigned int kMemoryDevices = 1;
+    constexpr unsigned int kNull = 3;
+    const bool isNull = S_ISCHR(status.st_mode) && status.st_rdev == ::makedev(kMemoryDevices, kNull);
+    return isNull || S_ISFIFO(status.st_mode);
+}
 
 void CheckReplaceable(const std::string& name, bool overwrite)
 {
@@ -133,78 +83,91 @@ void CheckReplaceable(const std::string& name, bool overwrite)
 }
 
 TargetFile::TargetFile(const std::string& name, bool overwrite)
-    : m_name(name), m_target(Resolve(name)), m_workName(m_target), m_overwrite(overwrite)
+    : m_name(name), m_target(ResolveLinks(name)), m_workName(m_target), m_overwrite(overwrite)
 {
     CheckReplaceable(name, overwrite);
-    if (IsSpecial(m_target))
-    {
-        return;
-    }
     constexpr mode_t kReadAndWrite = 0666;
     constexpr mode_t kOwnerReadAndWrite = 0600;
     constexpr mode_t kPermissions = 07777;
-    mode_t mode = kReadAndWrite;
-    struct stat replaced = {};
-    if (::stat(m_target.c_str(), &replaced) == 0)
+    struct stat status = {};
+    if (::stat(m_target.c_str(), &status) != 0)
     {
-        m_permissions = replaced.st_mode & kPermissions;
+        Open(fs::path(m_target).parent_path().string(), kReadAndWrite);
+    }
+    else if (S_ISREG(status.st_mode))
+    {
+        m_permissions = status.st_mode & kPermissions;
         // While it is written, it is not more open to others than the file that it replaces.
-        mode = (replaced.st_mode & kReadAndWrite) | kOwnerReadAndWrite;
+        Open(fs::path(m_target).parent_path().string(),
+             (status.st_mode & kReadAndWrite) | kOwnerReadAndWrite);
     }
-    auto [descriptor, workName] = CreateBeside(fs::path(m_target).parent_path(), mode);
-    if (descriptor < 0)
+    else if (MayBeWrittenDirectly(status))
     {
-        Refuse(name, errno);
+        m_isDirect = true;
+        std::error_code error;
+        const fs::path folder = fs::temp_directory_path(error);
+        Open(error ? "/tmp" : folder.string(), kOwnerReadAndWrite);
     }
-    ::close(descriptor);
-    m_workName = std::move(workName);
-    m_isTemporary = true;
+    else
+    {
+        Refuse(name, "Cannot write '" + name + "': it is " + FileKindText(status.st_mode));
+    }
 }
 
-TargetFile::~TargetFile()
+TargetFile::~TargetFile() = default;
+
+void TargetFile::Open(const std::string& folder, mode_t mode)
 {
-    if (m_isTemporary)
+    try
     {
-        ::unlink(m_workName.c_str());
+        m_folder = std::make_unique<WorkFolder>(folder, mode);
+    }
+    catch (const std::system_error& error)
+    {
+        Refuse(m_name, error.code().value());
+    }
+    if (!m_isDirect)
+    {
+        m_workName = m_folder->NameOf(WorkFolder::kOutput);
+    }
+}
+
+void TargetFile::Finish() const
+{
+    const Descriptor file(
+        ::openat(m_folder->Get(), WorkFolder::kOutput, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status = {};
+    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0)
+    {
+        Refuse(m_name, errno);
+    }
+    if (!S_ISREG(status.st_mode))
+    {
+        Refuse(m_name, "Cannot write '" + m_name + "': it became " + FileKindText(status.st_mode));
+    }
+    if ((m_permissions && ::fchmod(file.Get(), *m_permissions) != 0) || ::fsync(file.Get()) != 0)
+    {
+        Refuse(m_name, errno);
     }
 }
 
 void TargetFile::Commit()
 {
-    if (!m_isTemporary)
+    if (m_isDirect)
     {
         return;
     }
-    Finish(m_workName, m_name, m_permissions);
+    Finish();
+    const std::string name = fs::path(m_target).filename().string();
     const bool renamed =
-        m_overwrite ? ::rename(m_workName.c_str(), m_target.c_str()) == 0 : RenameToNew(m_workName, m_target);
+        m_overwrite
+            ? ::renameat(m_folder->Get(), WorkFolder::kOutput, m_folder->GetParent(), name.c_str()) == 0
+            : RenameToNew(m_folder->Get(), WorkFolder::kOutput, m_folder->GetParent(), name.c_str());
     if (!renamed)
     {
         Refuse(m_name, errno);
     }
-    m_isTemporary = false;
-}
-
-TemporaryFolder::TemporaryFolder()
-{
-    std::error_code error;
-    fs::path parent = fs::temp_directory_path(error);
-    if (error)
-    {
-        parent = "/tmp";
-    }
-    std::string pattern = (parent / "zelnor-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr)
-    {
-        Refuse(pattern, errno);
-    }
-    m_name = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code error;
-    fs::remove_all(m_name, error);
+    m_folder.reset();
 }
 
 } // namespace Zelnor::Media

@@ -2,8 +2,12 @@
 
 // Private to the library, not installed.
 
+#include "Media/Running/WorkFolder.h"
+
+#include <sys/stat.h>
 #include <sys/types.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -11,8 +15,8 @@ namespace Zelnor::Media
 {
 
 /// A file that another program writes and that appears under its name only when it is complete. Until then it
-/// is a file beside it, which disappears unless `Commit` is called. A symbolic link is followed, the file
-/// that is replaced leaves its permissions, and a device or a pipe is written to directly.
+/// is in a private folder beside it, which disappears with this object. A symbolic link is followed, and the
+/// file that is replaced leaves its permissions. `/dev/null` and a pipe are written to directly.
 class TargetFile
 {
 public:
@@ -22,35 +26,33 @@ public:
     TargetFile(const TargetFile&) = delete;
     TargetFile& operator=(const TargetFile&) = delete;
 
+    /// Whether it is written to as it stands, and not replaced.
+    bool IsDirect() const { return m_isDirect; }
     /// What to write to, as an absolute name.
     const std::string& GetWorkName() const { return m_workName; }
+    /// Beginning of the names of the files that one pass may leave for the next, until `Commit`.
+    std::string GetPassLog() const { return m_folder->NameOf(WorkFolder::kPassLog); }
     /// Puts the file in place, safely on the disk. \throw RunException when another one has appeared there
     /// that must not be replaced
     void Commit();
 
 private:
+    void Open(const std::string& folder, mode_t mode);
+    /// Makes sure that the file is on the disk, with its permissions.
+    void Finish() const;
+
     std::string m_name;   ///< as given, for messages
     std::string m_target; ///< what a link leads to
     std::string m_workName;
     bool m_overwrite;
-    bool m_isTemporary = false;
+    bool m_isDirect = false;
     std::optional<mode_t> m_permissions; ///< of the file that is replaced
+    std::unique_ptr<WorkFolder> m_folder;
 };
 
-/// A folder for the files of a run, which is gone afterwards.
-class TemporaryFolder
-{
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::string& GetName() const { return m_name; }
-
-private:
-    std::string m_name;
-};
+/// Whether a file that is not a regular one may be a target: `/dev/null`, which takes what nobody needs, and
+/// a pipe, at whose other end somebody reads.
+bool MayBeWrittenDirectly(const struct stat& status);
 
 /// Refuses a target that is there and must not be replaced. \throw RunException
 void CheckReplaceable(const std::string& name, bool overwrite);

@@ -245,6 +245,29 @@ private:
     Property m_codec;
 };
 
+/// Leaves the muxer empty where there is a fault.
+void ChooseMuxer(const Transcode& transcode, TranscodeCommand& command, FaultList& faults)
+{
+    const Place place = transcode.place.At(IFormatFile::TAG_CONTAINER);
+    const std::string& container = transcode.container;
+    const AVOutputFormat* const muxer = HasNul(container) ? nullptr : FindMuxer(container);
+    if (muxer != nullptr && IsOneFile(container))
+    {
+        command.muxer = muxer->name;
+        command.isPicture = IsPicture(container);
+    }
+    else if (muxer != nullptr)
+    {
+        faults.Add(JobFault::Container, place,
+                   "expected a container that is written as one file, found '" + container + "'");
+    }
+    else if (!faults.IsAt(place))
+    {
+        faults.Add(JobFault::Container, place,
+                   "the installed FFmpeg cannot write the container '" + container + "'");
+    }
+}
+
 } // namespace
 
 TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& faults)
@@ -252,22 +275,10 @@ TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& fau
     TranscodeCommand command;
     for (const MediaFile& input : transcode.inputs)
     {
-        command.inputs.push_back(input.name);
-        command.arePictures.push_back(input.demuxer == "image2");
+        // FFmpeg finds a demuxer by any of its names.
+        command.inputs.push_back({input.name, input.demuxer.substr(0, input.demuxer.find(','))});
     }
-    const Place containerPlace = transcode.place.At(IFormatFile::TAG_CONTAINER);
-    const AVOutputFormat* const muxer =
-        HasNul(transcode.container) ? nullptr : FindMuxer(transcode.container);
-    if (muxer != nullptr)
-    {
-        command.muxer = muxer->name;
-        command.isPicture = IsPicture(transcode.container);
-    }
-    else if (!faults.IsAt(containerPlace))
-    {
-        faults.Add(JobFault::Container, containerPlace,
-                   "the installed FFmpeg cannot write the container '" + transcode.container + "'");
-    }
+    ChooseMuxer(transcode, command, faults);
     command.metadata = Tags(CheckMetadata(transcode.target, transcode.place, faults));
     if (transcode.streams.empty() && !faults.IsAt(transcode.place))
     {
@@ -275,7 +286,8 @@ TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& fau
     }
     for (const TranscodeStream& stream : transcode.streams)
     {
-        command.streams.push_back(StreamCommandMaker(transcode, stream, muxer != nullptr, faults).Make());
+        command.streams.push_back(
+            StreamCommandMaker(transcode, stream, !command.muxer.empty(), faults).Make());
     }
     return command;
 }

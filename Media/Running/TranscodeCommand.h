@@ -32,14 +32,20 @@ struct StreamCommand
     std::vector<std::string> metadata; ///< "title=Film"
 };
 
+/// What ffmpeg is told about one input.
+struct InputCommand
+{
+    std::string file;    ///< its name
+    std::string demuxer; ///< the one that the probe found and that reads only this file
+};
+
 /// A transcode after everything about it was asked: what ffmpeg is told, but for the names of the files that
 /// a run writes.
 struct TranscodeCommand
 {
-    std::vector<std::string> inputs; ///< names of files
-    std::vector<bool> arePictures;   ///< which of the inputs hold one image
-    std::string muxer;               ///< FFmpeg's name
-    bool isPicture = false;          ///< the output file holds one image
+    std::vector<InputCommand> inputs;
+    std::string muxer;      ///< FFmpeg's name
+    bool isPicture = false; ///< the output file holds one image
     std::vector<std::string> metadata;
     std::vector<StreamCommand> streams;
 };

@@ -52,7 +52,8 @@ TEST_F(JobRun, ADryRunPrintsTheCommandAndRunsNothing)
     const ProcessResult result = RunJob({"--dry-run"});
     ExpectQuietSuccess(result);
     EXPECT_EQ(result.output,
-              "ffmpeg -hide_banner -nostdin -v error -nostats -progress pipe:1 -n -i file:in.mkv -map 0:1 "
+              "ffmpeg -hide_banner -nostdin -v error -nostats -progress pipe:1 -n -protocol_whitelist file "
+              "-f matroska -i file:in.mkv -map 0:1 "
               "-filter:0 aformat=sample_fmts=s16p:sample_rates=44100:channel_layouts=stereo -c:0 libmp3lame "
               "-b:0 192000 -map_metadata -1 -map_metadata:s -1 -max_muxing_queue_size 4096 -f mp3 "
               "file:out.mp3\n");

@@ -41,6 +41,20 @@ TEST(Containers, HoldOneImageWhereTheirMuxerIsThatOfImages)
     EXPECT_FALSE(IsPicture(IFormatFile::FORMAT_MP4));
 }
 
+TEST(Containers, AreOneFileWhereTheirMuxerIsKnownToWriteOne)
+{
+    for (const char* const container : {"mp4", "matroska", "webm", "mpegts", "mpeg2ts", "wav", "png", "tif",
+                                        "gif", "srt", "webvtt", "opus", "dvd", "m4a", "wmv"})
+    {
+        EXPECT_TRUE(IsOneFile(container)) << container;
+    }
+    for (const char* const container : {"hls", "dash", "segment", "ssegment", "stream_segment", "tee", "fifo",
+                                        "null", "rtsp", "sap", "uncodedframecrc", "no such", ""})
+    {
+        EXPECT_FALSE(IsOneFile(container)) << container;
+    }
+}
+
 TEST(Containers, HoldWhatFFmpegSaysTheyHold)
 {
     EXPECT_TRUE(CertainlyHolds(IFormatFile::FORMAT_MP4, AV_CODEC_ID_H264));

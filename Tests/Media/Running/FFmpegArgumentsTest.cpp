@@ -43,10 +43,27 @@ TEST(FFmpegArguments, OfAVideo)
     const auto runs = ArgumentsOf(MakeTranscode(
         OneVideo(), VideoRecord(kVideo + R"(,"profile":"high","preset":"slow","tune":"film")")));
     ASSERT_EQ(runs.size(), 1U);
-    EXPECT_EQ(runs[0],
-              Ended({"-n", "-i", "file:in.mkv", "-map", "0:0", "-filter:0",
-                     "fps=25/1,scale=640:360,setsar=1/1:max=65535,format=yuv420p", "-c:0", "libx264", "-b:0",
-                     "800000", "-profile:0", "high", "-preset:0", "slow", "-tune:0", "film"}));
+    EXPECT_EQ(runs[0], Ended({"-n",
+                              "-protocol_whitelist",
+                              "file",
+                              "-f",
+                              "matroska",
+                              "-i",
+                              "file:in.mkv",
+                              "-map",
+                              "0:0",
+                              "-filter:0",
+                              "fps=25/1,scale=640:360,setsar=1/1:max=65535,format=yuv420p",
+                              "-c:0",
+                              "libx264",
+                              "-b:0",
+                              "800000",
+                              "-profile:0",
+                              "high",
+                              "-preset:0",
+                              "slow",
+                              "-tune:0",
+                              "film"}));
 }
 
 TEST(FFmpegArguments, OfSound)
@@ -57,10 +74,11 @@ TEST(FFmpegArguments, OfSound)
                     R"("sample_format":"SAMPLE_FMT_S16P")"),
         "mp3"));
     ASSERT_EQ(runs.size(), 1U);
-    EXPECT_EQ(runs[0], Ended({"-n", "-i", "file:in.mkv", "-map", "0:0", "-filter:0",
-                              "aformat=sample_fmts=s16p:sample_rates=44100:channel_layouts=stereo", "-c:0",
-                              "libmp3lame", "-b:0", "192000"},
-                             "mp3"));
+    EXPECT_EQ(runs[0],
+              Ended({"-n", "-protocol_whitelist", "file", "-f", "matroska", "-i", "file:in.mkv", "-map",
+                     "0:0", "-filter:0", "aformat=sample_fmts=s16p:sample_rates=44100:channel_layouts=stereo",
+                     "-c:0", "libmp3lame", "-b:0", "192000"},
+                    "mp3"));
 }
 
 TEST(FFmpegArguments, OfTwoPassesAreTwoRuns)
@@ -68,11 +86,20 @@ TEST(FFmpegArguments, OfTwoPassesAreTwoRuns)
     const auto runs =
         ArgumentsOf(MakeTranscode(OneVideo(), VideoRecord(kVideo + R"(,"two_pass_encoding":"two_pass")")));
     ASSERT_EQ(runs.size(), 2U);
-    const Arguments common = {"-i",        "file:in.mkv",
-                              "-map",      "0:0",
-                              "-filter:0", "fps=25/1,scale=640:360,setsar=1/1:max=65535,format=yuv420p",
-                              "-c:0",      "libx264",
-                              "-b:0",      "800000"};
+    const Arguments common = {"-protocol_whitelist",
+                              "file",
+                              "-f",
+                              "matroska",
+                              "-i",
+                              "file:in.mkv",
+                              "-map",
+                              "0:0",
+                              "-filter:0",
+                              "fps=25/1,scale=640:360,setsar=1/1:max=65535,format=yuv420p",
+                              "-c:0",
+                              "libx264",
+                              "-b:0",
+                              "800000"};
     Arguments first = {"-y"};
     first.insert(first.end(), common.begin(), common.end());
     first.insert(first.end(), {"-pass:0", "1", "-passlogfile:0", "log-0-0", "-f", "null", "file:/dev/null"});
@@ -88,8 +115,9 @@ TEST(FFmpegArguments, OfAStreamThatIsCopied)
     const auto runs = ArgumentsOf(MakeTranscode(
         OneVideo(), VideoRecord(R"("lossless":1,"odd":1,"language":"deu","metadata":{"a":"b"})")));
     ASSERT_EQ(runs.size(), 1U);
-    EXPECT_EQ(runs[0], Ended({"-n", "-i", "file:in.mkv", "-map", "0:0", "-c:0", "copy", "-metadata:s:0",
-                              "a=b", "-metadata:s:0", "language=deu"}));
+    EXPECT_EQ(runs[0],
+              Ended({"-n", "-protocol_whitelist", "file", "-f", "matroska", "-i", "file:in.mkv", "-map",
+                     "0:0", "-c:0", "copy", "-metadata:s:0", "a=b", "-metadata:s:0", "language=deu"}));
 }
 
 TEST(FFmpegArguments, OfMergedSounds)
@@ -98,10 +126,11 @@ TEST(FFmpegArguments, OfMergedSounds)
         MakeTranscode(MakeMediaFile({MakeAudioStream(), MakeAudioStream(), MakeAudioStream()}),
                       AudioRecord(R"("codec_id":"CODEC_ID_AAC","layout":"STEREO")"), "mp4", {2, 1}));
     ASSERT_EQ(runs.size(), 1U);
-    EXPECT_EQ(runs[0],
-              Ended({"-n", "-i", "file:in.mkv", "-filter_complex",
-                     "[0:0][0:2][0:1]amix=inputs=3:normalize=0,aformat=channel_layouts=stereo[merged0]",
-                     "-map", "[merged0]", "-c:0", "aac"}));
+    EXPECT_EQ(
+        runs[0],
+        Ended({"-n", "-protocol_whitelist", "file", "-f", "matroska", "-i", "file:in.mkv", "-filter_complex",
+               "[0:0][0:2][0:1]amix=inputs=3:normalize=0,aformat=channel_layouts=stereo[merged0]", "-map",
+               "[merged0]", "-c:0", "aac"}));
 }
 
 TEST(FFmpegArguments, OfSubtitlesThatAreDrawn)
@@ -111,7 +140,8 @@ TEST(FFmpegArguments, OfSubtitlesThatAreDrawn)
         VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1)"), "mp4", {1, 2}));
     ASSERT_EQ(runs.size(), 1U);
     EXPECT_EQ(runs[0],
-              Ended({"-n", "-i", "file:it's.mkv", "-filter_complex",
+              Ended({"-n", "-protocol_whitelist", "file", "-f", "matroska", "-i", "file:it's.mkv",
+                     "-filter_complex",
                      R"([0:0]subtitles=filename=file\\:it\\\'s.mkv:si=0[drawn];[drawn][0:2]overlay[merged0])",
                      "-map", "[merged0]", "-c:0", "libx264", "-b:0", "1"}));
 }
@@ -127,6 +157,8 @@ TEST(FFmpegArguments, GiveTheDecoderItsOptionsAndImagesTheirNames)
         "png"));
     ASSERT_EQ(runs.size(), 1U);
     EXPECT_EQ(runs[0], (Arguments{"-n",
+                                  "-protocol_whitelist",
+                                  "file",
                                   "-f",
                                   "image2",
                                   "-pattern_type",
@@ -160,7 +192,9 @@ TEST(FFmpegArguments, CarryTheTargetsTags)
 {
     Transcode transcode = MakeTranscode(OneVideo(), VideoRecord(R"("lossless":1)"));
     transcode.target = RecordOf(R"({"p":{"metadata":{"title":"T","rotate":90,"track":3,"group":{}}}})");
-    EXPECT_EQ(ArgumentsOf(transcode)[0], (Arguments{"-n",          "-i",
+    EXPECT_EQ(ArgumentsOf(transcode)[0], (Arguments{"-n",          "-protocol_whitelist",
+                                                    "file",        "-f",
+                                                    "matroska",    "-i",
                                                     "file:in.mkv", "-map",
                                                     "0:0",         "-c:0",
                                                     "copy",        "-map_metadata",

@@ -10,6 +10,8 @@ namespace
 {
 
 using namespace Zelnor::Testing;
+using Zelnor::Media::FoldCase;
+using Zelnor::Media::FoldsCase;
 using Zelnor::Media::IsSameFile;
 
 namespace fs = std::filesystem;
@@ -56,6 +58,31 @@ TEST_F(SameFile, NeedNotBeThere)
     EXPECT_TRUE(IsSameFile(Name("folder/new"), Name("sub/new")));
     EXPECT_FALSE(IsSameFile(Name("new"), Name("sub/new")));
     EXPECT_FALSE(IsSameFile(Name("none/new"), Name("none/other")));
+}
+
+TEST_F(SameFile, IsWhatALinkToAFileThatIsNotThereMeans)
+{
+    fs::create_symlink("new", Name("link"));
+    fs::create_symlink("link", Name("again"));
+    EXPECT_TRUE(IsSameFile(Name("link"), Name("new")));
+    EXPECT_TRUE(IsSameFile(Name("again"), Name("./new")));
+    EXPECT_FALSE(IsSameFile(Name("again"), Name("other")));
+}
+
+TEST_F(SameFile, DiffersInCaseWhereTheFileSystemDoesNotFoldIt)
+{
+    ASSERT_FALSE(FoldsCase(m_folder.Path().string()));
+    EXPECT_FALSE(IsSameFile(Name("new"), Name("NEW")));
+    EXPECT_FALSE(FoldsCase(Name("none")));
+}
+
+TEST(FoldedCase, IsThatOfLettersInUtf8)
+{
+    EXPECT_EQ(FoldCase("FILM.Mp4"), "film.mp4");
+    EXPECT_EQ(FoldCase("\u00C4\u0416"), "\u00E4\u0436");
+    EXPECT_EQ(FoldCase("A\xFF\xC3Z"), "a\xFF\xC3z");
+    EXPECT_EQ(FoldCase(std::string("A\0B", 3)), std::string("a\0b", 3));
+    EXPECT_EQ(FoldCase(""), "");
 }
 
 } // namespace

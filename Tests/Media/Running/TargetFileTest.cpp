@@ -6,7 +6,9 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -98,7 +100,8 @@ TEST_F(TargetFiles, FollowALink)
     WriteFile(m_folder / "there/file", "old");
     fs::create_symlink("there/file", Name());
     TargetFile target(Name(), true);
-    EXPECT_EQ(fs::path(target.GetWorkName()).parent_path(), fs::canonical(m_folder / "there"));
+    EXPECT_EQ(fs::canonical(target.GetWorkName()).parent_path().parent_path(),
+              fs::canonical(m_folder / "there"));
     WriteFile(target.GetWorkName(), "new");
     target.Commit();
     EXPECT_TRUE(fs::is_symlink(Name()));
@@ -229,19 +232,65 @@ TEST_F(TargetFiles, OfTheSameNameDoNotDisturbEachOther)
     EXPECT_EQ(ReadFile(Name()), "one");
 }
 
-TEST(TemporaryFolders, AreGoneWithAllThatIsInThem)
+TEST_F(TargetFiles, AreMadeWhereNobodyElseCanReach)
 {
-    std::string name;
+    const TargetFile target(Name(), false);
+    struct stat status = {};
+    ASSERT_EQ(::stat(fs::path(target.GetWorkName()).parent_path().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0700U);
+    EXPECT_EQ(target.GetPassLog(), fs::path(target.GetWorkName()).parent_path().string() + "/pass-");
+}
+
+TEST_F(TargetFiles, AreNotLedElsewhereByAFolderInThePlaceOfTheirs)
+{
+    TargetFile target(Name(), false);
+    ASSERT_EQ(m_folder.Names().size(), 1U);
+    const std::string work = m_folder.Names().front();
+    fs::create_directory(m_folder / "victim");
+    WriteFile(m_folder / "victim/output", "precious");
+    fs::rename(Name(work), Name("moved"));
+    fs::create_directory_symlink("victim", Name(work));
+    WriteFile(target.GetWorkName(), "new");
+    target.Commit();
+    EXPECT_EQ(ReadFile(m_folder / "victim/output"), "precious");
+    EXPECT_EQ(ReadFile(Name()), "new");
+}
+
+TEST_F(TargetFiles, AreNotReplacedByALinkThatTheProgramLeft)
+{
+    WriteFile(Name("secret"), "precious");
     {
-        const Zelnor::Media::TemporaryFolder folder;
-        name = folder.GetName();
-        WriteFile(name + "/pass-0-0.log", "x");
-        EXPECT_TRUE(fs::is_directory(name));
-        struct stat status = {};
-        ASSERT_EQ(::stat(name.c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 0777U, 0700U);
+        TargetFile target(Name(), false);
+        fs::remove(target.GetWorkName());
+        fs::create_symlink(Name("secret"), target.GetWorkName());
+        EXPECT_EQ(ExpectThrow<RunException>([&] { target.Commit(); }).description,
+                  "Cannot write '" + Name() + "': Too many levels of symbolic links");
     }
-    EXPECT_FALSE(fs::exists(name));
+    EXPECT_THAT(m_folder.Names(), ElementsAre("secret"));
+    EXPECT_EQ(ReadFile(Name("secret")), "precious");
+}
+
+TEST_F(TargetFiles, AreNotOtherDevicesAndSockets)
+{
+    ExpectRefused("/dev/full", true, "Cannot write '/dev/full': it is a device");
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    Name("s").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ExpectRefused(Name("s"), true, "Cannot write '" + Name("s") + "': it is a socket");
+    ::close(socket);
+}
+
+TEST_F(TargetFiles, ThatAreWrittenDirectlyLeaveThePassLogsElsewhere)
+{
+    std::string passLog;
+    {
+        const TargetFile target("/dev/null", false);
+        passLog = target.GetPassLog();
+        WriteFile(passLog + "0-0.log", "x");
+    }
+    EXPECT_FALSE(fs::exists(passLog + "0-0.log"));
 }
 
 } // namespace

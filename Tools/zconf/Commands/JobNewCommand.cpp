@@ -46,8 +46,9 @@ void CheckDistinct(const Options& options, const std::string& preset, const std:
         const std::string& other;
     };
     for (const Pair& pair :
-         {Pair{"output", output, "input", options.input}, Pair{"job", options.job, "input", options.input},
-          Pair{"job", options.job, "preset", preset}, Pair{"job", options.job, "output", output}})
+         {Pair{"output", output, "input", options.input}, Pair{"output", output, "preset", preset},
+          Pair{"job", options.job, "input", options.input}, Pair{"job", options.job, "preset", preset},
+          Pair{"job", options.job, "output", output}})
     {
         struct stat status = {};
         const bool isSpecial = ::stat(pair.one.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
