@@ -5,10 +5,12 @@
 #include "Core/Interfaces/Utf8.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace Zelnor::Conf
 {
@@ -31,9 +33,70 @@ constexpr std::size_t kLongestStretch = 16'000;
 /// the widest letters are. Longer lines are continued on the next.
 constexpr std::size_t kLongestLine = 2'700;
 
+/// Whether Graphviz draws a reference to the character so that the SVG is well-formed. XML may not hold most
+/// control characters, surrogates, U+FFFE and U+FFFF. Graphviz 2.42 writes the last character of one byte and
+/// that of two a byte too long, and those of four bytes too short.
+bool IsDrawn(unsigned long character)
+{
+    const bool isTooLong = character == 0x7F || character == 0x7FF;
+    return character == '\t' || character == '\n' || character == '\r' ||
+           (character >= 0x20 && character <= 0xD7FF && !isTooLong) ||
+           (character >= 0xE000 && character <= 0xFFFD);
+}
+
+/// Whether the text begins with a reference to a character, "&#1;" or "&#x1;", that is not drawn well.
+bool BeginsWithBadReference(std::string_view text)
+{
+    if (text.substr(0, 2) != "&#")
+    {
+        return false;
+    }
+    text.remove_prefix(2);
+    const bool isHexadecimal = !text.empty() && (text.front() == 'x' || text.front() == 'X');
+    text.remove_prefix(isHexadecimal ? 1 : 0);
+    unsigned long character = 0;
+    const auto [end, error] =
+        std::from_chars(text.data(), text.data() + text.size(), character, isHexadecimal ? 16 : 10);
+    const bool isReference = end != text.data() && end != text.data() + text.size() && *end == ';';
+    return isReference && (error != std::errc() || !IsDrawn(character));
+}
+
+/// What Graphviz shows as "&".
+constexpr std::string_view kAmpersand = "&amp;";
+
+/// The printed text without what would make characters that XML may not hold: references to them are shown as
+/// they are written, and U+FFFE and U+FFFF as other bytes that are not text.
+std::string WithoutBadCharacters(std::string_view printed)
+{
+    std::string text;
+    text.reserve(printed.size());
+    for (std::size_t at = 0; at < printed.size(); ++at)
+    {
+        const std::string_view rest = printed.substr(at);
+        if (rest.front() == '&' && BeginsWithBadReference(rest))
+        {
+            text += kAmpersand;
+        }
+        else if (rest.substr(0, 3) == "\xEF\xBF\xBE" || rest.substr(0, 3) == "\xEF\xBF\xBF")
+        {
+            text += rest[2] == '\xBE' ? "\\357\\277\\276" : "\\357\\277\\277";
+            at += 2;
+        }
+        else
+        {
+            text += rest.front();
+        }
+    }
+    return text;
+}
+
 /// The length of the escape or UTF-8 character at the beginning of a printed text.
 std::size_t CharacterLength(std::string_view text)
 {
+    if (text.substr(0, kAmpersand.size()) == kAmpersand)
+    {
+        return kAmpersand.size();
+    }
     if (text.front() == '\\')
     {
         const bool isOctal = text.size() > 1 && text[1] >= '0' && text[1] <= '7';
@@ -78,7 +141,7 @@ void AppendRecord(const Property& record, std::string& text)
     // Otherwise the stream would ignore a failed allocation, and the text would be incomplete.
     os.exceptions(std::ios_base::badbit);
     Core::PrintPropertyValue(record, 0, os, true, true);
-    AppendBroken(os.str(), text);
+    AppendBroken(WithoutBadCharacters(os.str()), text);
 }
 
 } // namespace

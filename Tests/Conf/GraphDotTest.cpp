@@ -232,7 +232,6 @@ TEST(GraphDot, ShowsTextsAsTheyAre)
     EXPECT_NE(svg.find(">k: C:\\New\\Gold\\l\\<"), std::string::npos) << svg;
 }
 
-/// The font library warns of these when they are drawn, but they are no error.
 TEST(GraphDot, DrawsReferencesToSurrogatesSoThatGraphvizAcceptsThem)
 {
     if (!Dot::IsInstalled())
@@ -241,7 +240,7 @@ TEST(GraphDot, DrawsReferencesToSurrogatesSoThatGraphvizAcceptsThem)
     }
     const GraphPtr graph = ITranscodingMetaGraph::Create();
     graph->AddNode(Property("&#xD800;", "&#57343;"s));
-    Dot::Reprint(DotOf(*graph));
+    EXPECT_NE(Dot::Run(DotOf(*graph), "svg").find("&amp;#xD800;: &amp;#57343;"), std::string::npos);
 }
 
 /// The label of the one node of a graph, whose record is `record`, without "Node Id: 1".
@@ -307,6 +306,36 @@ TEST(GraphDot, StartsALineAnewAtEveryLineBreak)
     // A backslash and an "n" of the text are no line break.
     EXPECT_EQ(LabelOf(Property("k", "\\n" + std::string(kRestOfLine - 1, 'x'))),
               "k: \\\\n" + std::string(kRestOfLine - 2, 'x') + "\\nx\n");
+}
+
+TEST(GraphDot, ShowsReferencesThatGraphvizDrawsBadlyAsTheyAreWritten)
+{
+    const auto text = [](const std::string& value) { return LabelOf(Property("k", value)); };
+    for (const char* const reference : {"&#0;", "&#1;", "&#x1F;", "&#X0;", "&#55296;", "&#xDFFF;", "&#65534;",
+                                        "&#xffff;", "&#127;", "&#x7FF;", "&#x10000;", "&#x10FFFF;",
+                                        "&#1114112;", "&#99999999999999999999;", "&#xFFFFFFFFFFFFFFFFF;"})
+    {
+        EXPECT_EQ(text(reference), "k: &amp;" + std::string(reference + 1) + "\n");
+    }
+    for (const char* const kept :
+         {"&#9;",    "&#10;",    "&#13;",    "&#32;",        "&#xD7FF;", "&#126;", "&#128;", "&#x7FE;",
+          "&#x800;", "&#xE000;", "&#65533;", "&#x0000FFFD;", "&#;",      "&#x;",   "&#-1;",  "&#1",
+          "&#1 ;",   "&#xG;",    "&",        "&amp;",        "&#",       "&#x"})
+    {
+        EXPECT_EQ(text(kept), "k: " + std::string(kept) + "\n");
+    }
+}
+
+TEST(GraphDot, ShowsCharactersThatXmlMayNotHoldAsBytes)
+{
+    EXPECT_EQ(LabelOf(Property("k", "a\xEF\xBF\xBE\xEF\xBF\xBF\xEF\xBF\xBD"s)),
+              "k: a\\357\\277\\276\\357\\277\\277\xEF\xBF\xBD\n");
+}
+
+TEST(GraphDot, BreaksNoLineInsideAnAmpersand)
+{
+    EXPECT_EQ(LabelOf(Property("k", std::string(kRestOfLine - 1, 'x') + "&#0;")),
+              "k: " + std::string(kRestOfLine - 1, 'x') + "&amp;\\n#0;\n");
 }
 
 /// A record whose print is `bytes` long, in short lines without a backslash, and that print.

@@ -1,14 +1,17 @@
-// Drives a fuzzer without libFuzzer: `--runs N` mutations from `--seed N`, or the inputs of the files that
-// are named. The input that breaks something is left in `fuzz-failure.bin`.
+// Drives a fuzzer without libFuzzer: `--runs N` mutations of the corpus from `--seed N`, or the inputs of the
+// files that are named. The input that breaks something is left in `fuzz-failure.bin`.
 
 #include "Tests/Fuzz/Fuzzer.h"
 
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -24,6 +27,7 @@ void KeepInput(int)
     if (g_current != nullptr)
     {
         std::ofstream("fuzz-failure.bin", std::ios::binary) << *g_current;
+        std::fputs("the input is in fuzz-failure.bin\n", stderr);
     }
     std::signal(SIGABRT, SIG_DFL);
     std::abort();
@@ -78,18 +82,41 @@ void Mutate(std::string& input, const std::vector<std::string>& corpus, Random& 
     }
 }
 
+std::string Contents(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The inputs of the corpus, in the order of their files' names.
+std::vector<std::string> ReadCorpus()
+{
+    std::vector<std::filesystem::path> paths;
+    for (const auto& entry : std::filesystem::directory_iterator(ZELNOR_FUZZ_CORPUS))
+    {
+        paths.push_back(entry.path());
+    }
+    std::sort(paths.begin(), paths.end());
+    std::vector<std::string> corpus;
+    std::transform(paths.begin(), paths.end(), std::back_inserter(corpus), Contents);
+    Zelnor::Fuzz::Require(!corpus.empty(), "there is a corpus");
+    return corpus;
+}
+
 void Run(unsigned long runs, unsigned long seed)
 {
     constexpr std::size_t kMostBytes = 4096;
     constexpr std::size_t kMostInputs = 1024;
-    std::vector<std::string> corpus = Zelnor::Fuzz::GetSeeds();
+    std::vector<std::string> corpus = ReadCorpus();
     const std::size_t seeds = corpus.size();
+    unsigned long wellFormed = 0;
     for (const std::string& input : corpus)
     {
-        Try(input);
+        wellFormed += Try(input) ? 1 : 0;
     }
+    Zelnor::Fuzz::Require(wellFormed != 0, "the corpus holds a well-formed input");
+    wellFormed = 0;
     Random random(seed);
-    unsigned long wellFormed = 0;
     for (unsigned long i = 0; i < runs; ++i)
     {
         std::string input = corpus[Below(random, corpus.size())];
@@ -107,7 +134,7 @@ void Run(unsigned long runs, unsigned long seed)
         corpus.size() < kMostInputs ? corpus.push_back(input)
                                     : void(corpus[seeds + Below(random, kMostInputs - seeds)] = input);
     }
-    std::printf("%lu inputs, %lu of them well-formed\n", runs, wellFormed);
+    std::printf("%lu inputs, %lu of them well-formed, 0 findings\n", runs, wellFormed);
 }
 
 } // namespace
@@ -117,6 +144,7 @@ int main(int argc, char** argv)
     std::signal(SIGABRT, KeepInput);
     unsigned long runs = 0;
     unsigned long seed = 1;
+    bool named = false;
     for (int i = 1; i < argc; ++i)
     {
         if (i + 1 < argc && std::strcmp(argv[i], "--runs") == 0)
@@ -129,10 +157,13 @@ int main(int argc, char** argv)
         }
         else
         {
-            std::ifstream file(argv[i], std::ios::binary);
-            Try(std::string(std::istreambuf_iterator<char>(file), {}));
+            Try(Contents(argv[i]));
+            named = true;
         }
     }
-    Run(runs, seed);
+    if (!named)
+    {
+        Run(runs, seed);
+    }
     return 0;
 }

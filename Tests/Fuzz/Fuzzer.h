@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 /// What libFuzzer calls with each input. Anything wrong ends the process; -1 stands for an input that is not
 /// even well-formed and not worth keeping.
@@ -13,9 +12,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace Zelnor::Fuzz
 {
-
-/// Inputs that the driver begins with, and pieces that it puts into others.
-std::vector<std::string> GetSeeds();
 
 /// The oracle's word: ends the process when something that always holds does not.
 inline void Require(bool holds, const char* what)
@@ -25,6 +21,11 @@ inline void Require(bool holds, const char* what)
         std::fprintf(stderr, "broken: %s\n", what);
         std::abort();
     }
+}
+
+inline std::string ToString(const std::uint8_t* data, std::size_t size)
+{
+    return {reinterpret_cast<const char*>(data), size};
 }
 
 } // namespace Zelnor::Fuzz

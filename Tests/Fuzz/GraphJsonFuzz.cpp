@@ -6,8 +6,6 @@
 #include "Tests/Fuzz/Fuzzer.h"
 #include "Tests/Support/GraphRoundTrip.h"
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -78,33 +76,7 @@ bool Run(const std::string& document)
 
 } // namespace
 
-std::vector<std::string> Zelnor::Fuzz::GetSeeds()
-{
-    std::vector<std::string> seeds;
-    for (const char* const name : {"counters", "disorder", "empty", "job", "texts"})
-    {
-        std::ifstream file(std::string(ZELNOR_FUZZ_CORPUS "/GraphJson/") + name + ".json", std::ios::binary);
-        seeds.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-        Require(!seeds.back().empty(), "a seed is missing");
-    }
-    // Words of the format, and numbers at its borders.
-    const std::string words[] = {"9223372036854775807",
-                                 "-9223372036854775808",
-                                 "9223372036854775808",
-                                 "1e3",
-                                 "[-9223372036854775808,-1]",
-                                 "{\"data\":{\"\":[]}}",
-                                 "\"id\":",
-                                 "\"from\":1",
-                                 "\"\\ud800\"",
-                                 "{\"a\":1,\"a\":2}",
-                                 "[{\"a\":1},{\"a\":2}]",
-                                 "{\"id\":1},"};
-    seeds.insert(seeds.end(), std::begin(words), std::end(words));
-    return seeds;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    return Run(std::string(reinterpret_cast<const char*>(data), size)) ? 0 : -1;
+    return Run(Fuzz::ToString(data, size)) ? 0 : -1;
 }

@@ -83,32 +83,13 @@ void CheckRoundTrips(const Property& record)
 
 } // namespace
 
-std::vector<std::string> GetSeeds()
-{
-    return {
-        R"({"source":{"$$TYPE_ID$$":"sourceFile","filePath":"/media/in.mp4"}})",
-        R"({"target":{"$$MERGE_WITH$$":[{"":{"$$MERGE_WITH$$":2}},{"":{"$$MERGE_WITH$$":5}}]}})",
-        R"({"r":[30000,1001]})",
-        R"({"r":[-9223372036854775808,-1],"s":[1,-9223372036854775808]})",
-        R"({"r":[-9223372036854775808,-9223372036854775808]})",
-        R"({"g":{"x":1,"x":2,"":null,"e":{},"f":[]}})",
-        R"({"g":[{"x":9223372036854775807},{"x":-9223372036854775808}]})",
-        R"({"n":1.5,"b":true,"u":18446744073709551615})",
-        R"({"s":"\u0000\ud83d\ude00\n\"\\"})",
-        "null",
-        "[[[[[[[[",
-        std::string("{}\0x", 4),
-        "{\"\xff\":\"\xc3\"}",
-    };
-}
-
 } // namespace Zelnor::Fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace Zelnor;
     rapidjson::Document document;
-    if (!Fuzz::Parse(std::string(reinterpret_cast<const char*>(data), size), document))
+    if (!Fuzz::Parse(Fuzz::ToString(data, size), document))
     {
         return -1;
     }
