@@ -3,8 +3,11 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 #include "Conf/Interfaces/IFormatFile.h"
 
+#include "Tests/Support/Campaign.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -14,8 +17,11 @@ namespace Zelnor::Conf
 namespace
 {
 
+using Testing::CampaignRuns;
+
 constexpr int kThreads = 4;
-constexpr int kRounds = 2000;
+/// Of a campaign's cheap operations, each round has about forty.
+int Rounds() { return static_cast<int>(CampaignRuns(80'000) / 40); }
 
 template <class Action>
 void RunInThreads(Action action)
@@ -36,8 +42,9 @@ TEST(DescriptorThreads, ReferencesAreCountedFromSeveralThreads)
     const std::vector<boost::intrusive_ptr<IFormat>> formats = {
         IFormatFile::Create(), IFormatCodec::Create(), IFormatCodecVideo::Create(),
         IFormatCodecAudio::Create(), IFormatCodecSubtitle::Create()};
-    RunInThreads([&formats] {
-        for (int round = 0; round < kRounds; ++round)
+    const int rounds = Rounds();
+    RunInThreads([&formats, rounds] {
+        for (int round = 0; round < rounds; ++round)
         {
             const std::vector<boost::intrusive_ptr<IFormat>> copies = formats;
         }
@@ -57,7 +64,8 @@ TEST(DescriptorThreads, TheLastOfSeveralThreadsDeletesADescriptor)
         Mortal() : IFormatCodec("mortal") {}
         ~Mortal() override { ++destroyed; }
     };
-    for (int round = 0; round < 100; ++round)
+    const int rounds = std::max(Rounds() / 20, 1);
+    for (int round = 0; round < rounds; ++round)
     {
         std::vector<boost::intrusive_ptr<IFormat>> holders(kThreads, new Mortal());
         std::atomic<int> next{0};
@@ -67,13 +75,14 @@ TEST(DescriptorThreads, TheLastOfSeveralThreadsDeletesADescriptor)
             mine.reset();
         });
     }
-    EXPECT_EQ(destroyed, 100);
+    EXPECT_EQ(destroyed, rounds);
 }
 
 TEST(DescriptorThreads, TablesAreReadFromSeveralThreads)
 {
-    RunInThreads([] {
-        for (int round = 0; round < kRounds; ++round)
+    const int rounds = Rounds();
+    RunInThreads([rounds] {
+        for (int round = 0; round < rounds; ++round)
         {
             const auto audio = IFormatCodecAudio::Create();
             audio->SetChannelLayout(LayoutRecord::Find(round % 9)->layout);

@@ -1,9 +1,12 @@
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/Property.h"
 
+#include "Tests/Support/Campaign.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,7 +17,6 @@ namespace
 {
 
 constexpr int kThreads = 4;
-constexpr int kRounds = 200;
 
 /// Throws from a depth, so that the threads name different addresses at the same time.
 std::string CallStackFrom(int depth, const Property& property)
@@ -40,10 +42,11 @@ TEST(CallStackThreads, ExceptionsAreThrownFromSeveralThreads)
     const Property property("group");
     std::vector<std::string> callStacks(kThreads);
     std::vector<std::thread> threads;
+    const int rounds = std::max(static_cast<int>(Testing::CampaignRuns(100'000) / 500), 1);
     for (std::size_t i = 0; i < kThreads; ++i)
     {
-        threads.emplace_back([&property, &callStack = callStacks[i]] {
-            for (int round = 0; round < kRounds; ++round)
+        threads.emplace_back([&property, rounds, &callStack = callStacks[i]] {
+            for (int round = 0; round < rounds; ++round)
             {
                 callStack = CallStackFrom(round % 5, property);
             }

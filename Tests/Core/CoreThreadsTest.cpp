@@ -5,10 +5,12 @@
 #include "Core/Interfaces/Property.h"
 #include "Core/Interfaces/RefCountImpl.h"
 
+#include "Tests/Support/Campaign.h"
 #include "Tests/Support/Plugin.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <string>
@@ -23,6 +25,9 @@ namespace
 {
 
 constexpr int kThreads = 4;
+
+/// Of a campaign's cheap operations; one that throws, loads or starts threads counts as five hundred.
+int Rounds(int cost) { return std::max(static_cast<int>(Testing::CampaignRuns(100'000)) / cost, 1); }
 
 /// Runs `action` with the thread's number in several threads, all beginning together.
 void InThreads(const std::function<void(int)>& action)
@@ -88,20 +93,21 @@ private:
 TEST(CoreThreads, CountReferencesTogether)
 {
     const RefCountImpl count;
+    const int rounds = Rounds(10);
     InThreads([&](int) {
-        for (int i = 0; i < 10000; ++i)
+        for (int i = 0; i < rounds; ++i)
         {
             count.AddRefImpl();
             count.AddRefImpl();
             count.ReleaseImpl();
         }
     });
-    EXPECT_EQ(count.GetRefCountImpl(), kThreads * 10000);
+    EXPECT_EQ(count.GetRefCountImpl(), kThreads * rounds);
 }
 
 TEST(CoreThreads, TheLastHolderDestroysOnceAndSeesWhatTheOthersWrote)
 {
-    for (int round = 0; round < 200; ++round)
+    for (int round = Rounds(500); round != 0; --round)
     {
         std::atomic<int> destroyed{0};
         int sum = 0;
@@ -122,8 +128,9 @@ TEST(CoreThreads, TheLastHolderDestroysOnceAndSeesWhatTheOthersWrote)
 TEST(CoreThreads, GetTheirCallStacksAndThrowAtOnce)
 {
     std::atomic<int> wrong{0};
+    const int rounds = Rounds(500);
     InThreads([&](int) {
-        for (int i = 0; i < 200; ++i)
+        for (int i = 0; i < rounds; ++i)
         {
             wrong += GetCallStack().empty() ? 1 : 0;
             wrong += StackOfAThrow().find("Property::operator[]") == std::string::npos ? 1 : 0;
@@ -136,10 +143,11 @@ TEST(CoreThreads, ThrowWhileALibraryThatThrowsIsLoadedAndUnloaded)
 {
     std::atomic<int> wrong{0};
     std::atomic<int> loading{1};
+    const int rounds = Rounds(500);
     InThreads([&](int thread) {
         if (thread == 0)
         {
-            for (int i = 0; i < 200; ++i)
+            for (int i = 0; i < rounds; ++i)
             {
                 const bool first = i % 2 == 0;
                 const Testing::Plugin plugin(first ? ZELNOR_PLUGIN_FIRST : ZELNOR_PLUGIN_SECOND);
@@ -165,14 +173,18 @@ TEST(CoreThreads, ReadOnePropertyAtOnce)
     }
     const Core::Property& shared = record;
     std::atomic<int> wrong{0};
+    const int rounds = Rounds(1'000);
     InThreads([&](int) {
-        const Core::Property copy(shared);
-        for (long long i = 0; i < 20; ++i)
+        for (int round = 0; round < rounds; ++round)
         {
-            wrong += shared["child " + std::to_string(i)]["value"].GetInt64() == i ? 0 : 1;
+            const Core::Property copy(shared);
+            for (long long i = 0; i < 20; ++i)
+            {
+                wrong += shared["child " + std::to_string(i)]["value"].GetInt64() == i ? 0 : 1;
+            }
+            wrong += copy == shared ? 0 : 1;
+            wrong += shared["child 0"]["value"].begin() == shared["child 0"]["value"].end() ? 0 : 1;
         }
-        wrong += copy == shared ? 0 : 1;
-        wrong += shared["child 0"]["value"].begin() == shared["child 0"]["value"].end() ? 0 : 1;
     });
     EXPECT_EQ(wrong, 0);
 }

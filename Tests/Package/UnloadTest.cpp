@@ -1,10 +1,14 @@
 // Not linked with our libraries: they come with the module, and shall go with it.
 
+#include "Tests/Support/Campaign.h"
+
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
 
+#include <fstream>
 #include <string>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZELNOR_ADDRESS_SANITIZER
@@ -58,6 +62,54 @@ TEST(Libraries, LeaveMemoryWhenTheirLogStays)
     ASSERT_NE(dlopen(ZELNOR_GLOG_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
     LoadUseAndUnload();
     LoadUseAndUnload();
+}
+
+/// Lines of a file of /proc/self that contain a text.
+std::vector<std::string> LinesOf(const char* file, const std::string& text)
+{
+    std::ifstream lines(std::string("/proc/self/") + file);
+    std::vector<std::string> found;
+    for (std::string line; std::getline(lines, line);)
+    {
+        if (line.find(text) != std::string::npos)
+        {
+            found.push_back(line);
+        }
+    }
+    return found;
+}
+
+long ResidentKilobytes()
+{
+    const std::vector<std::string> lines = LinesOf("status", "VmRSS:");
+    return lines.empty() ? 0 : std::stol(lines.front().substr(std::string("VmRSS:").size()));
+}
+
+TEST(Libraries, ComeAndGoWithoutTakingMoreMemoryEachTime)
+{
+#ifdef ZELNOR_ADDRESS_SANITIZER
+    GTEST_SKIP() << "the sanitizer keeps what was freed";
+#endif
+    ASSERT_NE(dlopen(ZELNOR_GLOG_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+    const std::size_t times = Zelnor::Testing::CampaignRuns(20);
+    for (int warmUp = 0; warmUp < 10; ++warmUp)
+    {
+        LoadUseAndUnload();
+    }
+    const std::size_t mappings = LinesOf("maps", "").size();
+    const long kilobytes = ResidentKilobytes();
+    for (std::size_t i = 0; i < times && !HasFailure(); ++i)
+    {
+        LoadUseAndUnload();
+    }
+    // The heap may grow by one mapping; a library that stayed would have five.
+    EXPECT_LE(LinesOf("maps", "").size(), mappings + 2);
+    EXPECT_TRUE(LinesOf("maps", "libZelnor").empty());
+    // What each round may lose, if it loses anything, is less than a page of four kilobytes in eight of them.
+    const long grown = ResidentKilobytes() - kilobytes;
+    EXPECT_LE(grown, 256 + static_cast<long>(times) / 2);
+    Zelnor::Testing::ReportFigures(std::to_string(times) + " times loaded and unloaded, " +
+                                   std::to_string(grown) + " KiB grown");
 }
 
 } // namespace

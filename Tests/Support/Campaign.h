@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -49,6 +50,13 @@ inline std::size_t CampaignRuns(std::size_t quick)
 inline std::uint64_t CampaignSeed(std::uint64_t otherwise)
 {
     return NumberFromEnvironment("ZELNOR_CAMPAIGN_SEED", otherwise);
+}
+
+/// What a campaign has to say at its end: "100000 documents, 0 findings". `scripts/campaign` shows it.
+inline void ReportFigures(const std::string& figures)
+{
+    std::printf("campaign: %s\n", figures.c_str());
+    std::fflush(stdout);
 }
 
 } // namespace Zelnor::Testing
