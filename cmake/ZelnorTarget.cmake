@@ -62,3 +62,10 @@ function(zelnor_library target output)
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${exports}")
   target_compile_features(${target} PUBLIC cxx_std_17)
 endfunction()
+
+# zelnor_precompile(<target> <header>...): parses once what takes long to parse in every source of the target.
+function(zelnor_precompile target)
+  if(ZELNOR_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
