@@ -294,7 +294,7 @@ def main():
     noticed = counts.get("killed", 0) + counts.get("timeout", 0)
     tried = noticed + counts.get("survived", 0)
     percentage = 100.0 * noticed / tried if tried else 0.0
-    print(f"{tried} mutants of {total} possible (seed {options.seed}), {noticed} killed "
+    print(f"campaign: {tried} mutants of {total} possible (seed {options.seed}), {noticed} killed "
           f"({counts.get('timeout', 0)} by their time), {counts.get('survived', 0)} survived, "
           f"{counts.get('does not compile', 0)} did not compile: {percentage:.1f} %")
     return 0 if percentage >= options.least else 1
