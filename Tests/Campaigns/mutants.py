@@ -8,6 +8,7 @@ does not compile is left out and counts for nothing.
 """
 
 import argparse
+import collections
 import concurrent.futures
 import dataclasses
 import json
@@ -140,26 +141,33 @@ class Build:
     def __init__(self, folder):
         self.folder = folder
         entries = json.loads((folder / "compile_commands.json").read_text())
-        self.compile_commands = {entry["file"]: entry["command"] for entry in entries}
+        self.compile_commands = collections.defaultdict(list)
+        for entry in entries:
+            self.compile_commands[entry["file"]].append(shlex.split(entry["command"]))
         self.links = {}
 
-    def compile(self, source, changed, output):
-        words = shlex.split(self.compile_commands[str(source)])
-        words = [str(changed) if word == str(source) else word for word in words]
-        at = words.index("-o")
-        original = words[at + 1]
-        words[at + 1] = str(output)
-        words = [word for word in words if word != "-Werror" and not word.endswith("ccache")]
-        return original, words + ["-O0", "-w"]
-
-    def link(self, target, replaced, replacement, output):
+    def link_command(self, target):
         if target not in self.links:
             text = subprocess.run(["ninja", "-t", "commands", target], cwd=self.folder, check=True,
                                   capture_output=True, text=True).stdout.strip().split("\n")[-1]
             self.links[target] = [word for word in shlex.split(text) if word not in (":", "&&")]
-        words = []
-        for word in self.links[target]:
-            words.append(str(replacement) if word == replaced else word)
+        return self.links[target]
+
+    def object_and_compile(self, source, changed, output, target):
+        """The object file that the target links for the source, and how it is compiled from the changed one."""
+        for words in self.compile_commands[str(source)]:
+            at = words.index("-o") + 1
+            linked = words[at]
+            # Some sources are compiled once more for tests of their own.
+            if linked in self.link_command(target):
+                words = [str(changed) if word == str(source) else word for word in words]
+                words[at] = str(output)
+                words = [word for word in words if word != "-Werror" and not word.endswith("ccache")]
+                return linked, words + ["-O0", "-w"]
+        sys.exit(f"{source} is not linked into {target}")
+
+    def link(self, target, replaced, replacement, output):
+        words = [str(replacement) if word == replaced else word for word in self.link_command(target)]
         words[words.index("-o") + 1] = str(output)
         return words
 
@@ -225,6 +233,10 @@ class Judge:
             environment["TMPDIR"] = folder
             return run(words, folder, seconds, environment)
 
+    def shared(self, library):
+        """The library as a target of the build; the name without a version is a link."""
+        return os.path.relpath(os.path.realpath(self.build.folder / "bin" / library.shared), self.build.folder)
+
     def judge(self, mutant):
         """"killed", "timeout", "survived" or "does not compile"."""
         with tempfile.TemporaryDirectory() as name:
@@ -234,14 +246,15 @@ class Judge:
             lines = source.read_text().split("\n")
             lines[mutant.line - 1] = mutant.after
             changed.write_text("\n".join(lines))
-            replaced, words = self.build.compile(source, changed, scratch / "mutant.o")
+            target = self.shared(LIBRARIES[mutant.library])
+            replaced, words = self.build.object_and_compile(source, changed, scratch / "mutant.o", target)
             if run(words, self.build.folder, 300) != 0:
                 return "does not compile"
             return self.ask_tests(mutant, replaced, scratch)
 
     def ask_tests(self, mutant, replaced, scratch):
         library = LIBRARIES[mutant.library]
-        target = os.path.relpath(os.path.realpath(self.build.folder / "bin" / library.shared), self.build.folder)
+        target = self.shared(library)
         shared = scratch / os.path.basename(target)
         if run(self.build.link(target, replaced, scratch / "mutant.o", shared), self.build.folder, 300) != 0:
             return "does not compile"
