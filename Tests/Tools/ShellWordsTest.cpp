@@ -26,6 +26,16 @@ TEST(ShellLine, QuotesEverythingElse)
     EXPECT_EQ(ShellLine({}), "");
 }
 
+TEST(ShellLine, ShowsWhatNobodyWouldSee)
+{
+    EXPECT_EQ(ShellLine({"a\xe2\x80\xae"
+                         "b"}),
+              "'a'\"$(printf '\\342\\200\\256')\"'b'");
+    EXPECT_EQ(ShellLine({"\x1b[31m"}), "''\"$(printf '\\033')\"'[31m'");
+    EXPECT_EQ(ShellLine({"\xff"}), "''\"$(printf '\\377')\"''");
+    EXPECT_EQ(ShellLine({"\xc3\xa4"}), "'\xc3\xa4'");
+}
+
 /// The words as the shell splits the line, each with a NUL behind it.
 std::string SplitByShell(const char* shell, const std::string& line)
 {
@@ -35,7 +45,7 @@ std::string SplitByShell(const char* shell, const std::string& line)
 TEST(ShellLine, IsSplitByAShellIntoTheSameWords)
 {
     std::mt19937 random(7);
-    const std::string letters = "a'\"\\ \t\n$`!*?[]{}()<>|&;#~=%^\xc3\xa4\xff-";
+    const std::string letters = "a'\"\\ \t\n$`!*?[]{}()<>|&;#~=%^\xc3\xa4\xff-\x1b\xe2\x80\xae\r";
     for (int round = 0; round < 40; ++round)
     {
         std::vector<std::string> words(1 + random() % 6);

@@ -56,10 +56,17 @@ TEST(Printable, EscapesBidirectionalControlsAndLineSeparators)
     }
 }
 
+TEST(Printable, EscapesOtherCharactersThatNobodySees)
+{
+    EXPECT_EQ(Printable("in\xe2\x80\x8bvoice.mp4"), "in\\xe2\\x80\\x8bvoice.mp4"); // zero width space
+    EXPECT_EQ(Printable("\xef\xbb\xbfjob.json"), "\\xef\\xbb\\xbfjob.json");       // byte order mark
+    EXPECT_EQ(Printable("\xf3\xa0\x81\x81"), "\\xf3\\xa0\\x81\\x81");              // a tag
+}
+
 TEST(Printable, LeavesTheNeighboursOfBidirectionalControls)
 {
     for (const std::string text : {"\xd8\x9b", "\xd8\x9d", "\xe2\x80\x8d", "\xe2\x80\x90", "\xe2\x80\xa7",
-                                   "\xe2\x80\xaf", "\xe2\x81\xa5", "\xe2\x81\xaa"})
+                                   "\xe2\x80\xaf", "\xe2\x81\x9f", "\xe2\x81\xb0"})
     {
         EXPECT_EQ(Printable(text), text);
     }

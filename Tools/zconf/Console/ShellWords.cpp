@@ -1,6 +1,9 @@
 #include "Tools/zconf/Console/ShellWords.h"
 
+#include "Core/Interfaces/Utf8.h"
+
 #include <algorithm>
+#include <cstddef>
 #include <string_view>
 
 namespace Zelnor::Tool
@@ -16,6 +19,29 @@ bool IsPlain(char c)
            kPlain.find(c) != std::string_view::npos;
 }
 
+/// Whether a reader does not see the character as it is. Blanks, tabs and ends of lines only make room.
+bool IsHidden(std::string_view character)
+{
+    return character != "\n" && character != "\t" &&
+           (Core::Utf8Length(character) == 0 || Core::IsInvisibleControl(Core::Utf8CodePoint(character)));
+}
+
+/// A command that writes the bytes: every shell knows it, and no line hides what it writes.
+std::string Substituted(std::string_view bytes)
+{
+    std::string digits;
+    for (const char c : bytes)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        for (const unsigned shift : {6U, 3U, 0U})
+        {
+            digits +=
+                (shift == 6U ? "\\" : "") + std::string(1, static_cast<char>('0' + (byte >> shift & 7U)));
+        }
+    }
+    return "'\"$(printf '" + digits + "')\"'";
+}
+
 std::string Quoted(const std::string& word)
 {
     if (!word.empty() && std::all_of(word.begin(), word.end(), IsPlain))
@@ -23,9 +49,13 @@ std::string Quoted(const std::string& word)
         return word;
     }
     std::string quoted = "'";
-    for (const char c : word)
+    for (std::string_view rest = word; !rest.empty();)
     {
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        const std::string_view character = rest.substr(0, std::max<std::size_t>(Core::Utf8Length(rest), 1));
+        quoted += IsHidden(character) ? Substituted(character)
+                  : character == "'"  ? "'\\''"
+                                      : std::string(character);
+        rest.remove_prefix(character.size());
     }
     return quoted + "'";
 }

@@ -8,7 +8,7 @@
 namespace Zelnor::Tool
 {
 
-/// The text for one line of a terminal: C0, C1 and bidirectional controls, line separators and bytes that are
+/// The text for one line of a terminal: invisible controls (`Core::IsInvisibleControl`) and bytes that are
 /// not UTF-8 become C escapes of their bytes, so that no file name or record can break a line, steer the
 /// terminal or look like another text.
 std::string Printable(const std::string& text);
