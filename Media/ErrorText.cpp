@@ -60,6 +60,12 @@ std::string DescribeRefusal(const Core::MethodIsNotApplicable& exception)
     return "'" + (name == nullptr ? "" : *name) + "' is not a group, so it cannot have children";
 }
 
+template <class E>
+std::string NameOf(const E& exception)
+{
+    return std::string("Failed with ") + typeid(exception).name();
+}
+
 } // namespace
 
 std::string ErrorText(const std::exception_ptr& failure)
@@ -76,7 +82,7 @@ std::string ErrorText(const std::exception_ptr& failure)
     catch (const Exception& exception)
     {
         const std::string text = DescribeTagged(exception);
-        return text.empty() ? std::string("Failed with ") + typeid(exception).name() : text;
+        return text.empty() ? NameOf(exception) : text;
     }
     catch (const std::bad_alloc&)
     {
@@ -84,7 +90,9 @@ std::string ErrorText(const std::exception_ptr& failure)
     }
     catch (const std::exception& exception)
     {
-        return FirstLine(exception.what());
+        // Some of the vocabulary's look-ups have nothing to say.
+        const std::string text = FirstLine(exception.what());
+        return text.empty() ? NameOf(exception) : text;
     }
     catch (...)
     {

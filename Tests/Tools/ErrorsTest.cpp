@@ -1,5 +1,6 @@
 #include "Tools/zconf/Console/Errors.h"
 
+#include "Conf/Interfaces/PixelFormatDescription.h"
 #include "Core/Interfaces/DataStream.h"
 
 #include <gtest/gtest.h>
@@ -46,6 +47,14 @@ TEST(Describe, GivesTheFirstLineOfOtherExceptions)
     EXPECT_EQ(DescriptionOf([] { throw std::runtime_error("what\n  call stack"); }), "what");
     EXPECT_EQ(DescriptionOf([] { throw std::bad_alloc(); }), "Not enough memory");
     EXPECT_EQ(DescriptionOf([] { throw 7; }), "Failed for an unknown reason");
+}
+
+TEST(Describe, IsNeverEmpty)
+{
+    // A failed look-up of a pixel format has an empty message.
+    EXPECT_EQ(DescriptionOf([] { PixFmtDescription::Find(static_cast<PixFmt>(1)); }).substr(0, 12),
+              "Failed with ");
+    EXPECT_EQ(DescriptionOf([] { throw std::runtime_error("\nsecond line"); }).substr(0, 12), "Failed with ");
 }
 
 } // namespace
