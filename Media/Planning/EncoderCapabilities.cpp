@@ -1,7 +1,6 @@
 #include "Media/Planning/EncoderCapabilities.h"
 
 extern "C" {
-#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -230,15 +229,6 @@ bool HasTwoPasses(const AVCodec& encoder)
     constexpr std::array<std::string_view, 8> kEncoders = {"libx264",    "libvpx",     "libvpx-vp9", "mpeg4",
                                                            "mpeg2video", "mpeg1video", "libxvid",    "flv"};
     return std::find(kEncoders.begin(), kEncoders.end(), encoder.name) != kEncoders.end();
-}
-
-bool HasOption(const AVCodec& encoder, const std::string& name)
-{
-    const AVClass* common = avcodec_get_class();
-    const AVClass* own = encoder.priv_class;
-    return (own != nullptr &&
-            av_opt_find(&own, name.c_str(), nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr) ||
-           av_opt_find(&common, name.c_str(), nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr;
 }
 
 } // namespace Zelnor::Media

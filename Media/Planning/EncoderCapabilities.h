@@ -31,7 +31,5 @@ AVRational NearestFrameRate(const AVCodec& encoder, AVRational wanted);
 bool IsWithoutBitrate(AVCodecID codec);
 /// Whether the encoder can use the statistics of a first pass.
 bool HasTwoPasses(const AVCodec& encoder);
-/// Whether the encoder, or every encoder, has an option of that name.
-bool HasOption(const AVCodec& encoder, const std::string& name);
 
 } // namespace Zelnor::Media

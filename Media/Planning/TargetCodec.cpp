@@ -1,6 +1,7 @@
 #include "Media/Planning/TargetCodec.h"
 
 #include "Media/MediaException.h"
+#include "Media/Options/OptionRules.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/EncoderCheck.h"
@@ -230,9 +231,28 @@ Property MakeSubtitle(const TargetStream& stream)
     return record;
 }
 
-} // namespace
+/// A preset does not know the decoder of the source.
+void RequireDecoderOptions(const TargetStream& stream)
+{
+    const auto group = stream.settings.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE);
+    const AVCodec* const decoder = FindDecoder(stream.source.codec);
+    if (group == stream.settings.end() || decoder == nullptr)
+    {
+        return;
+    }
+    for (const Property& option : *group)
+    {
+        const CheckedOption checked = CheckDecoderOption(decoder, option.GetName(), option);
+        if (!checked.fault.empty())
+        {
+            ZELNOR_THROW(
+                kUnit, MakeError<PlanException>(stream.place.Under(group->GetName()).Under(option.GetName()),
+                                                checked.fault));
+        }
+    }
+}
 
-Property MakeTargetCodec(const TargetStream& stream)
+Property MakeCodec(const TargetStream& stream)
 {
     switch (stream.source.kind)
     {
@@ -249,6 +269,14 @@ Property MakeTargetCodec(const TargetStream& stream)
     }
     ZELNOR_THROW(kUnit,
                  MakeError<PlanException>(stream.place.At(""), "streams of this kind cannot be converted"));
+}
+
+} // namespace
+
+Property MakeTargetCodec(const TargetStream& stream)
+{
+    RequireDecoderOptions(stream);
+    return MakeCodec(stream);
 }
 
 Property MakeCopiedCodec(const MediaStream& source)

@@ -1,6 +1,9 @@
 #include "Media/Presets/PresetRules.h"
 
 #include "Media/MediaException.h"
+#include "Media/Options/OptionRules.h"
+#include "Media/Options/SettingRules.h"
+#include "Media/Probe/FFmpegNames.h"
 #include "Media/ValueText.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
@@ -177,6 +180,77 @@ const char* CodecKind(MediaType mediaType)
     return "a codec";
 }
 
+[[noreturn]] void Refuse(const Place& place, const std::string& reason)
+{
+    ZELNOR_THROW(kUnit, MakeError<PresetFileException>(place, reason));
+}
+
+void CheckChildren(const Property& group, const Place& place)
+{
+    for (const ChildFault& fault : FindChildFaults(group))
+    {
+        Refuse(place.Under(fault.child->GetName()), fault.reason);
+    }
+}
+
+/// What a job asks of the same settings. Those of unknown keys are left to it.
+void CheckSettings(const Property& stream, const Place& place)
+{
+    for (const Property& setting : stream)
+    {
+        const Place settingPlace = place.Under(setting.GetName());
+        const std::string fault = FindSettingFault(setting);
+        if (!fault.empty())
+        {
+            Refuse(settingPlace, fault);
+        }
+        if (setting.GetType() == PROPERTY_TYPE_GROUP && IsSettingKnown(setting.GetName()))
+        {
+            CheckChildren(setting, settingPlace);
+        }
+    }
+}
+
+/// The encoder that a job of the preset will use; null when it is not there, which the job says.
+const AVCodec* EncoderOf(const Property& stream)
+{
+    const auto wanted = stream.FindChild(IFormatCodec::TAG_PREFERREDIMPL);
+    return wanted == stream.end() || wanted->GetString() == IFormatCodec::ENCODER_FFMPEG_IMPL
+               ? FindEncoder(stream[IFormatCodec::TAG_CODEC_ID].GetString())
+               : avcodec_find_encoder_by_name(wanted->GetString().c_str());
+}
+
+/// Which decoder there will be is known with the source.
+void CheckOptions(const Property& stream, const Place& place)
+{
+    const auto encode = stream.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ENCODE);
+    const AVCodec* const encoder = encode == stream.end() ? nullptr : EncoderOf(stream);
+    if (encoder != nullptr)
+    {
+        for (const Property& option : *encode)
+        {
+            const CheckedOption checked = CheckEncoderOption(*encoder, option.GetName(), option);
+            if (!checked.fault.empty())
+            {
+                Refuse(place.Under(encode->GetName()).Under(option.GetName()), checked.fault);
+            }
+        }
+    }
+    const auto analyze = stream.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE);
+    if (analyze == stream.end())
+    {
+        return;
+    }
+    for (const Property& option : *analyze)
+    {
+        const CheckedOption checked = CheckDecoderOption(nullptr, option.GetName(), option);
+        if (!checked.fault.empty())
+        {
+            Refuse(place.Under(analyze->GetName()).Under(option.GetName()), checked.fault);
+        }
+    }
+}
+
 void CheckStream(const Property& stream, const Place& streamsPlace)
 {
     const MediaType mediaType = MediaTypeOf(stream, streamsPlace);
@@ -193,6 +267,8 @@ void CheckStream(const Property& stream, const Place& streamsPlace)
     std::size_t count = 0;
     const Rule* const rules = StreamRules(count);
     Apply(rules, count, stream, place);
+    CheckSettings(stream, place);
+    CheckOptions(stream, place);
 }
 
 } // namespace
@@ -208,6 +284,11 @@ void CheckPreset(const Property& preset, const std::string& file)
     const Rule* const rules = FileRules(count);
     Required(preset, IFormatFile::TAG_CONTAINER, "the name of a container, as \"mp4\"", place);
     Apply(rules, count, preset, place);
+    const auto metadata = preset.FindChild(Conf::IFormat::TAG_METADATA);
+    if (metadata != preset.end())
+    {
+        CheckChildren(*metadata, place.Under(metadata->GetName()));
+    }
     const std::string expected = "a group of at least one stream";
     const Property& streams = Required(preset, IPreset::KEY_STREAMS, expected, place);
     if (streams.Count() == 0)

@@ -162,4 +162,10 @@ const AVCodec* FindEncoder(const std::string& codecTextId)
                                                         : id);
 }
 
+const AVCodec* FindDecoder(const std::string& codecName)
+{
+    const AVCodecDescriptor* const codec = avcodec_descriptor_get_by_name(codecName.c_str());
+    return codec == nullptr ? nullptr : avcodec_find_decoder(codec->id);
+}
+
 } // namespace Zelnor::Media

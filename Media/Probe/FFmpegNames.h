@@ -41,5 +41,8 @@ std::optional<Conf::ChannelLayout> FromFFmpeg(const AVChannelLayout& layout);
 std::optional<std::string> CodecTextOf(AVCodecID id);
 /// The installed FFmpeg's default encoder for the codec; null when it has none.
 const AVCodec* FindEncoder(const std::string& codecTextId);
+/// The decoder that ffmpeg uses for a codec, which is given by FFmpeg's name ("h264"); null when there is
+/// none.
+const AVCodec* FindDecoder(const std::string& codecName);
 
 } // namespace Zelnor::Media

@@ -1,5 +1,6 @@
 #include "Media/Running/CodecArguments.h"
 
+#include "Media/Options/OptionRules.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Running/BitrateArguments.h"
 #include "Media/Running/EncoderProfiles.h"
@@ -31,37 +32,21 @@ struct Context
     FaultList& faults;
 };
 
-/// A number, a text or a rational, as an option.
-std::string ValueOf(const Property& setting)
-{
-    switch (setting.GetType())
-    {
-    case PROPERTY_TYPE_INT64:
-        return std::to_string(setting.GetInt64());
-    case PROPERTY_TYPE_STRING:
-        return setting.GetString();
-    case PROPERTY_TYPE_RATIO:
-        return std::to_string(setting.GetRatio().numerator()) + "/" +
-               std::to_string(setting.GetRatio().denominator());
-    case PROPERTY_TYPE_NONE:
-    case PROPERTY_TYPE_GROUP:
-        break;
-    }
-    return "";
-}
-
 void AddOption(const Context& context, const std::string& key, const std::string& name,
                const Property& setting)
 {
-    if (!HasOption(context.encoder, name))
+    const CheckedOption checked = CheckEncoderOption(context.encoder, name, setting);
+    if (checked.fault.empty())
     {
-        context.faults.Add(JobFault::Encoder, context.place.At(key),
-                           std::string("encoder ") + context.encoder.name + " does not have an option '" +
-                               name + "'");
-        return;
+        context.options.emplace_back(name, checked.value);
     }
-    context.options.emplace_back(name, ValueOf(setting));
+    else
+    {
+        context.faults.Add(JobFault::Encoder, context.place.At(key), checked.fault);
+    }
 }
+
+constexpr const char* kGlobalHeader = "+global_header";
 
 using Handler = void (*)(const Context& context, const Property& setting);
 
@@ -80,14 +65,24 @@ void HandleTune(const Context& context, const Property& setting)
     AddTune(context.encoder, setting, context.options, context.place, context.faults);
 }
 
+/// As the number that four characters are: ffmpeg would take "1234" for another one.
 void AddTag(const Context& context, const Property& setting)
 {
-    context.options.emplace_back("tag", ValueOf(setting));
+    long long number = setting.GetType() == PROPERTY_TYPE_INT64 ? setting.GetInt64() : 0;
+    if (setting.GetType() == PROPERTY_TYPE_STRING)
+    {
+        const std::string& text = setting.GetString();
+        std::for_each(text.rbegin(), text.rend(),
+                      [&number](char c) { number = number * 256 + static_cast<unsigned char>(c); });
+    }
+    context.options.emplace_back("tag", std::to_string(number));
 }
 
 void AddThreads(const Context& context, const Property& setting)
 {
-    context.options.emplace_back("threads", ValueOf(setting));
+    context.options.emplace_back("threads", setting.GetType() == PROPERTY_TYPE_INT64
+                                                ? std::to_string(setting.GetInt64())
+                                                : setting.GetString());
 }
 
 void UseAllProcessors(const Context& context, const Property& setting)
@@ -102,7 +97,7 @@ void AddGlobalHeader(const Context& context, const Property& setting)
 {
     if (setting.GetInt64() != 0)
     {
-        context.options.emplace_back("flags", "+global_header");
+        context.options.emplace_back("flags", kGlobalHeader);
     }
 }
 
@@ -171,6 +166,43 @@ const Row* FindRow(const std::string& key)
     const auto* const found = std::find_if(std::begin(s_rows), std::end(s_rows),
                                            [&key](const Row& row) { return *row.key == key; });
     return found == std::end(s_rows) ? nullptr : found;
+}
+
+/// The flags of the group, and the one that a setting gives; empty when they contradict each other.
+std::string UnitedFlags(const std::string& one, const std::string& other)
+{
+    const std::string& free = one == kGlobalHeader ? other : one;
+    return free.find("-global_header") == std::string::npos ? free + kGlobalHeader : "";
+}
+
+/// ffmpeg takes the last value of an option. Where another setting gives the encoder an option of the group,
+/// one of the two would be lost without a word.
+void UniteOptions(const Property& group, const Context& context)
+{
+    for (const Property& option : group)
+    {
+        const std::string& name = option.GetName();
+        const auto isNamed = [&name](const auto& known) { return known.first == name; };
+        const auto first = std::find_if(context.options.begin(), context.options.end(), isNamed);
+        while (first != context.options.end())
+        {
+            const auto second = std::find_if(first + 1, context.options.end(), isNamed);
+            if (second == context.options.end())
+            {
+                break;
+            }
+            const std::string united = first->second == second->second ? first->second
+                                       : name == "flags" ? UnitedFlags(first->second, second->second)
+                                                         : "";
+            if (united.empty())
+            {
+                context.faults.Add(JobFault::Encoder, context.place.At(group.GetName() + "." + name),
+                                   "another setting gives the encoder '" + name + "' another value");
+            }
+            first->second = united;
+            context.options.erase(second);
+        }
+    }
 }
 
 bool IsLosslessWord(const std::string& implementation)
@@ -261,6 +293,11 @@ CodecOptions EncodingOptions(const Property& codec, const AVCodec& encoder, cons
         {
             row->handler(context, setting);
         }
+    }
+    const auto group = codec.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ENCODE);
+    if (group != codec.end())
+    {
+        UniteOptions(*group, context);
     }
     if (WantsTwoPasses(codec) && !HasTwoPasses(encoder))
     {

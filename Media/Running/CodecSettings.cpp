@@ -1,19 +1,11 @@
 #include "Media/Running/CodecSettings.h"
 
-#include "Media/Probe/FFmpegNames.h"
-#include "Media/ValueText.h"
+#include "Media/Options/SettingRules.h"
 
-#include "Conf/Interfaces/ConfException.h"
-#include "Conf/Interfaces/IFormatCodecAudio.h"
-#include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
-#include "Conf/Interfaces/PixelFormatDescription.h"
-#include "Conf/Interfaces/ServiceRecords.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
-#include <limits>
 #include <unordered_set>
 
 namespace Zelnor::Media
@@ -23,212 +15,38 @@ namespace
 {
 
 using Conf::IFormat;
-using Conf::IFormatCodec;
-using Conf::IFormatCodecAudio;
-using Conf::IFormatCodecSubtitle;
 using Conf::IFormatCodecVideo;
 using Core::Property;
 
-constexpr const char* kNulReason = "a text with a NUL byte cannot be given to ffmpeg";
-
-bool IsNumber(const Property& value) { return value.GetType() == PROPERTY_TYPE_INT64; }
-bool IsText(const Property& value) { return value.GetType() == PROPERTY_TYPE_STRING; }
-bool IsGroup(const Property& value) { return value.GetType() == PROPERTY_TYPE_GROUP; }
-bool IsScalar(const Property& value)
+/// Whether the setting is as its key asks for; a fault otherwise.
+bool Obeys(const Property& setting, const Place& place, FaultList& faults)
 {
-    return IsNumber(value) || IsText(value) || value.GetType() == PROPERTY_TYPE_RATIO;
-}
-bool IsNumberOrText(const Property& value) { return IsNumber(value) || IsText(value); }
-bool IsAnything(const Property&) { return true; }
-
-template <long long Least, long long Most>
-bool IsBetween(const Property& value)
-{
-    return IsNumber(value) && value.GetInt64() >= Least && value.GetInt64() <= Most;
-}
-
-bool IsPixelFormat(const Property& value)
-{
-    const auto& records = PixFmtDescription::s_pixelFormatRecords;
-    return IsNumber(value) && std::any_of(records.begin(), records.end(), [&value](const auto& record) {
-               return record.pixFmt == value.GetInt64();
-           });
-}
-
-bool IsFrameRate(const Property& value)
-{
-    constexpr long long kMost = std::numeric_limits<std::int32_t>::max();
-    return value.GetType() == PROPERTY_TYPE_RATIO && value.GetRatio().numerator() > 0 &&
-           value.GetRatio().numerator() <= kMost && value.GetRatio().denominator() <= kMost;
-}
-
-bool IsBitrateMode(const Property& value)
-{
-    return IsText(value) && (value.GetString() == IFormatCodec::TAG_BITRATE_MODE_CBR ||
-                             value.GetString() == IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO ||
-                             value.GetString() == IFormatCodec::TAG_BITRATE_MODE_VBR);
-}
-
-bool IsPassMode(const Property& value)
-{
-    return IsNumber(value) || (IsText(value) && (value.GetString() == IFormatCodec::TAG_ONE_PASS_MODE ||
-                                                 value.GetString() == IFormatCodec::TAG_TWO_PASS_MODE));
-}
-
-bool IsThreadNumber(const Property& value)
-{
-    return IsBetween<0, 2147483647>(value) || (IsText(value) && value.GetString() == "auto");
-}
-
-template <class Record>
-bool HasRecord(const Property& value)
-{
-    try
+    const std::string fault = FindSettingFault(setting);
+    if (!fault.empty())
     {
-        return IsText(value) && Record::Find(value.GetString()) != nullptr;
+        faults.Add(JobFault::Setting, place, fault);
     }
-    catch (const Conf::FormatException&)
+    return fault.empty();
+}
+
+/// The children of a group that are as they must be.
+Property CheckGroup(const Property& group, const Place& place, FaultList& faults)
+{
+    std::unordered_set<const Property*> bad;
+    for (const ChildFault& fault : FindChildFaults(group))
     {
-        return false;
+        faults.Add(JobFault::Setting, place.At(group.GetName() + "." + fault.child->GetName()), fault.reason);
+        bad.insert(fault.child);
     }
-}
-
-bool IsSampleFormat(const Property& value)
-{
-    return HasRecord<Conf::SampleFmtRecord>(value) &&
-           Conf::SampleFmtRecord::Find(value.GetString())->format != Conf::SAMPLE_FMT_NONE;
-}
-
-/// What a value must be, and how people call that.
-struct Rule
-{
-    bool (*accepts)(const Property& value);
-    const char* expected;
-};
-
-constexpr Rule kAnything = {IsAnything, "anything"};
-constexpr Rule kNumber = {IsNumber, "an integer"};
-constexpr Rule kText = {IsText, "a string"};
-constexpr Rule kGroup = {IsGroup, "a group"};
-constexpr Rule kScalar = {IsScalar, "an integer, a string or a rational"};
-constexpr Rule kNumberOrText = {IsNumberOrText, "an integer or a string"};
-/// As FFmpeg's options are: of 32 bits.
-constexpr Rule kPositive = {IsBetween<1, 2147483647>, "an integer from 1 to 2147483647"};
-constexpr Rule kThreads = {IsThreadNumber, "an integer from 0 to 2147483647, or auto"};
-constexpr Rule kLength = {IsBetween<1, 65535>, "an integer from 1 to 65535"};
-/// 0:1 says that the aspect is not known.
-constexpr Rule kAspectX = {IsBetween<0, 4294967295>, "an integer from 0 to 4294967295"};
-constexpr Rule kAspectY = {IsBetween<1, 4294967295>, "an integer from 1 to 4294967295"};
-constexpr Rule kFrameRate = {IsFrameRate, "a positive rational as 30000/1001"};
-constexpr Rule kBitrateMode = {IsBitrateMode, "CBR, CBR_AUTO or VBR"};
-constexpr Rule kPassMode = {IsPassMode, "an integer, one_pass or two_pass"};
-constexpr Rule kPixelFormat = {IsPixelFormat, "the number of a pixel format"};
-constexpr Rule kSampleFormat = {IsSampleFormat, "a sample format as SAMPLE_FMT_S16"};
-constexpr Rule kLayout = {HasRecord<Conf::LayoutRecord>, "a channel layout as STEREO"};
-
-struct Row
-{
-    const std::string* key;
-    Rule rule;
-    bool isForCopies = false; ///< whether a stream that is copied uses it
-};
-
-const Row* FindRow(const std::string& key)
-{
-    static const Row s_rows[] = {
-        {&IFormat::TAG_METADATA, kGroup, true},
-        {&IFormatCodec::TAG_LANGUAGE, kText, true},
-        {&IFormatCodec::TAG_NAME, kText},
-        {&IFormatCodec::TAG_CODEC_ID, kText},
-        {&IFormatCodec::TAG_LOSSLESS, kNumber},
-        {&IFormatCodec::TAG_PREFERREDIMPL, kText},
-        {&IFormatCodec::TAG_MULTIPASS_ENCODING, kPassMode},
-        {&IFormatCodec::TAG_BITRATE, kPositive},
-        {&IFormatCodec::TAG_BITRATE_MODE, kBitrateMode},
-        {&IFormatCodec::TAG_PEAK_BITRATE, kPositive},
-        {&IFormatCodec::TAG_PEAK_BUFFER, kPositive},
-        {&IFormatCodec::TAG_QUALITY, kNumber},
-        {&IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE, kGroup, true},
-        {&IFormatCodec::TAG_CODEC_OPTIONS_ENCODE, kGroup},
-        {&IFormatCodec::TAG_PROFILE, kText},
-        {&IFormatCodec::TAG_PRESET, kText},
-        {&IFormatCodec::TAG_FOURCC, kNumberOrText},
-        {&IFormatCodec::TAG_THREAD_NUMBER, kThreads},
-        {&IFormatCodec::TAG_UTILIZE_ALL_RESOURCES, kNumber},
-        {&IFormatCodec::TAG_GLOBAL_HEADER, kNumber},
-        {&IFormatCodec::TAG_MAIN_STREAM, kNumber},
-        {&IFormatCodecVideo::TAG_WIDTH, kLength},
-        {&IFormatCodecVideo::TAG_HEIGHT, kLength},
-        {&IFormatCodecVideo::TAG_ASPECTX, kAspectX},
-        {&IFormatCodecVideo::TAG_ASPECTY, kAspectY},
-        {&IFormatCodecVideo::TAG_FRAME_ASPECTX, kNumber},
-        {&IFormatCodecVideo::TAG_FRAME_ASPECTY, kNumber},
-        {&IFormatCodecVideo::TAG_FPS, kFrameRate},
-        {&IFormatCodecVideo::TAG_IMAGE_FLAG, kAnything},
-        {&IFormatCodecVideo::TAG_X264_TUNE, kText},
-        {&IFormatCodecVideo::TAG_KEY_ONLY, kNumber},
-        {&IFormatCodecVideo::TAG_MAX_B_FRAME_SEQUENCE, kScalar},
-        {&IFormatCodecVideo::TAG_MAX_I_FRAME_INTERVAL, kScalar},
-        {&IFormatCodecVideo::TAG_MOTION_SRCH_RNG, kScalar},
-        {&IFormatCodecVideo::TAG_X264_SLICE_MAX_SIZE, kScalar},
-        {&IFormatCodecVideo::TAG_X264_OPTS, kText},
-        {&IFormatCodecVideo::TAG_DPI, kScalar},
-        {&Conf::TAG_PIX_FMT, kPixelFormat},
-        {&IFormatCodecAudio::TAG_SAMPLE_RATE, kPositive},
-        {&IFormatCodecAudio::TAG_SAMPLE_FORMAT, kSampleFormat},
-        {&IFormatCodecAudio::TAG_LAYOUT, kLayout},
-        {&IFormatCodecAudio::TAG_FRAME_SIZE, kAnything},
-        {&IFormatCodecSubtitle::TAG_CHARSET_ENCODING, kAnything},
-    };
-    const auto* const found = std::find_if(std::begin(s_rows), std::end(s_rows),
-                                           [&key](const Row& row) { return *row.key == key; });
-    return found == std::end(s_rows) ? nullptr : found;
-}
-
-/// Whether the value, at the key of `place`, is as the rule says; a fault otherwise.
-bool Obeys(const Property& value, const Rule& rule, const Place& place, FaultList& faults)
-{
-    if (!rule.accepts(value))
-    {
-        faults.Add(JobFault::Setting, place,
-                   std::string("expected ") + rule.expected + ", found " + ValueText(value));
-        return false;
-    }
-    if (IsText(value) && HasNul(value.GetString()))
-    {
-        faults.Add(JobFault::Setting, place, kNulReason);
-        return false;
-    }
-    return true;
-}
-
-/// The children of a group that obey the rule, and whose names can be given to a program.
-Property CheckChildren(const Property& group, const Rule& rule, const Place& place, FaultList& faults)
-{
     Property good(group.GetName());
     for (const Property& child : group)
     {
-        const Place childPlace = place.At(group.GetName() + "." + child.GetName());
-        if (HasNul(child.GetName()))
-        {
-            faults.Add(JobFault::Setting, childPlace, kNulReason);
-        }
-        else if (Obeys(child, rule, childPlace, faults))
+        if (bad.count(&child) == 0)
         {
             good.Add(child);
         }
     }
     return good;
-}
-
-Property CheckGroup(const Property& group, const Place& place, FaultList& faults)
-{
-    if (group.GetName() == IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE)
-    {
-        return CheckChildren(group, kNumberOrText, place, faults);
-    }
-    return CheckChildren(group, group.GetName() == IFormat::TAG_METADATA ? kAnything : kScalar, place,
-                         faults);
 }
 
 /// A size and its pixels' aspect are used together.
@@ -266,13 +84,12 @@ Property CheckSettings(const Property& codec, bool isCopied, const Place& place,
     std::unordered_set<std::string> seen;
     for (const Property& setting : codec)
     {
-        const Row* const row = FindRow(setting.GetName());
-        if (isCopied && (row == nullptr || !row->isForCopies))
+        if (isCopied && !IsSettingForCopies(setting.GetName()))
         {
             continue;
         }
         const Place keyPlace = place.At(setting.GetName());
-        if (row == nullptr)
+        if (!IsSettingKnown(setting.GetName()))
         {
             faults.Add(JobFault::Setting, place, "unknown setting '" + setting.GetName() + "'");
         }
@@ -280,9 +97,9 @@ Property CheckSettings(const Property& codec, bool isCopied, const Place& place,
         {
             faults.Add(JobFault::Setting, keyPlace, "appears more than once");
         }
-        else if (Obeys(setting, row->rule, keyPlace, faults))
+        else if (Obeys(setting, keyPlace, faults))
         {
-            good.Add(IsGroup(setting) ? CheckGroup(setting, place, faults) : setting);
+            good.Add(setting.GetType() == PROPERTY_TYPE_GROUP ? CheckGroup(setting, place, faults) : setting);
         }
     }
     if (!isCopied)
@@ -295,11 +112,9 @@ Property CheckSettings(const Property& codec, bool isCopied, const Place& place,
 Property CheckMetadata(const Property& record, const Place& place, FaultList& faults)
 {
     const auto metadata = record.FindChild(IFormat::TAG_METADATA);
-    return metadata != record.end() && Obeys(*metadata, kGroup, place.At(metadata->GetName()), faults)
+    return metadata != record.end() && Obeys(*metadata, place.At(metadata->GetName()), faults)
                ? CheckGroup(*metadata, place, faults)
                : Property(IFormat::TAG_METADATA);
 }
-
-bool HasNul(const std::string& text) { return text.find('\0') != std::string::npos; }
 
 } // namespace Zelnor::Media

@@ -6,8 +6,6 @@
 
 #include "Core/Interfaces/Property.h"
 
-#include <string>
-
 namespace Zelnor::Media
 {
 
@@ -20,8 +18,5 @@ Core::Property CheckSettings(const Core::Property& codec, bool isCopied, const P
 
 /// The metadata of `record` that are texts or numbers and can be given to a program.
 Core::Property CheckMetadata(const Core::Property& record, const Place& place, FaultList& faults);
-
-/// Whether the text has a NUL byte, at which an argument of a program would end.
-bool HasNul(const std::string& text);
 
 } // namespace Zelnor::Media

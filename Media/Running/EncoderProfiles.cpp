@@ -1,5 +1,7 @@
 #include "Media/Running/EncoderProfiles.h"
 
+#include "Media/Options/VideoWords.h"
+
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
@@ -19,24 +21,6 @@ namespace
 
 using Conf::IFormatCodecVideo;
 using Core::Property;
-
-struct Word
-{
-    std::string_view constant;
-    const std::string* text;
-};
-
-/// Whether `text` is that of one of the video words whose constant begins with `prefix`.
-bool IsVideoWord(std::string_view prefix, const std::string& text)
-{
-    static const Word s_words[] = {
-#define ZELNOR_TEXT(name, words) {#name, &IFormatCodecVideo::name},
-#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-    };
-    return std::any_of(std::begin(s_words), std::end(s_words), [&](const Word& word) {
-        return word.constant.substr(0, prefix.size()) == prefix && *word.text == text;
-    });
-}
 
 /// Whether the encoder has a profile of that name.
 bool HasProfile(const AVCodec& encoder, const std::string& name)

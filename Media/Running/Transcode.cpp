@@ -3,8 +3,8 @@
 #include "Media/ErrorText.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/MediaException.h"
+#include "Media/Options/SettingRules.h"
 #include "Media/Probe/StreamKinds.h"
-#include "Media/Running/CodecSettings.h"
 #include "Media/ValueText.h"
 
 #include "Conf/Interfaces/FormatLists.h"

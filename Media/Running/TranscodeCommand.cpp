@@ -1,6 +1,8 @@
 #include "Media/Running/TranscodeCommand.h"
 
 #include "Media/Jobs/FaultList.h"
+#include "Media/Options/OptionRules.h"
+#include "Media/Options/SettingRules.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCheck.h"
 #include "Media/Probe/StreamKinds.h"
@@ -13,6 +15,8 @@
 #include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
+#include <map>
+#include <tuple>
 
 namespace Zelnor::Media
 {
@@ -76,7 +80,7 @@ public:
         {
             MakeEncoded(source);
         }
-        AddAnalysis();
+        AddAnalysis(source);
         AddTags();
         return std::move(m_command);
     }
@@ -210,16 +214,32 @@ private:
         return true;
     }
 
-    void AddAnalysis()
+    void AddAnalysis(const MediaStream* source)
     {
         const auto options = m_codec.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE);
         if (options == m_codec.end())
         {
             return;
         }
+        const AVCodec* const decoder = source == nullptr ? nullptr : FindDecoder(source->codec);
+        if (source != nullptr && decoder == nullptr && options->Count() != 0)
+        {
+            m_faults.Add(JobFault::Setting, m_stream.place.At(options->GetName()),
+                         "the installed FFmpeg does not have a decoder for " + source->codec);
+            return;
+        }
         for (const Property& option : *options)
         {
-            m_command.analysis.emplace_back(option.GetName(), Scalar(option));
+            const CheckedOption checked = CheckDecoderOption(decoder, option.GetName(), option);
+            if (checked.fault.empty())
+            {
+                m_command.analysis.emplace_back(option.GetName(), checked.value);
+            }
+            else
+            {
+                m_faults.Add(JobFault::Setting,
+                             m_stream.place.At(options->GetName() + "." + option.GetName()), checked.fault);
+            }
         }
     }
 
@@ -268,6 +288,34 @@ void ChooseMuxer(const Transcode& transcode, TranscodeCommand& command, FaultLis
     }
 }
 
+/// A stream is decoded once, whatever is made of it: two links to it must not ask for different decoding.
+void UniteAnalysis(const Transcode& transcode, TranscodeCommand& command, FaultList& faults)
+{
+    std::map<std::tuple<std::size_t, unsigned int, std::string>, std::string> known;
+    for (std::size_t i = 0; i < command.streams.size(); ++i)
+    {
+        StreamCommand& stream = command.streams[i];
+        CodecOptions unique;
+        for (const auto& [name, value] : stream.analysis)
+        {
+            const auto [other, isNew] = known.try_emplace({stream.input, stream.stream, name}, value);
+            if (isNew)
+            {
+                unique.emplace_back(name, value);
+            }
+            else if (other->second != value)
+            {
+                faults.Add(
+                    JobFault::Setting,
+                    transcode.streams[i].place.At(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE + "." + name),
+                    "another link to the same stream asks for '" + other->second + "', this one for '" +
+                        value + "'");
+            }
+        }
+        stream.analysis = unique;
+    }
+}
+
 } // namespace
 
 TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& faults)
@@ -289,6 +337,7 @@ TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& fau
         command.streams.push_back(
             StreamCommandMaker(transcode, stream, !command.muxer.empty(), faults).Make());
     }
+    UniteAnalysis(transcode, command, faults);
     return command;
 }
 

@@ -358,4 +358,18 @@ TEST(PlanJob, EveryCodecIsPlannedOrRefusedWithItsPlace)
     }
 }
 
+TEST(JobPlan, AsksTheDecoderOfTheSourceAboutItsOptions)
+{
+    const std::string streams =
+        R"({"video":{"codec_id":"CODEC_ID_H264","codec.options.analyze":{"skip_top":1,"keep_ass_markup":1}}})";
+    const Thrown thrown =
+        ExpectThrow<PlanException>([&] { Plan(MakeMediaFile({MakeVideoStream()}), streams); });
+    EXPECT_EQ(thrown.description,
+              "in.mkv: video stream 0, p.$$STREAMS$$.video.codec.options.analyze.keep_ass_markup: decoder "
+              "h264 does not "
+              "have an option 'keep_ass_markup'");
+    EXPECT_EQ(thrown.Get<MediaException::TagKey>(),
+              "p.$$STREAMS$$.video.codec.options.analyze.keep_ass_markup");
+}
+
 } // namespace

@@ -140,4 +140,52 @@ TEST(PresetFile, OfAnyDepthEndsInAnError)
     ExpectRefused(deep + "1" + std::string(600, '}'));
 }
 
+TEST(PresetFile, RefusesOptionsThatAJobRefuses)
+{
+    const std::pair<std::string, std::string> kCases[] = {
+        {R"("codec.options.encode":{"stats":"x"})", "codec.options.encode.stats: the option 'stats' of "
+                                                    "encoder libx264 cannot be set by a job or a preset"},
+        {R"("codec.options.encode":{"x264-params":"dump-yuv=x"})",
+         "codec.options.encode.x264-params: x264's parameter 'dump-yuv' cannot be set by a job or a preset"},
+        {R"("codec.options.encode":{"crf":{}})",
+         "codec.options.encode.crf: expected an integer, a string or a rational, found a group"},
+        {R"("codec.options.encode":[{"crf":1},{"crf":2}])",
+         "codec.options.encode.crf: appears more than once"},
+        {R"("codec.options.analyze":{"vstats_file":"x"})",
+         "codec.options.analyze.vstats_file: the option 'vstats_file' of decoders cannot be set by a job or "
+         "a preset"},
+        {R"("metadata":{"a=b":"c"})", "metadata.a=b: the name of a tag is a visible text without '='"},
+    };
+    for (const auto& [settings, sentence] : kCases)
+    {
+        SCOPED_TRACE(settings);
+        EXPECT_EQ(ExpectRefused(WithSettings("video", "CODEC_ID_H264", settings)).description,
+                  "p.json: p.$$STREAMS$$.video." + sentence);
+    }
+    EXPECT_NO_THROW(Read(WithSettings("video", "CODEC_ID_H264", R"("codec.options.encode":{"crf":20})")));
+    EXPECT_NO_THROW(Read(WithSettings("video", "CODEC_ID_H264", R"("codec.options.analyze":{"lowres":1})")));
+}
+
+TEST(PresetFile, RefusesNumbersThatAJobRefuses)
+{
+    const std::string positive = "expected an integer from 1 to 2147483647, found ";
+    const std::pair<std::string, std::string> kCases[] = {
+        {R"("bitrate":4294967296)", "bitrate: " + positive + "4294967296"},
+        {R"("peakBuffer":0)", "peakBuffer: " + positive + "0"},
+        {R"("number_of_threads":-1)",
+         "number_of_threads: expected an integer from 0 to 2147483647, or auto, found -1"},
+        {R"("frameRateRatio":[4294967296,1])",
+         "frameRateRatio: expected a positive rational as 30000/1001, found 4294967296/1"},
+        {R"("keyOnly":"1")", "keyOnly: expected an integer, found '1'"},
+        {R"("codec_fourcc":4294967296)", "codec_fourcc: expected four printable characters or an integer "
+                                         "from 0 to 4294967295, found 4294967296"},
+    };
+    for (const auto& [settings, sentence] : kCases)
+    {
+        SCOPED_TRACE(settings);
+        EXPECT_EQ(ExpectRefused(WithSettings("video", "CODEC_ID_H264", settings)).description,
+                  "p.json: p.$$STREAMS$$.video." + sentence);
+    }
+}
+
 } // namespace

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace
 {
 
@@ -361,6 +363,72 @@ TEST(FFmpegArguments, StreamsWithoutASourceAreCheckedAsFarAsTheyCanBe)
     EXPECT_EQ(FaultsOf(transcode),
               (Arguments{"link 3 -> 2, video stream 0: unknown setting 'odd'",
                          "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8"}));
+}
+
+TEST(FFmpegArguments, HoldFreeOptionsBesideWhatSettingsGive)
+{
+    const auto options = [](const std::string& settings) {
+        Arguments arguments = ArgumentsOf(MakeTranscode(
+            OneVideo(), VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1,)" + settings)))[0];
+        return Arguments(arguments.begin() + 13, arguments.end() - 9);
+    };
+    EXPECT_EQ(options(R"("codec.options.encode":{"crf":20,"x264-params":"no-mbtree:ref=4"})"),
+              (Arguments{"-crf:0", "20", "-x264-params:0", "no-mbtree=1:ref=4"}));
+    EXPECT_EQ(options(R"("codec_fourcc":"avc1")"), (Arguments{"-tag:0", "828601953"}));
+    // Not the number 1234.
+    EXPECT_EQ(options(R"("codec_fourcc":"1234")"), (Arguments{"-tag:0", "875770417"}));
+    EXPECT_EQ(options(R"("codec_fourcc":4294967295)"), (Arguments{"-tag:0", "4294967295"}));
+    EXPECT_EQ(options(R"("codec.options.encode":{"g":1},"keyOnly":1)"), (Arguments{"-g:0", "1"}));
+    EXPECT_EQ(options(R"("codec.options.encode":{"flags":"+cgop"},"global_header":1)"),
+              (Arguments{"-flags:0", "+cgop+global_header"}));
+    EXPECT_EQ(options(R"("global_header":1,"codec.options.encode":{"flags":"cgop"})"),
+              (Arguments{"-flags:0", "cgop+global_header"}));
+}
+
+TEST(FFmpegArguments, DoNotHoldAnOptionWithTwoValues)
+{
+    const auto fault = [](const std::string& settings, const std::string& keyAndReason) {
+        SCOPED_TRACE(settings);
+        ExpectFault(
+            MakeTranscode(OneVideo(), VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1,)" + settings)),
+            "link 3 -> 2, video stream 0, codec.options.encode." + keyAndReason);
+    };
+    fault(R"("codec.options.encode":{"g":12},"keyOnly":1)",
+          "g: another setting gives the encoder 'g' another value");
+    fault(R"("preset":"slow","codec.options.encode":{"preset":"fast"})",
+          "preset: another setting gives the encoder 'preset' another value");
+    fault(R"("codec.options.encode":{"flags":"-global_header"},"global_header":1)",
+          "flags: another setting gives the encoder 'flags' another value");
+    fault(R"("codec.options.encode":[{"crf":1},{"crf":2}])", "crf: appears more than once");
+}
+
+TEST(FFmpegArguments, DecodeAStreamInOneWay)
+{
+    Transcode transcode = MakeTranscode(
+        OneVideo(), VideoRecord(kVideo + R"(,"codec.options.analyze":{"skip_frame":"nokey"})"), "matroska");
+    transcode.streams.push_back(transcode.streams.front());
+    transcode.streams.back().place.link = std::pair(3, 9);
+    const Arguments arguments = ArgumentsOf(transcode)[0];
+    EXPECT_EQ(std::count(arguments.begin(), arguments.end(), "-skip_frame:0"), 1);
+    transcode.streams.back().codec =
+        VideoRecord(kVideo + R"(,"codec.options.analyze":{"skip_frame":"none"})");
+    ExpectFault(transcode,
+                "link 3 -> 9, video stream 0, codec.options.analyze.skip_frame: another link to the same "
+                "stream asks for 'nokey', this one for 'none'");
+}
+
+TEST(FFmpegArguments, TellTheDecoderWhatItUnderstands)
+{
+    const auto fault = [](const std::string& options, const std::string& reason) {
+        ExpectFault(
+            MakeTranscode(OneVideo(), VideoRecord(kVideo + R"(,"codec.options.analyze":{)" + options + "}")),
+            "link 3 -> 2, video stream 0, codec.options.analyze." + reason);
+    };
+    fault(R"("dump_attachment:t":"x")",
+          "dump_attachment:t: decoder h264 does not have an option 'dump_attachment:t'");
+    fault(R"("lowres":-1)", "lowres: expected an integer from 0 to 2147483647, found -1");
+    fault(R"("codec_whitelist":"x")",
+          "codec_whitelist: the option 'codec_whitelist' of decoder h264 cannot be set by a job or a preset");
 }
 
 } // namespace
