@@ -53,6 +53,21 @@ Value Text(const std::string& text, rapidjson::Document::AllocatorType& allocato
     return Value(text.data(), static_cast<SizeType>(text.size()), allocator);
 }
 
+/// RapidJSON does not swap a value with itself.
+void SwapValues(Value& one, Value& other)
+{
+    if (&one != &other)
+    {
+        one.Swap(other);
+    }
+}
+
+void SwapMembers(Value::Member& one, Value::Member& other)
+{
+    SwapValues(one.name, other.name);
+    SwapValues(one.value, other.value);
+}
+
 /// Numbers at the limits of 8, 16, 31, 32, 53, 63 and 64 bits, and next to them.
 Value LimitNumber(std::uint64_t which)
 {
@@ -164,8 +179,8 @@ void JsonMutator::ChangeObject(Value& object, Allocator& allocator)
         object.EraseMember(member);
         break;
     case 3:
-        std::swap(*member,
-                  *(object.MemberBegin() + static_cast<std::ptrdiff_t>(Below(object.MemberCount()))));
+        SwapMembers(*member,
+                    *(object.MemberBegin() + static_cast<std::ptrdiff_t>(Below(object.MemberCount()))));
         break;
     default:
         object.AddMember(AnyKey(allocator), AnyValue(allocator), allocator);
@@ -184,8 +199,8 @@ void JsonMutator::ChangeArray(Value& array, Allocator& allocator)
         array.Erase(element);
         break;
     case 2:
-        std::swap(array[static_cast<SizeType>(Below(array.Size()))],
-                  array[static_cast<SizeType>(Below(array.Size()))]);
+        SwapValues(array[static_cast<SizeType>(Below(array.Size()))],
+                   array[static_cast<SizeType>(Below(array.Size()))]);
         break;
     default:
         array.PushBack(AnyValue(allocator), allocator);
