@@ -26,6 +26,8 @@ bool g_syncFails = false;
 std::size_t g_mostWritten = std::string::npos;
 /// The error of the next call of `write`, if any.
 int g_writeError = 0;
+/// The permissions of the file that `fchmod` was called for last, before that.
+mode_t g_modeBeforeChange = 0;
 
 } // namespace
 
@@ -49,6 +51,14 @@ extern "C" [[gnu::visibility("default")]] int fsync(int descriptor)
         return -1;
     }
     return static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
+
+extern "C" [[gnu::visibility("default")]] int fchmod(int descriptor, mode_t mode) noexcept
+{
+    struct stat status = {};
+    ::fstat(descriptor, &status);
+    g_modeBeforeChange = status.st_mode & 07777;
+    return static_cast<int>(::syscall(SYS_fchmod, descriptor, mode));
 }
 
 namespace Zelnor::Core
@@ -323,6 +333,17 @@ TEST(AtomicFileDataOutput, KeepsPermissions)
         output->Commit();
         EXPECT_EQ(ModeOf(folder / "file"), mode);
     }
+}
+
+TEST(AtomicFileDataOutput, IsForNobodyElseBeforeItHasTheOldFilesPermissions)
+{
+    const TemporaryFolder folder;
+    const Umask mask(0);
+    WriteFile(folder / "file", "old");
+    ASSERT_EQ(::chmod((folder / "file").c_str(), 0640), 0);
+    g_modeBeforeChange = 0;
+    AtomicFileDataOutput::Create(folder / "file");
+    EXPECT_EQ(g_modeBeforeChange, 0600u);
 }
 
 TEST(AtomicFileDataOutput, RespectsTheMaskForNewFiles)

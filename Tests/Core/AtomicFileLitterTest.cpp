@@ -194,6 +194,23 @@ TEST(AtomicFileLitter, IsRemovedWhateverThePermissionsOfTheTarget)
     }
 }
 
+TEST(AtomicFileLitter, IsRemovedAlsoWhereItsOwnerMayOnlyReadIt)
+{
+    if (!IsSuperuser())
+    {
+        GTEST_SKIP() << kNeedsSuperuser;
+    }
+    const TemporaryFolder folder;
+    ASSERT_EQ(::chmod(folder.Path().c_str(), 0777), 0);
+    WriteFile(folder / "file", "old");
+    ASSERT_EQ(::chmod((folder / "file").c_str(), 0466), 0);
+    const Unprivileged somebody;
+    SaveAndBeKilled(folder / "file");
+    EXPECT_EQ(folder.Names().size(), 2u);
+    AtomicFileDataOutput::Create(folder / "file");
+    EXPECT_EQ(folder.Names(), std::vector<std::string>{"file"});
+}
+
 TEST(AtomicFileLitter, StaysInAFolderThatCannotBeListedAndTheSaveSucceeds)
 {
     const TemporaryFolder folder;
