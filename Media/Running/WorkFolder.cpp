@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/prctl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -128,9 +129,9 @@ WorkFolder::WorkFolder(const std::string& parent, mode_t outputMode)
     while (!Make())
     {}
     m_path = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(m_folder.Get());
-    if (::access(m_path.c_str(), W_OK) != 0)
+    if (::access(m_path.c_str(), W_OK) != 0 || ::prctl(PR_GET_DUMPABLE) != 1)
     {
-        // No such file system here, or none that lets us look.
+        // No such file system here, or a process into which the ones that it starts may not look.
         m_path = (parent == "/" ? "" : parent) + "/" + m_name;
     }
     try
@@ -150,16 +151,22 @@ bool WorkFolder::Make()
     m_name = RandomName();
     if (::mkdirat(m_parent.Get(), m_name.c_str(), S_IRWXU) != 0)
     {
-        return errno == EEXIST ? false : (ThrowSystemError(), false);
+        if (errno != EEXIST)
+        {
+            ThrowSystemError();
+        }
+        return false;
     }
     m_folder = OpenFolder(m_parent, m_name);
-    if (!m_folder.IsOpen())
+    if (!m_folder.IsOpen() && errno != ENOENT)
     {
-        return errno == ENOENT ? false : (ThrowSystemError(), false);
+        const int reason = errno;
+        ::unlinkat(m_parent.Get(), m_name.c_str(), AT_REMOVEDIR);
+        ThrowSystemError(reason);
     }
     // Between these steps another run may take it for one that was left. Where a file system cannot lock, no
     // folder is ever taken for that.
-    if (::flock(m_folder.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    if (!m_folder.IsOpen() || (::flock(m_folder.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK))
     {
         return false;
     }
