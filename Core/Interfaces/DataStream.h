@@ -12,8 +12,6 @@
 #include <cstddef>
 #include <string>
 
-struct stat;
-
 /// \file
 /// \code
 /// const auto output = Core::AtomicFileDataOutput::Create("settings.json");
@@ -26,6 +24,8 @@ struct stat;
 ///
 /// Byte streams to and from files and memory. Every failure is a `CoreException` whose description names the
 /// file and the reason that the system gives: "Cannot open 'job.json': No such file or directory".
+
+struct stat;
 
 namespace Zelnor::Core
 {
