@@ -50,7 +50,8 @@ boost::intrusive_ptr<ITranscodingMetaGraph> AnyJob(HostileRecords& records)
     for (std::size_t count = records.Below(2) + 1; count != 0; --count)
     {
         const std::size_t kind = records.OneIn(8) ? 2 : records.Below(2);
-        Property raw = ITranscodingMetaGraph::MakeRawStreamDescription(static_cast<int>(kStreams[kind]));
+        Property raw =
+            ITranscodingMetaGraph::MakeRawStreamDescription(static_cast<unsigned int>(kStreams[kind]));
         if (records.OneIn(6))
         {
             ITranscodingMetaGraph::AddSlaveStreamIndex(raw, Property(),
