@@ -35,10 +35,11 @@ bool ListAccelerated(const Accelerated (&table)[N], Accelerator accelerator,
     {
         return false;
     }
-    out.clear();
-    out.reserve(static_cast<std::size_t>(end - begin));
-    std::transform(begin, end, std::back_inserter(out),
+    std::vector<std::string> list;
+    list.reserve(static_cast<std::size_t>(end - begin));
+    std::transform(begin, end, std::back_inserter(list),
                    [&](const Accelerated& row) { return *(row.*column); });
+    out.swap(list);
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include "Core/Interfaces/Exception.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <limits>
 #include <utility>
@@ -40,6 +41,22 @@ void MakeRoomForOne(std::vector<T>& items)
     if (items.size() == items.capacity())
     {
         items.reserve(items.empty() ? 1 : 2 * items.size());
+    }
+}
+
+/// Lets `append` add to the list; when it fails, the list is as it was.
+template <class T, class Append>
+void AppendAllOrNothing(std::vector<T>& list, Append&& append)
+{
+    const auto size = static_cast<std::ptrdiff_t>(list.size());
+    try
+    {
+        append();
+    }
+    catch (...)
+    {
+        list.erase(list.begin() + size, list.end());
+        throw;
     }
 }
 
@@ -238,56 +255,54 @@ const Property& ITranscodingMetaGraph::GrahpImpl::GetLink(NodeId from, NodeId to
 
 void ITranscodingMetaGraph::GrahpImpl::Nodes(std::vector<NodeId>& out) const
 {
-    for (const auto& node : m_nodes)
-    {
-        out.push_back(node->meta.id);
-    }
+    const auto append = [&](const auto& node) { out.push_back(node->meta.id); };
+    AppendAllOrNothing(out, [&] { std::for_each(m_nodes.begin(), m_nodes.end(), append); });
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Links(std::vector<std::pair<NodeId, NodeId>>& out) const
 {
-    for (const Link& link : m_links)
-    {
+    const auto append = [&](const Link& link) {
         out.emplace_back(link.source->meta.id, link.target->meta.id);
-    }
+    };
+    AppendAllOrNothing(out, [&] { std::for_each(m_links.begin(), m_links.end(), append); });
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Inputs(NodeId id, std::vector<NodeId>& out) const
 {
-    for (const LinkEnd& end : NodeById(id).incoming)
-    {
-        out.push_back(end.other->meta.id);
-    }
+    AppendOthers(NodeById(id).incoming, out);
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Outputs(NodeId id, std::vector<NodeId>& out) const
 {
-    for (const LinkEnd& end : NodeById(id).outgoing)
-    {
-        out.push_back(end.other->meta.id);
-    }
+    AppendOthers(NodeById(id).outgoing, out);
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Inputs(std::vector<NodeId>& out) const
 {
-    for (const auto& node : m_nodes)
-    {
-        if (node->incoming.empty())
-        {
-            out.push_back(node->meta.id);
-        }
-    }
+    AppendNodesWithout(&Node::incoming, out);
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Outputs(std::vector<NodeId>& out) const
 {
-    for (const auto& node : m_nodes)
-    {
-        if (node->outgoing.empty())
+    AppendNodesWithout(&Node::outgoing, out);
+}
+
+void ITranscodingMetaGraph::GrahpImpl::AppendOthers(const LinkEnds& ends, std::vector<NodeId>& out)
+{
+    const auto append = [&](const LinkEnd& end) { out.push_back(end.other->meta.id); };
+    AppendAllOrNothing(out, [&] { std::for_each(ends.begin(), ends.end(), append); });
+}
+
+void ITranscodingMetaGraph::GrahpImpl::AppendNodesWithout(LinkEnds Node::*ends,
+                                                          std::vector<NodeId>& out) const
+{
+    const auto append = [&](const auto& node) {
+        if (((*node).*ends).empty())
         {
             out.push_back(node->meta.id);
         }
-    }
+    };
+    AppendAllOrNothing(out, [&] { std::for_each(m_nodes.begin(), m_nodes.end(), append); });
 }
 
 // The interface

@@ -126,6 +126,9 @@ private:
     void IndexAfterRemoval(NodeId id);
     static const LinkEnd* FindLink(const Node& source, const Node& target);
 
+    static void AppendOthers(const LinkEnds& ends, std::vector<NodeId>& out);
+    void AppendNodesWithout(LinkEnds Node::*ends, std::vector<NodeId>& out) const;
+
     void LoadNode(Core::JsonValue& element);
     void LoadLink(Core::JsonValue& element);
     /// Why the first record that cannot be saved is refused; empty if all can be saved.

@@ -2,10 +2,14 @@
 
 #include "Media/MediaException.h"
 
+#include <dirent.h>
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <system_error>
 
 namespace Zelnor::Media
@@ -37,6 +41,10 @@ fs::path LibraryFolder()
     }
     std::error_code error;
     const fs::path library = fs::canonical(info.dli_fname, error);
+    if (error == std::errc::not_enough_memory)
+    {
+        throw std::bad_alloc();
+    }
     // A program is named as it was started, which may be relative to another working folder.
     return error ? ProgramFolder() : library.parent_path();
 }
@@ -55,6 +63,29 @@ bool IsFile(const fs::path& path)
 {
     std::error_code error;
     return fs::exists(path, error) && !fs::is_directory(path, error);
+}
+
+struct CloseFolder
+{
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+/// Names of what is in the folder; empty when it cannot be read. The standard library's iterator ends the
+/// process when it runs out of memory.
+std::vector<std::string> NamesIn(const fs::path& path)
+{
+    errno = 0;
+    const std::unique_ptr<DIR, CloseFolder> folder(::opendir(path.c_str()));
+    if (folder == nullptr && errno == ENOMEM)
+    {
+        throw std::bad_alloc();
+    }
+    std::vector<std::string> names;
+    while (const dirent* const entry = folder == nullptr ? nullptr : ::readdir(folder.get()))
+    {
+        names.emplace_back(entry->d_name);
+    }
+    return names;
 }
 
 } // namespace
@@ -98,13 +129,11 @@ std::vector<std::string> ListPresets(const std::vector<ioPath>& folders)
     std::vector<std::string> names;
     for (const ioPath& folder : folders)
     {
-        std::error_code error;
-        for (fs::directory_iterator entry(folder.native(), error), end; !error && entry != end;
-             entry.increment(error))
+        for (const fs::path name : NamesIn(folder.native()))
         {
-            if (entry->path().extension() == kExtension && IsFile(entry->path()))
+            if (name.extension() == kExtension && IsFile(folder.native() / name))
             {
-                names.push_back(entry->path().stem().string());
+                names.push_back(name.stem().string());
             }
         }
     }

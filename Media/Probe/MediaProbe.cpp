@@ -188,7 +188,11 @@ private:
         context->io_open = &OpenNamedFile;
         AVDictionary* options = nullptr;
         // Otherwise an image whose name holds '%' or '*' would be taken for a series of files.
-        av_dict_set(&options, "pattern_type", "none", 0);
+        if (av_dict_set(&options, "pattern_type", "none", 0) < 0)
+        {
+            avformat_free_context(context);
+            throw std::bad_alloc();
+        }
         const int result = avformat_open_input(&context, m_url.c_str(), &demuxer, &options);
         av_dict_free(&options);
         m_context.reset(context); // FFmpeg has freed it, and set it to null, when it failed.
@@ -201,7 +205,10 @@ private:
     static int OpenFile(AVIOContext** file, const char* url, int flags)
     {
         AVDictionary* options = nullptr;
-        av_dict_set(&options, "protocol_whitelist", "file", 0);
+        if (av_dict_set(&options, "protocol_whitelist", "file", 0) < 0)
+        {
+            return AVERROR(ENOMEM);
+        }
         const int result = avio_open2(file, url, flags, nullptr, &options);
         av_dict_free(&options);
         return result;
