@@ -476,6 +476,7 @@ void AddBitrates(Operations& rows)
     Property record = video->GetProperty();
     record.SetChildT(IFormatCodec::TAG_CODEC_ID, IFormatCodecVideo::CODEC_ID_H264);
     record.SetChildT(IFormatCodec::TAG_BITRATE, 1000000LL);
+    record.SetChildT(IFormatCodec::TAG_QUALITY, 5LL);
     video->SetProperty(record);
     const boost::intrusive_ptr<const IFormatCodec> codec = video;
     rows.push_back(Call("Conf::GetDefaultVideoBitrate", [codec] { return GetDefaultVideoBitrate(codec); }));
