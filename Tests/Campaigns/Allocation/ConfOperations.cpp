@@ -476,6 +476,7 @@ void AddBitrates(Operations& rows)
     Property record = video->GetProperty();
     record.SetChildT(IFormatCodec::TAG_CODEC_ID, IFormatCodecVideo::CODEC_ID_H264);
     record.SetChildT(IFormatCodec::TAG_BITRATE, 1000000LL);
+    record.SetChildT(IFormatCodec::TAG_BITRATE_MODE, IFormatCodec::TAG_BITRATE_MODE_VBR);
     record.SetChildT(IFormatCodec::TAG_QUALITY, 5LL);
     video->SetProperty(record);
     const boost::intrusive_ptr<const IFormatCodec> codec = video;
