@@ -51,6 +51,32 @@ bool RenameToNew(int fromFolder, const char* from, int toFolder, const char* to)
     return ::linkat(fromFolder, from, toFolder, to, 0) == 0 && ::unlinkat(fromFolder, from, 0) == 0;
 }
 
+/// Gives the file the owner, group and permissions of the old one, as far as that is allowed.
+bool InheritAccess(int file, const struct stat& old)
+{
+    constexpr auto kSameUser = static_cast<uid_t>(-1);
+    constexpr auto kSameGroup = static_cast<gid_t>(-1);
+    struct stat status = {};
+    if (::fstat(file, &status) != 0)
+    {
+        return false;
+    }
+    mode_t mode = old.st_mode & 0777;
+    if (status.st_gid != old.st_gid && ::fchown(file, kSameUser, old.st_gid) != 0)
+    {
+        // The old group's members are now among the others: each of them gets what both had.
+        const mode_t both = mode & (mode >> 3) & 07;
+        mode = (mode & 0700) | (both << 3) | both;
+    }
+    if (::fchmod(file, mode) != 0)
+    {
+        return false;
+    }
+    // Last, since who gave a file away may not change it any more. Where that is not allowed, it stays ours.
+    [[maybe_unused]] const int failure = ::fchown(file, old.st_uid, kSameGroup);
+    return true;
+}
+
 } // namespace
 
 bool MayBeWrittenDirectly(const struct stat& status)
@@ -88,7 +114,6 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
     CheckReplaceable(name, overwrite);
     constexpr mode_t kReadAndWrite = 0666;
     constexpr mode_t kOwnerReadAndWrite = 0600;
-    constexpr mode_t kPermissions = 07777;
     struct stat status = {};
     if (::stat(m_target.c_str(), &status) != 0)
     {
@@ -96,7 +121,7 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
     }
     else if (S_ISREG(status.st_mode))
     {
-        m_permissions = status.st_mode & kPermissions;
+        m_replaced = status;
         // While it is written, it is not more open to others than the file that it replaces.
         Open(fs::path(m_target).parent_path().string(),
              (status.st_mode & kReadAndWrite) | kOwnerReadAndWrite);
@@ -145,7 +170,7 @@ void TargetFile::Finish() const
     {
         Refuse(m_name, "Cannot write '" + m_name + "': it became " + FileKindText(status.st_mode));
     }
-    if ((m_permissions && ::fchmod(file.Get(), *m_permissions) != 0) || ::fsync(file.Get()) != 0)
+    if ((m_replaced && !InheritAccess(file.Get(), *m_replaced)) || ::fsync(file.Get()) != 0)
     {
         Refuse(m_name, errno);
     }

@@ -16,7 +16,8 @@ namespace Zelnor::Media
 
 /// A file that another program writes and that appears under its name only when it is complete. Until then it
 /// is in a private folder beside it, which disappears with this object. A symbolic link is followed, and the
-/// file that is replaced leaves its permissions. `/dev/null` and a pipe are written to directly.
+/// file that is replaced leaves its permissions and, as far as the process may give files away, its owner and
+/// group, but no set-user-ID and the like. `/dev/null` and a pipe are written to directly.
 class TargetFile
 {
 public:
@@ -38,7 +39,7 @@ public:
 
 private:
     void Open(const std::string& folder, mode_t mode);
-    /// Makes sure that the file is on the disk, with its permissions.
+    /// Makes sure that the file is on the disk, with the access of the one that it replaces.
     void Finish() const;
 
     std::string m_name;   ///< as given, for messages
@@ -46,7 +47,7 @@ private:
     std::string m_workName;
     bool m_overwrite;
     bool m_isDirect = false;
-    std::optional<mode_t> m_permissions; ///< of the file that is replaced
+    std::optional<struct stat> m_replaced; ///< the file that is replaced
     std::unique_ptr<WorkFolder> m_folder;
 };
 

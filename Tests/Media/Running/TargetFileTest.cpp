@@ -180,6 +180,26 @@ TEST_F(TargetFiles, GetThePermissionsOfNewFiles)
     EXPECT_EQ(PermissionsOf("out"), 0640U);
 }
 
+TEST_F(TargetFiles, KeepOwnerAndGroupWhereTheProcessMayGiveFilesAway)
+{
+    if (::geteuid() != 0)
+    {
+        GTEST_SKIP() << "only root may give files away";
+    }
+    constexpr unsigned kSomebody = 12345;
+    WriteFile(Name(), "old");
+    ASSERT_EQ(::chown(Name().c_str(), kSomebody, kSomebody + 1), 0);
+    ASSERT_EQ(::chmod(Name().c_str(), 06755), 0);
+    TargetFile file(Name(), true);
+    WriteFile(file.GetWorkName(), "new");
+    file.Commit();
+    struct stat status = {};
+    ASSERT_EQ(::stat(Name().c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, kSomebody);
+    EXPECT_EQ(status.st_gid, kSomebody + 1);
+    EXPECT_EQ(PermissionsOf("out"), 0755U) << "what another program wrote must not run as its owner";
+}
+
 TEST_F(TargetFiles, KeepThePermissionsOfTheFileThatTheyReplace)
 {
     for (const unsigned permissions : {0600U, 0640U, 0666U, 0440U, 0755U, 0200U})
