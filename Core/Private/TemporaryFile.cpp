@@ -45,10 +45,10 @@ bool IsTemporaryName(std::string_view name, std::string_view prefix)
 
 bool Lock(int descriptor) { return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
 
-bool StillHasItsName(int descriptor)
+bool HasLostItsName(int descriptor)
 {
     struct stat status = {};
-    return ::fstat(descriptor, &status) == 0 && status.st_nlink != 0;
+    return ::fstat(descriptor, &status) == 0 && status.st_nlink == 0;
 }
 
 /// Opens without waiting for the other end of a pipe, should a file have become one. Which kind of access is
@@ -109,8 +109,8 @@ TemporaryFile CreateTemporary(int folder, const std::string& target, mode_t mode
             continue;
         }
         // Somebody who removes abandoned files may be faster than the lock. Without locks in the file system,
-        // nobody removes any.
-        if ((Lock(file.descriptor) || errno != EWOULDBLOCK) && StillHasItsName(file.descriptor))
+        // nobody removes any. A file about which the system says nothing is not made again and again.
+        if ((Lock(file.descriptor) || errno != EWOULDBLOCK) && !HasLostItsName(file.descriptor))
         {
             return file;
         }
