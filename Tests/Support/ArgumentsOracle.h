@@ -666,9 +666,9 @@ inline std::string FindArgumentsFault(const Media::Transcode& transcode, bool& i
     for (std::size_t i = 0; isAccepted && i < passes.size(); ++i)
     {
         const std::vector<std::string> arguments =
-            passes[i].Arguments({"/work/out put.tmp", "/log/pass-", true});
+            passes[i].Arguments({"/made/out put.tmp", "/log/pass-", true});
         const std::string fault =
-            ArgumentsOracle(transcode, "/work/out put.tmp", "/log/pass-").FindFault(arguments);
+            ArgumentsOracle(transcode, "/made/out put.tmp", "/log/pass-").FindFault(arguments);
         if (!fault.empty())
         {
             return fault;
