@@ -66,6 +66,12 @@ TEST(BitrateArguments, OfOpusSayWhetherItVaries)
               (CodecOptions{{"b", "64000"}, {"vbr", "off"}}));
 }
 
+TEST(BitrateArguments, OfMp3AskForAnAverageWhenItVaries)
+{
+    EXPECT_EQ(BitrateOf("libmp3lame", AudioRecord(R"("bitrate":64000,"bitrate_mode":"VBR")")).options,
+              (CodecOptions{{"b", "64000"}, {"abr", "1"}}));
+}
+
 TEST(BitrateArguments, OfVorbisHoldTheBounds)
 {
     const CodecOptions options =

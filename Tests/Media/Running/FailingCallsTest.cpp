@@ -107,6 +107,22 @@ TEST_F(FailingCalls, AProcessThatCannotBeMadeIsAnError)
     EXPECT_EQ(ErrorOfRun({SYS_clone, EAGAIN}, ""), "Cannot run 'cat': Resource temporarily unavailable");
 }
 
+TEST_F(FailingCalls, AFilterThatCannotBeStartedIsNotTakenForOneThatIsMissing)
+{
+    bool failed = false;
+    RunWhileFailing({SYS_clone, EAGAIN}, [&failed] {
+        try
+        {
+            RunFilter({"cat"}, "text");
+        }
+        catch (const SubprocessError& error)
+        {
+            failed = error.code() == std::errc::resource_unavailable_try_again;
+        }
+    });
+    EXPECT_TRUE(failed);
+}
+
 TEST_F(FailingCalls, AProcessWithoutAPipeForItsReportIsNotMade)
 {
     int reason = 0;
@@ -121,6 +137,11 @@ TEST_F(FailingCalls, AProcessWithoutAPipeForItsReportIsNotMade)
 TEST_F(FailingCalls, AFolderWithoutARandomNameIsNotMade)
 {
     EXPECT_EQ(ErrorOfWorkFolder({SYS_getrandom, ENOSYS}), ENOSYS);
+}
+
+TEST_F(FailingCalls, AFolderThatIsRefusedIsNotTriedAgain)
+{
+    EXPECT_EQ(ErrorOfWorkFolder({SYS_mkdirat, EDQUOT}), EDQUOT);
 }
 
 TEST_F(FailingCalls, AFolderThatCannotBeOpenedIsRemoved)

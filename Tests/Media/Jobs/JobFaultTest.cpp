@@ -1,0 +1,88 @@
+#include "Media/Jobs/JobFault.h"
+
+#include "Media/ErrorText.h"
+#include "Tests/Support/Graphs.h"
+
+#include "Core/Interfaces/Property.h"
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+
+/// What the action that fails has to say.
+template <class Action>
+std::string TextOf(Action&& action)
+{
+    try
+    {
+        action();
+    }
+    catch (...)
+    {
+        return ErrorText(std::current_exception());
+    }
+    return "no error";
+}
+
+TEST(JobFault, HasANameForScripts)
+{
+    const std::vector<std::pair<JobFault::Kind, std::string>> names = {
+        {JobFault::TooFewNodes, "too_few_nodes"},
+        {JobFault::RepeatedIds, "repeated_ids"},
+        {JobFault::UnlinkedNodes, "unlinked_nodes"},
+        {JobFault::Cycle, "cycle"},
+        {JobFault::SeveralParts, "several_parts"},
+        {JobFault::Structure, "structure"},
+        {JobFault::Input, "input"},
+        {JobFault::Setting, "setting"},
+        {JobFault::Encoder, "encoder"},
+        {JobFault::Container, "container"},
+        {JobFault::Output, "output"},
+    };
+    for (const auto& [kind, name] : names)
+    {
+        EXPECT_EQ(JobFault{kind}.Name(), name);
+    }
+}
+
+TEST(JobFault, OfTheTopologyNamesItsNodes)
+{
+    EXPECT_EQ((JobFault{JobFault::TooFewNodes, {{7}}}.Sentence()), "There is 1 node; a job has at least 2.");
+    EXPECT_EQ((JobFault{JobFault::TooFewNodes}.Sentence()), "There are 0 nodes; a job has at least 2.");
+    EXPECT_EQ((JobFault{JobFault::RepeatedIds, {{1, 2}}}.Sentence()),
+              "More than one node has the id 1, 2; links reach the first one only.");
+    EXPECT_EQ((JobFault{JobFault::UnlinkedNodes, {{1, 2}}}.Sentence()), "2 nodes without links: 1, 2");
+    EXPECT_EQ((JobFault{JobFault::Cycle, {{1, 2}}}.Sentence()), "There is a cycle: 1 -> 2 -> 1");
+    EXPECT_EQ((JobFault{JobFault::SeveralParts, {{1, 2}, {3, 4}}}.Sentence()),
+              "The nodes form 2 separate components: {1, 2}, {3, 4}");
+}
+
+TEST(ErrorText, OfAGraphNamesTheNodeOrTheLink)
+{
+    const GraphPtr graph = GraphWithNodes(2);
+    EXPECT_EQ(TextOf([&] { graph->RemoveNode(7); }), "There is no node 7");
+    Link(*graph, {{1, 2}});
+    EXPECT_EQ(TextOf([&] { Link(*graph, {{1, 2}}); }), "There is already a link from node 1 to node 2");
+    EXPECT_EQ(TextOf([&] { graph->RemoveLink(2, 1); }), "There is no link from node 2 to node 1");
+}
+
+TEST(ErrorText, OfARecordSaysWhatCannotBeDone)
+{
+    Core::Property number("number", 1LL);
+    EXPECT_EQ(TextOf([&] { number.SetChild("child"); }),
+              "'number' is not a group, so it cannot have children");
+    EXPECT_EQ(TextOf([&] { number.CreateChildT("child", 1LL); }),
+              "'number' is not a group, so it cannot have children");
+}
+
+} // namespace

@@ -1,0 +1,74 @@
+#include "Media/Running/JobCheck.h"
+
+#include "Tests/Support/Graphs.h"
+#include "Tests/Support/JobFixtures.h"
+#include "Tests/Support/RunFixtures.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using Texts = std::vector<std::string>;
+
+class TranscodeOfJob : public testing::Test
+{
+protected:
+    TranscodeOfJob() { WriteFile(m_folder / "in.wav", SilentWav()); }
+
+    /// What is wrong with a job whose source and raw stream have these further settings.
+    Texts FaultsWith(const std::string& source, const std::string& raw) const
+    {
+        return Sentences(CheckJob(*Loaded(
+            R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":")" +
+            (m_folder / "in.wav").string() + '"' + source +
+            R"(}}}},{"id":2,"data":{"data":{"streamRaw":{"id":0)" + raw +
+            R"(}}}},{"id":3,"data":{"data":{"target":{"container":"wav","filePath":")" +
+            (m_folder / "out.wav").string() +
+            R"("}}}}],"edges":[{"from":1,"to":2},{"from":2,"to":3,"data":{"data":)"
+            R"({"format_codec_audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}}]})")));
+    }
+
+    TemporaryFolder m_folder;
+};
+
+TEST_F(TranscodeOfJob, OfAnOrdinaryJobHasNoFaults) { EXPECT_EQ(FaultsWith("", ""), Texts()); }
+
+TEST_F(TranscodeOfJob, DoesNotReadEncryptedFiles)
+{
+    EXPECT_EQ(FaultsWith(R"(,"encryption":"odd")", ""),
+              Texts{"node 1, encryption: files encrypted with 'odd' cannot be read"});
+}
+
+TEST_F(TranscodeOfJob, DoesNotDecodeInAnotherWay)
+{
+    EXPECT_EQ(FaultsWith("", R"(,"decoder":"odd")"),
+              Texts{"node 2, decoder: there is no decoder 'odd' here"});
+}
+
+TEST_F(TranscodeOfJob, MergesOnlyNumbersOfStreamsInAGroup)
+{
+    EXPECT_EQ(FaultsWith("", R"(,"$$MERGE_WITH$$":5)"),
+              Texts{"node 2, $$MERGE_WITH$$: expected a group, found 5"});
+    EXPECT_EQ(FaultsWith("", R"(,"$$MERGE_WITH$$":{"a":{"odd":5}})"),
+              Texts{"node 2, $$MERGE_WITH$$: expected the number of a stream, found nothing"});
+}
+
+TEST_F(TranscodeOfJob, DoesNotEndAtASource)
+{
+    const GraphPtr job = Loaded(R"({"vertices":[{"id":1,"data":{"data":{"source":{}}}},)"
+                                R"({"id":2,"data":{"data":{"streamRaw":{}}}}],"edges":[{"from":1,"to":2}]})");
+    const Texts faults = Sentences(CheckJob(*job));
+    // The record of a target that it is not has faults of its own.
+    ASSERT_FALSE(faults.empty());
+    EXPECT_EQ(faults.front(), "node 2: expected a link from this 'streamRaw' to a target, found none");
+}
+
+} // namespace
