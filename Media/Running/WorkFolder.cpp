@@ -126,8 +126,16 @@ WorkFolder::WorkFolder(const std::string& parent, mode_t outputMode)
     {
         ThrowSystemError();
     }
+    // More than a few names that are taken mean that something else is wrong.
+    constexpr int kMostAttempts = 10;
+    int attempts = 0;
     while (!Make())
-    {}
+    {
+        if (++attempts == kMostAttempts)
+        {
+            ThrowSystemError(EEXIST);
+        }
+    }
     m_path = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(m_folder.Get());
     if (::access(m_path.c_str(), W_OK) != 0 || ::prctl(PR_GET_DUMPABLE) != 1)
     {
