@@ -150,7 +150,8 @@ class Build:
         if target not in self.links:
             text = subprocess.run(["ninja", "-t", "commands", target], cwd=self.folder, check=True,
                                   capture_output=True, text=True).stdout.strip().split("\n")[-1]
-            self.links[target] = [word for word in shlex.split(text) if word not in (":", "&&")]
+            # ": && link && cd folder && what is done afterwards"
+            self.links[target] = shlex.split(next(part for part in text.split(" && ") if " -o " in part))
         return self.links[target]
 
     def object_and_compile(self, source, changed, output, target):
