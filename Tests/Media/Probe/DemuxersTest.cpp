@@ -176,7 +176,8 @@ std::string MovieOfExternalData(const std::string& file)
         std::string text;
         for (int i = bytes - 1; i >= 0; --i)
         {
-            text += static_cast<char>(value >> (8 * i) & 0xFFU);
+            constexpr int kBytes = sizeof value;
+            text += i < kBytes ? static_cast<char>(value >> (8 * i) & 0xFFU) : '\0';
         }
         return text;
     };

@@ -28,6 +28,18 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
+#if defined(__has_feature)
+#if __has_feature(undefined_behavior_sanitizer)
+#define ZELNOR_TESTS_WITH_UBSAN
+#endif
+#endif
+#if defined(ZELNOR_TESTS_WITH_UBSAN)
+/// It looks at memory through pipes of its own, and takes an object for none when it gets none.
+constexpr bool kMayPipesFail = false;
+#else
+constexpr bool kMayPipesFail = true;
+#endif
+
 constexpr const char* kNotAllowed = "this system does not let calls fail";
 
 FailingCall::Argument Flags(int flags) { return {2, static_cast<std::uint32_t>(flags)}; }
@@ -86,6 +98,10 @@ protected:
 
 TEST_F(FailingCalls, WithoutAPipeNoProgramIsStarted)
 {
+    if (!kMayPipesFail)
+    {
+        GTEST_SKIP() << "the undefined-behaviour sanitizer needs pipes";
+    }
     EXPECT_EQ(ErrorOfRun({SYS_pipe2, EMFILE}, ""), "Cannot make a pipe: Too many open files");
 }
 
@@ -125,6 +141,10 @@ TEST_F(FailingCalls, AFilterThatCannotBeStartedIsNotTakenForOneThatIsMissing)
 
 TEST_F(FailingCalls, AProcessWithoutAPipeForItsReportIsNotMade)
 {
+    if (!kMayPipesFail)
+    {
+        GTEST_SKIP() << "the undefined-behaviour sanitizer needs pipes";
+    }
     int reason = 0;
     pid_t process = -1;
     RunWhileFailing({SYS_pipe2, EMFILE}, [&] {
