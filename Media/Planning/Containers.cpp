@@ -6,6 +6,10 @@
 #include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatFile.h"
 
+extern "C" {
+#include <libavutil/opt.h>
+}
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -50,12 +54,7 @@ constexpr std::array<std::string_view, 40> kMoreContainers = {
     "hevc", "ircam",      "lrc",  "mxf_opatom", "obu",    "oga",       "opus",     "scc",
     "spx",  "streamhash", "sup",  "tta",        "vvc",    "w64",       "webp",     "webvtt"};
 
-/// FFmpeg puts anything into these containers of DVDs, so what DVD players can play is listed here.
-bool IsDvd(const std::string& container)
-{
-    return container == IFormatFile::FORMAT_DVD || container == IFormatFile::FORMAT_VOB;
-}
-
+/// FFmpeg puts anything into the containers of DVDs, so what DVD players can play is listed here.
 bool DvdHolds(AVCodecID codec)
 {
     constexpr std::array<AVCodecID, 7> kCodecs = {
@@ -91,6 +90,19 @@ bool IsOneFile(const std::string& container)
 }
 
 bool IsPicture(const std::string& container) { return MuxerName(container) == kImageMuxer; }
+
+bool IsDvd(const std::string& container)
+{
+    return container == IFormatFile::FORMAT_DVD || container == IFormatFile::FORMAT_VOB;
+}
+
+bool CanStartFast(const std::string& container)
+{
+    const AVOutputFormat* const muxer = FindMuxer(container);
+    return muxer != nullptr && muxer->priv_class != nullptr &&
+           av_opt_find(const_cast<const AVClass**>(&muxer->priv_class), "faststart", "movflags", 0,
+                       AV_OPT_SEARCH_FAKE_OBJ) != nullptr;
+}
 
 bool CertainlyHolds(const std::string& container, AVCodecID codec) { return AskMuxer(container, codec) == 1; }
 

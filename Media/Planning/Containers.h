@@ -22,6 +22,13 @@ bool IsOneFile(const std::string& container);
 /// Whether the container's files hold one image.
 bool IsPicture(const std::string& container);
 
+/// Whether the container is that of DVDs.
+bool IsDvd(const std::string& container);
+
+/// Whether the container's index can be moved to the beginning, so that a player starts before it has the whole
+/// file.
+bool CanStartFast(const std::string& container);
+
 /// Whether the container is known to hold streams of the codec.
 bool CertainlyHolds(const std::string& container, AVCodecID codec);
 /// Whether it may hold them: FFmpeg does not know it of every container.

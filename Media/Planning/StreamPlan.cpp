@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <optional>
 #include <tuple>
 
 namespace Zelnor::Media
@@ -101,6 +102,7 @@ public:
         for (const StreamKind kind : kKinds)
         {
             const std::vector<const MediaStream*> streams = Choose(kind);
+            FollowProgram(streams);
             for (std::size_t i = 0; i < streams.size(); ++i)
             {
                 Add(*streams[i], i);
@@ -159,13 +161,37 @@ private:
         return streams;
     }
 
+    /// The best stream decides which programme of a broadcast the output shows: sound and subtitles of
+    /// another one do not belong to its picture.
+    void FollowProgram(const std::vector<const MediaStream*>& streams)
+    {
+        if (!m_request.chosen.empty() || m_program || streams.empty() || streams.front()->programs.empty())
+        {
+            return;
+        }
+        m_program = streams.front()->programs.front();
+        const auto others = std::count_if(m_source.streams.begin(), m_source.streams.end(),
+                                          [this](const MediaStream& stream) { return !IsOfProgram(stream); });
+        if (others != 0)
+        {
+            m_plan.notes.push_back("'" + m_source.name + "' has several programmes, so only programme " +
+                                   std::to_string(*m_program) + " is taken");
+        }
+    }
+
+    bool IsOfProgram(const MediaStream& stream) const
+    {
+        return !m_program || stream.programs.empty() ||
+               std::find(stream.programs.begin(), stream.programs.end(), *m_program) != stream.programs.end();
+    }
+
     /// In the source's order.
     std::vector<const MediaStream*> FittingSubtitles() const
     {
         std::vector<const MediaStream*> streams;
         for (const MediaStream& stream : m_source.streams)
         {
-            if (stream.kind == StreamKind::Subtitle &&
+            if (stream.kind == StreamKind::Subtitle && IsOfProgram(stream) &&
                 (PresetSubtitle(stream).record != nullptr || !SubtitleCodec(stream).empty()))
             {
                 streams.push_back(&stream);
@@ -178,6 +204,9 @@ private:
     {
         const std::size_t wanted = SettingsFor(kind).size();
         std::vector<const MediaStream*> ranked = RankStreams(m_source, kind);
+        ranked.erase(std::remove_if(ranked.begin(), ranked.end(),
+                                    [this](const MediaStream* stream) { return !IsOfProgram(*stream); }),
+                     ranked.end());
         if (wanted != 0 && ranked.empty())
         {
             m_plan.notes.push_back("'" + m_source.name + "' has no " + NameOf(kind) +
@@ -221,7 +250,7 @@ private:
         }
         else if (m_request.losslessDvd)
         {
-            AddForDvd(stream);
+            AddForDvd(stream, position);
         }
         else
         {
@@ -258,7 +287,7 @@ private:
         AddConverted(stream, {&own, ""});
     }
 
-    void AddForDvd(const MediaStream& stream)
+    void AddForDvd(const MediaStream& stream, std::size_t position)
     {
         if (CertainlyHolds(m_container, CodecNumberOf(CodecIdOf(stream))))
         {
@@ -267,15 +296,18 @@ private:
         }
         m_plan.notes.push_back("A DVD cannot hold stream " + std::to_string(stream.index) + " (" +
                                stream.codec + ") as it is, so it will be converted");
-        const Property settings = DvdSettings(stream);
+        const std::vector<Settings>& wanted = SettingsFor(stream.kind);
+        const Property settings = DvdSettings(
+            stream, wanted.empty() ? nullptr : wanted[std::min(position, wanted.size() - 1)].record);
         AddConverted(stream, {&settings, ""});
     }
 
     void AddConverted(const MediaStream& stream, const Settings& settings)
     {
-        m_plan.streams.push_back({stream.index, false,
-                                  MakeTargetCodec({stream, *settings.record, m_container,
-                                                   PlaceOf(m_source, stream).At(settings.key)})});
+        m_plan.streams.push_back(
+            {stream.index, false,
+             MakeTargetCodec({stream, *settings.record, m_container,
+                              PlaceOf(m_source, stream).At(settings.key), m_plan.notes})});
     }
 
     const MediaFile& m_source;
@@ -283,6 +315,7 @@ private:
     const std::string& m_container;
     const StreamRequest& m_request;
     std::map<StreamKind, std::vector<Settings>> m_settings;
+    std::optional<int> m_program; ///< the one that the streams are taken from
     StreamPlan m_plan;
 };
 

@@ -14,6 +14,9 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -121,6 +124,73 @@ void FillBitrate(const AVCodec& encoder, const Conf::FrameInfo& frame, Property&
                      std::min<long long>(bitrate, IFormatCodecVideo::MAX_VIDEO_BITRATE));
 }
 
+/// "25" or "30000/1001"
+std::string RateText(const Property::Ratio& rate)
+{
+    return std::to_string(rate.numerator()) +
+           (rate.denominator() == 1 ? "" : "/" + std::to_string(rate.denominator()));
+}
+
+/// A preset that leaves the size open cannot know what its bitrate is spread over.
+void RaiseBitrate(const TargetStream& stream, const AVCodec& encoder, const Conf::FrameInfo& frame,
+                  Property& record)
+{
+    const Property& settings = stream.settings;
+    if (!settings.ChildExists(IFormatCodec::TAG_BITRATE) ||
+        settings.ChildExists(IFormatCodecVideo::TAG_WIDTH) ||
+        settings.ChildExists(IFormatCodecVideo::TAG_HEIGHT) || IsWithoutBitrate(encoder.id))
+    {
+        return;
+    }
+    const Property::Ratio& rate = record[IFormatCodecVideo::TAG_FPS].GetRatio();
+    const double fps = static_cast<double>(rate.numerator()) / static_cast<double>(rate.denominator());
+    constexpr int kBestQuality = 0;
+    const long long least = std::min<long long>(
+        Conf::GetMinVideoBitrate(CodecIdOf(record), frame.width, frame.height, fps, kBestQuality),
+        IFormatCodecVideo::MAX_VIDEO_BITRATE);
+    const long long wanted = record[IFormatCodec::TAG_BITRATE].GetInt64();
+    if (wanted >= least)
+    {
+        return;
+    }
+    record.SetChildT(IFormatCodec::TAG_BITRATE, least);
+    stream.notes.push_back("Stream " + std::to_string(stream.source.index) + " gets " +
+                           std::to_string(least) + " bit/s instead of " + std::to_string(wanted) +
+                           ", which is too little for " + std::to_string(frame.width) + "x" +
+                           std::to_string(frame.height) + " at " + RateText(rate) + " frames per second");
+}
+
+/// How many frames an encoder lets pass between two key frames by itself; 0 where it keeps them close.
+int UsualKeyInterval(const AVCodec& encoder)
+{
+    constexpr std::array<std::pair<std::string_view, int>, 6> kIntervals = {{{"libx264", 250},
+                                                                             {"libx265", 250},
+                                                                             {"libvpx", 128},
+                                                                             {"libvpx-vp9", 128},
+                                                                             {"libaom-av1", 9999},
+                                                                             {"librav1e", 240}}};
+    const auto* const found = std::find_if(kIntervals.begin(), kIntervals.end(),
+                                           [&](const auto& row) { return row.first == encoder.name; });
+    return found == kIntervals.end() ? 0 : found->second;
+}
+
+/// A player that seeks must not wait longer than this for a picture.
+void LimitKeyInterval(const AVCodec& encoder, Property& record)
+{
+    if (record.ChildExists(IFormatCodecVideo::TAG_MAX_I_FRAME_INTERVAL) ||
+        record.ChildExists(IFormatCodecVideo::TAG_KEY_ONLY))
+    {
+        return;
+    }
+    constexpr long long kSeconds = 10;
+    const Property::Ratio& rate = record[IFormatCodecVideo::TAG_FPS].GetRatio();
+    const long long frames = std::max(kSeconds * rate.numerator() / rate.denominator(), 1LL);
+    if (frames < UsualKeyInterval(encoder))
+    {
+        record.SetChildT(IFormatCodecVideo::TAG_MAX_I_FRAME_INTERVAL, frames);
+    }
+}
+
 void FillBitrateMode(Property& record)
 {
     if (record.ChildExists(IFormatCodec::TAG_BITRATE) && !record.ChildExists(IFormatCodec::TAG_BITRATE_MODE))
@@ -161,11 +231,13 @@ Property MakeVideo(const TargetStream& stream)
     const auto target = IFormatCodecVideo::Create();
     Fill(stream.settings, encoder, *target);
     ChoosePixelFormat(encoder, source, *target);
-    ChooseSize(DisplayedFrame(stream.source), NeedsSquarePixels(encoder.id, stream.container), *target);
+    ChooseSize(DisplayedFrame(stream.source), PixelLimitsOf(encoder.id, stream.container), *target);
     ChooseFrameRate(encoder, source, *target);
     Property record = target->GetProperty();
     RequireAccepted(record, encoder, stream.place);
     FillBitrate(encoder, target->GetFrameInfo(), record);
+    RaiseBitrate(stream, encoder, target->GetFrameInfo(), record);
+    LimitKeyInterval(encoder, record);
     FillBitrateMode(record);
     CarryTags(stream, record);
     return record;
@@ -252,6 +324,38 @@ void RequireDecoderOptions(const TargetStream& stream)
     }
 }
 
+Property DvdVideo(const Property& source)
+{
+    const auto rate = source.FindChild(IFormatCodecVideo::TAG_FPS);
+    const bool isPal =
+        rate != source.end() && rate->GetRatio().numerator() % 25 == 0 && rate->GetRatio().denominator() == 1;
+    Property settings;
+    settings.SetChildT(IFormatCodec::TAG_CODEC_ID, IFormatCodecVideo::CODEC_ID_MPEG2VIDEO);
+    settings.SetChildT(IFormatCodec::TAG_BITRATE_MODE, IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO);
+    settings.SetChildT(IFormatCodec::TAG_BITRATE, 6000000LL);
+    settings.SetChildT(IFormatCodecVideo::TAG_WIDTH, 720LL);
+    settings.SetChildT(IFormatCodecVideo::TAG_HEIGHT, isPal ? 576LL : 480LL);
+    settings.SetChildT(IFormatCodecVideo::TAG_FPS,
+                       isPal ? Property::Ratio(25, 1) : Property::Ratio(30000, 1001));
+    return settings;
+}
+
+/// What a DVD prescribes, whatever a preset says.
+bool IsFixedForDvd(const std::string& key)
+{
+    static const std::array<const std::string*, 9> s_keys = {&IFormatCodec::TAG_CODEC_ID,
+                                                             &IFormatCodecVideo::TAG_WIDTH,
+                                                             &IFormatCodecVideo::TAG_HEIGHT,
+                                                             &IFormatCodecVideo::TAG_FPS,
+                                                             &IFormatCodecVideo::TAG_ASPECTX,
+                                                             &IFormatCodecVideo::TAG_ASPECTY,
+                                                             &Conf::TAG_PIX_FMT,
+                                                             &IFormatCodecAudio::TAG_SAMPLE_RATE,
+                                                             &IFormatCodecAudio::TAG_SAMPLE_FORMAT};
+    return std::any_of(s_keys.begin(), s_keys.end(),
+                       [&key](const std::string* fixed) { return *fixed == key; });
+}
+
 Property MakeCodec(const TargetStream& stream)
 {
     switch (stream.source.kind)
@@ -289,22 +393,12 @@ Property MakeCopiedCodec(const MediaStream& source)
     return record;
 }
 
-Property DvdSettings(const MediaStream& source)
+Property DvdSettings(const MediaStream& source, const Property* wanted)
 {
     Property settings;
     if (source.kind == StreamKind::Video)
     {
-        const Property& record = source.descriptor->GetProperty();
-        const bool isPal = record.ChildExists(IFormatCodecVideo::TAG_FPS) &&
-                           record[IFormatCodecVideo::TAG_FPS].GetRatio().numerator() % 25 == 0 &&
-                           record[IFormatCodecVideo::TAG_FPS].GetRatio().denominator() == 1;
-        settings.SetChildT(IFormatCodec::TAG_CODEC_ID, IFormatCodecVideo::CODEC_ID_MPEG2VIDEO);
-        settings.SetChildT(IFormatCodec::TAG_BITRATE_MODE, IFormatCodec::TAG_BITRATE_MODE_CBR_AUTO);
-        settings.SetChildT(IFormatCodec::TAG_BITRATE, 6000000LL);
-        settings.SetChildT(IFormatCodecVideo::TAG_WIDTH, 720LL);
-        settings.SetChildT(IFormatCodecVideo::TAG_HEIGHT, isPal ? 576LL : 480LL);
-        settings.SetChildT(IFormatCodecVideo::TAG_FPS,
-                           isPal ? Property::Ratio(25, 1) : Property::Ratio(30000, 1001));
+        settings = DvdVideo(source.descriptor->GetProperty());
     }
     else if (source.kind == StreamKind::Audio)
     {
@@ -312,6 +406,17 @@ Property DvdSettings(const MediaStream& source)
         settings.SetChildT(IFormatCodec::TAG_BITRATE_MODE, IFormatCodec::TAG_BITRATE_MODE_CBR);
         settings.SetChildT(IFormatCodec::TAG_BITRATE, 448000LL);
         settings.SetChildT(IFormatCodecAudio::TAG_SAMPLE_RATE, 48000LL);
+    }
+    const auto codec = settings.FindChild(IFormatCodec::TAG_CODEC_ID);
+    if (wanted != nullptr && codec != settings.end() && CodecIdOf(*wanted) == codec->GetString())
+    {
+        for (const Property& setting : *wanted)
+        {
+            if (!IsFixedForDvd(setting.GetName()))
+            {
+                settings.SetChild(setting.GetName(), setting);
+            }
+        }
     }
     return settings;
 }

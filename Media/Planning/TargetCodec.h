@@ -8,6 +8,7 @@
 #include "Core/Interfaces/Property.h"
 
 #include <string>
+#include <vector>
 
 namespace Zelnor::Media
 {
@@ -20,6 +21,7 @@ struct TargetStream
     const std::string& container;   ///< the output's, a `FORMAT_` text
     /// Of the stream, with the key of `settings` if they are a preset's: errors name it.
     Place place;
+    std::vector<std::string>& notes; ///< what the user should know about it is appended
 };
 
 /// The record of the stream: a full codec descriptor with what the settings ask for, and for the rest what
@@ -31,6 +33,9 @@ Core::Property MakeTargetCodec(const TargetStream& stream);
 Core::Property MakeCopiedCodec(const MediaStream& source);
 
 /// The settings of a stream that every DVD player plays, for a source that a DVD cannot hold as it is.
-Core::Property DvdSettings(const MediaStream& source);
+/// \param wanted  a preset's settings for it, or null; where they are for the same codec, all of them that a
+/// DVD
+///                leaves open are taken over
+Core::Property DvdSettings(const MediaStream& source, const Core::Property* wanted = nullptr);
 
 } // namespace Zelnor::Media

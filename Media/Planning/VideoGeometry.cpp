@@ -9,6 +9,7 @@ extern "C" {
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <utility>
 
 namespace Zelnor::Media
@@ -30,8 +31,10 @@ struct Aspect
     double Value() const { return static_cast<double>(x) / y; }
 };
 
-/// The display aspect ratios that MPEG-2 can signal, without that of square pixels.
+/// The display aspect ratios that MPEG-2 can signal, without that of square pixels; the players of DVDs know
+/// the first two.
 constexpr std::array<Aspect, 3> kMpeg2Aspects = {{{4, 3}, {16, 9}, {221, 100}}};
+constexpr std::ptrdiff_t kDvdAspects = 2;
 
 std::uint32_t NumberUnder(const Property& record, const std::string& key)
 {
@@ -48,7 +51,7 @@ std::uint32_t Whole(std::uint32_t length, unsigned int log2Chroma)
     return std::max(length / step * step, step);
 }
 
-Aspect WantedAspect(const Property& record, const FrameInfo& source)
+Aspect WantedAspect(const Property& record, const FrameInfo& source, bool isDvd)
 {
     Aspect aspect = {NumberUnder(record, IFormatCodecVideo::TAG_FRAME_ASPECTX),
                      NumberUnder(record, IFormatCodecVideo::TAG_FRAME_ASPECTY)};
@@ -63,7 +66,7 @@ Aspect WantedAspect(const Property& record, const FrameInfo& source)
             return std::abs(std::log(known.Value() / wanted));
         };
         return *std::min_element(
-            kMpeg2Aspects.begin(), kMpeg2Aspects.end(),
+            kMpeg2Aspects.begin(), isDvd ? kMpeg2Aspects.begin() + kDvdAspects : kMpeg2Aspects.end(),
             [&](const Aspect& one, const Aspect& other) { return distance(one) < distance(other); });
     }
     return aspect;
@@ -116,16 +119,16 @@ void DisplayAspectOf(const FrameInfo& frame, std::uint32_t& x, std::uint32_t& y)
     y = known ? static_cast<std::uint32_t>(den) : std::max(frame.height, 1U);
 }
 
-bool NeedsSquarePixels(AVCodecID codec, const std::string& container)
+PixelLimits PixelLimitsOf(AVCodecID codec, const std::string& container)
 {
-    return codec == AV_CODEC_ID_GIF || IsPicture(container);
+    return {codec == AV_CODEC_ID_GIF || IsPicture(container), IsDvd(container)};
 }
 
-void ChooseSize(const FrameInfo& source, bool squarePixels, IFormatCodecVideo& target)
+void ChooseSize(const FrameInfo& source, PixelLimits limits, IFormatCodecVideo& target)
 {
     const Property& record = target.GetProperty();
-    const Aspect aspect = WantedAspect(record, source);
-    auto [width, height] = WantedSize(record, source, aspect, squarePixels);
+    const Aspect aspect = WantedAspect(record, source, limits.areDvd);
+    auto [width, height] = WantedSize(record, source, aspect, limits.areSquare);
     const PixFmt pixelFormat = target.GetPixelFormat();
     if (pixelFormat != PIX_FMT_NONE)
     {
@@ -139,7 +142,7 @@ void ChooseSize(const FrameInfo& source, bool squarePixels, IFormatCodecVideo& t
     {
         target.InitByPixelAspect(width, height, ax, ay);
     }
-    else if (squarePixels)
+    else if (limits.areSquare)
     {
         target.InitByPixelAspect(width, height, 1, 1);
     }

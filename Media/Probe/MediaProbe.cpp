@@ -3,10 +3,12 @@
 #include "Media/FileKind.h"
 #include "Media/MediaException.h"
 #include "Media/Probe/Demuxers.h"
+#include "Media/Probe/FrameRates.h"
 #include "Media/Probe/MessageScope.h"
 #include "Media/Probe/StreamDescription.h"
 
 #include "Conf/Interfaces/FormatLists.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -365,6 +367,21 @@ void CheckReadable(const std::string& name)
     }
 }
 
+/// Reads packets, so it comes last.
+void AddMeasuredRates(AVFormatContext& context, MediaFile& file)
+{
+    const std::vector<AVRational> rates = MeasureFrameRates(context);
+    for (MediaStream& stream : file.streams)
+    {
+        const AVRational rate = rates[stream.index];
+        if (rate.num > 0)
+        {
+            dynamic_cast<Conf::IFormatCodecVideo&>(*stream.descriptor)
+                .SetFrameRate(static_cast<unsigned int>(rate.num), static_cast<unsigned int>(rate.den));
+        }
+    }
+}
+
 MediaFile Describe(const std::string& name, StreamReader* stream)
 {
     const MediaInput input(name, stream);
@@ -381,6 +398,7 @@ MediaFile Describe(const std::string& name, StreamReader* stream)
     {
         Refuse(name, "there is no stream in it");
     }
+    AddMeasuredRates(*input, file);
     return file;
 }
 

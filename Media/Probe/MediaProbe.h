@@ -44,7 +44,9 @@ struct MediaStream
     bool isBitmap = false;     ///< a bitmap subtitle, not a text subtitle
     unsigned int rotation = 0; ///< clockwise degrees (0, 90, 180, 270) by which it is rotated for display
     std::optional<std::int64_t> duration; ///< in microseconds
-    std::vector<std::string> notes;       ///< what the descriptor cannot say, as sentences without an end
+    /// Of the programmes that it belongs to, the numbers; empty where the container has no programmes.
+    std::vector<int> programs;
+    std::vector<std::string> notes; ///< what the descriptor cannot say, as sentences without an end
 };
 
 /// A media file and its streams, in its order.

@@ -1,6 +1,7 @@
 #include "Media/Probe/StreamDescription.h"
 
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/Probe/FrameRates.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
@@ -77,14 +78,6 @@ unsigned int RotationOf(const AVStream& stream)
     return static_cast<unsigned int>((turns + 4) % 4) * 90U;
 }
 
-AVRational FrameRateOf(AVFormatContext& context, AVStream& stream)
-{
-    constexpr double kBelievable = 300.0;
-    const AVRational rate = av_guess_frame_rate(&context, &stream, nullptr);
-    const bool believable = rate.num > 0 && rate.den > 0 && av_q2d(rate) <= kBelievable;
-    return believable || stream.avg_frame_rate.num <= 0 ? rate : stream.avg_frame_rate;
-}
-
 void DescribeVideo(AVFormatContext& context, AVStream& stream, MediaStream& described)
 {
     auto& video = dynamic_cast<IFormatCodecVideo&>(*described.descriptor);
@@ -103,7 +96,7 @@ void DescribeVideo(AVFormatContext& context, AVStream& stream, MediaStream& desc
         described.notes.push_back("its size is not known");
     }
     const AVRational rate = FrameRateOf(context, stream);
-    if (rate.num > 0 && rate.den > 0)
+    if (rate.num > 0)
     {
         video.SetFrameRate(static_cast<unsigned int>(rate.num), static_cast<unsigned int>(rate.den));
     }
@@ -194,6 +187,17 @@ void DescribeCodec(const AVCodecParameters& codec, MediaStream& described, Prope
     }
 }
 
+std::vector<int> ProgramsOf(AVFormatContext& context, const AVStream& stream)
+{
+    std::vector<int> programs;
+    AVProgram* program = nullptr;
+    while ((program = av_find_program_from_stream(&context, program, stream.index)) != nullptr)
+    {
+        programs.push_back(program->id);
+    }
+    return programs;
+}
+
 void DescribeTags(const AVStream& stream, const MediaStream& described, Property& record)
 {
     Property& metadata = record[Conf::IFormat::TAG_METADATA];
@@ -238,6 +242,7 @@ MediaStream DescribeStream(AVFormatContext& context, AVStream& stream)
     described.isDefault = (stream.disposition & AV_DISPOSITION_DEFAULT) != 0;
     described.isForced = (stream.disposition & AV_DISPOSITION_FORCED) != 0;
     described.duration = Microseconds(stream.duration, stream.time_base);
+    described.programs = ProgramsOf(context, stream);
     if (described.kind == StreamKind::Video)
     {
         DescribeVideo(context, stream, described);

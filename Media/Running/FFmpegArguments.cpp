@@ -156,6 +156,10 @@ private:
             // One image under exactly this name, even one that looks like a pattern.
             Add({"-update", "1"});
         }
+        if (m_transcode.startsFast)
+        {
+            Add({"-movflags", "+faststart"});
+        }
         if (m_transcode.muxer == Conf::IFormatFile::FORMAT_DVD)
         {
             Add({"-muxrate", "10080000", "-packetsize", "2048"});

@@ -275,6 +275,7 @@ void ChooseMuxer(const Transcode& transcode, TranscodeCommand& command, FaultLis
     {
         command.muxer = muxer->name;
         command.isPicture = IsPicture(container);
+        command.startsFast = CanStartFast(container);
     }
     else if (muxer != nullptr)
     {

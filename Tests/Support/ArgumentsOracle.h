@@ -310,6 +310,7 @@ private:
             {"-map_metadata:s", "-1"},
             {"-max_muxing_queue_size", "4096"},
             {"-update", "1"},
+            {"-movflags", R"(\+faststart)"},
             {"-muxrate", "10080000"},
             {"-packetsize", "2048"},
         };

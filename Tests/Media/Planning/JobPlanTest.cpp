@@ -6,6 +6,7 @@
 #include "Tests/Support/FakePreset.h"
 #include "Tests/Support/MediaFixtures.h"
 
+#include "Conf/Interfaces/BitrateCalculator.h"
 #include "Conf/Interfaces/CodecMaps.h"
 
 #include <gmock/gmock.h>
@@ -291,6 +292,88 @@ TEST(PlanJob, ADvdHasTheSizeAndRateOfItsStandard)
     EXPECT_EQ(ntsc["width"].GetInt64(), 720);
     EXPECT_EQ(ntsc["height"].GetInt64(), 480);
     EXPECT_EQ(ntsc["frameRateRatio"].GetRatio(), Property::Ratio(30000, 1001));
+}
+
+TEST(PlanJob, ADvdKeepsWhatThePresetSaysOfItsCodecs)
+{
+    JobRequest request = Request();
+    request.streams.losslessDvd = true;
+    const PlannedJob job =
+        Plan(MakeMediaFile({MakeVideoStream(1280, 720), MakeAudioStream()}),
+             R"({"video":{"codec_id":"CODEC_ID_MPEG2VIDEO","bitrate":4000000,"max_bitrate":7000000,)"
+             R"("maxIFrameInterval":12,"width":1280},"audio":{"codec_id":"CODEC_ID_AAC","bitrate":96000}})",
+             request);
+    const Property video = FirstCodec(job);
+    EXPECT_EQ(video["bitrate"].GetInt64(), 4000000);
+    EXPECT_EQ(video[Conf::IFormatCodec::TAG_PEAK_BITRATE].GetInt64(), 7000000);
+    EXPECT_EQ(video["maxIFrameInterval"].GetInt64(), 12);
+    EXPECT_EQ(video["width"].GetInt64(), 720);
+    EXPECT_EQ(job.graph->GetLink(4, 2)["bitrate"].GetInt64(), 448000);
+}
+
+TEST(PlanJob, TakesSoundAndSubtitlesOfThePicturesProgramme)
+{
+    MediaStream first = MakeVideoStream(640, 360);
+    first.programs = {1};
+    MediaStream second = MakeVideoStream(1920, 1080);
+    second.programs = {7, 2};
+    MediaStream sound = MakeAudioStream(Conf::CH_LAYOUT_5POINT1);
+    sound.programs = {1};
+    MediaStream right = MakeAudioStream();
+    right.programs = {2, 7};
+    MediaStream subtitle = MakeBitmapSubtitle();
+    subtitle.programs = {1};
+    const MediaFile source = MakeMediaFile({first, second, sound, right, subtitle, MakeSubtitleStream()});
+    const PlannedJob job = Plan(source, kBoth);
+    EXPECT_THAT(SourcesOf(job), ElementsAre(1, 3, 5));
+    EXPECT_THAT(job.notes, ElementsAre("'in.mkv' has several programmes, so only programme 7 is taken"));
+    EXPECT_THAT(SourcesOf(Plan(source, kBoth, Request({0, 3}))), ElementsAre(0, 3));
+    EXPECT_THAT(SourcesOf(Plan(source, kAudio)), ElementsAre(2, 4, 5));
+}
+
+TEST(PlanJob, DoesNotNameTheOnlyProgramme)
+{
+    MediaStream video = MakeVideoStream();
+    video.programs = {1};
+    EXPECT_THAT(Plan(MakeMediaFile({video}), kVideo).notes, IsEmpty());
+}
+
+TEST(PlanJob, RaisesABitrateThatNoSizeWasSetFor)
+{
+    const MediaStream large = MakeVideoStream(3840, 2160);
+    SetValue(large, IFormatCodecVideo::TAG_FPS, Property::Ratio(60));
+    const MediaFile source = MakeMediaFile({large});
+    const std::string settings = R"("codec_id":"CODEC_ID_H264","bitrate":4000000)";
+    const long long least = Conf::GetMinVideoBitrate("CODEC_ID_H264", 3840, 2160, 60, 0);
+    ASSERT_GT(least, 4000000);
+    const PlannedJob job = Plan(source, R"({"video":{)" + settings + "}}");
+    EXPECT_EQ(FirstCodec(job)["bitrate"].GetInt64(), least);
+    EXPECT_THAT(
+        job.notes,
+        ElementsAre("Stream 0 gets " + std::to_string(least) +
+                    " bit/s instead of 4000000, which is too little for 3840x2160 at 60 frames per second"));
+    const PlannedJob sized = Plan(source, R"({"video":{)" + settings + R"(,"width":3840,"height":2160}})");
+    EXPECT_EQ(FirstCodec(sized)["bitrate"].GetInt64(), 4000000);
+    EXPECT_THAT(sized.notes, IsEmpty());
+    const PlannedJob small = Plan(MakeMediaFile({MakeVideoStream()}), R"({"video":{)" + settings + "}}");
+    EXPECT_EQ(FirstCodec(small)["bitrate"].GetInt64(), 4000000);
+}
+
+TEST(PlanJob, HasAKeyFrameAtLeastEveryTenSeconds)
+{
+    const MediaStream slow = MakeVideoStream();
+    SetValue(slow, IFormatCodecVideo::TAG_FPS, Property::Ratio(25, 2));
+    const MediaFile source = MakeMediaFile({slow});
+    const auto interval = [](const PlannedJob& job) {
+        const Property codec = FirstCodec(job);
+        const auto child = codec.FindChild(IFormatCodecVideo::TAG_MAX_I_FRAME_INTERVAL);
+        return child == codec.end() ? 0 : child->GetInt64();
+    };
+    EXPECT_EQ(interval(Plan(source, kVideo)), 125);
+    EXPECT_EQ(interval(Plan(source, R"({"video":{"codec_id":"CODEC_ID_H264","maxIFrameInterval":250}})")),
+              250);
+    EXPECT_EQ(interval(Plan(source, R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})")), 0);
+    EXPECT_EQ(interval(Plan(MakeMediaFile({MakeVideoStream()}), kVideo)), 0);
 }
 
 TEST(PlanJob, NeedsAnOutputAPresetAndAWholeSource)

@@ -22,7 +22,7 @@ using Conf::IFormatCodecVideo;
 
 /// "1920x1080 ax=1 ay=1": the frame that is chosen for a source and these settings.
 std::string Chosen(const FrameInfo& source, const Core::Property& settings = Core::Property(),
-                   bool squarePixels = false)
+                   PixelLimits limits = {})
 {
     const auto target = IFormatCodecVideo::Create();
     Core::Property record = target->GetProperty();
@@ -31,7 +31,7 @@ std::string Chosen(const FrameInfo& source, const Core::Property& settings = Cor
         record.SetChild(setting.GetName(), setting);
     }
     target->SetProperty(record);
-    ChooseSize(source, squarePixels, *target);
+    ChooseSize(source, limits, *target);
     std::ostringstream text;
     text << target->GetFrameInfo();
     return text.str();
@@ -91,10 +91,10 @@ TEST(VideoGeometry, CutsToWholeChromaSamples)
 
 TEST(VideoGeometry, StretchesTheWidthWherePixelsMustBeSquare)
 {
-    EXPECT_EQ(Chosen({720, 576, 64, 45}, Core::Property(), true), "1024x576 ax=1 ay=1");
-    EXPECT_TRUE(NeedsSquarePixels(AV_CODEC_ID_GIF, "gif"));
-    EXPECT_TRUE(NeedsSquarePixels(AV_CODEC_ID_PNG, "png"));
-    EXPECT_FALSE(NeedsSquarePixels(AV_CODEC_ID_H264, "mp4"));
+    EXPECT_EQ(Chosen({720, 576, 64, 45}, Core::Property(), {true, false}), "1024x576 ax=1 ay=1");
+    EXPECT_TRUE(PixelLimitsOf(AV_CODEC_ID_GIF, "gif").areSquare);
+    EXPECT_TRUE(PixelLimitsOf(AV_CODEC_ID_PNG, "png").areSquare);
+    EXPECT_FALSE(PixelLimitsOf(AV_CODEC_ID_H264, "mp4").areSquare);
 }
 
 TEST(VideoGeometry, Mpeg2HasTheNearestOfItsAspectRatios)
@@ -104,6 +104,16 @@ TEST(VideoGeometry, Mpeg2HasTheNearestOfItsAspectRatios)
     EXPECT_EQ(Chosen({720, 576, 1, 1}, settings), "720x576 ax=16 ay=15");
     EXPECT_EQ(Chosen({1280, 720, 1, 1}, settings), "1280x720 ax=1 ay=1");
     EXPECT_EQ(Chosen({2390, 1000, 1, 1}, settings), "2390x1000 ax=221 ay=239");
+}
+
+TEST(VideoGeometry, ADvdIsDisplayedAs4By3OrAs16By9)
+{
+    Core::Property settings = Numbers({{"width", 720}, {"height", 576}});
+    settings.SetChildT("codec_id", IFormatCodecVideo::CODEC_ID_MPEG2VIDEO);
+    const PixelLimits limits = PixelLimitsOf(AV_CODEC_ID_MPEG2VIDEO, "dvd");
+    EXPECT_EQ(Chosen({2390, 1000, 1, 1}, settings, limits), "720x576 ax=64 ay=45");
+    EXPECT_EQ(Chosen({640, 480, 1, 1}, settings, limits), "720x576 ax=16 ay=15");
+    EXPECT_FALSE(PixelLimitsOf(AV_CODEC_ID_MPEG2VIDEO, "mpegts").areDvd);
 }
 
 TEST(VideoGeometry, ARotatedFrameHasItsSidesExchanged)

@@ -27,11 +27,15 @@ Arguments Ended(Arguments arguments, const std::string& muxer = "mp4")
 {
     for (const std::string& word :
          {std::string("-map_metadata"), std::string("-1"), std::string("-map_metadata:s"), std::string("-1"),
-          std::string("-max_muxing_queue_size"), std::string("4096"), std::string("-f"), muxer,
-          std::string("file:out.mp4")})
+          std::string("-max_muxing_queue_size"), std::string("4096")})
     {
         arguments.push_back(word);
     }
+    if (muxer == "mp4")
+    {
+        arguments.insert(arguments.end(), {"-movflags", "+faststart"});
+    }
+    arguments.insert(arguments.end(), {"-f", muxer, "file:out.mp4"});
     return arguments;
 }
 
@@ -204,7 +208,8 @@ TEST(FFmpegArguments, CarryTheTargetsTags)
                                                     "-1",          "-metadata",
                                                     "title=T",     "-metadata",
                                                     "track=3",     "-max_muxing_queue_size",
-                                                    "4096",        "-f",
+                                                    "4096",        "-movflags",
+                                                    "+faststart",  "-f",
                                                     "mp4",         "file:out.mp4"}));
     transcode.target = RecordOf(R"({"p":{"metadata":{"title":"\u0000"}}})");
     ExpectFault(transcode, "node 2, metadata.title: a text with a NUL byte cannot be given to ffmpeg");

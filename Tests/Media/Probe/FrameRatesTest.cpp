@@ -1,0 +1,119 @@
+#include "Media/Probe/FrameRates.h"
+
+#include "Media/Probe/MediaProbe.h"
+
+#include "Tests/Support/Clip.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include "Conf/Interfaces/IFormatCodecVideo.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+
+std::string Snapped(AVRational rate, double tolerance)
+{
+    const AVRational snapped = SnapToStandardRate(rate, tolerance);
+    return std::to_string(snapped.num) + "/" + std::to_string(snapped.den);
+}
+
+/// "60000/1001" of the first video stream; "unknown" when there is none.
+std::string ProbedRate(const Core::Property& record)
+{
+    const auto rate = record.FindChild(Conf::IFormatCodecVideo::TAG_FPS);
+    return rate == record.end() ? "unknown"
+                                : std::to_string(rate->GetRatio().numerator()) + "/" +
+                                      std::to_string(rate->GetRatio().denominator());
+}
+
+std::string ProbedRate(const ioPath& path)
+{
+    for (const MediaStream& stream : ProbeMedia(path).streams)
+    {
+        if (stream.kind == StreamKind::Video)
+        {
+            return ProbedRate(stream.descriptor->GetProperty());
+        }
+    }
+    return "no video";
+}
+
+/// Turns the element in which Matroska says how long each frame is into an empty one.
+std::string WithoutFrameDuration(std::string file)
+{
+    const std::size_t element = file.find("\x23\xe3\x83");
+    EXPECT_NE(element, std::string::npos);
+    const auto length = static_cast<std::size_t>(static_cast<unsigned char>(file[element + 3]) & 0x7FU);
+    file.replace(element, 4 + length,
+                 "\xec" + std::string(1, static_cast<char>(0x80U | (2 + length))) +
+                     std::string(2 + length, '\0'));
+    return file;
+}
+
+TEST(FrameRates, OfAContainerThatRoundsAreTheStandardOnes)
+{
+    EXPECT_EQ(Snapped({19001, 317}, 1e-6), "60000/1001");
+    EXPECT_EQ(Snapped({959, 16}, 4e-4), "60000/1001");
+    EXPECT_EQ(Snapped({983, 41}, 4e-4), "24000/1001");
+    EXPECT_EQ(Snapped({2997, 100}, 4e-4), "30000/1001");
+}
+
+TEST(FrameRates, ThatAreNotStandardStayAsTheyAre)
+{
+    EXPECT_EQ(Snapped({18, 1}, 4e-4), "18/1");
+    EXPECT_EQ(Snapped({5995, 100}, 1e-6), "5995/100");
+    EXPECT_EQ(Snapped({0, 1}, 4e-4), "0/1");
+}
+
+TEST(FrameRates, OfFilmAndTelevisionAreNotTakenForEachOther)
+{
+    for (const int rate : {24, 30, 48, 60, 120})
+    {
+        EXPECT_EQ(Snapped({rate, 1}, 4e-4), std::to_string(rate) + "/1");
+        EXPECT_EQ(Snapped({rate * 1000, 1001}, 4e-4), std::to_string(rate * 1000) + "/1001");
+    }
+}
+
+TEST(FrameRates, AreTrustedAsFarAsTheContainersClockGoes)
+{
+    EXPECT_EQ(RateTolerance({1, 1000}, 7200), 1e-6);
+    EXPECT_DOUBLE_EQ(RateTolerance({1, 1000}, 10), 1e-4);
+    EXPECT_EQ(RateTolerance({1, 1000}, 0.1), 4e-4);
+    EXPECT_EQ(RateTolerance({1, 90000}, 60), 1e-6);
+    EXPECT_EQ(RateTolerance({0, 1}, 60), 1e-6);
+}
+
+TEST(FrameRates, OfMatroskaIsTheOneThatWasWritten)
+{
+    const TemporaryFolder folder;
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=60000/1001:d=0.5", "-c:v", "mpeg4", folder / "in.mkv"});
+    EXPECT_EQ(ProbedRate(folder / "in.mkv"), "60000/1001");
+}
+
+TEST(FrameRates, OfFramesThatComeAtOddTimesAreCounted)
+{
+    const TemporaryFolder folder;
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=30:d=3", "-vf", "settb=1/1000,setpts=PTS+mod(7*N\\,20)",
+              "-vsync", "passthrough", "-enc_time_base", "1/1000", "-c:v", "libvpx", "-deadline", "realtime",
+              "-live", "1", folder / "in.webm"});
+    WriteFile(folder / "in.webm", WithoutFrameDuration(ReadFile(folder / "in.webm")));
+    EXPECT_EQ(ProbedRate(folder / "in.webm"), "30/1");
+}
+
+TEST(FrameRates, OfACoverAreNotMadeUp)
+{
+    const TemporaryFolder folder;
+    MakeClip({"-f", "lavfi", "-i", "sine=d=0.2", "-f", "lavfi", "-i", "color=red:s=64x48:r=25:d=0.04", "-map",
+              "0", "-map", "1", "-c:v", "mjpeg", "-disposition:v", "attached_pic", folder / "in.m4a"});
+    EXPECT_EQ(ProbedRate(folder / "in.m4a"), "unknown");
+}
+
+} // namespace
