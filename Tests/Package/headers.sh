@@ -1,8 +1,9 @@
 #!/bin/bash
-# headers.sh alone|together <compiler> <prefix>: compiles every installed header, included twice: each alone, or all of
-# them together, which is quicker and enough to ask a second compiler for what it warns of.
+# headers.sh alone <compiler> <prefix> <source tree> | together <compiler> <prefix>: compiles installed headers, included
+# twice: each alone, or all of them together, which is quicker and enough to ask a second compiler for what it warns of.
+# What a source of ours includes before anything else has been compiled alone by our own build.
 set -euo pipefail
-mode=$1 compiler=$2 root=$3/include/zelnor
+mode=$1 compiler=$2 root=$3/include/zelnor source=${4-}
 
 # accept <header>...: compiles a source that includes the headers, and includes them again.
 accept() {
@@ -13,8 +14,21 @@ accept() {
 export -f accept
 export compiler
 
+# is_first <header>: whether the source of the same name includes the header first.
+is_first() {
+    local of=$source/${1%.h}.cpp
+    [[ -f $of && $(grep --max-count=1 '^#include' "$of") == "#include \"$1\"" ]]
+}
+
 cd "$root"
-one_by_one=()
-[[ $mode == together ]] || one_by_one=(-n 1 -P "$(nproc)")
+mapfile -t headers < <(find . -name '*.h' -printf '%P\n' | sort)
+if [[ $mode == together ]]; then
+    accept "${headers[@]}"
+    exit
+fi
+alone=()
+for header in "${headers[@]}"; do
+    is_first "$header" || alone+=("$header")
+done
 # shellcheck disable=SC2016  # expanded by the inner shell
-find . -name '*.h' -printf '%P\n' | sort | xargs "${one_by_one[@]}" bash -c 'accept "$@"' accept
+printf '%s\n' "${alone[@]}" | xargs -n 1 -P "$(nproc)" bash -c 'accept "$@"' accept

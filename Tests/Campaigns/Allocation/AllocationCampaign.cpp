@@ -328,12 +328,10 @@ private:
 
 } // namespace
 
-TEST(Allocation, Core) { Campaign().Run(CoreOperations()); }
+void RunCampaign(const Operations& operations) { Campaign().Run(operations); }
 
-TEST(Allocation, Conf) { Campaign().Run(ConfOperations()); }
+TEST(Allocation, Core) { RunCampaign(CoreOperations()); }
 
-#if ZELNOR_HAS_MEDIA
-TEST(Allocation, Media) { Campaign().Run(MediaOperations()); }
-#endif
+TEST(Allocation, Conf) { RunCampaign(ConfOperations()); }
 
 } // namespace Zelnor::Testing

@@ -19,6 +19,8 @@
 #include "Tests/Support/RunFixtures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
+#include <gtest/gtest.h>
+
 #include <stdexcept>
 
 namespace Zelnor::Testing
@@ -261,5 +263,7 @@ Operations MediaOperations()
     AddPresetFolders(rows);
     return rows;
 }
+
+TEST(Allocation, Media) { RunCampaign(MediaOperations()); }
 
 } // namespace Zelnor::Testing
