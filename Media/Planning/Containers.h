@@ -25,8 +25,8 @@ bool IsPicture(const std::string& container);
 /// Whether the container is that of DVDs.
 bool IsDvd(const std::string& container);
 
-/// Whether the container's index can be moved to the beginning, so that a player starts before it has the whole
-/// file.
+/// Whether the container's index can be moved to the beginning, so that a player starts before it has the
+/// whole file.
 bool CanStartFast(const std::string& container);
 
 /// Whether the container is known to hold streams of the codec.

@@ -44,8 +44,8 @@ struct InputCommand
 struct TranscodeCommand
 {
     std::vector<InputCommand> inputs;
-    std::string muxer;      ///< FFmpeg's name
-    bool isPicture = false; ///< the output file holds one image
+    std::string muxer;       ///< FFmpeg's name
+    bool isPicture = false;  ///< the output file holds one image
     bool startsFast = false; ///< its index is moved to the beginning
     std::vector<std::string> metadata;
     std::vector<StreamCommand> streams;

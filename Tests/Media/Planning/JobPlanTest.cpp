@@ -300,7 +300,7 @@ TEST(PlanJob, ADvdKeepsWhatThePresetSaysOfItsCodecs)
     request.streams.losslessDvd = true;
     const PlannedJob job =
         Plan(MakeMediaFile({MakeVideoStream(1280, 720), MakeAudioStream()}),
-             R"({"video":{"codec_id":"CODEC_ID_MPEG2VIDEO","bitrate":4000000,"max_bitrate":7000000,)"
+             R"({"video":{"codec_id":"CODEC_ID_MPEG2VIDEO","bitrate":4000000,"peakBitrate":7000000,)"
              R"("maxIFrameInterval":12,"width":1280},"audio":{"codec_id":"CODEC_ID_AAC","bitrate":96000}})",
              request);
     const Property video = FirstCodec(job);

@@ -375,7 +375,8 @@ TEST(FFmpegArguments, HoldFreeOptionsBesideWhatSettingsGive)
     const auto options = [](const std::string& settings) {
         Arguments arguments = ArgumentsOf(MakeTranscode(
             OneVideo(), VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1,)" + settings)))[0];
-        return Arguments(arguments.begin() + 13, arguments.end() - 9);
+        return Arguments(arguments.begin() + 13,
+                         std::find(arguments.begin(), arguments.end(), "-map_metadata"));
     };
     EXPECT_EQ(options(R"("codec.options.encode":{"crf":20,"x264-params":"no-mbtree:ref=4"})"),
               (Arguments{"-crf:0", "20", "-x264-params:0", "no-mbtree=1:ref=4"}));
