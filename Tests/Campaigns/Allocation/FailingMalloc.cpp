@@ -6,17 +6,6 @@
 #include <limits>
 #include <new>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ZELNOR_OWN_MALLOC 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define ZELNOR_OWN_MALLOC 0
-#endif
-#endif
-#ifndef ZELNOR_OWN_MALLOC
-#define ZELNOR_OWN_MALLOC 1
-#endif
-
 namespace Zelnor::Testing
 {
 
@@ -105,8 +94,6 @@ using Zelnor::Testing::details::Counted;
 using Zelnor::Testing::details::CountFree;
 using Zelnor::Testing::details::Fails;
 
-#if ZELNOR_OWN_MALLOC
-
 // The C library calls these wherever it would call its own, and its own go by these names.
 extern "C" {
 void* __libc_malloc(std::size_t size);
@@ -186,17 +173,10 @@ ZELNOR_REPLACES void free(void* memory) noexcept
     errno = kept;
 }
 
-#endif
-
 // Not inlined: the compiler would see an object made by `new` go to `free`, and warn.
 [[gnu::noinline]] void* operator new(std::size_t size)
 {
-#if ZELNOR_OWN_MALLOC
     void* const memory = Fails(Whose::Ours) ? nullptr : std::malloc(size == 0 ? 1 : size);
-#else
-    const bool fails = Fails(Whose::Everybodys) || Fails(Whose::Ours);
-    void* const memory = fails ? nullptr : Counted(std::malloc(size == 0 ? 1 : size));
-#endif
     if (memory == nullptr)
     {
         throw std::bad_alloc();
@@ -204,11 +184,5 @@ ZELNOR_REPLACES void free(void* memory) noexcept
     return memory;
 }
 
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-#if !ZELNOR_OWN_MALLOC
-    CountFree(memory);
-#endif
-    std::free(memory);
-}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
