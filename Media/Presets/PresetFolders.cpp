@@ -1,14 +1,13 @@
 #include "Media/Presets/PresetFolders.h"
 
+#include "Media/Folder.h"
 #include "Media/MediaException.h"
 
-#include <dirent.h>
 #include <dlfcn.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <memory>
 #include <new>
 #include <system_error>
 
@@ -65,27 +64,16 @@ bool IsFile(const fs::path& path)
     return fs::exists(path, error) && !fs::is_directory(path, error);
 }
 
-struct CloseFolder
-{
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
-/// Names of what is in the folder; empty when it cannot be read. The standard library's iterator ends the
-/// process when it runs out of memory.
-std::vector<std::string> NamesIn(const fs::path& path)
+/// Nothing when it cannot be opened.
+Folder OpenFolder(const fs::path& path)
 {
     errno = 0;
-    const std::unique_ptr<DIR, CloseFolder> folder(::opendir(path.c_str()));
+    Folder folder(::opendir(path.c_str()));
     if (folder == nullptr && errno == ENOMEM)
     {
         throw std::bad_alloc();
     }
-    std::vector<std::string> names;
-    while (const dirent* const entry = folder == nullptr ? nullptr : ::readdir(folder.get()))
-    {
-        names.emplace_back(entry->d_name);
-    }
-    return names;
+    return folder;
 }
 
 } // namespace
@@ -129,7 +117,7 @@ std::vector<std::string> ListPresets(const std::vector<ioPath>& folders)
     std::vector<std::string> names;
     for (const ioPath& folder : folders)
     {
-        for (const fs::path name : NamesIn(folder.native()))
+        for (const fs::path name : NamesIn(OpenFolder(folder.native())))
         {
             if (name.extension() == kExtension && IsFile(folder.native() / name))
             {

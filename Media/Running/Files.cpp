@@ -1,6 +1,7 @@
 #include "Media/Running/Files.h"
 
-#include <dirent.h>
+#include "Media/Folder.h"
+
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <linux/magic.h>
@@ -18,7 +19,6 @@
 #include <cstdint>
 #include <cwchar>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <system_error>
 
@@ -34,12 +34,6 @@ std::string IdentityOf(const struct stat& status)
 {
     return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
 }
-
-struct CloseFolder
-{
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, CloseFolder>;
 
 /// The name with its ASCII letters in the other case.
 std::string OtherCase(std::string name)

@@ -1,6 +1,7 @@
 #include "Media/Running/WorkFolder.h"
 
-#include <dirent.h>
+#include "Media/Folder.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/prctl.h>
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <memory>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -82,26 +82,16 @@ bool IsPrivate(const Descriptor& folder)
            (status.st_mode & kPermissions) == S_IRWXU;
 }
 
-/// The names of everything in the folder.
+/// Empty when it cannot be listed.
 std::vector<std::string> NamesIn(const Descriptor& folder)
 {
-    std::vector<std::string> names;
     const int own = ::openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(own < 0 ? nullptr : ::fdopendir(own), &::closedir);
+    const Folder entries(own < 0 ? nullptr : ::fdopendir(own));
     if (entries == nullptr)
     {
         Descriptor(own).Close();
-        return names;
     }
-    while (const dirent* const entry = ::readdir(entries.get()))
-    {
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..")
-        {
-            names.emplace_back(name);
-        }
-    }
-    return names;
+    return Media::NamesIn(entries);
 }
 
 void Remove(const Descriptor& parent, const std::string& name, const Descriptor& folder)
