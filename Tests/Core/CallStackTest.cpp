@@ -11,6 +11,7 @@
 #include <sys/mman.h>
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -18,6 +19,22 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+namespace
+{
+
+std::atomic<unsigned> g_lookUps{0};
+
+} // namespace
+
+/// Stands before the system's own, and counts.
+extern "C" [[gnu::visibility("default")]] int dladdr(const void* address, Dl_info* info) noexcept
+{
+    using Function = int (*)(const void*, Dl_info*);
+    static const auto s_next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "dladdr"));
+    ++g_lookUps;
+    return s_next(address, info);
+}
 
 namespace Zelnor
 {
@@ -101,6 +118,20 @@ private:
 #endif
 
 } // namespace
+
+// Before the others, which unload libraries: names are remembered from the start.
+TEST(CallStack, LooksUpTheNameOfAnAddressOnce)
+{
+    std::array<unsigned, 2> lookUps = {};
+    for (unsigned& count : lookUps)
+    {
+        const unsigned before = g_lookUps;
+        Recurse(3);
+        count = g_lookUps - before;
+    }
+    EXPECT_GT(lookUps[0], 3u);
+    EXPECT_EQ(lookUps[1], 0u);
+}
 
 TEST(CallStack, HasOneFrameALine)
 {

@@ -284,6 +284,10 @@ TEST(PropertySerializer, RefusesRationalsOfAnythingButIntegers)
     ExpectRefused(R"({"r":[9223372036854775808,2]})", expected + "an integer beyond the signed 64-bit range");
     ExpectRefused(R"({"r":[1,"2"]})", expected + "a string");
     ExpectRefused(R"({"r":[null,2]})", expected + "null");
+    ExpectRefused(R"({"r":[{},2]})", expected + "an object");
+    ExpectRefused(R"({"r":[1,[2]]})", expected + "an array");
+    ExpectRefused(R"({"r":[true,2]})", expected + "true");
+    ExpectRefused(R"({"r":[1,false]})", expected + "false");
 }
 
 TEST(PropertySerializer, RefusesWhatIsNoRecord)

@@ -3,11 +3,14 @@
 #include "Media/ErrorText.h"
 #include "Tests/Support/Graphs.h"
 
+#include "Conf/Interfaces/ConfException.h"
 #include "Core/Interfaces/Property.h"
 
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -83,6 +86,42 @@ TEST(ErrorText, OfARecordSaysWhatCannotBeDone)
               "'number' is not a group, so it cannot have children");
     EXPECT_EQ(TextOf([&] { number.CreateChildT("child", 1LL); }),
               "'number' is not a group, so it cannot have children");
+}
+
+TEST(ErrorText, OfARecordWithoutANameIsStillASentence)
+{
+    EXPECT_EQ(TextOf([] { throw Core::MethodIsNotApplicable(); }),
+              "'' is not a group, so it cannot have children");
+}
+
+TEST(ErrorText, IsTheDescriptionWhereThereIsOne)
+{
+    EXPECT_EQ(TextOf([] {
+                  Core::CoreException exception;
+                  exception << TagDescription("described");
+                  throw exception;
+              }),
+              "described");
+    EXPECT_EQ(TextOf([] {
+                  Core::MethodIsNotApplicable exception;
+                  exception << TagDescription("described");
+                  throw exception;
+              }),
+              "described");
+}
+
+TEST(ErrorText, IsTheNameOfAnExceptionThatSaysNothing)
+{
+    EXPECT_EQ(TextOf([] { throw Core::CoreException(); }).substr(0, 12), "Failed with ");
+    EXPECT_EQ(TextOf([] { throw Conf::ProfileException(); }).substr(0, 12), "Failed with ");
+    EXPECT_EQ(TextOf([] { throw std::runtime_error(""); }).substr(0, 12), "Failed with ");
+}
+
+TEST(ErrorText, OfAnyOtherExceptionIsItsFirstLine)
+{
+    EXPECT_EQ(TextOf([] { throw std::runtime_error("one\ntwo"); }), "one");
+    EXPECT_EQ(TextOf([] { throw std::bad_alloc(); }), "Not enough memory");
+    EXPECT_EQ(TextOf([] { throw 5; }), "Failed for an unknown reason");
 }
 
 } // namespace

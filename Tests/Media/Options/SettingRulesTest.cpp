@@ -39,6 +39,11 @@ TEST(SettingRules, OfATagAskForFourCharactersOrThirtyTwoBits)
     EXPECT_EQ(FaultOf(R"("codec_fourcc":"")"), expected + "''");
     EXPECT_EQ(FaultOf(R"("codec_fourcc":"avc12")"), expected + "'avc12'");
     EXPECT_EQ(FaultOf(R"("codec_fourcc":"av\n1")"), expected + "'av\n1'");
+    EXPECT_EQ(FaultOf("\"codec_fourcc\":\"av~1\""), "");
+    EXPECT_EQ(FaultOf("\"codec_fourcc\":\"av\x7F"
+                      "1\""),
+              expected + "'av\x7F"
+                         "1'");
     EXPECT_EQ(FaultOf(R"("codec_fourcc":-1)"), expected + "-1");
     EXPECT_EQ(FaultOf(R"("codec_fourcc":4294967296)"), expected + "4294967296");
 }
@@ -57,6 +62,9 @@ TEST(SettingRules, KnowTheirKeys)
     EXPECT_FALSE(IsSettingKnown("odd"));
     EXPECT_EQ(FaultOf(R"("odd":1)"), "");
     EXPECT_TRUE(IsSettingForCopies("language"));
+    EXPECT_TRUE(IsSettingForCopies("metadata"));
+    EXPECT_TRUE(IsSettingForCopies("codec.options.analyze"));
+    EXPECT_FALSE(IsSettingForCopies("codec.options.encode"));
     EXPECT_FALSE(IsSettingForCopies("bitrate"));
     EXPECT_FALSE(IsSettingForCopies("odd"));
 }

@@ -85,6 +85,18 @@ TEST(BitrateArguments, OfVorbisHoldTheBounds)
     EXPECT_GT(std::stoll(options[2].second), 64000);
 }
 
+TEST(BitrateArguments, OfSoundHaveNoBoundsUnlessTheyVary)
+{
+    EXPECT_EQ(BitrateOf("libvorbis", AudioRecord(R"("codec_id":"CODEC_ID_VORBIS","bitrate":64000)")).options,
+              (CodecOptions{{"b", "64000"}}));
+    EXPECT_EQ(BitrateOf("libmp3lame", AudioRecord(R"("bitrate":64000)")).options,
+              (CodecOptions{{"b", "64000"}}));
+    EXPECT_EQ(
+        BitrateOf("aac", AudioRecord(R"("codec_id":"CODEC_ID_AAC","bitrate":64000,"bitrate_mode":"VBR")"))
+            .options,
+        (CodecOptions{{"b", "64000"}}));
+}
+
 TEST(BitrateArguments, OfAnEncoderThatCannotVaryAreAFault)
 {
     const Outcome outcome = BitrateOf("ac3", AudioRecord(R"("bitrate":64000,"bitrate_mode":"VBR")"));

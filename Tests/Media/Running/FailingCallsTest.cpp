@@ -195,6 +195,38 @@ TEST_F(FailingCalls, AFolderIsMadeWhereTheFileSystemHasNoLocks)
     EXPECT_EQ(ErrorOfWorkFolder({SYS_flock, ENOLCK}), 0);
 }
 
+TEST_F(FailingCalls, AFolderThatAnotherRunHasTakenIsNotUsed)
+{
+    const TemporaryFolder parent;
+    int reason = 0;
+    RunWhileFailing({SYS_flock, EWOULDBLOCK}, [&] {
+        try
+        {
+            const WorkFolder folder(parent.Path().string(), 0666);
+        }
+        catch (const std::system_error& error)
+        {
+            reason = error.code().value();
+        }
+    });
+    EXPECT_EQ(reason, EEXIST);
+    // Those who took them remove them.
+    EXPECT_EQ(parent.Names().size(), 10U);
+}
+
+TEST_F(FailingCalls, AFolderThatIsLockedIsUsedWhateverHasFailedBefore)
+{
+    const TemporaryFolder parent;
+    errno = EWOULDBLOCK;
+    const WorkFolder folder(parent.Path().string(), 0666);
+    EXPECT_EQ(parent.Names().size(), 1U);
+}
+
+TEST_F(FailingCalls, ANameThatIsTakenIsNotUsed)
+{
+    EXPECT_EQ(ErrorOfWorkFolder({SYS_mkdirat, EEXIST}), EEXIST);
+}
+
 TEST_F(FailingCalls, WithoutLocksNoFolderIsTakenForAnAbandonedOne)
 {
     const TemporaryFolder parent;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
 
 namespace
 {
@@ -74,6 +75,23 @@ TEST_F(SameFile, DiffersInCaseWhereTheFileSystemDoesNotFoldIt)
     ASSERT_FALSE(FoldsCase(m_folder.Path().string()));
     EXPECT_FALSE(IsSameFile(Name("new"), Name("NEW")));
     EXPECT_FALSE(FoldsCase(Name("none")));
+}
+
+TEST_F(SameFile, IsNotSeenInAHardLinkWhoseNameDiffersInCase)
+{
+    WriteFile(Name("a"), "");
+    fs::create_hard_link(Name("a"), Name("A"));
+    EXPECT_FALSE(FoldsCase(m_folder.Path().string()));
+}
+
+TEST_F(SameFile, IsNotLookedForAmongMoreThanAFewNames)
+{
+    constexpr int kMany = 70;
+    for (int i = 0; i < kMany; ++i)
+    {
+        WriteFile(Name(std::to_string(i)), "");
+    }
+    EXPECT_FALSE(FoldsCase(m_folder.Path().string()));
 }
 
 TEST(FoldedCase, IsThatOfLettersInUtf8)

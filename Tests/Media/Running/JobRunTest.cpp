@@ -187,6 +187,37 @@ TEST_F(RunningJob, IsCancelledInACallback)
     EXPECT_THAT(Made(), IsEmpty());
 }
 
+TEST_F(RunningJob, IsCancelledWhileFFmpegRuns)
+{
+    RunOptions options =
+        With(std::string(kWrite) + "; echo out_time_us=1; echo progress=continue; exec sleep 60");
+    options.onProgress = [token = options.cancel](const RunProgress& progress) {
+        if (progress.done > 0)
+        {
+            token.Cancel();
+        }
+    };
+    EXPECT_EQ(RunJob(*Job(), options).targets.at(0).outcome, Outcome::Cancelled);
+    EXPECT_THAT(Made(), IsEmpty());
+}
+
+TEST_F(RunningJob, MessagesNameTheTargetAndNotWhereItIsMade)
+{
+    const Thrown thrown = ExpectThrow<TranscodeFailed>(
+        [&] { RunJob(*Job(), With("echo \"$target is bad, $target\" >&2; exit 1")); });
+    EXPECT_EQ(thrown.Get<TranscodeFailed::TagMessages>(),
+              std::vector<std::string>({Name("out.wav") + " is bad, " + Name("out.wav")}));
+}
+
+TEST_F(RunningJob, WritesToTheNullDeviceInItsPlace)
+{
+    const RunResult result =
+        RunJob(*WavJob(Name("in.wav"), {"/dev/null"}), With("echo made > \"$target\"; echo \"$target\" >&2"));
+    ASSERT_TRUE(result.IsDone());
+    EXPECT_THAT(result.targets.at(0).warnings, ElementsAre("/dev/null"));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
 TEST_F(RunningJob, ACancelledRunKeepsWhatIsDone)
 {
     RunOptions options = With(kWrite);

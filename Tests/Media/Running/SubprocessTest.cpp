@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -152,6 +153,30 @@ TEST(Subprocess, IsAskedToEndWhenItIsCancelled)
     pid_t process = 0;
     EXPECT_EQ(RunAndCancel("trap 'exit 9' TERM; echo $$; while :; do sleep 0.01; done", process), 9);
     EXPECT_FALSE(IsRunning(process));
+}
+
+TEST(Subprocess, HasTimeToEndOnItsOwn)
+{
+    std::string output;
+    SubprocessOptions options;
+    options.onOutput = [&output](std::string_view bytes) { output += bytes; };
+    options.isCancelled = [&output] { return !output.empty(); };
+    EXPECT_EQ(
+        RunSubprocess(Bash("trap 'sleep 0.3; echo end; exit 3' TERM; echo begin; sleep 60 & wait"), options),
+        3);
+    EXPECT_EQ(output, "begin\nend\n");
+}
+
+TEST(Subprocess, IsWaitedForWithoutWorkWhenItHasClosedItsStreams)
+{
+    const auto used = [] {
+        timespec time = {};
+        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    const auto before = used();
+    EXPECT_EQ(RunSubprocess(Bash("exec >&- 2>&-; sleep 0.3"), {}), 0);
+    EXPECT_LT(used() - before, std::chrono::milliseconds(100));
 }
 
 TEST(Subprocess, IsEndedWhenItDoesNotEndOnItsOwn)

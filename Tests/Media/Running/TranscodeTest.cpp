@@ -71,4 +71,33 @@ TEST_F(TranscodeOfJob, DoesNotEndAtASource)
     EXPECT_EQ(faults.front(), "node 2: expected a link from this 'streamRaw' to a target, found none");
 }
 
+TEST_F(TranscodeOfJob, ReadsTheNamesOfDecodersAndEncryptionsAsTexts)
+{
+    EXPECT_EQ(FaultsWith("", R"(,"decoder":5)"), Texts{"node 2, decoder: expected a string, found 5"});
+    EXPECT_EQ(FaultsWith(R"(,"encryption":5)", ""), Texts{"node 1, encryption: expected a string, found 5"});
+}
+
+TEST_F(TranscodeOfJob, MergesWithoutSettingsOnly)
+{
+    // The stream has none beside it, so it is merged with itself, which is a fault of its own.
+    const std::string itself = "link 2 -> 3, audio stream 0: audio stream 0 cannot be merged into it";
+    const auto merged = [this](const std::string& settings) {
+        return FaultsWith("", R"(,"$$MERGE_WITH$$":{"a":{"$$MERGE_WITH$$":0)" + settings + "}}");
+    };
+    const std::string refused = "node 2, $$MERGE_WITH$$: stream 0 can only be merged without settings";
+    EXPECT_EQ(merged(""), Texts{itself});
+    EXPECT_EQ(merged(R"(,"$$MERGE_SETTINGS$$":{})"), Texts{itself});
+    EXPECT_EQ(merged(R"(,"$$MERGE_SETTINGS$$":{"a":1})"), (Texts{refused, itself}));
+    EXPECT_EQ(merged(R"(,"$$MERGE_SETTINGS$$":1)"), (Texts{refused, itself}));
+}
+
+TEST_F(TranscodeOfJob, MergesStreamsOfTheSource)
+{
+    EXPECT_EQ(
+        FaultsWith("", R"(,"$$MERGE_WITH$$":{"a":{"$$MERGE_WITH$$":1}})"),
+        Texts{"node 2, $$MERGE_WITH$$: '" + (m_folder / "in.wav").string() + "' does not have a stream 1"});
+    EXPECT_EQ(FaultsWith("", R"(,"$$MERGE_WITH$$":{"a":{"$$MERGE_WITH$$":"0"}})"),
+              Texts{"node 2, $$MERGE_WITH$$: expected the number of a stream, found '0'"});
+}
+
 } // namespace
