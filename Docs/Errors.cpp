@@ -114,6 +114,13 @@ void AddTag(const boost::exception& exception, const std::string& name, std::str
     {
         shown = NameOf(*value);
     }
+    else if constexpr (std::is_same_v<typename Tag::value_type, std::vector<Media::TargetDifference>>)
+    {
+        for (const Media::TargetDifference& difference : *value)
+        {
+            shown += (shown.empty() ? "" : "; ") + difference.Sentence();
+        }
+    }
     else
     {
         shown = std::to_string(*value);
@@ -189,6 +196,7 @@ std::string TagsOf(const boost::exception& exception)
     AddTag<MediaException::TagStream>(exception, "TagStream", text);
     AddTag<MediaException::TagKey>(exception, "TagKey", text);
     AddTag<Media::TranscodeFailed::TagExitCode>(exception, "TagExitCode", text);
+    AddTag<Media::VerificationFailed::TagDifferences>(exception, "TagDifferences", text);
     return text;
 }
 

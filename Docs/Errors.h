@@ -2,7 +2,7 @@
 
 #include "Conf/Interfaces/ConfException.h"
 #include "Core/Interfaces/Exception.h"
-#include "Media/MediaException.h"
+#include "Media/Verifying/Verification.h"
 
 #include <boost/exception/all.hpp>
 

@@ -74,6 +74,10 @@ std::vector<ErrorClass> RunErrors()
             "TranscodeFailed", "RunException",
             "`ffmpeg` failed while it made a target; nothing is left of it.", {"TagExitCode", "TagMessages"},
             {ZELNOR_EXAMPLE(Run("false"))}),
+        Describe<VerificationFailed, RunException>(
+            "VerificationFailed", "RunException",
+            "A target that `ffmpeg` has made is not what its job says; it was not put in place.",
+            {"TagDifferences", "TagKeptFile"}, {ZELNOR_EXAMPLE(Run("true"))}),
     };
 }
 

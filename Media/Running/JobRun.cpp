@@ -3,8 +3,11 @@
 #include "Media/Running/FFmpegRun.h"
 #include "Media/Running/Files.h"
 #include "Media/Running/JobPreparation.h"
+#include "Media/Running/TargetExpectation.h"
 #include "Media/Running/TargetFile.h"
 #include "Media/Running/WorkFolder.h"
+#include "Media/Text.h"
+#include "Media/Verifying/FileVerification.h"
 
 #include <boost/algorithm/string/replace.hpp>
 
@@ -39,6 +42,23 @@ std::optional<std::int64_t> DurationOf(const Transcode& transcode)
         (result.messages.empty() ? "" : ": " + result.messages.back()));
     exception << MediaException::TagFile(file) << TranscodeFailed::TagExitCode(result.exitCode)
               << TranscodeFailed::TagMessages(std::move(result.messages));
+    ZELNOR_THROW(kUnit, exception);
+}
+
+/// \param kept  where the file is; empty when it is gone
+[[noreturn]] void ThrowUnverified(TargetVerification verification, const std::string& kept)
+{
+    const std::size_t more = verification.differences.size() - 1;
+    auto exception =
+        MakeError<VerificationFailed>("'" + verification.file + "' is not what the job says: " +
+                                      verification.differences.front().Sentence() +
+                                      (more == 0 ? "" : " (and " + Count(more, "more difference") + ")"));
+    exception << MediaException::TagFile(verification.file)
+              << VerificationFailed::TagDifferences(std::move(verification.differences));
+    if (!kept.empty())
+    {
+        exception << VerificationFailed::TagKeptFile(kept);
+    }
     ZELNOR_THROW(kUnit, exception);
 }
 
@@ -97,6 +117,10 @@ public:
             }
             TakeMessages(*run, files.output, result);
         }
+        if (!Verify(target, result))
+        {
+            return result;
+        }
         Commit(target);
         result.outcome = TargetResult::Outcome::Done;
         return result;
@@ -129,6 +153,37 @@ private:
             ThrowFailed(result.file, std::move(run));
         }
         result.warnings.insert(result.warnings.end(), run.messages.begin(), run.messages.end());
+    }
+
+    /// \returns false when it was cancelled
+    bool Verify(TargetFile& target, TargetResult& result) const
+    {
+        if (m_options.verification == VerificationDepth::Off)
+        {
+            return true;
+        }
+        if (target.IsDirect())
+        {
+            result.notes.push_back("'" + result.file +
+                                   "' cannot be verified, because it is not a regular file");
+            return true;
+        }
+        FileVerificationOptions options;
+        options.depth = m_options.verification;
+        options.isCancelled = [this] { return m_options.cancel.IsCancelled(); };
+        TargetVerification verification =
+            VerifyFile(target.GetWorkName(), result.file, ExpectationOf(m_prepared.transcode), options);
+        if (m_options.cancel.IsCancelled())
+        {
+            return false;
+        }
+        if (!verification.differences.empty())
+        {
+            ThrowUnverified(std::move(verification),
+                            m_options.keepUnverified ? target.KeepAside() : std::string());
+        }
+        result.notes = std::move(verification.notes);
+        return true;
     }
 
     void Commit(TargetFile& target)
@@ -205,7 +260,8 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
     {
         if (options.cancel.IsCancelled())
         {
-            result.targets.push_back({prepared[i].transcode.output, TargetResult::Outcome::Cancelled, {}});
+            result.targets.push_back(
+                {prepared[i].transcode.output, TargetResult::Outcome::Cancelled, {}, {}});
             continue;
         }
         result.targets.push_back(TargetRun(prepared[i], options, kept, i, prepared.size()).Run());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Media/MediaException.h"
+#include "Media/Verifying/Verification.h"
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/Export.h"
@@ -68,6 +69,7 @@ struct TargetResult
     std::string file; ///< its name, as the job gives it
     Outcome outcome = Outcome::Cancelled;
     std::vector<std::string> warnings; ///< the last lines that ffmpeg wrote although it succeeded
+    std::vector<std::string> notes;    ///< what could not be verified, as sentences without an end
 };
 
 /// What became of a job.
@@ -84,6 +86,10 @@ struct RunOptions
 {
     std::string ffmpeg = "ffmpeg"; ///< the program: a path, or a name to be found through PATH
     bool overwrite = false;        ///< whether targets that exist are replaced
+    /// How closely a target is compared with the job before it is put in place.
+    VerificationDepth verification = VerificationDepth::Quick;
+    /// Whether a target that is not what the job says is kept beside its place: "out.unverified.mp4".
+    bool keepUnverified = false;
     /// What messages call the job: "job.json"; empty: they begin with the place. A file of that name is not
     /// replaced by a target.
     std::string document = {};
@@ -98,15 +104,15 @@ struct RunOptions
 
 /// Makes the targets of a job with ffmpeg, one after the other, and returns when all are done or the run is
 /// cancelled. Everything that can be known beforehand is checked for all targets before anything starts. A
-/// target appears under its name when it is complete, never half; targets that are done stay when a later one
-/// is not. Sources, and the job's document, are never replaced. What killed runs have left beside the targets
-/// is removed. ffmpeg ends when this process is killed, and with the thread that calls this. What a callback
-/// throws stops ffmpeg and passes through.
-/// \throw JobException when the job cannot be run as it is; its tags name the place, and nothing has been
-/// written
-/// \throw TranscodeFailed when ffmpeg fails; its tags give the exit code and the last messages
-/// \throw RunException when ffmpeg cannot be started, when a target cannot be written, and when the system
-/// does not tell how ffmpeg ended because this process ignores SIGCHLD or waits for all of its children
+/// target appears under its name when it is complete and verified, never half; targets that are done stay
+/// when a later one is not. Sources, and the job's document, are never replaced. What killed runs have left
+/// beside the targets is removed. ffmpeg ends when this process is killed, and with the thread that calls
+/// this. What a callback throws stops ffmpeg and passes through. \throw JobException when the job cannot be
+/// run as it is; its tags name the place, and nothing has been written \throw TranscodeFailed when ffmpeg
+/// fails; its tags give the exit code and the last messages \throw VerificationFailed when a target is not
+/// what the job says; what was there before stays \throw RunException when ffmpeg cannot be started, when a
+/// target cannot be written, and when the system does not tell how ffmpeg ended because this process ignores
+/// SIGCHLD or waits for all of its children
 ZELNOR_API RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& options = {});
 
 } // namespace Zelnor::Media

@@ -195,4 +195,28 @@ void TargetFile::Commit()
     m_folder.reset();
 }
 
+std::string TargetFile::KeepAside()
+{
+    Finish();
+    const fs::path target = m_target;
+    const fs::path folder =
+        target == fs::absolute(m_name) ? fs::path(m_name).parent_path() : target.parent_path();
+    constexpr int kMostNames = 1000;
+    for (int i = 1; i <= kMostNames; ++i)
+    {
+        const std::string name = target.stem().string() + ".unverified" +
+                                 (i == 1 ? "" : "-" + std::to_string(i)) + target.extension().string();
+        if (RenameToNew(m_folder->Get(), WorkFolder::kOutput, m_folder->GetParent(), name.c_str()))
+        {
+            m_folder.reset();
+            return (folder / name).string();
+        }
+        if (errno != EEXIST)
+        {
+            break;
+        }
+    }
+    Refuse(m_name, errno);
+}
+
 } // namespace Zelnor::Media

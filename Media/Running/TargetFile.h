@@ -36,6 +36,9 @@ public:
     /// Puts the file in place, safely on the disk. \throw RunException when another one has appeared there
     /// that must not be replaced
     void Commit();
+    /// Puts the file beside the target instead: "out.unverified.mp4" for "out.mp4", with a number before the
+    /// extension when there is such a file. \returns its name \throw RunException
+    std::string KeepAside();
 
 private:
     void Open(const std::string& folder, mode_t mode);

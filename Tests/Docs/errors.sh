@@ -2,7 +2,8 @@
 # errors.sh <source tree>: Docs/errors.md has every class of exceptions of the headers, and every tag.
 set -euo pipefail
 cd "$1"
-headers=(Core/Interfaces/Exception.h Conf/Interfaces/ConfException.h Media/MediaException.h)
+headers=(Core/Interfaces/Exception.h Conf/Interfaces/ConfException.h Media/MediaException.h
+    Media/Verifying/Verification.h)
 wrong=0
 classes=$(sed -nE 's/^class ZELNOR_API ([A-Za-z]+) : public.*/\1/p' "${headers[@]}")
 tags=$(sed -nE 's/^ *using (Tag[A-Za-z]+) =.*/\1/p' "${headers[@]}")

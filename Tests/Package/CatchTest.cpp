@@ -2,7 +2,7 @@
 
 #include "Conf/Interfaces/ConfException.h"
 #ifdef ZELNOR_WITH_MEDIA
-#include "Media/MediaException.h"
+#include "Media/Verifying/Verification.h"
 #endif
 
 #include <gmock/gmock.h>
@@ -67,6 +67,7 @@ std::set<std::string> HandlersOf(const std::string& thrown)
         {"JobException", IsCaughtAs<Media::JobException>},
         {"RunException", IsCaughtAs<Media::RunException>},
         {"TranscodeFailed", IsCaughtAs<Media::TranscodeFailed>},
+        {"VerificationFailed", IsCaughtAs<Media::VerificationFailed>},
 #endif
     };
     std::set<std::string> catching;
@@ -107,6 +108,7 @@ std::set<std::string> Ancestry(const std::string& name)
         {"JobException", "MediaException"},
         {"RunException", "MediaException"},
         {"TranscodeFailed", "RunException"},
+        {"VerificationFailed", "RunException"},
     };
     std::set<std::string> ancestry = {"std::exception", "boost::exception", name};
     for (auto base = bases.find(name); base != bases.end(); base = bases.find(base->second))

@@ -4,7 +4,7 @@
 
 #include "Conf/Interfaces/ConfException.h"
 #ifdef ZELNOR_WITH_MEDIA
-#include "Media/MediaException.h"
+#include "Media/Verifying/Verification.h"
 #endif
 
 #include <cstdlib>
@@ -51,6 +51,7 @@ const std::vector<std::pair<std::string, void (*)()>>& Throwers()
         {"JobException", Throw<Media::JobException>},
         {"RunException", Throw<Media::RunException>},
         {"TranscodeFailed", Throw<Media::TranscodeFailed>},
+        {"VerificationFailed", Throw<Media::VerificationFailed>},
 #endif
     };
     return throwers;

@@ -46,10 +46,11 @@ protected:
         }
         return WavJob(Name("in.wav"), names);
     }
-    /// With a script in place of ffmpeg.
+    /// With a script in place of ffmpeg, which makes something that is not media.
     RunOptions With(const std::string& script) const
     {
         RunOptions options;
+        options.verification = VerificationDepth::Off;
         options.ffmpeg = MakeScript(m_folder, script);
         return options;
     }

@@ -1,0 +1,76 @@
+#include "Media/Running/JobVerification.h"
+
+#include "Media/FileKind.h"
+#include "Media/Jobs/FaultList.h"
+#include "Media/Running/QualityMeasurement.h"
+#include "Media/Running/TargetExpectation.h"
+#include "Media/Verifying/FileVerification.h"
+
+#include <sys/stat.h>
+
+#include <utility>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+/// Empty when the target can be verified.
+std::string WhyNotVerified(const std::string& name)
+{
+    struct stat status = {};
+    const bool isOther = ::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    return isOther ? "'" + name + "' cannot be verified, because it is " + FileKindText(status.st_mode) : "";
+}
+
+TargetVerification VerifyTarget(const Transcode& transcode, const TranscodeCommand& command,
+                                const VerifyOptions& options)
+{
+    const std::string reason = WhyNotVerified(transcode.output);
+    if (!reason.empty())
+    {
+        TargetVerification unverified;
+        unverified.file = transcode.output;
+        unverified.notes = {reason};
+        return unverified;
+    }
+    FileVerificationOptions file;
+    file.depth =
+        options.depth == VerificationDepth::Full ? VerificationDepth::Full : VerificationDepth::Quick;
+    file.isCancelled = [&options] { return options.cancel.IsCancelled(); };
+    TargetVerification verification =
+        VerifyFile(transcode.output, transcode.output, ExpectationOf(transcode, command), file);
+    if (options.quality && !options.cancel.IsCancelled())
+    {
+        MeasureQuality(transcode, command, options, verification);
+    }
+    return verification;
+}
+
+} // namespace
+
+std::vector<TargetVerification> VerifyJob(const Conf::ITranscodingMetaGraph& job,
+                                          const VerifyOptions& options)
+{
+    FaultList faults;
+    const std::vector<Transcode> transcodes = ReadTranscodes(job, options.document, faults);
+    std::vector<TranscodeCommand> commands;
+    for (const Transcode& transcode : transcodes)
+    {
+        commands.push_back(MakeTranscodeCommand(transcode, faults));
+    }
+    faults.ThrowFirst();
+    std::vector<TargetVerification> verifications;
+    for (std::size_t i = 0; i < transcodes.size() && !options.cancel.IsCancelled(); ++i)
+    {
+        TargetVerification verification = VerifyTarget(transcodes[i], commands[i], options);
+        if (!options.cancel.IsCancelled())
+        {
+            verifications.push_back(std::move(verification));
+        }
+    }
+    return verifications;
+}
+
+} // namespace Zelnor::Media

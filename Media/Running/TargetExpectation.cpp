@@ -1,0 +1,60 @@
+#include "Media/Running/TargetExpectation.h"
+
+#include "Media/Jobs/FaultList.h"
+#include "Media/Probe/FFmpegNames.h"
+
+#include "Conf/Interfaces/IFormatCodec.h"
+
+#include <cstddef>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+ExpectedStream ExpectationOf(const Transcode& transcode, const TranscodeStream& stream,
+                             const StreamCommand& command)
+{
+    const MediaStream& source = transcode.SourceOf(stream);
+    ExpectedStream expected;
+    expected.place = stream.place;
+    expected.kind = source.kind;
+    expected.isCopied = command.isCopied;
+    expected.codec =
+        command.isCopied
+            ? source.codec
+            : avcodec_get_name(CodecNumberOf(stream.codec[Conf::IFormatCodec::TAG_CODEC_ID].GetString()));
+    expected.record = stream.codec;
+    expected.source = stream.input;
+    expected.streams = {stream.stream};
+    expected.streams.insert(expected.streams.end(), stream.merged.begin(), stream.merged.end());
+    expected.options = command.options;
+    expected.tags = command.metadata;
+    return expected;
+}
+
+} // namespace
+
+ExpectedFile ExpectationOf(const Transcode& transcode, const TranscodeCommand& command)
+{
+    ExpectedFile expected;
+    expected.place = transcode.place;
+    expected.container = transcode.container;
+    expected.isPicture = command.isPicture;
+    expected.tags = command.metadata;
+    expected.sources = transcode.inputs;
+    for (std::size_t i = 0; i < transcode.streams.size(); ++i)
+    {
+        expected.streams.push_back(ExpectationOf(transcode, transcode.streams[i], command.streams[i]));
+    }
+    return expected;
+}
+
+ExpectedFile ExpectationOf(const Transcode& transcode)
+{
+    FaultList faults;
+    return ExpectationOf(transcode, MakeTranscodeCommand(transcode, faults));
+}
+
+} // namespace Zelnor::Media

@@ -1,0 +1,51 @@
+#pragma once
+
+// Private to the library, not installed.
+
+#include "Media/Place.h"
+#include "Media/Probe/MediaProbe.h"
+
+#include "Core/Interfaces/Property.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// A stream that a finished file must have.
+struct ExpectedStream
+{
+    Place place; ///< the link of the stream
+    StreamKind kind = StreamKind::Unknown;
+    std::string codec;     ///< FFmpeg's name
+    Core::Property record; ///< what the job says of it
+    bool isCopied = false;
+    /// Where it comes from: positions in `ExpectedFile::sources`, and of the stream there. Those that are
+    /// merged into it follow the stream itself.
+    std::size_t source = 0;
+    std::vector<unsigned int> streams = {};
+    /// What its encoder was told: ffmpeg's options and their values.
+    std::vector<std::pair<std::string, std::string>> options = {};
+    std::vector<std::string> tags = {}; ///< "language=deu"
+};
+
+/// What a finished file must be.
+struct ExpectedFile
+{
+    Place place; ///< the target's node
+    std::string container;
+    bool isPicture = false;         ///< it holds one image
+    std::vector<std::string> tags;  ///< "title=Film"
+    std::vector<MediaFile> sources; ///< what it is made from
+    std::vector<ExpectedStream> streams;
+
+    const MediaStream& SourceOf(const ExpectedStream& stream) const
+    {
+        return sources[stream.source].streams[stream.streams.front()];
+    }
+};
+
+} // namespace Zelnor::Media

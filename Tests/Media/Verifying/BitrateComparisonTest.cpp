@@ -1,0 +1,78 @@
+#include "Media/Verifying/BitrateComparison.h"
+
+#include "Tests/Support/VerifyingFixtures.h"
+
+#include <gmock/gmock.h>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Options = std::vector<std::pair<std::string, std::string>>;
+
+/// A video or sound of ten seconds whose encoder got these options.
+std::vector<std::string> Compare(const Options& options, std::int64_t bytes,
+                                 const std::string& codec = "h264", std::int64_t end = 10000000)
+{
+    ExpectedStream wanted = Expecting(MakeMediaFile({MakeVideoStream()}));
+    wanted.codec = codec;
+    wanted.options = options;
+    StreamScan scan = GoodScan();
+    scan.bytes = bytes;
+    scan.end = end;
+    return Told(CompareBitrate(wanted, scan));
+}
+
+TEST(BitrateComparison, AStreamMayNeedLessThanItIsGiven)
+{
+    EXPECT_THAT(Compare({{"b", "1000000"}, {"minrate", "500000"}, {"maxrate", "2000000"}}, 1000), IsEmpty());
+}
+
+TEST(BitrateComparison, TellsAStreamAboveItsPeakAndWhatTheBufferHolds)
+{
+    const Options options = {{"b", "1000000"}, {"maxrate", "1000000"}, {"bufsize", "2000000"}};
+    // 1.1 * (10 s * 1 Mb/s + 2 Mb)
+    EXPECT_THAT(Compare(options, 1650000), IsEmpty());
+    EXPECT_THAT(Compare(options, 1650001), ElementsAre("bitrate: wanted at most 1320 kb/s, found 1320 kb/s"));
+}
+
+TEST(BitrateComparison, AnAverageIsReachedOnlyAfterAWhile)
+{
+    const Options options = {{"b", "1000000"}};
+    EXPECT_THAT(Compare(options, 1875001), ElementsAre("bitrate: wanted at most 1500 kb/s, found 1500 kb/s"));
+    EXPECT_THAT(Compare(options, 1875000), IsEmpty());
+    EXPECT_THAT(Compare(options, 100000000, "h264", 9999999), IsEmpty());
+}
+
+TEST(BitrateComparison, AConstantBitrateIsNeitherMoreNorLess)
+{
+    EXPECT_THAT(Compare({{"b", "192000"}}, 240000, "ac3"), IsEmpty());
+    EXPECT_THAT(Compare({{"b", "192000"}}, 120000, "ac3"),
+                ElementsAre("bitrate: wanted 192 kb/s, found 96 kb/s"));
+    EXPECT_THAT(Compare({{"b", "192000"}}, 120000, "aac"), IsEmpty());
+}
+
+TEST(BitrateComparison, NothingIsSaidOfAStreamThatWasNotReadAsAWhole)
+{
+    ExpectedStream wanted = Expecting(MakeMediaFile({MakeVideoStream()}));
+    wanted.options = {{"maxrate", "1"}};
+    StreamScan scan = GoodScan();
+    scan.packets = 0;
+    EXPECT_THAT(CompareBitrate(wanted, scan), IsEmpty());
+}
+
+TEST(BitrateComparison, NothingIsSaidOfACopy)
+{
+    ExpectedStream wanted = Expecting(MakeMediaFile({MakeVideoStream()}));
+    wanted.options = {{"maxrate", "1"}};
+    EXPECT_THAT(CompareBitrate(wanted, GoodScan()), testing::SizeIs(1));
+    wanted.isCopied = true;
+    EXPECT_THAT(CompareBitrate(wanted, GoodScan()), IsEmpty());
+}
+
+} // namespace

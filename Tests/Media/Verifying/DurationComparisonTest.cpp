@@ -1,0 +1,67 @@
+#include "Media/Verifying/DurationComparison.h"
+
+#include "Tests/Support/Clip.h"
+#include "Tests/Support/TemporaryFolder.h"
+#include "Tests/Support/VerifyingFixtures.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> Compare(const MediaFile& source, std::int64_t end)
+{
+    const ExpectedFile wanted = ExpectingFile(source, "mp4");
+    const std::function<bool()> never;
+    StreamScan scan = GoodScan();
+    scan.end = end;
+    return Told(
+        DurationComparison(wanted, never).Compare(wanted.streams.front(), source.streams.front(), scan));
+}
+
+/// A source whose own word is enough does not have to be there.
+TEST(DurationComparison, BelievesASourceThatSaysWhatWasMade)
+{
+    EXPECT_THAT(Compare(MakeMediaFile({MakeVideoStream()}), 10000000), IsEmpty());
+    EXPECT_THAT(Compare(MakeMediaFile({MakeVideoStream()}), 9920000), IsEmpty());
+}
+
+TEST(DurationComparison, ReadsASourceThatSaysOtherwise)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "in.mkv").string();
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=25:d=2", "-c:v", "mpeg4", name});
+    MediaFile source = ProbeMedia(name);
+    EXPECT_THAT(Compare(source, 2000000), IsEmpty());
+    EXPECT_THAT(Compare(source, 1000000), ElementsAre("duration: wanted 2.000 s, found 1.000 s"));
+    source.duration = std::nullopt;
+    EXPECT_THAT(Compare(source, 2000000), IsEmpty());
+    source.duration = 60000000;
+    EXPECT_THAT(Compare(source, 2000000),
+                ElementsAre("source '" + name + "': wanted 60.000 s, found 2.000 s, it is cut"));
+}
+
+TEST(DurationComparison, AStreamMayEndBeforeItsFile)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "in.mkv").string();
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=25:d=1", "-f", "lavfi", "-i", "sine=d=3", "-c:v",
+              "mpeg4", "-c:a", "flac", name});
+    EXPECT_THAT(Compare(ProbeMedia(name), 1000000), IsEmpty());
+}
+
+TEST(DurationComparison, SubtitlesAndCoversHaveNoDuration)
+{
+    EXPECT_THAT(Compare(MakeMediaFile({MakeSubtitleStream()}), 1), IsEmpty());
+    EXPECT_THAT(Compare(MakeMediaFile({MakeAttachedPicture()}), 1), IsEmpty());
+}
+
+} // namespace

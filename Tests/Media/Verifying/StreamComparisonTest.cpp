@@ -1,0 +1,145 @@
+#include "Media/Verifying/StreamComparison.h"
+
+#include "Tests/Support/VerifyingFixtures.h"
+
+#include <gmock/gmock.h>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Conf;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A video of 1280x720 at 25 frames a second, against `found`.
+std::vector<std::string> Video(const MediaStream& found, const StreamScan& scan = GoodScan(),
+                               const std::string& container = "mp4")
+{
+    const ExpectedFile file = ExpectingFile(MakeMediaFile({MakeVideoStream()}), container);
+    return Told(CompareStream(file, file.streams.front(), {found, scan}));
+}
+
+/// Stereo AAC of 48 kHz, against `found`.
+std::vector<std::string> Audio(const MediaStream& found, ChannelLayout wanted = CH_LAYOUT_STEREO)
+{
+    const ExpectedFile file = ExpectingFile(MakeMediaFile({MakeAudioStream(wanted)}), "mp4");
+    return Told(CompareStream(file, file.streams.front(), {found, GoodScan()}));
+}
+
+TEST(StreamComparison, FindsNothingInAStreamThatIsAsItMustBe)
+{
+    EXPECT_THAT(Video(MakeVideoStream()), IsEmpty());
+    EXPECT_THAT(Audio(MakeAudioStream()), IsEmpty());
+}
+
+TEST(StreamComparison, AnotherCodecIsTheOnlyDifferenceThatIsTold)
+{
+    EXPECT_THAT(Video(MakeVideoStream(640, 360, "CODEC_ID_MPEG4")),
+                ElementsAre("codec: wanted h264, found mpeg4"));
+}
+
+TEST(StreamComparison, TellsAnotherSize)
+{
+    EXPECT_THAT(Video(MakeVideoStream(1280, 718)), ElementsAre("size: wanted 1280x720, found 1280x718"));
+}
+
+TEST(StreamComparison, TellsADisplayAspectRatioThatCanBeSeen)
+{
+    const MediaStream found = MakeVideoStream();
+    dynamic_cast<IFormatCodecVideo&>(*found.descriptor).InitByPixelAspect(1280, 720, 64, 45);
+    EXPECT_THAT(Video(found), ElementsAre("display aspect ratio: wanted 1.778, found 2.528"));
+    dynamic_cast<IFormatCodecVideo&>(*found.descriptor).InitByPixelAspect(1280, 720, 1001, 1000);
+    EXPECT_THAT(Video(found), IsEmpty());
+}
+
+TEST(StreamComparison, TellsAnotherFrameRateButNotARoundedOne)
+{
+    const MediaStream found = MakeVideoStream();
+    StreamScan scan = GoodScan();
+    scan.packets = 500;
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(50));
+    EXPECT_THAT(Video(found, scan), ElementsAre("frame rate: wanted 25.000, found 50.000"));
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(1000));
+    EXPECT_THAT(Video(found), IsEmpty());
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(25025, 1001));
+    EXPECT_THAT(Video(found, scan), IsEmpty());
+}
+
+TEST(StreamComparison, AStreamWithoutTimesHasNoRateToCompare)
+{
+    const MediaStream found = MakeVideoStream();
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(50));
+    StreamScan scan = GoodScan();
+    scan.packets = 500;
+    EXPECT_THAT(Video(found, scan, "h264"), IsEmpty());
+}
+
+TEST(StreamComparison, AnEncoderMayNeedLessThanTheProfileThatItMayUse)
+{
+    const auto compare = [](const char* wanted, const char* found) {
+        const MediaStream source = MakeVideoStream();
+        SetValue(source, IFormatCodec::TAG_PROFILE, std::string(wanted));
+        const MediaStream made = MakeVideoStream();
+        SetValue(made, IFormatCodec::TAG_PROFILE, std::string(found));
+        const ExpectedFile file = ExpectingFile(MakeMediaFile({source}), "mp4");
+        return Told(CompareStream(file, file.streams.front(), {made, GoodScan()}));
+    };
+    EXPECT_THAT(compare("high", "main"), IsEmpty());
+    EXPECT_THAT(compare("main", "main"), IsEmpty());
+    EXPECT_THAT(compare("baseline", "high"), ElementsAre("profile: wanted baseline, found high"));
+}
+
+TEST(StreamComparison, TellsOtherChannelsButNotTheSideFromTheBack)
+{
+    EXPECT_THAT(Audio(MakeAudioStream(CH_LAYOUT_MONO)),
+                ElementsAre("channel layout: wanted STEREO, found MONO"));
+    EXPECT_THAT(Audio(MakeAudioStream(CH_LAYOUT_5POINT1_BACK), CH_LAYOUT_5POINT1), IsEmpty());
+}
+
+TEST(StreamComparison, TellsAnotherSampleRateButOfOpus)
+{
+    EXPECT_THAT(Audio(MakeAudioStream(CH_LAYOUT_STEREO, 44100)),
+                ElementsAre("sample rate: wanted 48000 Hz, found 44100 Hz"));
+    const MediaFile source = MakeMediaFile({MakeAudioStream(CH_LAYOUT_STEREO, 16000, "CODEC_ID_OPUS")});
+    const ExpectedFile file = ExpectingFile(source, "webm");
+    const MediaStream found = MakeAudioStream(CH_LAYOUT_STEREO, 48000, "CODEC_ID_OPUS");
+    EXPECT_THAT(CompareStream(file, file.streams.front(), {found, GoodScan()}), IsEmpty());
+}
+
+TEST(StreamComparison, TellsWhatTheDecoderSays)
+{
+    StreamScan scan = GoodScan();
+    scan.error = "at 3.000 s: Invalid data found when processing input";
+    EXPECT_THAT(Video(MakeVideoStream(), scan),
+                ElementsAre("decoding: wanted no error, found at 3.000 s: Invalid data found when processing "
+                            "input"));
+    scan = GoodScan();
+    scan.frames = 0;
+    EXPECT_THAT(Video(MakeVideoStream(), scan), ElementsAre("decoding: wanted frames, found none"));
+    scan.hasDecoder = false;
+    EXPECT_THAT(Video(MakeVideoStream(), scan), IsEmpty());
+}
+
+TEST(StreamComparison, ACopyIsComparedWithItsSource)
+{
+    ExpectedFile file = ExpectingFile(MakeMediaFile({MakeVideoStream(640, 480)}), "mp4");
+    file.streams.front().isCopied = true;
+    file.streams.front().record = MakeVideoStream().descriptor->GetProperty();
+    const MediaStream same = MakeVideoStream(640, 480);
+    EXPECT_THAT(CompareStream(file, file.streams.front(), {same, GoodScan()}), IsEmpty());
+    const MediaStream other = MakeVideoStream();
+    EXPECT_THAT(Told(CompareStream(file, file.streams.front(), {other, GoodScan()})),
+                ElementsAre("size: wanted 640x480, found 1280x720"));
+}
+
+TEST(StreamComparison, AConvertedVideoStandsUpright)
+{
+    MediaStream found = MakeVideoStream();
+    found.rotation = 90;
+    EXPECT_THAT(Video(found), ElementsAre("rotation: wanted 0, found 90"));
+}
+
+} // namespace
