@@ -19,6 +19,7 @@ const std::vector<std::vector<std::string>> kLevels = {
     {"job", "check"},
     {"job", "draw"},
     {"job", "run"},
+    {"job", "verify"},
     {"job", "diff"},
     {"probe"},
     {"list"},
@@ -72,8 +73,10 @@ TEST_F(CommandLine, TheHelpNamesEveryCommandAndTheExitCodes)
         }
     }
     EXPECT_THAT(help,
-                testing::EndsWith("The file name \"-\" means standard input or standard output.\n"
-                                  "Exit codes: 0 success, 1 the answer is no, 2 error, 3 ffmpeg failed.\n"));
+                testing::EndsWith(
+                    "The file name \"-\" means standard input or standard output.\n"
+                    "Exit codes: 0 success, 1 the answer is no, 2 error, 3 ffmpeg failed, 4 an output file "
+                    "is not what its job says.\n"));
 }
 
 TEST_F(CommandLine, EveryCommandThatAnswersCanWriteJson)
@@ -83,8 +86,7 @@ TEST_F(CommandLine, EveryCommandThatAnswersCanWriteJson)
         const bool answers = !level.empty() && level != std::vector<std::string>{"job"} &&
                              level != std::vector<std::string>{"list"} &&
                              level != std::vector<std::string>{"job", "new"} &&
-                             level != std::vector<std::string>{"job", "draw"} &&
-                             level != std::vector<std::string>{"job", "run"};
+                             level != std::vector<std::string>{"job", "draw"};
         const std::string help = Zconf(With(level, "--help")).output;
         EXPECT_EQ(help.find("--json") != std::string::npos, answers) << help;
         EXPECT_EQ(help.find("Write JSON\n") != std::string::npos, answers) << help;

@@ -81,7 +81,7 @@ TEST_F(JobRun, AnExistingFileIsKeptUnlessAskedOtherwise)
 TEST_F(JobRun, AFileThatAppearsMeanwhileIsKept)
 {
     Mp3();
-    const ProcessResult result = RunJob({"--ffmpeg", Script("echo old > out.mp3")});
+    const ProcessResult result = RunJob({"--verify=off", "--ffmpeg", Script("echo old > out.mp3")});
     ExpectFailure(result, "Cannot write 'out.mp3': File exists");
     EXPECT_EQ(Read("out.mp3"), "old\n");
 }
@@ -147,7 +147,7 @@ TEST_F(JobRun, ShowsABarOnATerminal)
     ProcessOptions options;
     options.terminal = true;
     const std::string engine = Script("echo out_time_us=100000; echo speed=2.0x; echo progress=continue");
-    const ProcessResult result = RunJob({"--ffmpeg", engine}, options);
+    const ProcessResult result = RunJob({"--verify=off", "--ffmpeg", engine}, options);
     // The part depends on the clip's duration; the text itself is compared in ProgressDisplayTest.
     EXPECT_THAT(result.output, HasSubstr("] "));
     EXPECT_THAT(result.output, HasSubstr("%  2.0x  0:00:01 left  out.mp3"));
@@ -159,7 +159,7 @@ TEST_F(JobRun, ShowsTenthsInPlainLinesElsewhere)
     Mp3();
     const std::string engine =
         Script("for t in 60000 61000 150000; do echo out_time_us=$t; echo progress=continue; done");
-    const ProcessResult result = RunJob({"--ffmpeg", engine});
+    const ProcessResult result = RunJob({"--verify=off", "--ffmpeg", engine});
     EXPECT_EQ(std::count(result.messages.begin(), result.messages.end(), '%'), 2) << result.messages;
     EXPECT_THAT(result.messages, Not(HasSubstr("\r")));
 }

@@ -8,12 +8,13 @@ namespace Zelnor::Tool
 void AddAllCommands(CLI::App& app)
 {
     CLI::App* const job =
-        AddCommandGroup(app, "job", "Make, show, check, draw, run and compare transcoding jobs");
+        AddCommandGroup(app, "job", "Make, show, check, draw, run, verify and compare transcoding jobs");
     AddJobNewCommand(*job);
     AddJobShowCommand(*job);
     AddJobCheckCommand(*job);
     AddJobDrawCommand(*job);
     AddJobRunCommand(*job);
+    AddJobVerifyCommand(*job);
     AddJobDiffCommand(*job);
     AddProbeCommand(app);
     AddListCommand(app);

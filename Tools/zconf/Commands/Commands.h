@@ -17,6 +17,7 @@ void AddJobShowCommand(CLI::App& job);
 void AddJobCheckCommand(CLI::App& job);
 void AddJobDrawCommand(CLI::App& job);
 void AddJobRunCommand(CLI::App& job);
+void AddJobVerifyCommand(CLI::App& job);
 void AddJobDiffCommand(CLI::App& job);
 
 // Commands below "zconf".

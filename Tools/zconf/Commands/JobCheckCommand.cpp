@@ -2,6 +2,7 @@
 #include "Media/Running/JobCheck.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Commands/JobInput.h"
+#include "Tools/zconf/Commands/PlaceJson.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/JsonOutput.h"
@@ -35,35 +36,6 @@ void WriteTopology(const Media::JobFault& fault, JsonOutput& output)
         output.Integers(group);
     }
     output.GetWriter().EndArray();
-}
-
-void WritePlace(const Media::Place& place, JsonOutput& output)
-{
-    if (place.node)
-    {
-        output.Key("node");
-        output.GetWriter().Int64(*place.node);
-    }
-    if (place.link)
-    {
-        output.Key("link");
-        output.Integers({place.link->first, place.link->second});
-    }
-    if (!place.streamKind.empty())
-    {
-        output.Key("stream_kind");
-        output.String(place.streamKind);
-    }
-    if (place.stream)
-    {
-        output.Key("stream");
-        output.GetWriter().Uint(*place.stream);
-    }
-    if (!place.key.empty())
-    {
-        output.Key("key");
-        output.String(place.key);
-    }
 }
 
 void WriteJson(const std::vector<Media::JobFault>& faults)

@@ -2,6 +2,7 @@
 #include "Media/Running/JobRun.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Commands/JobInput.h"
+#include "Tools/zconf/Commands/VerificationOutput.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Output.h"
@@ -15,6 +16,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Zelnor::Tool
@@ -29,6 +31,9 @@ struct Options
     std::string ffmpeg = "ffmpeg";
     bool dryRun = false;
     bool overwrite = false;
+    std::string verify = "quick";
+    bool keepUnverified = false;
+    bool json = false;
 };
 
 /// Ends this process by the signal that stopped its work, as the shell expects.
@@ -82,6 +87,10 @@ void ReportDone(const Media::TargetResult& target, ProgressDisplay& display)
         WriteWithLines("note: ffmpeg reported warnings for '" + Printable(target.file) + "':",
                        target.warnings);
     }
+    for (const std::string& note : target.notes)
+    {
+        ReportNote(note);
+    }
 }
 
 int ReportFailed(const Media::TranscodeFailed& failure)
@@ -95,19 +104,49 @@ int ReportFailed(const Media::TranscodeFailed& failure)
     return kExitFFmpeg;
 }
 
-int RunTargets(const Media::JobFile& job, const Options& options)
+int ReportDifferent(const Media::VerificationFailed& failure, std::vector<RunTarget>& targets)
+{
+    RunTarget target = {*boost::get_error_info<Media::MediaException::TagFile>(failure), "different"};
+    target.differences = *boost::get_error_info<Media::VerificationFailed::TagDifferences>(failure);
+    std::vector<std::string> lines;
+    for (const Media::TargetDifference& difference : target.differences)
+    {
+        lines.push_back(difference.Sentence());
+    }
+    WriteWithLines("'" + Printable(target.file) + "' is not what the job says:", lines);
+    if (const auto* const kept = boost::get_error_info<Media::VerificationFailed::TagKeptFile>(failure))
+    {
+        ReportNote("it is kept as '" + *kept + "'");
+        target.kept = *kept;
+    }
+    targets.push_back(std::move(target));
+    return kExitDifferent;
+}
+
+Media::RunOptions MakeRunOptions(const Media::JobFile& job, const Options& options)
+{
+    Media::RunOptions run;
+    run.ffmpeg = options.ffmpeg;
+    run.overwrite = options.overwrite;
+    run.document = job.name;
+    run.verification = VerificationDepths().at(options.verify);
+    run.keepUnverified = options.keepUnverified;
+    return run;
+}
+
+int RunTargets(const Media::JobFile& job, const Options& options, std::vector<RunTarget>& targets)
 {
     Media::RunResult result;
     int signal = 0;
     try
     {
         ProgressDisplay display;
-        Media::RunOptions run;
-        run.ffmpeg = options.ffmpeg;
-        run.overwrite = options.overwrite;
-        run.document = job.name;
+        Media::RunOptions run = MakeRunOptions(job, options);
         run.onProgress = [&display](const Media::RunProgress& progress) { display.Show(progress); };
-        run.onTargetDone = [&display](const Media::TargetResult& target) { ReportDone(target, display); };
+        run.onTargetDone = [&](const Media::TargetResult& target) {
+            ReportDone(target, display);
+            targets.push_back({target.file, "done", target.warnings, target.notes});
+        };
         const SignalGuard guard(run.cancel);
         result = Media::RunJob(*job.graph, run);
         signal = SignalGuard::Caught();
@@ -115,6 +154,10 @@ int RunTargets(const Media::JobFile& job, const Options& options)
     catch (const Media::TranscodeFailed& failure)
     {
         return ReportFailed(failure);
+    }
+    catch (const Media::VerificationFailed& failure)
+    {
+        return ReportDifferent(failure, targets);
     }
     if (signal != 0 && !result.IsDone())
     {
@@ -126,7 +169,17 @@ int RunTargets(const Media::JobFile& job, const Options& options)
 int Run(const Options& options)
 {
     const Media::JobFile job = OpenJob(options.job);
-    return options.dryRun ? Print(job, options) : RunTargets(job, options);
+    if (options.dryRun)
+    {
+        return Print(job, options);
+    }
+    std::vector<RunTarget> targets;
+    const int exitCode = RunTargets(job, options, targets);
+    if (options.json && exitCode != kExitFFmpeg)
+    {
+        WriteRunJson(targets);
+    }
+    return exitCode;
 }
 
 } // namespace
@@ -141,6 +194,11 @@ void AddJobRunCommand(CLI::App& job)
     command->add_flag("--overwrite", options->overwrite, "Replace output files that exist");
     command->add_option("--ffmpeg", options->ffmpeg, "The ffmpeg program (default: the one in PATH)")
         ->type_name("FILE");
+    AddVerifyOption(*command, options->verify);
+    command->add_flag("--keep-unverified", options->keepUnverified,
+                      "Keep an output file that is not what the job says beside its place, as "
+                      "\"out.unverified.mp4\"");
+    AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }
 

@@ -64,7 +64,8 @@ int RunCommandLine(int argc, char** argv, const std::function<void(CLI::App&)>& 
     app.require_subcommand(1);
     addCommands(app);
     app.footer("The file name \"-\" means standard input or standard output.\n"
-               "Exit codes: 0 success, 1 the answer is no, 2 error, 3 ffmpeg failed.");
+               "Exit codes: 0 success, 1 the answer is no, 2 error, 3 ffmpeg failed, "
+               "4 an output file is not what its job says.");
     try
     {
         app.parse(argc, argv);

@@ -12,9 +12,10 @@ namespace Zelnor::Tool
 {
 
 constexpr int kExitSuccess = 0;
-constexpr int kExitNo = 1;      ///< the command worked, and its answer is no
-constexpr int kExitFailure = 2; ///< the command failed or was given wrong arguments
-constexpr int kExitFFmpeg = 3;  ///< ffmpeg failed
+constexpr int kExitNo = 1;        ///< the command worked, and its answer is no
+constexpr int kExitFailure = 2;   ///< the command failed or was given wrong arguments
+constexpr int kExitFFmpeg = 3;    ///< ffmpeg failed
+constexpr int kExitDifferent = 4; ///< an output file is not what its job says
 
 /// A failure found by the tool itself; `what()` is the sentence for the user.
 class ToolError : public std::runtime_error

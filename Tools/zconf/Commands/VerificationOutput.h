@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Media/Verifying/Verification.h"
+
+#include <CLI/CLI.hpp>
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// \file
+/// What the commands that verify output files share.
+
+namespace Zelnor::Tool
+{
+
+/// What became of one output file of a run.
+struct RunTarget
+{
+    std::string file;
+    std::string outcome; ///< "done", "different"
+    std::vector<std::string> warnings = {};
+    std::vector<std::string> notes = {};
+    std::vector<Media::TargetDifference> differences = {};
+    std::string kept = {}; ///< where a file that is different was put; empty: nowhere
+};
+
+/// The words of `--verify`.
+const std::map<std::string, Media::VerificationDepth>& VerificationDepths();
+
+/// Adds the option `--verify`, whose value is kept in `word`.
+void AddVerifyOption(CLI::App& command, std::string& word);
+
+void WriteRunJson(const std::vector<RunTarget>& targets);
+void WriteVerificationJson(const std::vector<Media::TargetVerification>& targets);
+
+} // namespace Zelnor::Tool
