@@ -129,7 +129,7 @@ TEST(CallStack, LooksUpTheNameOfAnAddressOnce)
         Recurse(3);
         count = g_lookUps - before;
     }
-    EXPECT_GT(lookUps[0], 3u);
+    EXPECT_GT(lookUps[0], 0u);
     EXPECT_EQ(lookUps[1], 0u);
 }
 
