@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <utility>
 
@@ -25,6 +26,9 @@ enum class Pass
 };
 
 using Slot = FFmpegPass::Slot;
+
+/// A time as ffmpeg's options take it.
+std::string Microseconds(std::int64_t time) { return std::to_string(time) + "us"; }
 
 /// Builds the arguments of one run.
 class Builder
@@ -47,6 +51,10 @@ public:
             {
                 AddStream(stream, position++);
             }
+        }
+        if (m_transcode.span.end)
+        {
+            Add({"-t", Microseconds(*m_transcode.span.end - m_transcode.span.start)});
         }
         if (m_pass == Pass::First)
         {
@@ -82,6 +90,11 @@ private:
         {
             // The name is that of one image, not the pattern of a series.
             Add({"-pattern_type", "none"});
+        }
+        if (m_transcode.span.start > 0)
+        {
+            // Before the input, ffmpeg goes to the key frame before it, and drops what it decodes too early.
+            Add({"-ss", Microseconds(m_transcode.span.start)});
         }
         for (const StreamCommand& stream : m_transcode.streams)
         {

@@ -161,11 +161,20 @@ unsigned int NumberAmongKind(const MediaFile& file, const MediaStream& stream)
                       [&stream](const MediaStream& other) { return other.kind == stream.kind; }));
 }
 
-std::string DrawSubtitle(const MediaFile& file, const TranscodeStream& stream, const MediaStream& subtitle)
+/// The filter reads the subtitle's file from its beginning, whatever part of the source is read.
+std::string DrawText(const MediaFile& file, const MediaStream& subtitle, std::int64_t start)
+{
+    const std::string draw = "subtitles=filename=" + EscapeForFilter(FFmpegFileName(file.name)) +
+                             ":si=" + std::to_string(NumberAmongKind(file, subtitle));
+    const std::string shift = std::to_string(start) + "/1000000/TB";
+    return start == 0 ? draw : "setpts=PTS+" + shift + "," + draw + ",setpts=PTS-" + shift;
+}
+
+std::string DrawSubtitle(const Transcode& transcode, const TranscodeStream& stream,
+                         const MediaStream& subtitle)
 {
     return subtitle.isBitmap ? Label(stream, subtitle.index) + "overlay"
-                             : "subtitles=filename=" + EscapeForFilter(FFmpegFileName(file.name)) +
-                                   ":si=" + std::to_string(NumberAmongKind(file, subtitle));
+                             : DrawText(transcode.inputs[stream.input], subtitle, transcode.span.start);
 }
 
 } // namespace
@@ -193,7 +202,7 @@ std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stre
         else if (base.kind == StreamKind::Video && overlay.kind == StreamKind::Subtitle)
         {
             filters += isFirst ? "" : "[drawn];[drawn]";
-            filters += DrawSubtitle(file, stream, overlay);
+            filters += DrawSubtitle(transcode, stream, overlay);
         }
         else
         {

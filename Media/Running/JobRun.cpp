@@ -25,16 +25,6 @@ namespace
 
 constexpr const char* kUnit = "Media/Running/JobRun";
 
-std::optional<std::int64_t> DurationOf(const Transcode& transcode)
-{
-    std::optional<std::int64_t> longest;
-    for (const MediaFile& input : transcode.inputs)
-    {
-        longest = std::max(longest, input.duration);
-    }
-    return longest;
-}
-
 [[noreturn]] void ThrowFailed(const std::string& file, FFmpegResult result)
 {
     auto exception = MakeError<TranscodeFailed>(
@@ -97,7 +87,7 @@ public:
         m_progress.targetCount = count;
         m_progress.file = prepared.transcode.output;
         m_progress.passCount = prepared.passes.size();
-        m_progress.duration = DurationOf(prepared.transcode);
+        m_progress.duration = prepared.transcode.Duration();
     }
 
     TargetResult Run()

@@ -2,6 +2,7 @@
 
 #include "Media/ErrorText.h"
 #include "Media/Jobs/FaultList.h"
+#include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Probe/StreamKinds.h"
@@ -61,12 +62,14 @@ public:
             Text(transcode.place, transcode.target, ITranscodingMetaGraph::KEY_FILEPATH).value_or("");
         transcode.container =
             Text(transcode.place, transcode.target, IFormatFile::TAG_CONTAINER).value_or("");
+        transcode.span = ReadSpan(transcode.target, transcode.place, m_faults);
         std::vector<NodeId> raws;
         m_graph.Inputs(target, raws);
         for (const NodeId raw : raws)
         {
             AddStream(raw, target, transcode);
         }
+        CheckStart(transcode);
         return transcode;
     }
 
@@ -76,6 +79,22 @@ private:
         Place place{m_document};
         place.node = node;
         return place;
+    }
+
+    /// Nothing would be left of the sources.
+    void CheckStart(const Transcode& transcode)
+    {
+        const std::vector<MediaFile>& inputs = transcode.inputs;
+        const bool isKnown =
+            !inputs.empty() && std::all_of(inputs.begin(), inputs.end(), [](const MediaFile& input) {
+                return input.duration && !input.durationIsEstimated;
+            });
+        if (isKnown && transcode.span.start > 0 && transcode.Duration() == 0)
+        {
+            m_faults.Add(JobFault::Setting, transcode.place.At(JobKeys::kStart),
+                         "expected a time before the end of the source, found " +
+                             std::to_string(transcode.span.start));
+        }
     }
 
     /// The child under `key`; null, and a fault, when there is none of that type.
@@ -318,6 +337,16 @@ private:
 };
 
 } // namespace
+
+std::optional<std::int64_t> Transcode::Duration() const
+{
+    std::optional<std::int64_t> longest;
+    for (const MediaFile& input : inputs)
+    {
+        longest = std::max(longest, input.duration);
+    }
+    return span.DurationOf(longest);
+}
 
 std::vector<Transcode> ReadTranscodes(const ITranscodingMetaGraph& job, const std::string& document,
                                       FaultList& faults)

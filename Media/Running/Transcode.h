@@ -2,6 +2,7 @@
 
 // Private to the library, not installed.
 
+#include "Media/Jobs/MediaSpan.h"
 #include "Media/Place.h"
 #include "Media/Probe/MediaProbe.h"
 
@@ -10,6 +11,8 @@
 #include "Core/Interfaces/Property.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,13 +42,16 @@ struct Transcode
     std::string container;
     Core::Property target; ///< its record
     std::vector<TranscodeStream> streams;
-    Place place = {}; ///< the target's node
+    MediaSpan span = {}; ///< the part of the inputs that it is made from
+    Place place = {};    ///< the target's node
 
     /// Of a stream that has an input.
     const MediaStream& SourceOf(const TranscodeStream& stream) const
     {
         return inputs[stream.input].streams[stream.stream];
     }
+    /// Of the target, in microseconds, from the longest input; nothing when it is not known.
+    std::optional<std::int64_t> Duration() const;
 };
 
 /// What there is to do for a job, a transcode for each of its targets, in the graph's order. Looks into the

@@ -327,6 +327,7 @@ TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& fau
         // FFmpeg finds a demuxer by any of its names.
         command.inputs.push_back({input.name, input.demuxer.substr(0, input.demuxer.find(','))});
     }
+    command.span = transcode.span;
     ChooseMuxer(transcode, command, faults);
     command.metadata = Tags(CheckMetadata(transcode.target, transcode.place, faults));
     if (transcode.streams.empty() && !faults.IsAt(transcode.place))

@@ -49,6 +49,7 @@ struct TranscodeCommand
     bool startsFast = false; ///< its index is moved to the beginning
     std::vector<std::string> metadata;
     std::vector<StreamCommand> streams;
+    MediaSpan span = {}; ///< the part of the inputs that is read
 };
 
 /// Checks everything in the transcode and its records: each setting is honoured, or it is a fault. What is

@@ -205,6 +205,11 @@ private:
             Expect("-pattern_type");
             Expect("none");
         }
+        if (m_transcode.span.start > 0)
+        {
+            Expect("-ss");
+            Expect(std::to_string(m_transcode.span.start) + "us");
+        }
         std::string option = Take();
         while (m_fault.empty() && option != "-i")
         {
@@ -320,6 +325,14 @@ private:
             if (!details::Matches(Take(), plain->second))
             {
                 Refuse("not a value of " + option);
+            }
+        }
+        else if (option == "-t")
+        {
+            if (!m_transcode.span.end ||
+                Take() != std::to_string(*m_transcode.span.end - m_transcode.span.start) + "us")
+            {
+                Refuse("not the length of the part");
             }
         }
         else if (option == "-f")
@@ -556,8 +569,10 @@ private:
             rest.erase(0, static_cast<std::size_t>(labels.length()));
         };
         takeLabels();
+        const std::string shift = std::to_string(m_transcode.span.start) + "/1000000/TB";
         while (m_fault.empty())
         {
+            const bool isShifted = m_transcode.span.start > 0 && take("setpts=PTS+" + shift + ",");
             std::smatch mix;
             static const std::regex s_mix("^amix=inputs=[0-9]+:normalize=0");
             if (std::regex_search(rest, mix, s_mix))
@@ -571,6 +586,10 @@ private:
             else if (!take("overlay"))
             {
                 Refuse("not a merge: " + rest);
+            }
+            if (isShifted && !take(",setpts=PTS-" + shift))
+            {
+                Refuse("not shifted back: " + rest);
             }
             if (!take("[drawn];[drawn]"))
             {

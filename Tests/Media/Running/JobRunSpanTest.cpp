@@ -1,0 +1,182 @@
+#include "Media/Running/JobRun.h"
+
+#include "Media/Running/JobCheck.h"
+#include "Tests/Support/Clip.h"
+#include "Tests/Support/Graphs.h"
+#include "Tests/Support/JobFixtures.h"
+#include "Tests/Support/MediaInfo.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+/// Two seconds of video with B-frames and few key frames, and of sound, in several containers.
+class RunningPartOfAFile : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_folder = new TemporaryFolder;
+        Clip({"-f", "lavfi", "-i", "testsrc2=s=64x48:r=25:d=2", "-f", "lavfi", "-i", "sine=r=48000:d=2",
+              "-c:v", "libx264", "-g", "20", "-c:a", "pcm_s16le", "in.mkv"});
+        Clip({"-i", "in.mkv", "-c:v", "copy", "-c:a", "aac", "in.mp4"});
+        Clip({"-i", "in.mkv", "-c:v", "copy", "-c:a", "mp2", "in.ts"});
+        Clip({"-i", "in.mkv", "-map", "0:a", "in.wav"});
+    }
+    static void TearDownTestSuite() { delete s_folder; }
+
+    static std::string Name(const std::string& name) { return (*s_folder / name).string(); }
+    static void Clip(std::vector<std::string> arguments) { MakeClip(arguments, s_folder->Path().string()); }
+
+    /// A job that makes one stream of the source's part into `record`.
+    static GraphPtr Job(const std::string& source, int stream, const std::string& span,
+                        const std::string& record, const std::string& output)
+    {
+        return Loaded(
+            R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":")" +
+            Name(source) + R"("}}}},{"id":2,"data":{"data":{"target":{"container":"nut","filePath":")" +
+            Name(output) + "\"" + span + R"(}}}},{"id":3,"data":{"data":{"streamRaw":{"id":)" +
+            std::to_string(stream) + R"(}}}}],"edges":[{"from":1,"to":3},{"from":3,"to":2,"data":{"data":)" +
+            record + "}}]}");
+    }
+    static GraphPtr VideoJob(const std::string& source, const std::string& span,
+                             const std::string& output = "out.nut")
+    {
+        return Job(source, 0, span, R"({"format_codec_video":{"codec_id":"CODEC_ID_FFV1"}})", output);
+    }
+
+    static void Run(const Conf::ITranscodingMetaGraph& job)
+    {
+        RunOptions options;
+        options.overwrite = true;
+        EXPECT_TRUE(RunJob(job, options).IsDone());
+    }
+
+    /// A checksum of each frame that ffmpeg decodes, in order.
+    static std::vector<std::string> Frames(const std::string& file)
+    {
+        const ProcessResult result =
+            RunProcess({"ffmpeg", "-nostdin", "-v", "error", "-i", Name(file), "-map", "0:0", "-pix_fmt",
+                        "yuv420p", "-f", "framemd5", "-"});
+        std::vector<std::string> sums;
+        std::istringstream lines(result.output);
+        for (std::string line; std::getline(lines, line);)
+        {
+            if (line.front() != '#')
+            {
+                sums.push_back(line.substr(line.rfind(' ') + 1));
+            }
+        }
+        return sums;
+    }
+
+    static std::vector<std::string> FaultsOf(const std::string& source, const std::string& span)
+    {
+        return Sentences(CheckJob(*VideoJob(source, span)));
+    }
+
+private:
+    static inline TemporaryFolder* s_folder = nullptr;
+};
+
+TEST_F(RunningPartOfAFile, MakesExactlyTheFramesOfThePart)
+{
+    for (const char* const source : {"in.mkv", "in.mp4", "in.ts"})
+    {
+        SCOPED_TRACE(source);
+        const std::vector<std::string> all = Frames(source);
+        ASSERT_THAT(all, SizeIs(50));
+        // Neither end is a key frame.
+        Run(*VideoJob(source, R"(,"start":600000,"end":1400000)"));
+        EXPECT_EQ(Frames("out.nut"), std::vector<std::string>(all.begin() + 15, all.begin() + 35));
+        Run(*VideoJob(source, R"(,"end":1000000)"));
+        EXPECT_EQ(Frames("out.nut"), std::vector<std::string>(all.begin(), all.begin() + 25));
+        Run(*VideoJob(source, R"(,"start":1960000)"));
+        EXPECT_EQ(Frames("out.nut"), std::vector<std::string>(all.end() - 1, all.end()));
+    }
+}
+
+TEST_F(RunningPartOfAFile, MakesExactlyTheSamplesOfThePart)
+{
+    const auto bytes = [](const std::string& file) {
+        return RunProcess({"ffmpeg", "-nostdin", "-v", "error", "-i", Name(file), "-f", "s16le", "-"}).output;
+    };
+    const std::string all = bytes("in.wav");
+    for (const auto& [source, stream] : {std::pair("in.wav", 0), std::pair("in.mkv", 1)})
+    {
+        SCOPED_TRACE(source);
+        Run(*Job(source, stream, R"(,"start":500500,"end":1250000)",
+                 R"({"format_codec_audio":{"codec_id":"CODEC_ID_PCM_S16LE"}})", "out.nut"));
+        // 48 samples of two bytes in a millisecond.
+        EXPECT_EQ(bytes("out.nut") == all.substr(500500 * 96 / 1000, 749500 * 96 / 1000), true);
+    }
+}
+
+TEST_F(RunningPartOfAFile, DoesSoInTwoPasses)
+{
+    Run(*Job("in.mkv", 0, R"(,"start":600000,"end":1400000)",
+             R"({"format_codec_video":{"codec_id":"CODEC_ID_MPEG4","bitrate":100000,"two_pass_encoding":1}})",
+             "two.nut"));
+    EXPECT_THAT(Frames("two.nut"), SizeIs(20));
+}
+
+TEST_F(RunningPartOfAFile, ReportsHowFarOfThePartItIs)
+{
+    RunOptions options;
+    options.overwrite = true;
+    std::int64_t duration = 0;
+    options.onProgress = [&duration](const RunProgress& progress) {
+        duration = progress.duration.value_or(0);
+    };
+    RunJob(*VideoJob("in.mkv", R"(,"start":600000,"end":1400000)"), options);
+    EXPECT_EQ(duration, 800000);
+}
+
+TEST_F(RunningPartOfAFile, DrawsTheSubtitlesThatBelongToIt)
+{
+    WriteFile(Name("s.srt"), "1\n00:00:01,000 --> 00:00:01,200\n####\n");
+    Clip({"-f", "lavfi", "-i", "color=black:s=128x96:r=25:d=2", "-i", "s.srt", "-c:v", "ffv1", "-c:s", "srt",
+          "drawn.mkv"});
+    GraphPtr job = VideoJob("drawn.mkv", "", "whole.nut");
+    const auto withSubtitle = [](const std::string& span, const std::string& output) {
+        std::string text = JsonOf(*VideoJob("drawn.mkv", span, output));
+        const std::string raw = R"({"id":0})";
+        text.replace(text.find(raw), raw.size(), R"({"id":0,"$$MERGE_WITH$$":{"":{"$$MERGE_WITH$$":1}}})");
+        return Loaded(text);
+    };
+    Run(*withSubtitle("", "whole.nut"));
+    Run(*withSubtitle(R"(,"start":800000,"end":1600000)", "part.nut"));
+    const std::vector<std::string> whole = Frames("whole.nut");
+    EXPECT_NE(whole[26], whole[0]);
+    EXPECT_EQ(Frames("part.nut"), std::vector<std::string>(whole.begin() + 20, whole.begin() + 40));
+}
+
+TEST_F(RunningPartOfAFile, IsRefusedWhereTheSourceHasNothing)
+{
+    EXPECT_THAT(FaultsOf("in.mkv", R"(,"start":9000000)"),
+                ElementsAre("node 2, start: expected a time before the end of the source, found 9000000"));
+    EXPECT_THAT(FaultsOf("in.mkv", R"(,"start":-1)"),
+                ElementsAre("node 2, start: expected a time in microseconds, as 1500000, found -1"));
+    EXPECT_THAT(FaultsOf("in.mkv", R"(,"start":100,"end":100)"),
+                ElementsAre("node 2, end: expected a time after 100, where the target begins, found 100"));
+    EXPECT_THAT(FaultsOf("in.mkv", R"(,"start":9223372036854775807)"),
+                ElementsAre("node 2, start: expected a time in microseconds, as 1500000, found "
+                            "9223372036854775807"));
+    EXPECT_THAT(FaultsOf("in.mkv", R"(,"end":1000000000000000)"), IsEmpty());
+}
+
+} // namespace
