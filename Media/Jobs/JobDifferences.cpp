@@ -62,7 +62,9 @@ public:
         m_place = place;
         if (one.GetName() != other.GetName())
         {
-            Report("name of the record", '"' + one.GetName() + '"', '"' + other.GetName() + '"');
+            const Property oneName("", one.GetName());
+            const Property otherName("", other.GetName());
+            ReportValues("name of the record", &oneName, &otherName);
         }
         Values("", one, other);
     }
@@ -71,13 +73,23 @@ public:
         const auto text = [](std::size_t count) {
             return count == 0 ? "" : count == 1 ? "there" : "there " + std::to_string(count) + " times";
         };
-        m_found.push_back({place, "", text(one), text(other)});
+        m_found.push_back({place, "", text(one), text(other), {}, {}});
     }
 
 private:
     void Report(const std::string& key, const std::string& one, const std::string& other)
     {
-        m_found.push_back({m_place, key, one, other});
+        m_found.push_back({m_place, key, one, other, {}, {}});
+    }
+
+    /// Null: that side does not have it.
+    void ReportValues(const std::string& key, const Property* one, const Property* other)
+    {
+        const auto text = [](const Property* value) { return value == nullptr ? "" : ValueText(*value); };
+        const auto copy = [](const Property* value) {
+            return value == nullptr ? std::nullopt : std::optional(*value);
+        };
+        m_found.push_back({m_place, key, text(one), text(other), copy(one), copy(other)});
     }
 
     void Values(const std::string& key, const Property& one, const Property& other)
@@ -89,7 +101,7 @@ private:
         }
         else if (one.GetType() != other.GetType() || ValueText(one) != ValueText(other))
         {
-            Report(key.empty() ? "value of the record" : key, ValueText(one), ValueText(other));
+            ReportValues(key.empty() ? "value of the record" : key, &one, &other);
         }
     }
 
@@ -106,7 +118,7 @@ private:
             const auto match = inOther.find(name);
             if (match == inOther.end())
             {
-                Report(path(name), ValueText(*child), "");
+                ReportValues(path(name), child, nullptr);
             }
             else
             {
@@ -117,7 +129,7 @@ private:
         {
             if (inOne.count(name) == 0)
             {
-                Report(path(name), "", ValueText(*child));
+                ReportValues(path(name), nullptr, child);
             }
         }
         if (m_found.size() == before && one != other && SameKeysInOtherOrder(ones, others))

@@ -2,7 +2,9 @@
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/Export.h"
+#include "Core/Interfaces/Property.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,9 @@ struct JobDifference
     std::string key;   ///< the path of names inside the record; empty: the whole
     std::string one;
     std::string other;
+    /// The values, where it is values that differ; their names do not matter.
+    std::optional<Core::Property> oneValue = {};
+    std::optional<Core::Property> otherValue = {};
 };
 
 /// What differs between two jobs: nodes by their ids, links by their ends, records by key. Equal keys of a

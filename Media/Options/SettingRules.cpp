@@ -1,5 +1,6 @@
 #include "Media/Options/SettingRules.h"
 
+#include "Media/NearestNames.h"
 #include "Media/Text.h"
 #include "Media/ValueText.h"
 
@@ -88,6 +89,24 @@ bool IsPassMode(const Property& value)
                                                  value.GetString() == IFormatCodec::TAG_TWO_PASS_MODE));
 }
 
+/// -1 leaves it to the encoder. What else a text may be, the encoder's option says.
+bool IsCount(const Property& value)
+{
+    switch (value.GetType())
+    {
+    case PROPERTY_TYPE_INT64:
+        return value.GetInt64() >= -1;
+    case PROPERTY_TYPE_RATIO:
+        return value.GetRatio() >= -1;
+    case PROPERTY_TYPE_STRING:
+        return value.GetString().substr(0, 1) != "-" || value.GetString() == "-1";
+    case PROPERTY_TYPE_NONE:
+    case PROPERTY_TYPE_GROUP:
+        break;
+    }
+    return false;
+}
+
 bool IsThreadNumber(const Property& value)
 {
     return IsBetween<0, 2147483647>(value) || (IsText(value) && value.GetString() == "auto");
@@ -127,6 +146,8 @@ constexpr Rule kScalar = {IsScalar, "an integer, a string or a rational"};
 constexpr Rule kNumberOrText = {IsNumberOrText, "an integer or a string"};
 /// As FFmpeg's options are: of 32 bits.
 constexpr Rule kPositive = {IsBetween<1, 2147483647>, "an integer from 1 to 2147483647"};
+constexpr Rule kCount = {IsCount, "a number from -1 on"};
+constexpr Rule kQuality = {IsBetween<0, IFormatCodec::MAX_QUALITY>, "an integer from 0 to 32"};
 constexpr Rule kThreads = {IsThreadNumber, "an integer from 0 to 2147483647, or auto"};
 constexpr Rule kLength = {IsBetween<1, 65535>, "an integer from 1 to 65535"};
 /// 0:1 says that the aspect is not known.
@@ -147,9 +168,9 @@ struct Row
     bool isForCopies = false;
 };
 
-const Row* FindRow(const std::string& key)
+const std::vector<Row>& Rows()
 {
-    static const Row s_rows[] = {
+    static const std::vector<Row> s_rows = {
         {&IFormat::TAG_METADATA, kGroup, true},
         {&IFormatCodec::TAG_LANGUAGE, kText, true},
         {&IFormatCodec::TAG_NAME, kText},
@@ -161,7 +182,7 @@ const Row* FindRow(const std::string& key)
         {&IFormatCodec::TAG_BITRATE_MODE, kBitrateMode},
         {&IFormatCodec::TAG_PEAK_BITRATE, kPositive},
         {&IFormatCodec::TAG_PEAK_BUFFER, kPositive},
-        {&IFormatCodec::TAG_QUALITY, kNumber},
+        {&IFormatCodec::TAG_QUALITY, kQuality},
         {&IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE, kGroup, true},
         {&IFormatCodec::TAG_CODEC_OPTIONS_ENCODE, kGroup},
         {&IFormatCodec::TAG_PROFILE, kText},
@@ -181,12 +202,12 @@ const Row* FindRow(const std::string& key)
         {&IFormatCodecVideo::TAG_IMAGE_FLAG, kAnything},
         {&IFormatCodecVideo::TAG_X264_TUNE, kText},
         {&IFormatCodecVideo::TAG_KEY_ONLY, kNumber},
-        {&IFormatCodecVideo::TAG_MAX_B_FRAME_SEQUENCE, kScalar},
-        {&IFormatCodecVideo::TAG_MAX_I_FRAME_INTERVAL, kScalar},
-        {&IFormatCodecVideo::TAG_MOTION_SRCH_RNG, kScalar},
-        {&IFormatCodecVideo::TAG_X264_SLICE_MAX_SIZE, kScalar},
+        {&IFormatCodecVideo::TAG_MAX_B_FRAME_SEQUENCE, kCount},
+        {&IFormatCodecVideo::TAG_MAX_I_FRAME_INTERVAL, kCount},
+        {&IFormatCodecVideo::TAG_MOTION_SRCH_RNG, kCount},
+        {&IFormatCodecVideo::TAG_X264_SLICE_MAX_SIZE, kCount},
         {&IFormatCodecVideo::TAG_X264_OPTS, kText},
-        {&IFormatCodecVideo::TAG_DPI, kScalar},
+        {&IFormatCodecVideo::TAG_DPI, kCount},
         {&Conf::TAG_PIX_FMT, kPixelFormat},
         {&IFormatCodecAudio::TAG_SAMPLE_RATE, kPositive},
         {&IFormatCodecAudio::TAG_SAMPLE_FORMAT, kSampleFormat},
@@ -194,9 +215,14 @@ const Row* FindRow(const std::string& key)
         {&IFormatCodecAudio::TAG_FRAME_SIZE, kAnything},
         {&IFormatCodecSubtitle::TAG_CHARSET_ENCODING, kAnything},
     };
-    const auto* const found = std::find_if(std::begin(s_rows), std::end(s_rows),
-                                           [&key](const Row& row) { return *row.key == key; });
-    return found == std::end(s_rows) ? nullptr : found;
+    return s_rows;
+}
+
+const Row* FindRow(const std::string& key)
+{
+    const auto found =
+        std::find_if(Rows().begin(), Rows().end(), [&key](const Row& row) { return *row.key == key; });
+    return found == Rows().end() ? nullptr : &*found;
 }
 
 /// Why the value is not as the rule says; empty when it is.
@@ -250,6 +276,16 @@ const Rule& RuleOfChildren(const Property& group)
 } // namespace
 
 bool IsSettingKnown(const std::string& key) { return FindRow(key) != nullptr; }
+
+std::string UnknownSettingText(const std::string& key)
+{
+    std::vector<std::string> known;
+    for (const Row& row : Rows())
+    {
+        known.push_back(*row.key);
+    }
+    return "unknown setting '" + key + "'" + DidYouMean(key, known);
+}
 
 bool IsSettingForCopies(const std::string& key)
 {

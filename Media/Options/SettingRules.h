@@ -16,6 +16,9 @@ namespace Zelnor::Media
 /// Whether the vocabulary of a codec's record has the key.
 bool IsSettingKnown(const std::string& key);
 
+/// What is said of a key that it does not have: "unknown setting 'bitrat'; did you mean 'bitrate'?"
+std::string UnknownSettingText(const std::string& key);
+
 /// Whether a stream that is copied uses the setting.
 bool IsSettingForCopies(const std::string& key);
 

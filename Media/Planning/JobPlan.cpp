@@ -1,16 +1,22 @@
 #include "Media/Planning/JobPlan.h"
 
+#include "Media/Jobs/FaultList.h"
+#include "Media/Jobs/JobKeys.h"
+#include "Media/Jobs/MediaSpan.h"
 #include "Media/MediaException.h"
+#include "Media/Planning/SettingOverrides.h"
 #include "Media/Planning/StreamPlan.h"
+#include "Media/Planning/TargetName.h"
 #include "Media/Presets/PresetFile.h"
+#include "Media/Presets/PresetNames.h"
 #include "Media/Presets/PresetRules.h"
 #include "Media/Text.h"
 
-#include "Conf/Interfaces/MediaTypeUtils.h"
+#include "Conf/Interfaces/CodecMaps.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
 
+#include <algorithm>
 #include <array>
-#include <filesystem>
-#include <stdexcept>
 
 namespace Zelnor::Media
 {
@@ -19,6 +25,7 @@ namespace
 {
 
 using Conf::IFormat;
+using Conf::IFormatCodecVideo;
 using Conf::IFormatFile;
 using Conf::ITranscodingMetaGraph;
 using Core::Property;
@@ -70,21 +77,96 @@ Property RawStream(unsigned int index, const JobRequest& request)
     return record;
 }
 
-/// `output`, with the container's default extension if it has none.
-std::string WithExtension(const std::string& output, const std::string& container)
+/// The preset's record as the request changes it.
+Property SettingsOf(const Conf::IPreset& preset, const JobRequest& request, std::vector<std::string>& notes)
 {
-    if (std::filesystem::path(output).has_extension())
+    Property settings = preset.GetProperty();
+    ResolveNames(settings);
+    // A preset file was checked when it was read.
+    if (dynamic_cast<const PresetFile*>(&preset) == nullptr)
     {
-        return output;
+        CheckPreset(settings);
     }
-    try
+    settings = ApplyOverrides(settings, request, notes);
+    if (!request.codecs.empty() || !request.settings.empty() || request.frameRate)
     {
-        return output + "." + Conf::GetDefaultFileExtensionForContainer(container);
+        CheckPreset(settings);
     }
-    catch (const std::invalid_argument&)
+    return settings;
+}
+
+/// What is copied has no settings. \throw PlanException
+void CheckCopied(const JobRequest& request)
+{
+    for (const StreamKind kind : request.streams.copied)
     {
-        // Some containers have no usual extension.
-        return output;
+        const std::string name = NameOf(kind);
+        const auto refuse = [&name](const std::string& what) {
+            ZELNOR_THROW(
+                kUnit, MakeError<PlanException>(Place().At(what), name + " is copied, so it cannot be set"));
+        };
+        for (const SettingOverride& setting : request.settings)
+        {
+            if (setting.path.compare(0, name.size(), name) == 0)
+            {
+                refuse(setting.path);
+            }
+        }
+        for (const std::string& codec : request.codecs)
+        {
+            const auto mediaType = Conf::GetCodecMediaType(codec);
+            if (mediaType && KindOfMediaType(*mediaType) == kind)
+            {
+                refuse(codec);
+            }
+        }
+        if (kind == StreamKind::Video && (request.frameRate || request.streams.maxSize))
+        {
+            refuse(request.frameRate ? IFormatCodecVideo::TAG_FPS : "the size");
+        }
+    }
+}
+
+/// What the request changed of the settings for the file.
+void TakeOver(const Property& settings, const std::string& container, Property& target)
+{
+    target.SetChildT(IFormatFile::TAG_CONTAINER, container);
+    const auto metadata = settings.FindChild(IFormat::TAG_METADATA);
+    if (metadata != settings.end())
+    {
+        target.SetChild(IFormat::TAG_METADATA, *metadata);
+    }
+}
+
+/// \throw PlanException
+void SetSpan(const MediaFile& source, const JobRequest& request, Property& target,
+             std::vector<std::string>& notes)
+{
+    if (request.start)
+    {
+        target.SetChildT(JobKeys::kStart, *request.start);
+    }
+    if (request.end)
+    {
+        target.SetChildT(JobKeys::kEnd, *request.end);
+    }
+    FaultList faults;
+    const MediaSpan span = ReadSpan(target, Place{}, faults);
+    if (!faults.Get().empty())
+    {
+        const JobFault& fault = faults.Get().front();
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(fault.place, fault.reason));
+    }
+    const bool isKnown = source.duration && !source.durationIsEstimated;
+    if (isKnown && span.start > 0 && span.DurationOf(source.duration) == 0)
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(Place{source.name}.At(JobKeys::kStart),
+                                                     "lies behind the end of the file"));
+    }
+    if (isKnown && span.end && *span.end > *source.duration)
+    {
+        notes.push_back("'" + source.name +
+                        "' ends before the end that was asked for, so the output ends with it");
     }
 }
 
@@ -117,39 +199,34 @@ void CheckSource(const MediaFile& source)
     }
 }
 
-void CheckPresetOf(const boost::intrusive_ptr<const Conf::IPreset>& preset)
-{
-    if (preset == nullptr)
-    {
-        ZELNOR_THROW(kUnit, MakeError<PlanException>("A job needs a preset"));
-    }
-    // A preset file was checked when it was read.
-    if (dynamic_cast<const PresetFile*>(preset.get()) == nullptr)
-    {
-        CheckPreset(preset->GetProperty());
-    }
-}
-
 } // namespace
 
 PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Conf::IPreset>& preset,
                    const JobRequest& request)
 {
     CheckSource(source);
-    CheckPresetOf(preset);
+    if (preset == nullptr)
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>("A job needs a preset"));
+    }
     if (request.output.empty())
     {
         ZELNOR_THROW(kUnit, MakeError<PlanException>("The output has no name"));
     }
-    const Property& settings = preset->GetProperty();
+    CheckCopied(request);
+    std::vector<std::string> notes;
+    const Property settings = SettingsOf(*preset, request, notes);
     const bool losslessDvd = request.streams.losslessDvd;
     const std::string container =
         losslessDvd ? IFormatFile::FORMAT_DVD : settings[IFormatFile::TAG_CONTAINER].GetString();
     StreamPlan plan = PlanStreams(source, settings, container, request.streams);
     CheckMerges(source, plan, request.merges);
-    PlannedJob job = {ITranscodingMetaGraph::Create(), WithExtension(request.output, container),
-                      std::move(plan.notes)};
+    notes.insert(notes.end(), plan.notes.begin(), plan.notes.end());
+    PlannedJob job = {ITranscodingMetaGraph::Create(), TargetName(request.output, source, container),
+                      std::move(notes)};
     Property target = ITranscodingMetaGraph::MakeOutFileDescription(preset, job.output, losslessDvd);
+    TakeOver(settings, container, target);
+    SetSpan(source, request, target, job.notes);
     CarryWorkTags(source, target);
     const Conf::NodeId from = job.graph->AddNode(ITranscodingMetaGraph::MakeInFileDescription(source.name));
     const Conf::NodeId to = job.graph->AddNode(target);

@@ -1,7 +1,9 @@
 #include "Media/Planning/StreamPlan.h"
 
 #include "Media/MediaException.h"
+#include "Media/Planning/AudioChoice.h"
 #include "Media/Planning/Containers.h"
+#include "Media/Planning/NearestCodec.h"
 #include "Media/Planning/TargetCodec.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/Text.h"
@@ -14,7 +16,9 @@
 #include <array>
 #include <map>
 #include <optional>
+#include <set>
 #include <tuple>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -127,6 +131,13 @@ private:
 
     void CheckChosen() const
     {
+        if (!m_request.chosen.empty() && IsAudioChosen(m_request))
+        {
+            ZELNOR_THROW(kUnit,
+                         MakeError<PlanException>(Place{m_source.name},
+                                                  "streams are chosen by their indexes, so audio cannot "
+                                                  "be chosen in another way"));
+        }
         for (const unsigned int index : m_request.chosen)
         {
             const MediaStream& stream = StreamAt(m_source, index);
@@ -143,6 +154,10 @@ private:
         if (!m_request.chosen.empty())
         {
             return Chosen(kind);
+        }
+        if (kind == StreamKind::Audio && IsAudioChosen(m_request))
+        {
+            return ChooseAudio(m_source, RankedOfProgram(kind), m_request);
         }
         return kind == StreamKind::Subtitle ? FittingSubtitles() : BestStreams(kind);
     }
@@ -192,7 +207,8 @@ private:
         for (const MediaStream& stream : m_source.streams)
         {
             if (stream.kind == StreamKind::Subtitle && IsOfProgram(stream) &&
-                (PresetSubtitle(stream).record != nullptr || !SubtitleCodec(stream).empty()))
+                (IsToBeCopied(stream.kind) || PresetSubtitle(stream).record != nullptr ||
+                 !SubtitleCodec(stream).empty()))
             {
                 streams.push_back(&stream);
             }
@@ -200,13 +216,20 @@ private:
         return streams;
     }
 
-    std::vector<const MediaStream*> BestStreams(StreamKind kind)
+    std::vector<const MediaStream*> RankedOfProgram(StreamKind kind) const
     {
-        const std::size_t wanted = SettingsFor(kind).size();
         std::vector<const MediaStream*> ranked = RankStreams(m_source, kind);
         ranked.erase(std::remove_if(ranked.begin(), ranked.end(),
                                     [this](const MediaStream* stream) { return !IsOfProgram(*stream); }),
                      ranked.end());
+        return ranked;
+    }
+
+    std::vector<const MediaStream*> BestStreams(StreamKind kind)
+    {
+        const std::size_t wanted =
+            std::max<std::size_t>(SettingsFor(kind).size(), IsToBeCopied(kind) ? 1 : 0);
+        const std::vector<const MediaStream*> ranked = RankedOfProgram(kind);
         if (wanted != 0 && ranked.empty())
         {
             m_plan.notes.push_back("'" + m_source.name + "' has no " + NameOf(kind) +
@@ -244,7 +267,11 @@ private:
 
     void Add(const MediaStream& stream, std::size_t position)
     {
-        if (stream.kind == StreamKind::Subtitle)
+        if (IsToBeCopied(stream.kind))
+        {
+            AddCopied(stream);
+        }
+        else if (stream.kind == StreamKind::Subtitle)
         {
             AddSubtitle(stream);
         }
@@ -264,6 +291,27 @@ private:
             }
             AddConverted(stream, settings[std::min(position, settings.size() - 1)]);
         }
+    }
+
+    bool IsToBeCopied(StreamKind kind) const
+    {
+        return std::find(m_request.copied.begin(), m_request.copied.end(), kind) != m_request.copied.end();
+    }
+
+    void AddCopied(const MediaStream& stream)
+    {
+        const AVCodecDescriptor* const codec = avcodec_descriptor_get_by_name(stream.codec.c_str());
+        // What FFmpeg does not know of the container, it can tell of videos and audio when they are written.
+        const bool isHeld =
+            codec != nullptr && (stream.kind == StreamKind::Subtitle ? CertainlyHolds(m_container, codec->id)
+                                                                     : MayHold(m_container, codec->id));
+        if (!isHeld)
+        {
+            ZELNOR_THROW(kUnit, MakeError<PlanException>(PlaceOf(m_source, stream),
+                                                         "cannot be copied, since the container " +
+                                                             m_container + " cannot hold " + stream.codec));
+        }
+        m_plan.streams.push_back({stream.index, true, MakeCopiedCodec(stream)});
     }
 
     void AddSubtitle(const MediaStream& stream)
@@ -304,10 +352,10 @@ private:
 
     void AddConverted(const MediaStream& stream, const Settings& settings)
     {
-        m_plan.streams.push_back(
-            {stream.index, false,
-             MakeTargetCodec({stream, *settings.record, m_container,
-                              PlaceOf(m_source, stream).At(settings.key), m_plan.notes})});
+        m_plan.streams.push_back({stream.index, false,
+                                  MakeNearestCodec({stream, *settings.record, m_container,
+                                                    PlaceOf(m_source, stream).At(settings.key), m_plan.notes},
+                                                   m_request)});
     }
 
     const MediaFile& m_source;
@@ -345,6 +393,7 @@ std::vector<const MediaStream*> RankStreams(const MediaFile& source, StreamKind 
 
 void CheckMerges(const MediaFile& source, const StreamPlan& plan, const std::vector<StreamMerge>& merges)
 {
+    std::set<std::pair<unsigned int, unsigned int>> known;
     for (const StreamMerge& merge : merges)
     {
         const MediaStream& base = StreamAt(source, merge.base);
@@ -358,6 +407,12 @@ void CheckMerges(const MediaFile& source, const StreamPlan& plan, const std::vec
             ZELNOR_THROW(kUnit,
                          MakeError<PlanException>(PlaceOf(source, base),
                                                   "is not converted, so nothing can be merged into it"));
+        }
+        if (!known.emplace(merge.base, merge.overlay).second)
+        {
+            ZELNOR_THROW(kUnit,
+                         MakeError<PlanException>(PlaceOf(source, overlay), "is merged twice into stream " +
+                                                                                std::to_string(base.index)));
         }
         const bool isMixed = base.kind == StreamKind::Audio && overlay.kind == StreamKind::Audio &&
                              merge.base != merge.overlay;

@@ -5,6 +5,7 @@
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/EncoderCheck.h"
+#include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/VideoGeometry.h"
 
 #include "Conf/Interfaces/BitrateCalculator.h"
@@ -45,13 +46,17 @@ const std::string& CodecIdOf(const Property& record)
 const AVCodec& RequireEncoder(const TargetStream& stream)
 {
     const std::string& codecId = CodecIdOf(stream.settings);
-    const AVCodec* const encoder = FindEncoder(codecId);
-    if (encoder == nullptr)
+    if (FindEncoder(codecId) == nullptr)
     {
         ZELNOR_THROW(kUnit, MakeError<PlanException>(stream.place.Under(IFormatCodec::TAG_CODEC_ID),
                                                      "the installed FFmpeg has no encoder for " + codecId));
     }
-    return *encoder;
+    const EncoderChoice choice = ChooseEncoder(stream.settings);
+    if (choice.encoder == nullptr)
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(stream.place.Under(choice.key), choice.fault));
+    }
+    return *choice.encoder;
 }
 
 /// Gives a new descriptor what the preset asks for, and the codec's name.

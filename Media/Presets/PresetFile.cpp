@@ -2,6 +2,7 @@
 
 #include "Media/About.h"
 #include "Media/JsonText.h"
+#include "Media/Presets/PresetNames.h"
 #include "Media/Presets/PresetRules.h"
 
 #include "Core/Interfaces/PropertySerializer.h"
@@ -54,6 +55,7 @@ boost::intrusive_ptr<PresetFile> PresetFile::Open(const ioPath& path)
 boost::intrusive_ptr<PresetFile> PresetFile::Read(Core::IDataInput& input, const std::string& name)
 {
     Core::Property record = ParsePreset(ReadAll(input), name);
+    ResolveNames(record);
     CheckPreset(record, name);
     return boost::intrusive_ptr<PresetFile>(new PresetFile(std::move(record)));
 }

@@ -2,6 +2,7 @@
 
 #include "Media/Folder.h"
 #include "Media/MediaException.h"
+#include "Media/NearestNames.h"
 
 #include <dlfcn.h>
 
@@ -150,9 +151,10 @@ std::string FindPreset(const std::string& name, const std::vector<ioPath>& folde
             }
         }
     }
-    ZELNOR_THROW(kUnit, MakeError<PresetFileException>(Place{name.empty() ? "''" : name},
-                                                       "neither a file nor a known preset (" +
-                                                           KnownText(folders) + ")"));
+    ZELNOR_THROW(kUnit,
+                 MakeError<PresetFileException>(Place{name.empty() ? "''" : name},
+                                                "neither a file nor a known preset (" + KnownText(folders) +
+                                                    ")" + DidYouMean(name, ListPresets(folders))));
 }
 
 } // namespace Zelnor::Media

@@ -3,6 +3,7 @@
 #include "Media/MediaException.h"
 #include "Media/Options/OptionRules.h"
 #include "Media/Options/SettingRules.h"
+#include "Media/Presets/PresetNames.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/ValueText.h"
 
@@ -16,6 +17,7 @@
 #include "Conf/Interfaces/PixelFormatDescription.h"
 #include "Conf/Interfaces/ServiceRecords.h"
 
+#include <algorithm>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -112,7 +114,7 @@ const Rule* StreamRules(std::size_t& count)
         {&IFormatCodecVideo::TAG_FRAME_ASPECTX, PROPERTY_TYPE_INT64, IsShort, kShort},
         {&IFormatCodecVideo::TAG_FRAME_ASPECTY, PROPERTY_TYPE_INT64, IsShort, kShort},
         {&Conf::TAG_PIX_FMT, PROPERTY_TYPE_INT64, IsPixelFormat,
-         "the number of a pixel format, as 0 for YUV420P"},
+         "the name or the number of a pixel format, as YUV420P or 0"},
         {&IFormatCodecVideo::TAG_FPS, PROPERTY_TYPE_RATIO, IsPositiveRatio, "a rate as [30000, 1001]"},
         {&IFormatCodecVideo::TAG_X264_TUNE, PROPERTY_TYPE_STRING, IsAnything, "a string"},
         {&IFormatCodecAudio::TAG_SAMPLE_RATE, PROPERTY_TYPE_INT64, IsPositive, kNumber},
@@ -125,9 +127,28 @@ const Rule* StreamRules(std::size_t& count)
     return s_rules;
 }
 
+[[noreturn]] void Refuse(const Place& place, const std::string& reason)
+{
+    ZELNOR_THROW(kUnit, MakeError<PresetFileException>(place, reason));
+}
+
 [[noreturn]] void Refuse(const Place& place, const std::string& expected, const std::string& found)
 {
-    ZELNOR_THROW(kUnit, MakeError<PresetFileException>(place, "expected " + expected + ", found " + found));
+    Refuse(place, "expected " + expected + ", found " + found);
+}
+
+/// Why the value is not as one of the rules says; empty when it is, or no rule is about its key.
+std::string FindFault(const Rule* rules, std::size_t count, const Property& value)
+{
+    for (const Rule* rule = rules; rule != rules + count; ++rule)
+    {
+        if (*rule->key == value.GetName() && (value.GetType() != rule->type || !rule->accepts(value)))
+        {
+            return std::string("expected ") + rule->expected + ", found " + ValueText(value) +
+                   SuggestName(value);
+        }
+    }
+    return "";
 }
 
 void Apply(const Rule* rules, std::size_t count, const Property& group, const Place& place)
@@ -135,9 +156,10 @@ void Apply(const Rule* rules, std::size_t count, const Property& group, const Pl
     for (const Rule* rule = rules; rule != rules + count; ++rule)
     {
         const auto value = group.FindChild(*rule->key);
-        if (value != group.end() && (value->GetType() != rule->type || !rule->accepts(*value)))
+        const std::string fault = value == group.end() ? "" : FindFault(rule, 1, *value);
+        if (!fault.empty())
         {
-            Refuse(place.Under(*rule->key), rule->expected, ValueText(*value));
+            Refuse(place.Under(*rule->key), fault);
         }
     }
 }
@@ -180,11 +202,6 @@ const char* CodecKind(MediaType mediaType)
     return "a codec";
 }
 
-[[noreturn]] void Refuse(const Place& place, const std::string& reason)
-{
-    ZELNOR_THROW(kUnit, MakeError<PresetFileException>(place, reason));
-}
-
 void CheckChildren(const Property& group, const Place& place)
 {
     for (const ChildFault& fault : FindChildFaults(group))
@@ -193,18 +210,35 @@ void CheckChildren(const Property& group, const Place& place)
     }
 }
 
-/// What a job asks of the same settings. Those of unknown keys are left to it.
+/// Keys of a preset that are not of the file to make, and those of the file.
+bool IsFileKeyKnown(const std::string& key)
+{
+    const std::string* const keys[] = {
+        &IPreset::USER_PREFIX,       &IPreset::KEY_USER_PRESET, &IPreset::KEY_DEFAULT_PRESET,
+        &IPreset::IS_TEMPORARY,      &IPreset::KEY_NAME,        &IPreset::KEY_ID,
+        &IPreset::KEY_BASE_ID,       &IPreset::KEY_TYPE_ID,     &IPreset::KEY_FORMAT,
+        &IPreset::KEY_STREAMS,       &IPreset::KEY_FILTERS,     &IFormatFile::TAG_CONTAINER,
+        &Conf::IFormat::TAG_METADATA};
+    return std::any_of(std::begin(keys), std::end(keys),
+                       [&key](const std::string* known) { return *known == key; });
+}
+
+/// What a job asks of the same settings, so that none is lost on the way to it.
 void CheckSettings(const Property& stream, const Place& place)
 {
     for (const Property& setting : stream)
     {
         const Place settingPlace = place.Under(setting.GetName());
+        if (!IsSettingKnown(setting.GetName()))
+        {
+            Refuse(place, UnknownSettingText(setting.GetName()));
+        }
         const std::string fault = FindSettingFault(setting);
         if (!fault.empty())
         {
             Refuse(settingPlace, fault);
         }
-        if (setting.GetType() == PROPERTY_TYPE_GROUP && IsSettingKnown(setting.GetName()))
+        if (setting.GetType() == PROPERTY_TYPE_GROUP)
         {
             CheckChildren(setting, settingPlace);
         }
@@ -262,7 +296,8 @@ void CheckStream(const Property& stream, const Place& streamsPlace)
     const Property& codec = Required(stream, IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), place);
     if (codec.GetType() != PROPERTY_TYPE_STRING || Conf::GetCodecMediaType(codec.GetString()) != mediaType)
     {
-        Refuse(place.Under(IFormatCodec::TAG_CODEC_ID), CodecKind(mediaType), ValueText(codec));
+        Refuse(place.Under(IFormatCodec::TAG_CODEC_ID), CodecKind(mediaType),
+               ValueText(codec) + SuggestName(codec));
     }
     std::size_t count = 0;
     const Rule* const rules = StreamRules(count);
@@ -271,7 +306,36 @@ void CheckStream(const Property& stream, const Place& streamsPlace)
     CheckOptions(stream, place);
 }
 
+/// The first fault of what a group holds.
+std::string FindInnerFault(const Property& setting)
+{
+    const std::vector<ChildFault> faults =
+        setting.GetType() == PROPERTY_TYPE_GROUP ? FindChildFaults(setting) : std::vector<ChildFault>();
+    return faults.empty() ? "" : faults.front().reason;
+}
+
 } // namespace
+
+std::string FindStreamSettingFault(const Property& setting)
+{
+    if (!IsSettingKnown(setting.GetName()))
+    {
+        return UnknownSettingText(setting.GetName());
+    }
+    std::size_t count = 0;
+    const Rule* const rules = StreamRules(count);
+    std::string fault = FindFault(rules, count, WithNumbers(setting));
+    fault = fault.empty() ? FindSettingFault(WithNumbers(setting)) : fault;
+    return fault.empty() ? FindInnerFault(setting) : fault;
+}
+
+std::string FindFileSettingFault(const Property& setting)
+{
+    std::size_t count = 0;
+    const Rule* const rules = FileRules(count);
+    const std::string fault = FindFault(rules, count, setting);
+    return fault.empty() ? FindInnerFault(setting) : fault;
+}
 
 void CheckPreset(const Property& preset, const std::string& file)
 {
@@ -284,6 +348,13 @@ void CheckPreset(const Property& preset, const std::string& file)
     const Rule* const rules = FileRules(count);
     Required(preset, IFormatFile::TAG_CONTAINER, "the name of a container, as \"mp4\"", place);
     Apply(rules, count, preset, place);
+    for (const Property& value : preset)
+    {
+        if (!IsFileKeyKnown(value.GetName()))
+        {
+            Refuse(place, "unknown key '" + value.GetName() + "'");
+        }
+    }
     const auto metadata = preset.FindChild(Conf::IFormat::TAG_METADATA);
     if (metadata != preset.end())
     {

@@ -2,11 +2,10 @@
 
 #include "Media/Options/OptionRules.h"
 #include "Media/Planning/EncoderCapabilities.h"
+#include "Media/Planning/EncoderChoice.h"
 #include "Media/Running/BitrateArguments.h"
 #include "Media/Running/EncoderProfiles.h"
 
-#include "Conf/Interfaces/FormatLists.h"
-#include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include <algorithm>
@@ -19,7 +18,6 @@ namespace
 {
 
 using Conf::IFormatCodec;
-using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecVideo;
 using Core::Property;
 
@@ -205,42 +203,7 @@ void UniteOptions(const Property& group, const Context& context)
     }
 }
 
-bool IsLosslessWord(const std::string& implementation)
-{
-    return implementation == IFormatCodecVideo::ENCODER_LOSSLESS ||
-           implementation == IFormatCodecAudio::ENCODER_LOSSLESS;
-}
-
-std::string TextUnder(const Property& codec, const std::string& key)
-{
-    const auto child = codec.FindChild(key);
-    return child != codec.end() && child->GetType() == PROPERTY_TYPE_STRING ? child->GetString() : "";
-}
-
-bool IsDisabled(const std::string& codecId)
-{
-    const std::vector<std::string>& disabled = Conf::GetDisabledEncoderList();
-    return std::find(disabled.begin(), disabled.end(), codecId) != disabled.end();
-}
-
-/// Why there is no encoder for the codec; empty when `usual` is one.
-std::string WhyNoEncoder(const std::string& codecId, const AVCodec* usual)
-{
-    return codecId.empty()       ? "expected the name of a codec, found nothing"
-           : IsDisabled(codecId) ? "encoding " + codecId + " is disabled"
-           : usual == nullptr    ? "the installed FFmpeg does not have an encoder for " + codecId
-                                 : "";
-}
-
 } // namespace
-
-bool IsCopied(const Property& codec)
-{
-    const auto lossless = codec.FindChild(IFormatCodec::TAG_LOSSLESS);
-    const bool flagged =
-        lossless != codec.end() && lossless->GetType() == PROPERTY_TYPE_INT64 && lossless->GetInt64() != 0;
-    return flagged || IsLosslessWord(TextUnder(codec, IFormatCodec::TAG_PREFERREDIMPL));
-}
 
 bool WantsTwoPasses(const Property& codec)
 {
@@ -255,27 +218,12 @@ bool WantsTwoPasses(const Property& codec)
 
 const AVCodec* EncoderFor(const Property& codec, const Place& place, FaultList& faults)
 {
-    const std::string codecId = TextUnder(codec, IFormatCodec::TAG_CODEC_ID);
-    const AVCodec* const usual = FindEncoder(codecId);
-    const std::string reason = WhyNoEncoder(codecId, usual);
-    if (!reason.empty())
+    const EncoderChoice choice = ChooseEncoder(codec);
+    if (choice.encoder == nullptr)
     {
-        faults.Add(JobFault::Encoder, place.At(IFormatCodec::TAG_CODEC_ID), reason);
-        return nullptr;
+        faults.Add(JobFault::Encoder, place.At(choice.key), choice.fault);
     }
-    const std::string wanted = TextUnder(codec, IFormatCodec::TAG_PREFERREDIMPL);
-    if (wanted.empty() || wanted == IFormatCodec::ENCODER_FFMPEG_IMPL)
-    {
-        return usual;
-    }
-    const AVCodec* const named = avcodec_find_encoder_by_name(wanted.c_str());
-    if (named == nullptr || named->id != usual->id)
-    {
-        faults.Add(JobFault::Encoder, place.At(IFormatCodec::TAG_PREFERREDIMPL),
-                   "the installed FFmpeg does not have an encoder '" + wanted + "' for " + codecId);
-        return nullptr;
-    }
-    return named;
+    return choice.encoder;
 }
 
 CodecOptions EncodingOptions(const Property& codec, const AVCodec& encoder, const Place& place,

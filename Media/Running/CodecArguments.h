@@ -11,9 +11,6 @@
 namespace Zelnor::Media
 {
 
-/// Whether the record says that its stream goes into the target unchanged.
-bool IsCopied(const Core::Property& codec);
-
 /// Whether the record, of checked settings, asks for two passes.
 bool WantsTwoPasses(const Core::Property& codec);
 

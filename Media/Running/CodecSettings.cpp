@@ -91,7 +91,7 @@ Property CheckSettings(const Property& codec, bool isCopied, const Place& place,
         const Place keyPlace = place.At(setting.GetName());
         if (!IsSettingKnown(setting.GetName()))
         {
-            faults.Add(JobFault::Setting, place, "unknown setting '" + setting.GetName() + "'");
+            faults.Add(JobFault::Setting, place, UnknownSettingText(setting.GetName()));
         }
         else if (!seen.insert(setting.GetName()).second)
         {

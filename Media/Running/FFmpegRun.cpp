@@ -95,6 +95,16 @@ private:
     FFmpegProgress m_progress;
 };
 
+/// What x265 tells of itself whatever it is told, between the lines of ffmpeg that matter.
+bool IsInformation(std::string_view line)
+{
+    constexpr std::string_view kInformation = "x265 [info]: ";
+    constexpr std::string_view kSummary = "encoded ";
+    return line.empty() || line.substr(0, kInformation.size()) == kInformation ||
+           (line.substr(0, kSummary.size()) == kSummary &&
+            line.find(" kb/s, Avg QP:") != std::string_view::npos);
+}
+
 /// The last lines.
 class Tail
 {
@@ -102,6 +112,10 @@ public:
     void Add(const std::string& line)
     {
         constexpr std::size_t kLines = 10;
+        if (IsInformation(line))
+        {
+            return;
+        }
         m_lines.push_back(line);
         if (m_lines.size() > kLines)
         {

@@ -12,8 +12,10 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <set>
+#include <system_error>
 #include <unordered_set>
 #include <utility>
 
@@ -113,6 +115,10 @@ public:
         }
         Commit(target);
         result.outcome = TargetResult::Outcome::Done;
+        result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_begin).count();
+        std::error_code error;
+        const std::uintmax_t size = target.IsDirect() ? 0 : std::filesystem::file_size(result.file, error);
+        result.size = error ? 0 : size;
         return result;
     }
 
@@ -207,6 +213,7 @@ private:
     const RunOptions& m_options;
     KeptFiles& m_kept;
     RunProgress m_progress;
+    std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
 };
 
 /// Removes what killed runs have left beside the targets.
@@ -250,8 +257,8 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
     {
         if (options.cancel.IsCancelled())
         {
-            result.targets.push_back(
-                {prepared[i].transcode.output, TargetResult::Outcome::Cancelled, {}, {}});
+            result.targets.emplace_back();
+            result.targets.back().file = prepared[i].transcode.output;
             continue;
         }
         result.targets.push_back(TargetRun(prepared[i], options, kept, i, prepared.size()).Run());

@@ -70,6 +70,8 @@ struct TargetResult
     Outcome outcome = Outcome::Cancelled;
     std::vector<std::string> warnings; ///< the last lines that ffmpeg wrote although it succeeded
     std::vector<std::string> notes;    ///< what could not be verified, as sentences without an end
+    double seconds = 0;                ///< from the beginning of this target to its end
+    std::uint64_t size = 0;            ///< bytes of the file; 0 when it is a pipe or a device
 };
 
 /// What became of a job.

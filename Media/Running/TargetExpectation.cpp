@@ -44,6 +44,7 @@ ExpectedFile ExpectationOf(const Transcode& transcode, const TranscodeCommand& c
     expected.isPicture = command.isPicture;
     expected.tags = command.metadata;
     expected.sources = transcode.inputs;
+    expected.span = transcode.span;
     for (std::size_t i = 0; i < transcode.streams.size(); ++i)
     {
         expected.streams.push_back(ExpectationOf(transcode, transcode.streams[i], command.streams[i]));

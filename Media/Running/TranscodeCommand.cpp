@@ -5,6 +5,7 @@
 #include "Media/Options/SettingRules.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCheck.h"
+#include "Media/Planning/EncoderChoice.h"
 #include "Media/Probe/StreamKinds.h"
 #include "Media/Running/CodecArguments.h"
 #include "Media/Running/CodecSettings.h"

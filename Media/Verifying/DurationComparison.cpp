@@ -39,6 +39,14 @@ std::int64_t ToleranceOf(const ExpectedStream& wanted, const MediaStream& source
                : made + FrameLength(source.descriptor->GetProperty()) + kRounding;
 }
 
+/// A copy begins at the key frame before its part, which may be as early as its source.
+StreamScan WithoutLead(StreamScan found, std::int64_t wanted, std::int64_t start)
+{
+    const std::int64_t lead = std::clamp<std::int64_t>(*found.Length() - wanted, 0, start);
+    found.end = *found.end - lead;
+    return found;
+}
+
 } // namespace
 
 std::optional<std::int64_t> DurationComparison::DeclaredLength(const ExpectedStream& wanted) const
@@ -53,7 +61,7 @@ std::optional<std::int64_t> DurationComparison::DeclaredLength(const ExpectedStr
             longest = std::max(longest, stream.duration ? stream.duration : file.duration);
         }
     }
-    return longest;
+    return m_file.span.DurationOf(longest);
 }
 
 std::vector<TargetDifference> DurationComparison::Compare(const ExpectedStream& wanted,
@@ -67,6 +75,18 @@ std::vector<TargetDifference> DurationComparison::Compare(const ExpectedStream& 
     }
     const std::int64_t tolerance = ToleranceOf(wanted, source, found);
     const std::optional<std::int64_t> declared = DeclaredLength(wanted);
+    if (wanted.isCopied && m_file.span.start > 0 && declared)
+    {
+        return CompareLengths(wanted, WithoutLead(found, *declared, m_file.span.start), declared, tolerance);
+    }
+    return CompareLengths(wanted, found, declared, tolerance);
+}
+
+std::vector<TargetDifference> DurationComparison::CompareLengths(const ExpectedStream& wanted,
+                                                                 const StreamScan& found,
+                                                                 std::optional<std::int64_t> declared,
+                                                                 std::int64_t tolerance)
+{
     const bool isEstimated = m_file.sources[wanted.source].durationIsEstimated;
     if (declared && !isEstimated &&
         (std::abs(*declared - *found.end) <= tolerance || std::abs(*declared - *found.Length()) <= tolerance))
@@ -88,8 +108,8 @@ std::vector<TargetDifference> DurationComparison::CompareMeasured(const Expected
         const bool isOfKind = m_file.sources[wanted.source].streams[index].kind == wanted.kind;
         if (isOfKind && index < scan.streams.size() && scan.streams[index].end)
         {
-            end = std::max(end, *scan.streams[index].end);
-            length = std::max(length, *scan.streams[index].Length());
+            end = std::max(end, *m_file.span.DurationOf(scan.streams[index].end));
+            length = std::max(length, *m_file.span.DurationOf(scan.streams[index].Length()));
             tolerance = std::max(tolerance, tolerance + scan.streams[index].frameLength);
         }
     }

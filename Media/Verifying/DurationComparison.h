@@ -29,7 +29,11 @@ public:
                                           const StreamScan& found);
 
 private:
+    /// Of the part of the source that is converted.
     std::optional<std::int64_t> DeclaredLength(const ExpectedStream& wanted) const;
+    std::vector<TargetDifference> CompareLengths(const ExpectedStream& wanted, const StreamScan& found,
+                                                 std::optional<std::int64_t> declared,
+                                                 std::int64_t tolerance);
     std::vector<TargetDifference> CompareMeasured(const ExpectedStream& wanted, const StreamScan& found,
                                                   std::int64_t tolerance);
     const MediaScan& Measured(std::size_t source);

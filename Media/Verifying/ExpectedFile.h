@@ -2,6 +2,7 @@
 
 // Private to the library, not installed.
 
+#include "Media/Jobs/MediaSpan.h"
 #include "Media/Place.h"
 #include "Media/Probe/MediaProbe.h"
 
@@ -41,6 +42,7 @@ struct ExpectedFile
     std::vector<std::string> tags;  ///< "title=Film"
     std::vector<MediaFile> sources; ///< what it is made from
     std::vector<ExpectedStream> streams;
+    MediaSpan span = {}; ///< the part of the sources that it is made from
 
     const MediaStream& SourceOf(const ExpectedStream& stream) const
     {

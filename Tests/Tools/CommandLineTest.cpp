@@ -21,6 +21,7 @@ const std::vector<std::vector<std::string>> kLevels = {
     {"job", "run"},
     {"job", "verify"},
     {"job", "diff"},
+    {"convert"},
     {"probe"},
     {"list"},
     {"list", "codecs"},
@@ -29,12 +30,14 @@ const std::vector<std::vector<std::string>> kLevels = {
     {"list", "decoders"},
     {"list", "encoders"},
     {"list", "accelerators"},
+    {"list", "presets"},
     {"list", "pixel-formats"},
     {"list", "sample-formats"},
     {"list", "layouts"},
     {"explain"},
     {"bitrate"},
     {"extensions"},
+    {"help"},
 };
 
 std::vector<std::string> With(std::vector<std::string> words, const std::string& word)
@@ -83,10 +86,10 @@ TEST_F(CommandLine, EveryCommandThatAnswersCanWriteJson)
 {
     for (const auto& level : kLevels)
     {
-        const bool answers = !level.empty() && level != std::vector<std::string>{"job"} &&
-                             level != std::vector<std::string>{"list"} &&
-                             level != std::vector<std::string>{"job", "new"} &&
-                             level != std::vector<std::string>{"job", "draw"};
+        const bool answers =
+            !level.empty() && level != std::vector<std::string>{"job"} &&
+            level != std::vector<std::string>{"list"} && level != std::vector<std::string>{"job", "new"} &&
+            level != std::vector<std::string>{"help"} && level != std::vector<std::string>{"job", "draw"};
         const std::string help = Zconf(With(level, "--help")).output;
         EXPECT_EQ(help.find("--json") != std::string::npos, answers) << help;
         EXPECT_EQ(help.find("Write JSON\n") != std::string::npos, answers) << help;
@@ -111,11 +114,44 @@ TEST_F(CommandLine, ACommandIsRequired)
 
 TEST_F(CommandLine, AnUnexpectedArgumentIsNamed)
 {
-    ExpectFailure(Zconf({"jab"}), "Unexpected argument 'jab' (see zconf --help)");
-    ExpectFailure(Zconf({"job", "shew", "j.json"}), "Unexpected argument 'shew' (see zconf job --help)");
-    ExpectFailure(Zconf({"job", "show", "--jsno", "j"}),
-                  "Unexpected argument '--jsno' (see zconf job show --help)");
+    ExpectFailure(Zconf({"dance"}), "Unexpected argument 'dance' (see zconf --help)");
+    ExpectFailure(Zconf({"job", "dance", "j.json"}), "Unexpected argument 'dance' (see zconf job --help)");
+    ExpectFailure(Zconf({"job", "show", "--dance", "j"}),
+                  "Unexpected argument '--dance' (see zconf job show --help)");
     ExpectFailure(Zconf({"job", "show", "a", "b"}), "Unexpected argument 'b' (see zconf job show --help)");
+}
+
+TEST_F(CommandLine, AMisspeltCommandOrOptionIsRecognised)
+{
+    ExpectFailure(Zconf({"jab"}), "Unexpected argument 'jab'; did you mean 'job'? (see zconf --help)");
+    ExpectFailure(Zconf({"convrt", "a", "b"}),
+                  "Unexpected argument 'convrt'; did you mean 'convert'? (see zconf --help)");
+    ExpectFailure(Zconf({"job", "drow", "j.json"}),
+                  "Unexpected argument 'drow'; did you mean 'draw' or 'show'? (see zconf job --help)");
+    ExpectFailure(Zconf({"job", "show", "--jsno", "j"}),
+                  "Unexpected argument '--jsno'; did you mean '--json'? (see zconf job show --help)");
+    ExpectFailure(
+        Zconf({"convert", "a", "b", "--maxsize=1x1"}),
+        "Unexpected argument '--maxsize=1x1'; did you mean '--max-size'? (see zconf convert --help)");
+}
+
+TEST_F(CommandLine, HelpOfACommandIsShownByItsName)
+{
+    EXPECT_EQ(Zconf({"help"}).output, Zconf({"--help"}).output);
+    EXPECT_EQ(Zconf({"help", "job", "new"}).output, Zconf({"job", "new", "--help"}).output);
+    EXPECT_EQ(Zconf({"help", "convert"}).output, Zconf({"convert", "--help"}).output);
+    ExpectFailure(Zconf({"help", "job", "shwo"}),
+                  "'shwo' is not a known command of zconf job; did you mean 'show'?");
+    ExpectFailure(Zconf({"help", "convert", "x"}), "'x' is not a known command of zconf convert");
+}
+
+TEST_F(CommandLine, TheOptionForTheDocumentIsTheSameInEveryCommandAndNamesItsOldName)
+{
+    for (const auto& [command, oldName] : {std::pair("new", "--job"), std::pair("draw", "--output")})
+    {
+        const std::string help = Zconf({"job", command, "--help"}).output;
+        EXPECT_THAT(help, HasSubstr(std::string("-o,--document,") + oldName)); // CLI11 lays out the rest.
+    }
 }
 
 TEST_F(CommandLine, AMissingArgumentIsNamed)

@@ -99,14 +99,29 @@ TEST_F(JobDiff, TheOrderOfNodesAndLinksDoesNotCount)
 
 TEST_F(JobDiff, WritesJsonForScripts)
 {
-    const ProcessResult result = Diff(Job(R"({"r":{"x":"\n"}})"), Job(R"({"r":{}})"), {"--json"});
+    const ProcessResult result =
+        Diff(Job(R"({"r":{"x":"\n","y":1,"z":{"q":[1,2]}}})"), Job(R"({"r":{"y":"1"}})"), {"--json"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.output, R"({
   "equal": false,
   "differences": [{
       "place": "node 1",
       "key": "x",
-      "first": "\"\n\"",
+      "first": "\n",
+      "second": null
+    },
+    {
+      "place": "node 1",
+      "key": "y",
+      "first": 1,
+      "second": "1"
+    },
+    {
+      "place": "node 1",
+      "key": "z",
+      "first": {
+        "q": [1, 2]
+      },
       "second": null
     }]
 }

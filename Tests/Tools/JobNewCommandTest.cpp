@@ -131,7 +131,8 @@ TEST_F(JobNew, ARealClipMakesAValidJobWithEveryPresetThatShips)
 
 TEST_F(JobNew, LosslessDvdReplacesTheContainerAndSaysSo)
 {
-    const ProcessResult result = Zconf(Command({"--lossless-dvd"}));
+    const ProcessResult result =
+        Zconf({"job", "new", "-p", "mp3", "-i", "in.mp4", "-t", "out", "--lossless-dvd"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.messages, "zconf: Replacing output format for lossless conversion to DVD\n");
     EXPECT_EQ((*Load(result.output))[2]["container"].GetString(), "dvd");
@@ -156,7 +157,7 @@ TEST_F(JobNew, RefusesAnInputThatCannotBeRead)
 
 TEST_F(JobNew, NothingMayOverwriteWhatGoesIn)
 {
-    ExpectFailure(Zconf({"job", "new", "-p", "mp3", "-i", "in.mp4", "-t", "./in.mp4"}),
+    ExpectFailure(Zconf({"job", "new", "-p", "mp4-h264-aac", "-i", "in.mp4", "-t", "./in.mp4"}),
                   "The output and the input are the same file: './in.mp4'");
     ExpectFailure(Zconf(Command({"-o", "in.mp4"})), "The job and the input are the same file: 'in.mp4'");
     ExpectFailure(Zconf(Command({"-o", "out.mp3"})), "The job and the output are the same file: 'out.mp3'");
@@ -165,6 +166,25 @@ TEST_F(JobNew, NothingMayOverwriteWhatGoesIn)
     ExpectFailure(Zconf({"job", "new", "-p", "preset.json", "-i", "in.mp4", "-t", "o", "-o", "other.json"}),
                   "The job and the preset are the same file: 'other.json'");
     EXPECT_EQ(Read("in.mp4"), TinyClip());
+}
+
+TEST_F(JobNew, TheOldNamesOfOptionsStillWork)
+{
+    ExpectQuietSuccess(
+        Zconf({"job", "new", "--preset", "mp3", "--input", "in.mp4", "--output", "o", "--job", "a"}));
+    ExpectQuietSuccess(
+        Zconf({"job", "new", "--preset", "mp3", "--input", "in.mp4", "--target", "o", "--document", "b"}));
+    EXPECT_EQ(Read("a"), Read("b"));
+}
+
+TEST_F(JobNew, TellsWhatItChangesOfThePreset)
+{
+    Preset(R"({"audio":{"codec_id":"CODEC_ID_AC3","bitrate":200000}})");
+    const ProcessResult result = NewFrom("preset.json");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.messages,
+              "zconf: note: in.mp4: audio stream 1, p.$$STREAMS$$.audio.bitrate: 200000 becomes "
+              "192000, the nearest that the encoder supports\n");
 }
 
 TEST_F(JobNew, TheOutputNeedsAName)
@@ -317,11 +337,15 @@ TEST_F(JobNew, APresetIsRefusedWithItsPlace)
          "p.$$STREAMS$$.audio.bitrate: expected an integer, a string, a rational, null or a group, found a "
          "number that is not a 64-bit integer"},
         {R"({"audio":{)" + codec + R"(,"bitrate_mode":"cbr"}})",
-         "p.$$STREAMS$$.audio.bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'cbr'"},
+         "p.$$STREAMS$$.audio.bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'cbr'; did you mean 'CBR' "
+         "or "
+         "'CBR_AUTO' or 'VBR'?"},
         {R"({"audio":{)" + codec + R"(,"layout":"Stereo"}})",
-         "p.$$STREAMS$$.audio.layout: expected a channel layout, as \"STEREO\", found 'Stereo'"},
+         "p.$$STREAMS$$.audio.layout: expected a channel layout, as \"STEREO\", found 'Stereo'; did you "
+         "mean 'STEREO' or 'STEREO_DOWNMIX'?"},
         {R"({"audio":{)" + codec + R"(,"sample_format":"s16"}})",
-         "p.$$STREAMS$$.audio.sample_format: expected a sample format, as \"SAMPLE_FMT_S16\", found 's16'"},
+         "p.$$STREAMS$$.audio.sample_format: expected a sample format, as \"SAMPLE_FMT_S16\", found 's16'; "
+         "did you mean 'SAMPLE_FMT_S16' or 'SAMPLE_FMT_S16P'?"},
         {R"({"video":{"codec_id":"CODEC_ID_H265","frameRateRatio":25}})",
          "p.$$STREAMS$$.video.frameRateRatio: expected a rate as [30000, 1001], found 25"},
         {R"({"video":{"codec_id":"CODEC_ID_H265","frameRateRatio":[-25,1]}})",
@@ -339,7 +363,8 @@ TEST_F(JobNew, APresetNeedsAKnownContainer)
     const std::string streams = R"("$$STREAMS$$":{"audio":{"codec_id":"CODEC_ID_AAC"}}}})";
     const std::string expected = "p.container: expected the name of a container, as \"mp4\", found ";
     ExpectFailure(NewFrom(Write("a", R"({"p":{)" + streams)), "a: " + expected + "nothing");
-    ExpectFailure(NewFrom(Write("b", R"({"p":{"container":"mp99",)" + streams)), "b: " + expected + "'mp99'");
+    ExpectFailure(NewFrom(Write("b", R"({"p":{"container":"mp99",)" + streams)),
+                  "b: " + expected + "'mp99'; did you mean 'mp2' or 'mp3' or 'mp4'?");
     ExpectFailure(NewFrom(Write("c", R"({"p":{"container":"All Files",)" + streams)),
                   "c: " + expected + "'All Files'");
     ExpectFailure(NewFrom(Write("d", R"({"p":{"container":["mp4"],)" + streams)),

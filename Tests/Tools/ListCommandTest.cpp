@@ -137,6 +137,24 @@ TEST_F(ListCommand, ListsTheImplementations)
               "CODEC_ID_MPEG2VIDEO\n");
 }
 
+TEST_F(ListCommand, MarksTheEncodersThatAJobCanPrefer)
+{
+    const rapidjson::Document document = Json({"encoders"});
+    for (const auto& encoder : document.GetArray())
+    {
+        EXPECT_EQ(encoder["usable"].GetBool(), std::string(encoder["name"].GetString()) == "ENCODER_FFMPEG");
+    }
+}
+
+TEST_F(ListCommand, ListsThePresets)
+{
+    const rapidjson::Document document = Json({"presets", "mp3"});
+    ASSERT_EQ(document.Size(), 1U);
+    EXPECT_STREQ(document[0]["container"].GetString(), "mp3");
+    EXPECT_STREQ(document[0]["title"].GetString(), "MP3");
+    EXPECT_GE(Names({"presets"}).size(), 11U);
+}
+
 TEST_F(ListCommand, ListsTheMediaRecords)
 {
     EXPECT_EQ(Names({"sample-formats"}).size(), 11U);

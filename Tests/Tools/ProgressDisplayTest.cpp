@@ -1,9 +1,12 @@
 #include "Tools/zconf/Console/ProgressDisplay.h"
 
+#include "Tools/zconf/Console/Text.h"
+
 #include "Tests/Support/GroupedNumbers.h"
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <limits>
 #include <string>
 
@@ -11,6 +14,8 @@ namespace
 {
 
 using namespace Zelnor;
+using Tool::BarText;
+using Tool::DoneText;
 using Tool::ProgressText;
 
 constexpr std::int64_t kSecond = 1000000;
@@ -60,6 +65,42 @@ TEST(ProgressText, IsNotMisledByOddNumbers)
     EXPECT_EQ(ProgressText(Progress(0.5, 0, 1e-300)), "50%  0.0x  277777:46:40 left");
     EXPECT_EQ(ProgressText(Progress(0.5, 0, -1)), "50%");
     EXPECT_EQ(ProgressText(Progress(0.5, 0, std::numeric_limits<double>::quiet_NaN())), "50%");
+}
+
+Media::RunProgress Named(const std::string& file)
+{
+    Media::RunProgress progress = Progress(0.5, 5 * kSecond, 2);
+    progress.file = file;
+    return progress;
+}
+
+TEST(BarText, FillsItsPart)
+{
+    EXPECT_EQ(BarText(Named("out.mp4"), 80),
+              "[###############---------------] 50%  2.0x  0:00:03 left  out.mp4");
+}
+
+TEST(BarText, StaysInItsLineOnEveryTerminal)
+{
+    EXPECT_EQ(BarText(Named("out.mp4"), 60), "[########--------] 50%  2.0x  0:00:03 left  out.mp4");
+    EXPECT_EQ(BarText(Named("out.mp4"), 40), "[####----] 50%  2.0x  0:00:03 left  out~");
+    EXPECT_EQ(BarText(Named("out.mp4"), 20), "[####----] 50%  2.~");
+    EXPECT_EQ(BarText(Named("out.mp4"), 1), "");
+    EXPECT_EQ(BarText(Named("out.mp4"), 0), "");
+    for (std::size_t columns = 2; columns < 120; ++columns)
+    {
+        const std::string text = BarText(Named(std::string(50, 'x') + "\xc3\xa4\n"), columns);
+        EXPECT_LT(Tool::Columns(text), columns) << text;
+    }
+}
+
+TEST(DoneText, TellsTheTimeAndTheSize)
+{
+    Media::TargetResult target;
+    target.file = "out\n.mp4";
+    target.seconds = 61.2;
+    target.size = 1234567;
+    EXPECT_EQ(DoneText(target), "out\\n.mp4: done in 0:01:02, 1.2 MB");
 }
 
 TEST(ProgressText, DoesNotDependOnTheLocale)

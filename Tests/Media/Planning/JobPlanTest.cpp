@@ -36,7 +36,7 @@ constexpr const char* kBoth = R"({"video":{"codec_id":"CODEC_ID_H264"},"audio":{
 JobRequest Request(std::vector<unsigned int> chosen = {}, std::vector<StreamMerge> merges = {})
 {
     JobRequest request;
-    request.output = "out.mp4";
+    request.output = "out";
     request.streams.chosen = std::move(chosen);
     request.merges = std::move(merges);
     return request;

@@ -6,6 +6,8 @@
 #include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/TestStreams.h"
 
+#include "Conf/Interfaces/PixelFormatDescription.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -64,7 +66,7 @@ TEST(PresetFile, RefusesAValueWithItsPlaceInTextAndTags)
 TEST(PresetFile, RefusesNumbersThatNoVideoHas)
 {
     const std::string side = "expected an integer from 1 to 65535, found ";
-    const std::string format = "expected the number of a pixel format, as 0 for YUV420P, found ";
+    const std::string format = "expected the name or the number of a pixel format, as YUV420P or 0, found ";
     const std::pair<std::string, std::string> kCases[] = {
         {R"("width":4294967456)", "width: " + side + "4294967456"},
         {R"("width":0)", "width: " + side + "0"},
@@ -77,7 +79,9 @@ TEST(PresetFile, RefusesNumbersThatNoVideoHas)
         {R"("PIXELFORMAT":4294967296)", "PIXELFORMAT: " + format + "4294967296"},
         {R"("PIXELFORMAT":1)", "PIXELFORMAT: " + format + "1"},
         {R"("PIXELFORMAT":-2)", "PIXELFORMAT: " + format + "-2"},
-        {R"("PIXELFORMAT":"YUV420P")", "PIXELFORMAT: " + format + "'YUV420P'"},
+        {R"("PIXELFORMAT":"YUV20P")",
+         "PIXELFORMAT: " + format + "'YUV20P'; did you mean 'YUV420P' or 'YUV422P' or 'YUV410P'?"},
+        {R"("PIXELFORMAT":"")", "PIXELFORMAT: " + format + "''"},
         {R"("frameRateRatio":[0,1])", "frameRateRatio: expected a rate as [30000, 1001], found 0/1"},
         {R"("metadata":3)", "metadata: expected a group, found 3"},
         {R"("language":7)", "language: expected a string, found 7"},
@@ -88,6 +92,67 @@ TEST(PresetFile, RefusesNumbersThatNoVideoHas)
         SCOPED_TRACE(settings);
         EXPECT_EQ(ExpectRefused(WithSettings("video", "CODEC_ID_H264", settings)).description,
                   "p.json: p.$$STREAMS$$.video." + sentence);
+    }
+}
+
+TEST(PresetFile, TakesPixelFormatsByName)
+{
+    for (const std::string name : {"YUV422P", "yuv422p", "PIX_FMT_YUV422P"})
+    {
+        const auto preset = Read(WithSettings("video", "CODEC_ID_H264", R"("PIXELFORMAT":")" + name + "\""));
+        EXPECT_EQ(preset->GetProperty()["$$STREAMS$$"]["video"]["PIXELFORMAT"].GetInt64(), PIX_FMT_YUV422P);
+    }
+}
+
+TEST(PresetFile, RefusesWhatAnEncoderWouldOverlookInSilence)
+{
+    const std::pair<std::string, std::string> kCases[] = {
+        {R"("quality":99)", ".quality: expected an integer from 0 to 32, found 99"},
+        {R"("two_pass_encoding":"yes")",
+         ".two_pass_encoding: expected an integer, one_pass or two_pass, found 'yes'"},
+        {R"("two_pass":"yes")", ": unknown setting 'two_pass'; did you mean 'two_pass_encoding'?"},
+        {R"("maxIFrameInterval":-3)", ".maxIFrameInterval: expected a number from -1 on, found -3"},
+        {R"("maxIFrameInterval":"-3")", ".maxIFrameInterval: expected a number from -1 on, found '-3'"},
+        {R"("maxBFrameSequence":[-3,1])", ".maxBFrameSequence: expected a number from -1 on, found -3/1"},
+        {R"("dpi":{})", ".dpi: expected a number from -1 on, found a group"},
+        {R"("odd":1)", ": unknown setting 'odd'"},
+    };
+    for (const auto& [settings, sentence] : kCases)
+    {
+        EXPECT_EQ(ExpectRefused(WithSettings("video", "CODEC_ID_H264", settings)).description,
+                  "p.json: p.$$STREAMS$$.video" + sentence);
+    }
+    EXPECT_NO_THROW(Read(WithSettings("video", "CODEC_ID_H264", R"("maxIFrameInterval":-1)")));
+    EXPECT_NO_THROW(Read(WithSettings("video", "CODEC_ID_H264", R"("quality":0)")));
+}
+
+TEST(PresetFile, RefusesKeysThatNobodyReads)
+{
+    const std::string streams = R"("$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H264"}}}})";
+    EXPECT_EQ(ExpectRefused(R"({"p":{"container":"mp4","contaner":"mp4",)" + streams).description,
+              "p.json: p: unknown key 'contaner'");
+    for (const std::string key : {"name", "id", "base_id", "$$FILTERS$$"})
+    {
+        const std::string value = key == "$$FILTERS$$" ? "{}" : "\"x\"";
+        EXPECT_NO_THROW(Read(R"({"p":{"container":"mp4",")" + key + "\":" + value + "," + streams)) << key;
+    }
+}
+
+TEST(PresetFile, SuggestsTheNameThatWasMeant)
+{
+    const std::pair<std::string, std::string> kCases[] = {
+        {R"("layout":"Stereo")",
+         "layout: expected a channel layout, as \"STEREO\", found 'Stereo'; did you mean "
+         "'STEREO' or 'STEREO_DOWNMIX'?"},
+        {R"("bitrate_mode":"cbr")", "bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'cbr'; did you mean "
+                                    "'CBR' or 'CBR_AUTO' or 'VBR'?"},
+        {R"("sample_format":"fltp")", "sample_format: expected a sample format, as \"SAMPLE_FMT_S16\", found "
+                                      "'fltp'; did you mean 'SAMPLE_FMT_FLTP' or 'SAMPLE_FMT_FLT'?"},
+    };
+    for (const auto& [settings, sentence] : kCases)
+    {
+        EXPECT_EQ(ExpectRefused(WithSettings("audio", "CODEC_ID_AAC", settings)).description,
+                  "p.json: p.$$STREAMS$$.audio." + sentence);
     }
 }
 

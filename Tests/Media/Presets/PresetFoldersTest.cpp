@@ -60,7 +60,8 @@ TEST(PresetFolders, WithoutThePresetAreToldWithWhatTheyHold)
     WriteFile(folder / "flac.json", "");
     WriteFile(folder / "mp3.json", "");
     const Thrown thrown = ExpectThrow<PresetFileException>([&] { FindPreset("mp5", {folder.Path()}); });
-    EXPECT_EQ(thrown.description, "mp5: neither a file nor a known preset (known: flac, mp3)");
+    EXPECT_EQ(thrown.description,
+              "mp5: neither a file nor a known preset (known: flac, mp3); did you mean 'mp3'?");
     EXPECT_EQ(thrown.Get<MediaException::TagFile>(), "mp5");
     EXPECT_EQ(ExpectThrow<PresetFileException>([] { FindPreset("mp5", {}); }).description,
               "mp5: neither a file nor a known preset (none is known)");

@@ -72,7 +72,7 @@ TEST(CodecSettings, OfAnotherKindAreFaults)
     ExpectFault(R"("bitrate":"fast")", ", bitrate: expected an integer from 1 to 2147483647, found 'fast'");
     ExpectFault(R"("profile":{"x":1})", ", profile: expected a string, found a group");
     ExpectFault(R"("profile":null)", ", profile: expected a string, found null");
-    ExpectFault(R"("quality":[1,2])", ", quality: expected an integer, found 1/2");
+    ExpectFault(R"("quality":[1,2])", ", quality: expected an integer from 0 to 32, found 1/2");
     ExpectFault(R"("metadata":5)", ", metadata: expected a group, found 5");
     ExpectFault(R"("language":5)", ", language: expected a string, found 5");
     ExpectFault(R"("codec_id":5)", ", codec_id: expected a string, found 5");

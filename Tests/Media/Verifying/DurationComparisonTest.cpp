@@ -49,6 +49,32 @@ TEST(DurationComparison, ReadsASourceThatSaysOtherwise)
                 ElementsAre("source '" + name + "': wanted 60.000 s, found 2.000 s, it is cut"));
 }
 
+TEST(DurationComparison, ExpectsThePartOfTheSourceThatTheJobAsksFor)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "in.mkv").string();
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=25:d=2", "-c:v", "mpeg4", name});
+    const MediaFile source = ProbeMedia(name);
+    ExpectedFile wanted = ExpectingFile(source, "mp4");
+    wanted.span = {500000, 1500000};
+    const auto compare = [&](std::int64_t end) {
+        const std::function<bool()> never;
+        StreamScan scan = GoodScan();
+        scan.end = end;
+        return Told(
+            DurationComparison(wanted, never).Compare(wanted.streams.front(), source.streams.front(), scan));
+    };
+    EXPECT_THAT(compare(1000000), IsEmpty());
+    EXPECT_THAT(compare(2000000), ElementsAre("duration: wanted 1.000 s, found 2.000 s"));
+    EXPECT_THAT(compare(500000), ElementsAre("duration: wanted 1.000 s, found 0.500 s"));
+    // A copy may begin at any key frame before its part.
+    wanted.streams.front().isCopied = true;
+    EXPECT_THAT(compare(1500000), IsEmpty());
+    EXPECT_THAT(compare(1000000), IsEmpty());
+    EXPECT_THAT(compare(1800000), ElementsAre("duration: wanted 1.000 s, found 1.300 s"));
+    EXPECT_THAT(compare(500000), ElementsAre("duration: wanted 1.000 s, found 0.500 s"));
+}
+
 TEST(DurationComparison, AStreamMayEndBeforeItsFile)
 {
     const TemporaryFolder folder;

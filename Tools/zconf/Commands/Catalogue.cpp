@@ -1,5 +1,7 @@
 #include "Tools/zconf/Commands/Catalogue.h"
 
+#include "Media/Presets/PresetFile.h"
+#include "Media/Presets/PresetFolders.h"
 #include "Tools/zconf/Console/Names.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
@@ -166,6 +168,14 @@ std::vector<Description> ListImplementations(const std::vector<std::string>& nam
         descriptions.push_back({{"name", name}, {"accelerator", accelerator}, {"codec", codecId}});
     }
     return descriptions;
+}
+
+/// Whether a job can name the encoder as its preferred one: the others belong to applications that bring
+/// them along.
+bool IsEncoderUsable(const std::string& name)
+{
+    return name == IFormatCodec::ENCODER_FFMPEG_IMPL || name == IFormatCodecVideo::ENCODER_LOSSLESS ||
+           name == Conf::IFormatCodecAudio::ENCODER_LOSSLESS;
 }
 
 } // namespace
@@ -348,7 +358,12 @@ std::vector<Description> ListDecoders()
 
 std::vector<Description> ListEncoders()
 {
-    return ListImplementations(Conf::GetEncoderImplList(), EncodersOf);
+    std::vector<Description> descriptions = ListImplementations(Conf::GetEncoderImplList(), EncodersOf);
+    for (Description& description : descriptions)
+    {
+        description.push_back({"usable", IsEncoderUsable(std::get<std::string>(description.front().value))});
+    }
+    return descriptions;
 }
 
 std::vector<Description> ListAccelerators()
@@ -360,6 +375,21 @@ std::vector<Description> ListAccelerators()
         descriptions.push_back({{"name", AcceleratorNames()[i]},
                                 {"encodes", CodecsOf(EncodersOf(accelerator))},
                                 {"decodes", CodecsOf(DecodersOf(accelerator))}});
+    }
+    return descriptions;
+}
+
+std::vector<Description> ListShippedPresets()
+{
+    std::vector<Description> descriptions;
+    for (const std::string& name : Media::ListPresets(Media::DefaultPresetFolders()))
+    {
+        const auto preset = Media::PresetFile::Open(Media::FindPreset(name));
+        const Core::Property& record = preset->GetProperty();
+        const auto title = record.FindChild(Conf::IPreset::KEY_NAME);
+        descriptions.push_back({{"name", name},
+                                {"container", record[Conf::IFormatFile::TAG_CONTAINER].GetString()},
+                                {"title", title == record.end() ? "" : title->GetString()}});
     }
     return descriptions;
 }

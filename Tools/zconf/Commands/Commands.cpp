@@ -16,11 +16,13 @@ void AddAllCommands(CLI::App& app)
     AddJobRunCommand(*job);
     AddJobVerifyCommand(*job);
     AddJobDiffCommand(*job);
+    AddConvertCommand(app);
     AddProbeCommand(app);
     AddListCommand(app);
     AddExplainCommand(app);
     AddBitrateCommand(app);
     AddExtensionsCommand(app);
+    AddHelpCommand(app);
 }
 
 } // namespace Zelnor::Tool

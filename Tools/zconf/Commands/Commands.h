@@ -26,5 +26,7 @@ void AddListCommand(CLI::App& app);
 void AddExplainCommand(CLI::App& app);
 void AddBitrateCommand(CLI::App& app);
 void AddExtensionsCommand(CLI::App& app);
+void AddConvertCommand(CLI::App& app);
+void AddHelpCommand(CLI::App& app);
 
 } // namespace Zelnor::Tool

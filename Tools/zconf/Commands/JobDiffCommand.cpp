@@ -9,6 +9,7 @@
 #include "Tools/zconf/Console/Text.h"
 
 #include <memory>
+#include <optional>
 
 namespace Zelnor::Tool
 {
@@ -66,6 +67,20 @@ void WriteText(JsonOutput& json, const char* key, const std::string& text)
     }
 }
 
+/// A value as it stands in a job's document. A difference that is not between values has texts.
+void WriteValue(JsonOutput& json, const char* key, const std::optional<Core::Property>& value,
+                const std::string& text)
+{
+    if (!value)
+    {
+        WriteText(json, key, text);
+        return;
+    }
+    Core::Property group;
+    group.SetChild(key, *value);
+    json.Member(group[key]);
+}
+
 void WriteJson(const std::vector<Media::JobDifference>& differences)
 {
     JsonOutput json;
@@ -79,8 +94,8 @@ void WriteJson(const std::vector<Media::JobDifference>& differences)
         json.GetWriter().StartObject();
         WriteText(json, "place", difference.place);
         WriteText(json, "key", difference.key);
-        WriteText(json, "first", difference.one);
-        WriteText(json, "second", difference.other);
+        WriteValue(json, "first", difference.oneValue, difference.one);
+        WriteValue(json, "second", difference.otherValue, difference.other);
         json.GetWriter().EndObject();
     }
     json.GetWriter().EndArray();

@@ -83,11 +83,9 @@ void AddJobDrawCommand(CLI::App& job)
     CLI::App* const command = AddCommand(job, "draw", "Draw a job as a graph (DOT, SVG, PNG or PDF)");
     const auto options = std::make_shared<Options>();
     AddJobArgument(*command, options->job);
-    command
-        ->add_option("-o,--output", options->output,
-                     "The file to write, in the format of its extension (.dot, .svg, .png or .pdf); "
-                     "\"-\" (the default) is DOT on standard output")
-        ->type_name("FILE");
+    AddDocumentOption(*command, options->output,
+                      "The drawing, in the format of its extension (.dot, .svg, .png or .pdf) or DOT,",
+                      "--output");
     command
         ->add_option("-f,--format", options->format,
                      "The format (dot, svg, png or pdf), whatever the extension")

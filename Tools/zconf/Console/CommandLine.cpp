@@ -1,6 +1,7 @@
 #include "Tools/zconf/Console/CommandLine.h"
 
 #include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/Names.h"
 #include "Tools/zconf/Console/Output.h"
 
 #include <string>
@@ -26,6 +27,35 @@ std::string CommandPath(const CLI::App& app)
     return path;
 }
 
+/// The command that was parsed last.
+const CLI::App& LastCommand(const CLI::App& app)
+{
+    const CLI::App* command = &app;
+    while (!command->get_subcommands().empty())
+    {
+        command = command->get_subcommands().front();
+    }
+    return *command;
+}
+
+/// What could have been meant by an argument that the command does not know.
+std::string SuggestionFor(const std::string& argument, const CLI::App& command)
+{
+    std::vector<std::string> known = CommandNames(command);
+    if (argument.substr(0, 2) == "--")
+    {
+        known.clear();
+        for (const CLI::Option* const option : command.get_options())
+        {
+            for (const std::string& name : option->get_lnames())
+            {
+                known.push_back("--" + name);
+            }
+        }
+    }
+    return DidYouMean(argument.substr(0, argument.find('=')), known);
+}
+
 void AddVersion(CLI::App& app) { app.set_version_flag("--version", "zconf " ZCONF_VERSION); }
 
 } // namespace
@@ -44,7 +74,27 @@ CLI::App* AddCommandGroup(CLI::App& parent, const std::string& name, const std::
     return group;
 }
 
+std::vector<std::string> CommandNames(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; }))
+    {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
 void AddJsonFlag(CLI::App& command, bool& json) { command.add_flag("--json", json, "Write JSON"); }
+
+void AddDocumentOption(CLI::App& command, std::string& name, const std::string& what,
+                       const std::string& oldName)
+{
+    command
+        .add_option("-o,--document," + oldName, name,
+                    what + " to write; \"-\" (the default) is standard output (" + oldName +
+                        " is the option's old name)")
+        ->type_name("FILE");
+}
 
 void OnRun(CLI::App& command, std::function<int()> run)
 {
@@ -89,8 +139,10 @@ int RunCommandLine(int argc, char** argv, const std::function<void(CLI::App&)>& 
     {
         // An unexpected argument is more likely the mistake than what is missing because of it.
         const std::vector<std::string> unexpected = app.remaining(true);
-        const std::string reason = unexpected.empty() ? std::string(error.what())
-                                                      : "Unexpected argument '" + unexpected.front() + "'";
+        const std::string reason = unexpected.empty()
+                                       ? std::string(error.what())
+                                       : "Unexpected argument '" + unexpected.front() + "'" +
+                                             SuggestionFor(unexpected.front(), LastCommand(app));
         throw ToolError(reason + " (see " + CommandPath(app) + " --help)");
     }
 }

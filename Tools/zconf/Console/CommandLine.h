@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace Zelnor::Tool
 {
@@ -21,6 +22,16 @@ CLI::App* AddCommandGroup(CLI::App& parent, const std::string& name, const std::
 
 /// Adds the flag `--json` to a command that can also write its answer as JSON.
 void AddJsonFlag(CLI::App& command, bool& json);
+
+/// Adds the option `-o`, which in every command is the document that the command itself writes: a file, or
+/// "-" for standard output.
+/// \param what     "The job's document"
+/// \param oldName  another name under which the option is known, "--job"
+void AddDocumentOption(CLI::App& command, std::string& name, const std::string& what,
+                       const std::string& oldName);
+
+/// The commands right below `app`.
+std::vector<std::string> CommandNames(const CLI::App& app);
 
 /// Sets what `command` does once all arguments are parsed; the result is the exit code.
 void OnRun(CLI::App& command, std::function<int()> run);

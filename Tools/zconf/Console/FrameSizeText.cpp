@@ -2,6 +2,7 @@
 
 #include "Tools/zconf/Console/Errors.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -47,6 +48,26 @@ std::optional<double> ParseRate(std::string_view text)
     return static_cast<double>(*numerator) / static_cast<double>(*denominator);
 }
 
+[[noreturn]] void RefuseFrameRate(const std::string& text)
+{
+    throw ToolError("'" + text + "' is not a frame rate: expected a number such as 25, 29.97 or 30000/1001");
+}
+
+/// The rate of television that a number with a fraction stands for; nothing when it is another one.
+std::optional<Core::Property::Ratio> FindNtscRate(double rate)
+{
+    constexpr long long kDivisor = 1001;
+    constexpr double kClose = 0.005;
+    for (const long long whole : {24000LL, 30000LL, 48000LL, 60000LL, 120000LL})
+    {
+        if (std::abs(static_cast<double>(whole) / kDivisor - rate) < kClose)
+        {
+            return Core::Property::Ratio(whole, kDivisor);
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 FrameSize ParseFrameSize(const std::string& text)
@@ -70,10 +91,35 @@ double ParseFrameRate(const std::string& text)
     const std::optional<double> rate = ParseRate(text);
     if (!rate || !std::isfinite(*rate) || *rate <= 0)
     {
-        throw ToolError("'" + text +
-                        "' is not a frame rate: expected a number such as 25, 29.97 or 30000/1001");
+        RefuseFrameRate(text);
     }
     return *rate;
+}
+
+Core::Property::Ratio ParseExactFrameRate(const std::string& text)
+{
+    constexpr long long kThousandths = 1000;
+    constexpr double kMost = 1e6;
+    const double rate = ParseFrameRate(text);
+    const std::size_t slash = text.find('/');
+    if (slash != std::string::npos)
+    {
+        const auto numerator = ParseNumber<std::int32_t>(std::string_view(text).substr(0, slash));
+        const auto denominator = ParseNumber<std::int32_t>(std::string_view(text).substr(slash + 1));
+        if (!numerator || !denominator)
+        {
+            RefuseFrameRate(text);
+        }
+        return {*numerator, *denominator};
+    }
+    const bool isWhole = text.find_first_not_of("0123456789") == std::string::npos;
+    const auto known = isWhole ? std::nullopt : FindNtscRate(rate);
+    const long long thousandths = std::llround(std::min(rate, kMost) * kThousandths);
+    if (rate > kMost || thousandths < 1)
+    {
+        RefuseFrameRate(text);
+    }
+    return known ? *known : Core::Property::Ratio(thousandths, kThousandths);
 }
 
 } // namespace Zelnor::Tool

@@ -2,6 +2,8 @@
 
 #include "Tools/zconf/Console/Description.h"
 
+#include "Core/Interfaces/Property.h"
+
 #include <string>
 
 namespace Zelnor::Tool
@@ -14,5 +16,8 @@ FrameSize ParseFrameSize(const std::string& text);
 /// Parses a rate such as "25", "29.97" or "30000/1001", in frames per second. It is positive and finite.
 /// \throw ToolError "'fast' is not a frame rate: expected a number such as 25, 29.97 or 30000/1001"
 double ParseFrameRate(const std::string& text);
+
+/// The same as the rational that it stands for: 30000/1001 for "29.97", 25/2 for "12.5".
+Core::Property::Ratio ParseExactFrameRate(const std::string& text);
 
 } // namespace Zelnor::Tool

@@ -55,6 +55,12 @@ public:
         Core::PropertyEvents<Writer>(m_writer, false).Record(record);
     }
 
+    /// The same as a member of an object that was begun.
+    void Member(const Core::Property& record)
+    {
+        Core::PropertyEvents<Writer>(m_writer, false).Member(record);
+    }
+
     /// Ends the document.
     void Finish()
     {

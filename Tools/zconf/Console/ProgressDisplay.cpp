@@ -1,7 +1,11 @@
 #include "Tools/zconf/Console/ProgressDisplay.h"
 
 #include "Tools/zconf/Console/StandardStreams.h"
+#include "Tools/zconf/Console/Terminal.h"
 #include "Tools/zconf/Console/Text.h"
+#include "Tools/zconf/Console/TimeText.h"
+
+#include "Core/Interfaces/Utf8.h"
 
 #include <unistd.h>
 
@@ -29,13 +33,25 @@ std::string Fixed(double value)
     return text.str();
 }
 
-std::string TimeLeft(double seconds)
+/// The beginning of a printable text in at most so many columns; what is left out is shown by a "~".
+std::string Shortened(const std::string& text, std::size_t columns)
 {
-    // A speed near zero would leave more than an integer can hold.
-    constexpr double kLongest = 1e9;
-    const long whole = std::lround(std::ceil(std::min(seconds, kLongest)));
-    const auto twoDigits = [](long number) { return (number < 10 ? "0" : "") + std::to_string(number); };
-    return std::to_string(whole / 3600) + ":" + twoDigits(whole / 60 % 60) + ":" + twoDigits(whole % 60);
+    if (Columns(text) <= columns)
+    {
+        return text;
+    }
+    std::string shortened;
+    std::size_t taken = 0;
+    for (const char c : text)
+    {
+        taken += Core::IsUtf8Continuation(c) ? 0U : 1U;
+        if (taken >= columns)
+        {
+            break;
+        }
+        shortened += c;
+    }
+    return columns == 0 ? "" : shortened + "~";
 }
 
 } // namespace
@@ -56,10 +72,35 @@ std::string ProgressText(const Media::RunProgress& progress)
             const auto passes = static_cast<double>(progress.passCount - progress.pass);
             const double left =
                 static_cast<double>(*progress.duration) * passes - static_cast<double>(progress.done);
-            add(TimeLeft(std::max(left, 0.0) / kSecond / progress.speed) + " left");
+            add(ClockText(std::max(left, 0.0) / kSecond / progress.speed) + " left");
         }
     }
     return text;
+}
+
+std::string BarText(const Media::RunProgress& progress, std::size_t columns)
+{
+    constexpr std::size_t kLongestBar = 30;
+    constexpr std::size_t kShortestBar = 8;
+    constexpr std::size_t kBrackets = 3;
+    constexpr std::size_t kGap = 2;
+    // The last column is left free: some terminals break the line there.
+    const std::size_t room = columns > 1 ? columns - 1 : 0;
+    const std::string text = ProgressText(progress);
+    const std::string file = Printable(progress.file);
+    const std::size_t fixed = kBrackets + Columns(text) + kGap;
+    const std::size_t wanted = fixed + Columns(file);
+    const std::size_t length = std::clamp(room > wanted ? room - wanted : 0, kShortestBar, kLongestBar);
+    const auto filled = static_cast<std::size_t>(progress.part.value_or(0) * static_cast<double>(length));
+    const std::string bar =
+        "[" + std::string(filled, '#') + std::string(length - filled, '-') + "] " + text + "  ";
+    const std::size_t taken = length + fixed;
+    return Shortened(bar + (room > taken ? Shortened(file, room - taken) : ""), room);
+}
+
+std::string DoneText(const Media::TargetResult& target)
+{
+    return Printable(target.file) + ": done in " + ClockText(target.seconds) + ", " + SizeText(target.size);
 }
 
 ProgressDisplay::ProgressDisplay() : m_isTerminal(::isatty(STDERR_FILENO) != 0) {}
@@ -68,10 +109,11 @@ ProgressDisplay::~ProgressDisplay() { Clear(); }
 
 void ProgressDisplay::Show(const Media::RunProgress& progress)
 {
-    const std::string text = ProgressText(progress);
     if (m_isTerminal)
     {
-        ShowBar(text, progress);
+        // Asked each time, since people change the size of a terminal meanwhile.
+        m_barIsShown = true;
+        WriteMessage(kEraseLine + BarText(progress, TerminalColumns()));
         return;
     }
     if (std::exchange(m_target, progress.target) != progress.target)
@@ -82,23 +124,14 @@ void ProgressDisplay::Show(const Media::RunProgress& progress)
     if (tenths > m_tenths && tenths < 10)
     {
         m_tenths = tenths;
-        WriteMessage("zconf: " + Printable(progress.file) + ": " + text + "\n");
+        WriteMessage("zconf: " + Printable(progress.file) + ": " + ProgressText(progress) + "\n");
     }
 }
 
-void ProgressDisplay::ShowBar(const std::string& text, const Media::RunProgress& progress)
-{
-    constexpr std::size_t kWidth = 30;
-    const auto filled = static_cast<std::size_t>(progress.part.value_or(0) * kWidth);
-    m_barIsShown = true;
-    WriteMessage(kEraseLine + ("[" + std::string(filled, '#')) + std::string(kWidth - filled, '-') + "] " +
-                 text + "  " + Printable(progress.file));
-}
-
-void ProgressDisplay::ShowDone(const std::string& file)
+void ProgressDisplay::ShowDone(const Media::TargetResult& target)
 {
     Clear();
-    WriteMessage("zconf: " + Printable(file) + ": done\n");
+    WriteMessage("zconf: " + DoneText(target) + "\n");
 }
 
 void ProgressDisplay::Clear()

@@ -1,5 +1,6 @@
 #include "Tools/zconf/Console/Terminal.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -44,6 +45,13 @@ const char* SequenceOf(Style style)
 }
 
 } // namespace
+
+std::size_t TerminalColumns()
+{
+    constexpr std::size_t kUsual = 80;
+    struct winsize size = {};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kUsual;
+}
 
 Painter Painter::ForStandardOutput() { return Painter(ColourIsWanted(STDOUT_FILENO)); }
 

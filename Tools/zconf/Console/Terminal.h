@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace Zelnor::Tool
@@ -31,5 +32,8 @@ public:
 private:
     bool m_coloured;
 };
+
+/// The width of the terminal that standard error is, at this moment; 80 when it does not tell.
+std::size_t TerminalColumns();
 
 } // namespace Zelnor::Tool

@@ -1,0 +1,22 @@
+#pragma once
+
+// Private to the library, not installed.
+
+#include "Media/Planning/JobRequest.h"
+
+#include "Core/Interfaces/Property.h"
+
+#include <string>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// The preset's record with what the request sets in place of it: codecs, frame rate, settings by path.
+/// \param preset  keeps to the rules; so does the result
+/// \param notes   gets what of the preset is left out
+/// \throw PlanException "video.bitrate: expected a positive integer, found 'fast'"
+Core::Property ApplyOverrides(const Core::Property& preset, const JobRequest& request,
+                              std::vector<std::string>& notes);
+
+} // namespace Zelnor::Media

@@ -1,0 +1,62 @@
+#include "Media/Running/SizeEstimate.h"
+
+#include "Tests/Support/JobFixtures.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+
+/// Of ten seconds.
+std::optional<std::int64_t> SizeOf(const MediaStream& source, const Core::Property& codec)
+{
+    return EstimateSize(MakeTranscode(MakeMediaFile({source}), codec, "matroska"));
+}
+
+TEST(SizeEstimate, IsFromTheBitratesThatEncodersAreAskedFor)
+{
+    EXPECT_EQ(SizeOf(MakeVideoStream(), VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":800000)")),
+              1000000);
+    EXPECT_EQ(SizeOf(MakeAudioStream(), AudioRecord(R"("codec_id":"CODEC_ID_MP3","bitrate":192000)")),
+              240000);
+    // FFmpeg's encoder of AAC makes 128 kbit/s when nobody asks for anything.
+    EXPECT_EQ(SizeOf(MakeAudioStream(), AudioRecord(R"("codec_id":"CODEC_ID_AAC")")), 160000);
+}
+
+TEST(SizeEstimate, OfPlainSamplesIsFromTheirNumber)
+{
+    EXPECT_EQ(SizeOf(MakeAudioStream(),
+                     AudioRecord(R"("codec_id":"CODEC_ID_PCM_S16LE","sample_rate":48000,"layout":"STEREO")")),
+              1920000);
+}
+
+TEST(SizeEstimate, OfACopyIsTheSources)
+{
+    const MediaStream source = MakeAudioStream();
+    const Core::Property copy = AudioRecord(R"("codec_id":"CODEC_ID_AAC","lossless":1)");
+    EXPECT_EQ(SizeOf(source, copy), std::nullopt);
+    SetValue(source, "bitrate", 64000LL);
+    EXPECT_EQ(SizeOf(source, copy), 80000);
+}
+
+TEST(SizeEstimate, IsNotToldWhereNobodyKnows)
+{
+    EXPECT_EQ(SizeOf(MakeAudioStream(), AudioRecord(R"("codec_id":"CODEC_ID_FLAC")")), std::nullopt);
+    Transcode transcode = MakeTranscode(MakeMediaFile({MakeAudioStream()}),
+                                        AudioRecord(R"("codec_id":"CODEC_ID_AAC","bitrate":96000)"));
+    EXPECT_EQ(EstimateSize(transcode), 120000);
+    transcode.span = {2000000, 3000000};
+    EXPECT_EQ(EstimateSize(transcode), 12000);
+    transcode.span = {};
+    transcode.inputs[0].duration.reset();
+    EXPECT_EQ(EstimateSize(transcode), std::nullopt);
+}
+
+} // namespace

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Media/Jobs/JobFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+/// \file
+/// Running a job and telling how it goes; shared by the commands that do so.
+
+namespace Zelnor::Tool
+{
+
+/// What the command line says of a run.
+struct RunSettings
+{
+    std::string ffmpeg = "ffmpeg";
+    bool overwrite = false;
+    std::string verify = "quick";
+    bool keepUnverified = false;
+    bool json = false;         ///< what became of the files, when all is done
+    std::string progress = {}; ///< "json": progress for programs on standard output
+};
+
+void AddRunOptions(CLI::App& command, RunSettings& settings);
+
+/// Runs the job; notes and progress go to standard error, what a program asks for to standard output.
+/// \returns the exit code
+int RunTargets(const Media::JobFile& job, const RunSettings& settings);
+
+/// Writes the commands of ffmpeg that would be run to standard output, and how large the files will be to
+/// standard error.
+void PrintCommands(const Media::JobFile& job, const RunSettings& settings);
+
+} // namespace Zelnor::Tool
