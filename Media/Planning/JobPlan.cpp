@@ -88,6 +88,7 @@ Property SettingsOf(const Conf::IPreset& preset, const JobRequest& request, std:
         CheckPreset(settings);
     }
     settings = ApplyOverrides(settings, request, notes);
+    ResolveNames(settings);
     if (!request.codecs.empty() || !request.settings.empty() || request.frameRate)
     {
         CheckPreset(settings);
