@@ -1,5 +1,6 @@
 #include "Media/Probe/MediaProbe.h"
 
+#include "Media/Probe/FrameLook.h"
 #include "Media/Probe/FrameRates.h"
 #include "Media/Probe/MediaInput.h"
 #include "Media/Probe/StreamDescription.h"
@@ -160,6 +161,12 @@ MediaFile Describe(const std::string& name, StreamReader* stream)
     if (file.streams.empty())
     {
         RefuseInput(name, "there is no stream in it");
+    }
+    // The first frames, so it comes before packets are counted.
+    LookAtFrames(*input, file.streams);
+    if (stream != nullptr)
+    {
+        stream->Rethrow();
     }
     AddMeasuredRates(*input, file);
     return file;

@@ -28,6 +28,28 @@
 namespace Zelnor::Media
 {
 
+/// How the colours of a video are coded, by FFmpeg's names. What is not known is empty.
+struct VideoColor
+{
+    std::string range = {};     ///< "tv" or "pc"
+    std::string matrix = {};    ///< "bt709"; "gbr" for RGB
+    std::string primaries = {}; ///< "bt2020"
+    std::string transfer = {};  ///< "smpte2084"
+};
+
+/// What a video tells displays of high dynamic range beside its colours. What is not known is empty.
+struct VideoHdr
+{
+    /// The display that the video was mastered on, as encoders are told:
+    /// "G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)", the chromaticities in units
+    /// of 1/50000, the luminance in units of 1/10000 candela per square metre.
+    std::string masteringDisplay = {};
+    /// The brightest pixel and the brightest frame's average in candela per square metre: "1000,400".
+    std::string contentLight = {};
+    /// Profile and the ID of what its base layer is compatible with: "8.4".
+    std::string dolbyVision = {};
+};
+
 /// One stream of a file.
 struct MediaStream
 {
@@ -41,7 +63,18 @@ struct MediaStream
     bool isForced = false;
     bool isAttachedPicture = false; ///< a cover, not a video
     bool isInterlaced = false;
-    bool isBitmap = false;     ///< a bitmap subtitle, not a text subtitle
+    bool isInterlacedByHeader = false; ///< the header says it, the frames that were decoded do not
+    bool isBitmap = false;             ///< a bitmap subtitle, not a text subtitle
+    VideoColor color;
+    VideoHdr hdr;
+    /// "progressive", "tt", "bb", "tb" or "bt": the field that is coded first and the one that is displayed
+    /// first; empty: not known.
+    std::string fieldOrder;
+    std::string pixelFormat;           ///< FFmpeg's name, also where the vocabulary has none: "yuv420p10le"
+    std::string sampleFormat;          ///< the same of audio: "s32"
+    unsigned int bitsPerSample = 0;    ///< of a colour component or an audio sample; 0: not known
+    std::string profile;               ///< FFmpeg's name: "High"; empty: not known
+    std::optional<std::int64_t> start; ///< the first frame's time in microseconds
     unsigned int rotation = 0; ///< clockwise degrees (0, 90, 180, 270) by which it is rotated for display
     std::optional<std::int64_t> duration; ///< in microseconds
     /// Of the programmes that it belongs to, the numbers; empty where the container has no programmes.

@@ -2,6 +2,7 @@
 
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/Probe/FrameRates.h"
+#include "Media/Probe/VideoColors.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
@@ -78,6 +79,12 @@ unsigned int RotationOf(const AVStream& stream)
     return static_cast<unsigned int>((turns + 4) % 4) * 90U;
 }
 
+/// \param usual  where the codec does not say it
+unsigned int BitsOf(const AVCodecParameters& codec, unsigned int usual)
+{
+    return codec.bits_per_raw_sample > 0 ? static_cast<unsigned int>(codec.bits_per_raw_sample) : usual;
+}
+
 void DescribeVideo(AVFormatContext& context, AVStream& stream, MediaStream& described)
 {
     auto& video = dynamic_cast<IFormatCodecVideo&>(*described.descriptor);
@@ -101,14 +108,22 @@ void DescribeVideo(AVFormatContext& context, AVStream& stream, MediaStream& desc
         video.SetFrameRate(static_cast<unsigned int>(rate.num), static_cast<unsigned int>(rate.den));
     }
     const auto pixelFormat = static_cast<AVPixelFormat>(codec.format);
+    if (const AVPixFmtDescriptor* const format = av_pix_fmt_desc_get(pixelFormat))
+    {
+        described.pixelFormat = format->name;
+        described.bitsPerSample = BitsOf(codec, static_cast<unsigned int>(format->comp[0].depth));
+    }
     if (const auto known = FromFFmpeg(pixelFormat))
     {
         video.SetPixelFormat(*known);
     }
-    else if (const char* const name = av_get_pix_fmt_name(pixelFormat))
+    else if (!described.pixelFormat.empty())
     {
-        described.notes.push_back(std::string("the vocabulary has no pixel format for ") + name);
+        described.notes.push_back("the vocabulary has no pixel format for " + described.pixelFormat);
     }
+    described.color = ColorOf(codec);
+    described.hdr = HdrOf(stream);
+    described.fieldOrder = FieldOrderName(codec.field_order);
     described.isInterlaced =
         codec.field_order != AV_FIELD_UNKNOWN && codec.field_order != AV_FIELD_PROGRESSIVE;
     described.rotation = RotationOf(stream);
@@ -136,13 +151,19 @@ void DescribeAudio(const AVStream& stream, MediaStream& described)
     {
         described.notes.push_back("its sample rate is not known");
     }
+    if (const char* const name = av_get_sample_fmt_name(static_cast<AVSampleFormat>(codec.format)))
+    {
+        described.sampleFormat = name;
+    }
+    described.bitsPerSample =
+        BitsOf(codec, static_cast<unsigned int>(std::max(0, av_get_bits_per_sample(codec.codec_id))));
     if (const auto format = FromFFmpeg(static_cast<AVSampleFormat>(codec.format)))
     {
         audio.SetSampleFormat(*format);
     }
-    else if (const char* const name = av_get_sample_fmt_name(static_cast<AVSampleFormat>(codec.format)))
+    else if (!described.sampleFormat.empty())
     {
-        described.notes.push_back(std::string("the vocabulary has no sample format for ") + name);
+        described.notes.push_back("the vocabulary has no sample format for " + described.sampleFormat);
     }
     if (const auto layout = FromFFmpeg(codec.ch_layout))
     {
@@ -153,6 +174,15 @@ void DescribeAudio(const AVStream& stream, MediaStream& described)
         described.notes.push_back("the vocabulary has no channel layout for " +
                                   LayoutNameOf(codec.ch_layout));
     }
+}
+
+std::optional<std::int64_t> StartOf(const AVStream& stream)
+{
+    const bool isKnown =
+        stream.start_time != AV_NOPTS_VALUE && stream.time_base.num > 0 && stream.time_base.den > 0;
+    return isKnown
+               ? std::optional(av_rescale_q(stream.start_time, stream.time_base, AVRational{1, AV_TIME_BASE}))
+               : std::nullopt;
 }
 
 void DescribeCodec(const AVCodecParameters& codec, MediaStream& described, Property& record)
@@ -182,6 +212,7 @@ void DescribeCodec(const AVCodecParameters& codec, MediaStream& described, Prope
     }
     if (const char* const name = avcodec_profile_name(codec.codec_id, codec.profile))
     {
+        described.profile = name;
         const ProfileName* const profile = FindProfile(codec.codec_id, name);
         record.SetChildT(IFormatCodec::TAG_PROFILE, profile != nullptr ? *profile->word : std::string(name));
     }
@@ -243,6 +274,7 @@ MediaStream DescribeStream(AVFormatContext& context, AVStream& stream)
     described.isForced = (stream.disposition & AV_DISPOSITION_FORCED) != 0;
     described.duration = Microseconds(stream.duration, stream.time_base);
     described.programs = ProgramsOf(context, stream);
+    described.start = StartOf(stream);
     if (described.kind == StreamKind::Video)
     {
         DescribeVideo(context, stream, described);

@@ -61,10 +61,33 @@ std::string SizeText(const IFormatCodecVideo& video)
            std::to_string(video.GetFrameAspectX()) + ":" + std::to_string(video.GetFrameAspectY()) + ")";
 }
 
-std::string PixelFormatText(const IFormatCodecVideo& video)
+std::string PixelFormatText(const IFormatCodecVideo& video, const Media::MediaStream& stream)
 {
     const PixFmt format = video.GetPixelFormat();
-    return format == PIX_FMT_NONE ? "" : PixFmtDescription::Find(format)->name;
+    return format == PIX_FMT_NONE ? stream.pixelFormat : PixFmtDescription::Find(format)->name;
+}
+
+/// "bt2020nc/bt2020/smpte2084 tv": matrix, primaries, transfer and range; "?" stands for one of the three.
+std::string ColorText(const Media::VideoColor& color)
+{
+    const auto known = [](const std::string& name) { return name.empty() ? "?" : name; };
+    const bool isOne = color.matrix == color.primaries && color.matrix == color.transfer;
+    const std::string names =
+        isOne ? color.matrix
+              : known(color.matrix) + "/" + known(color.primaries) + "/" + known(color.transfer);
+    return names + (names.empty() || color.range.empty() ? "" : " ") + color.range;
+}
+
+std::string HdrText(const Media::VideoHdr& hdr)
+{
+    std::string text;
+    const auto add = [&text](const std::string& name, const std::string& value) {
+        text += value.empty() ? "" : (text.empty() ? "" : ", ") + name + value;
+    };
+    add("Dolby Vision ", hdr.dolbyVision);
+    add("mastering display ", hdr.masteringDisplay);
+    add("content light ", hdr.contentLight);
+    return text;
 }
 
 std::string FlagsText(const Media::MediaStream& stream)
@@ -75,7 +98,7 @@ std::string FlagsText(const Media::MediaStream& stream)
     };
     add(stream.isDefault, "default");
     add(stream.isForced, "forced");
-    add(stream.isInterlaced, "interlaced");
+    add(stream.isInterlaced, "interlaced" + (stream.fieldOrder.empty() ? "" : " " + stream.fieldOrder));
     add(stream.isAttachedPicture, "attached picture");
     add(stream.rotation != 0, "rotated " + std::to_string(stream.rotation) + " degrees");
     return text;
@@ -93,7 +116,9 @@ std::vector<std::string> PartsOf(const Media::MediaStream& stream)
     {
         parts.push_back(SizeText(*video));
         parts.push_back(ValueText(record, IFormatCodecVideo::TAG_FPS, " fps"));
-        parts.push_back(PixelFormatText(*video));
+        parts.push_back(PixelFormatText(*video, stream));
+        parts.push_back(ColorText(stream.color));
+        parts.push_back(HdrText(stream.hdr));
     }
     else if (dynamic_cast<const IFormatCodecAudio*>(stream.descriptor.get()) != nullptr)
     {

@@ -32,12 +32,12 @@ void WriteNotes(JsonOutput& json, const std::vector<std::string>& notes)
     json.GetWriter().EndArray();
 }
 
-void WriteDuration(JsonOutput& json, const std::optional<std::int64_t>& duration)
+void WriteTime(JsonOutput& json, const char* key, const std::optional<std::int64_t>& microseconds)
 {
-    json.Key("durationMicroseconds");
-    if (duration)
+    json.Key(key);
+    if (microseconds)
     {
-        json.GetWriter().Int64(*duration);
+        json.GetWriter().Int64(*microseconds);
     }
     else
     {
@@ -51,6 +51,57 @@ void WriteFlag(JsonOutput& json, const char* key, bool value)
     json.GetWriter().Bool(value);
 }
 
+/// Null when it is not known.
+void WriteTextOrNull(JsonOutput& json, const char* key, const std::string& text)
+{
+    json.Key(key);
+    if (text.empty())
+    {
+        json.GetWriter().Null();
+    }
+    else
+    {
+        json.String(text);
+    }
+}
+
+void WriteVideo(JsonOutput& json, const Media::MediaStream& stream)
+{
+    WriteTextOrNull(json, "pixelFormat", stream.pixelFormat);
+    WriteTextOrNull(json, "fieldOrder", stream.fieldOrder);
+    json.Key("color");
+    json.GetWriter().StartObject();
+    WriteTextOrNull(json, "range", stream.color.range);
+    WriteTextOrNull(json, "matrix", stream.color.matrix);
+    WriteTextOrNull(json, "primaries", stream.color.primaries);
+    WriteTextOrNull(json, "transfer", stream.color.transfer);
+    json.GetWriter().EndObject();
+    json.Key("hdr");
+    json.GetWriter().StartObject();
+    WriteTextOrNull(json, "masteringDisplay", stream.hdr.masteringDisplay);
+    WriteTextOrNull(json, "contentLight", stream.hdr.contentLight);
+    WriteTextOrNull(json, "dolbyVision", stream.hdr.dolbyVision);
+    json.GetWriter().EndObject();
+}
+
+/// What depends on the stream's kind.
+void WriteSamples(JsonOutput& json, const Media::MediaStream& stream)
+{
+    if (stream.kind == Media::StreamKind::Video)
+    {
+        WriteVideo(json, stream);
+    }
+    else if (stream.kind == Media::StreamKind::Audio)
+    {
+        WriteTextOrNull(json, "sampleFormat", stream.sampleFormat);
+    }
+    if (stream.bitsPerSample != 0)
+    {
+        json.Key("bitsPerSample");
+        json.GetWriter().Uint(stream.bitsPerSample);
+    }
+}
+
 void WriteStream(JsonOutput& json, const Media::MediaStream& stream)
 {
     json.GetWriter().StartObject();
@@ -60,13 +111,16 @@ void WriteStream(JsonOutput& json, const Media::MediaStream& stream)
     json.String(Media::NameOf(stream.kind));
     json.Key("codec");
     json.String(stream.codec);
-    WriteDuration(json, stream.duration);
+    WriteTime(json, "durationMicroseconds", stream.duration);
+    WriteTime(json, "startMicroseconds", stream.start);
     WriteFlag(json, "default", stream.isDefault);
     WriteFlag(json, "forced", stream.isForced);
     WriteFlag(json, "attachedPicture", stream.isAttachedPicture);
     WriteFlag(json, "interlaced", stream.isInterlaced);
     json.Key("rotation");
     json.GetWriter().Uint(stream.rotation);
+    WriteTextOrNull(json, "profile", stream.profile);
+    WriteSamples(json, stream);
     WriteNotes(json, stream.notes);
     json.Key("record");
     json.Record(stream.descriptor->GetProperty());
@@ -79,7 +133,7 @@ void WriteJson(const Media::MediaFile& file)
     json.GetWriter().StartObject();
     json.Key("demuxer");
     json.String(file.demuxer);
-    WriteDuration(json, file.duration);
+    WriteTime(json, "durationMicroseconds", file.duration);
     WriteFlag(json, "durationIsEstimated", file.durationIsEstimated);
     WriteNotes(json, file.notes);
     json.Key("record");
