@@ -14,4 +14,20 @@ constexpr const char* kStart = "start";
 /// Where in its sources the target ends, counted in the same way; at their end without it.
 constexpr const char* kEnd = "end";
 
+// Of a video's record.
+
+/// What becomes of a source whose frames are interlaced: one of the words below.
+constexpr const char* kDeinterlace = "deinterlace";
+constexpr const char* kDeinterlaceOff = "off";
+constexpr const char* kDeinterlaceEveryFrame = "25p";
+constexpr const char* kDeinterlaceEveryField = "50p";
+constexpr const char* kDeinterlaceKeep = "keep";
+/// FFmpeg's name of a pixel format that the vocabulary may not have; in place of "PIXELFORMAT".
+constexpr const char* kPixelFormat = "pixelFormat";
+/// How the colours are coded, by FFmpeg's names.
+constexpr const char* kColorRange = "colorRange";
+constexpr const char* kColorMatrix = "colorMatrix";
+constexpr const char* kColorPrimaries = "colorPrimaries";
+constexpr const char* kColorTransfer = "colorTransfer";
+
 } // namespace Zelnor::Media::JobKeys

@@ -1,6 +1,8 @@
 #include "Media/Options/SettingRules.h"
 
+#include "Media/Jobs/JobKeys.h"
 #include "Media/NearestNames.h"
+#include "Media/Options/ColorNames.h"
 #include "Media/Text.h"
 #include "Media/ValueText.h"
 
@@ -131,6 +133,19 @@ bool IsSampleFormat(const Property& value)
            Conf::SampleFmtRecord::Find(value.GetString())->format != Conf::SAMPLE_FMT_NONE;
 }
 
+bool IsDeinterlacing(const Property& value)
+{
+    const std::string word = IsText(value) ? value.GetString() : "";
+    return word == JobKeys::kDeinterlaceOff || word == JobKeys::kDeinterlaceEveryFrame ||
+           word == JobKeys::kDeinterlaceEveryField || word == JobKeys::kDeinterlaceKeep;
+}
+
+template <bool (*IsName)(const std::string&)>
+bool IsNameOf(const Property& value)
+{
+    return IsText(value) && IsName(value.GetString());
+}
+
 /// What a value must be, and how people call that.
 struct Rule
 {
@@ -158,6 +173,13 @@ constexpr Rule kBitrateMode = {IsBitrateMode, "CBR, CBR_AUTO or VBR"};
 constexpr Rule kTag = {IsTag, "four printable characters or an integer from 0 to 4294967295"};
 constexpr Rule kPassMode = {IsPassMode, "an integer, one_pass or two_pass"};
 constexpr Rule kPixelFormat = {IsPixelFormat, "the number of a pixel format"};
+constexpr Rule kPixelFormatName = {IsNameOf<IsPixelFormatName>,
+                                   "FFmpeg's name of a pixel format as yuv420p10le"};
+constexpr Rule kDeinterlacing = {IsDeinterlacing, "off, 25p, 50p or keep"};
+constexpr Rule kColorRange = {IsNameOf<IsColorRange>, "tv or pc"};
+constexpr Rule kColorMatrix = {IsNameOf<IsColorMatrix>, "FFmpeg's name of a colour matrix as bt709"};
+constexpr Rule kColorPrimaries = {IsNameOf<IsColorPrimaries>, "FFmpeg's name of colour primaries as bt709"};
+constexpr Rule kColorTransfer = {IsNameOf<IsColorTransfer>, "FFmpeg's name of a colour transfer as bt709"};
 constexpr Rule kSampleFormat = {IsSampleFormat, "a sample format as SAMPLE_FMT_S16"};
 constexpr Rule kLayout = {HasRecord<Conf::LayoutRecord>, "a channel layout as STEREO"};
 
@@ -170,6 +192,12 @@ struct Row
 
 const std::vector<Row>& Rows()
 {
+    static const std::string s_pixelFormat = JobKeys::kPixelFormat;
+    static const std::string s_deinterlace = JobKeys::kDeinterlace;
+    static const std::string s_colorRange = JobKeys::kColorRange;
+    static const std::string s_colorMatrix = JobKeys::kColorMatrix;
+    static const std::string s_colorPrimaries = JobKeys::kColorPrimaries;
+    static const std::string s_colorTransfer = JobKeys::kColorTransfer;
     static const std::vector<Row> s_rows = {
         {&IFormat::TAG_METADATA, kGroup, true},
         {&IFormatCodec::TAG_LANGUAGE, kText, true},
@@ -209,6 +237,12 @@ const std::vector<Row>& Rows()
         {&IFormatCodecVideo::TAG_X264_OPTS, kText},
         {&IFormatCodecVideo::TAG_DPI, kCount},
         {&Conf::TAG_PIX_FMT, kPixelFormat},
+        {&s_pixelFormat, kPixelFormatName},
+        {&s_deinterlace, kDeinterlacing},
+        {&s_colorRange, kColorRange},
+        {&s_colorMatrix, kColorMatrix},
+        {&s_colorPrimaries, kColorPrimaries},
+        {&s_colorTransfer, kColorTransfer},
         {&IFormatCodecAudio::TAG_SAMPLE_RATE, kPositive},
         {&IFormatCodecAudio::TAG_SAMPLE_FORMAT, kSampleFormat},
         {&IFormatCodecAudio::TAG_LAYOUT, kLayout},

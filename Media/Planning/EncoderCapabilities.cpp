@@ -106,25 +106,26 @@ int ChannelsOf(ChannelLayout layout) { return LayoutRecord::Find(layout)->channe
 
 } // namespace
 
-bool Supports(const AVCodec& encoder, PixFmt format)
+bool Supports(const AVCodec& encoder, PixFmt format) { return Supports(encoder, ToFFmpeg(format)); }
+
+bool Supports(const AVCodec& encoder, AVPixelFormat format)
 {
-    const AVPixelFormat wanted = ToFFmpeg(format);
-    // The encoder lists limited ranges too, and refuses them unless it is told to break the standard.
-    if (encoder.id == AV_CODEC_ID_MJPEG && wanted != AV_PIX_FMT_NONE &&
-        PixFmtDescription::Find(format)->colorRange != PixFmtDescription::COLOR_RANGE_FULL)
+    const AVPixFmtDescriptor* const description = av_pix_fmt_desc_get(format);
+    if (description == nullptr || (description->flags & AV_PIX_FMT_FLAG_HWACCEL) != 0)
     {
         return false;
     }
-    if (wanted == AV_PIX_FMT_NONE || encoder.pix_fmts == nullptr)
+    // The encoder lists limited ranges too, and refuses them unless it is told to break the standard.
+    if (encoder.id == AV_CODEC_ID_MJPEG && std::string_view(description->name).substr(0, 4) != "yuvj")
     {
-        return wanted != AV_PIX_FMT_NONE;
+        return false;
     }
     const AVPixelFormat* candidate = encoder.pix_fmts;
-    while (*candidate != AV_PIX_FMT_NONE && *candidate != wanted)
+    while (candidate != nullptr && *candidate != AV_PIX_FMT_NONE && *candidate != format)
     {
         ++candidate;
     }
-    return *candidate == wanted;
+    return candidate == nullptr || *candidate == format;
 }
 
 bool Supports(const AVCodec& encoder, SampleFormats format)
@@ -160,6 +161,28 @@ PixFmt NearestPixelFormat(const AVCodec& encoder, PixFmt wanted)
             ToFFmpeg(format))
         {
             best = format;
+        }
+    }
+    return best;
+}
+
+AVPixelFormat NearestPixelFormat(const AVCodec& encoder, AVPixelFormat wanted)
+{
+    if (wanted == AV_PIX_FMT_NONE || Supports(encoder, wanted))
+    {
+        return wanted;
+    }
+    const AVPixFmtDescriptor* const description = av_pix_fmt_desc_get(wanted);
+    const int hasAlpha = description != nullptr && (description->flags & AV_PIX_FMT_FLAG_ALPHA) != 0 ? 1 : 0;
+    AVPixelFormat best = AV_PIX_FMT_NONE;
+    for (const AVPixelFormat* format = encoder.pix_fmts; format != nullptr && *format != AV_PIX_FMT_NONE;
+         ++format)
+    {
+        if (Supports(encoder, *format))
+        {
+            best = best == AV_PIX_FMT_NONE
+                       ? *format
+                       : av_find_best_pix_fmt_of_2(best, *format, wanted, hasAlpha, nullptr);
         }
     }
     return best;

@@ -12,6 +12,7 @@ namespace Zelnor::Media
 /// supports everything.
 
 bool Supports(const AVCodec& encoder, PixFmt format);
+bool Supports(const AVCodec& encoder, AVPixelFormat format);
 bool Supports(const AVCodec& encoder, Conf::SampleFormats format);
 bool Supports(const AVCodec& encoder, Conf::ChannelLayout layout);
 bool SupportsSampleRate(const AVCodec& encoder, int sampleRate);
@@ -19,6 +20,9 @@ bool SupportsSampleRate(const AVCodec& encoder, int sampleRate);
 /// Of the vocabulary's formats that the encoder supports, the one that loses the least of `wanted`.
 /// PIX_FMT_NONE when the encoder supports none of them.
 PixFmt NearestPixelFormat(const AVCodec& encoder, PixFmt wanted);
+/// Of all formats in memory that the encoder supports, the one that loses the least of `wanted`: bits, alpha,
+/// chroma. AV_PIX_FMT_NONE when there is none.
+AVPixelFormat NearestPixelFormat(const AVCodec& encoder, AVPixelFormat wanted);
 /// The same samples in the other arrangement are nearer than other samples.
 Conf::SampleFormats NearestSampleFormat(const AVCodec& encoder, Conf::SampleFormats wanted);
 /// The same number of channels, else fewer.

@@ -1,12 +1,18 @@
 #include "Media/Planning/EncoderCheck.h"
 
+#include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
 #include "Media/Planning/EncoderCapabilities.h"
+#include "Media/Planning/VideoSettings.h"
 #include "Media/ValueText.h"
 
 #include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
 
 #include <algorithm>
 #include <climits>
@@ -46,6 +52,8 @@ public:
         if (m_encoder.type == AVMEDIA_TYPE_VIDEO)
         {
             CheckPixelFormat();
+            CheckPixelFormatName();
+            CheckInterlacing();
             CheckLength(IFormatCodecVideo::TAG_WIDTH);
             CheckLength(IFormatCodecVideo::TAG_HEIGHT);
             CheckFrameRate();
@@ -97,6 +105,36 @@ private:
         else if (!Supports(m_encoder, format->pixFmt))
         {
             Add(Conf::TAG_PIX_FMT, "pixel format " + format->name);
+        }
+    }
+
+    void CheckPixelFormatName()
+    {
+        const Property* const name = Value(JobKeys::kPixelFormat, PROPERTY_TYPE_STRING);
+        if (name == nullptr)
+        {
+            return;
+        }
+        const AVPixelFormat format = av_get_pix_fmt(name->GetString().c_str());
+        const auto number = m_codec.FindChild(Conf::TAG_PIX_FMT);
+        if (!Supports(m_encoder, format))
+        {
+            Add(JobKeys::kPixelFormat, "pixel format " + name->GetString());
+        }
+        else if (number != m_codec.end() && number->GetType() == PROPERTY_TYPE_INT64 &&
+                 ToFFmpeg(static_cast<PixFmt>(number->GetInt64())) != format)
+        {
+            m_faults.push_back({JobKeys::kPixelFormat, Conf::TAG_PIX_FMT + " asks for another pixel format"});
+        }
+    }
+
+    void CheckInterlacing()
+    {
+        const Property* const word = Value(JobKeys::kDeinterlace, PROPERTY_TYPE_STRING);
+        if (word != nullptr && DeinterlacingIn(m_codec) == Deinterlacing::Keep &&
+            !SupportsInterlaced(m_encoder))
+        {
+            Add(JobKeys::kDeinterlace, "interlaced video");
         }
     }
 

@@ -63,6 +63,29 @@ void CarryWorkTags(const MediaFile& source, Property& target)
     }
 }
 
+/// A subtitle that is drawn into a video is not kept beside it as well, unless it was chosen.
+void LeaveOutDrawn(const MediaFile& source, const JobRequest& request, StreamPlan& plan)
+{
+    if (!request.streams.chosen.empty())
+    {
+        return;
+    }
+    for (const StreamMerge& merge : request.merges)
+    {
+        const auto isDrawn = [&](const PlannedStream& stream) {
+            return stream.source == merge.overlay &&
+                   source.streams[merge.overlay].kind == StreamKind::Subtitle;
+        };
+        const auto left = std::remove_if(plan.streams.begin(), plan.streams.end(), isDrawn);
+        if (left != plan.streams.end())
+        {
+            plan.streams.erase(left, plan.streams.end());
+            plan.notes.push_back("Subtitle stream " + std::to_string(merge.overlay) +
+                                 " will be drawn into the video, so it will not be kept beside it");
+        }
+    }
+}
+
 /// The record of a raw stream with what is merged into it.
 Property RawStream(unsigned int index, const JobRequest& request)
 {
@@ -222,6 +245,7 @@ PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Con
         losslessDvd ? IFormatFile::FORMAT_DVD : settings[IFormatFile::TAG_CONTAINER].GetString();
     StreamPlan plan = PlanStreams(source, settings, container, request.streams);
     CheckMerges(source, plan, request.merges);
+    LeaveOutDrawn(source, request, plan);
     notes.insert(notes.end(), plan.notes.begin(), plan.notes.end());
     PlannedJob job = {ITranscodingMetaGraph::Create(), TargetName(request.output, source, container),
                       std::move(notes)};

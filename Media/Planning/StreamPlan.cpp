@@ -201,16 +201,25 @@ private:
     }
 
     /// In the source's order.
-    std::vector<const MediaStream*> FittingSubtitles() const
+    std::vector<const MediaStream*> FittingSubtitles()
     {
         std::vector<const MediaStream*> streams;
         for (const MediaStream& stream : m_source.streams)
         {
-            if (stream.kind == StreamKind::Subtitle && IsOfProgram(stream) &&
-                (IsToBeCopied(stream.kind) || PresetSubtitle(stream).record != nullptr ||
-                 !SubtitleCodec(stream).empty()))
+            if (stream.kind != StreamKind::Subtitle || !IsOfProgram(stream))
+            {
+                continue;
+            }
+            if (IsToBeCopied(stream.kind) || PresetSubtitle(stream).record != nullptr ||
+                IsCopiedSubtitle(stream) || !SubtitleCodec(stream).empty())
             {
                 streams.push_back(&stream);
+            }
+            else
+            {
+                m_plan.notes.push_back("Container " + m_container + " cannot hold subtitle stream " +
+                                       std::to_string(stream.index) + " (" + stream.codec +
+                                       "), so it will be left out");
             }
         }
         return streams;
@@ -257,9 +266,25 @@ private:
         return {nullptr, ""};
     }
 
+    /// Blu-ray's subtitles have no encoder. Made into others, they lose the colours of their bitmaps.
+    static bool HasNoEncoder(const MediaStream& stream)
+    {
+        return stream.isBitmap && FindEncoder(CodecIdOf(stream)) == nullptr;
+    }
+
+    bool IsCopiedSubtitle(const MediaStream& stream) const
+    {
+        return PresetSubtitle(stream).record == nullptr && HasNoEncoder(stream) &&
+               CertainlyHolds(m_container, CodecNumberOf(CodecIdOf(stream)));
+    }
+
     /// The codec of a subtitle that the preset says nothing about; empty when the container cannot hold one.
     std::string SubtitleCodec(const MediaStream& stream) const
     {
+        if (HasNoEncoder(stream))
+        {
+            return "";
+        }
         const std::vector<std::string> codecs =
             SubtitleCodecsFor(m_container, CodecIdOf(stream), stream.isBitmap);
         return codecs.empty() ? "" : codecs.front();
@@ -320,6 +345,11 @@ private:
         if (settings.record != nullptr)
         {
             AddConverted(stream, settings);
+            return;
+        }
+        if (IsCopiedSubtitle(stream))
+        {
+            m_plan.streams.push_back({stream.index, true, MakeCopiedCodec(stream)});
             return;
         }
         const std::string codec = SubtitleCodec(stream);

@@ -1,18 +1,26 @@
 #include "Media/Planning/TargetCodec.h"
 
+#include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
 #include "Media/Options/OptionRules.h"
+#include "Media/Planning/ColorPlan.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/EncoderCheck.h"
 #include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/VideoGeometry.h"
+#include "Media/Planning/VideoSettings.h"
 
 #include "Conf/Interfaces/BitrateCalculator.h"
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
+#include "Conf/Interfaces/IFormatFile.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
 
 #include <algorithm>
 #include <array>
@@ -82,23 +90,61 @@ bool NeedsUsualPixels(const Property& target)
             word == IFormatCodecVideo::TAG_X264_PROFILE_HIGH);
 }
 
-void ChoosePixelFormat(const AVCodec& encoder, const IFormatCodecVideo& source, IFormatCodecVideo& target)
+/// The source's samples, as near as the encoder can; by FFmpeg's name where the vocabulary has none.
+void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, IFormatCodecVideo& target)
 {
-    if (target.GetPixelFormat() != PIX_FMT_NONE)
+    if (PixelFormatIn(target.GetProperty()) != AV_PIX_FMT_NONE)
     {
         return;
     }
-    const PixFmt known = source.GetPixelFormat();
-    const bool usual = known == PIX_FMT_NONE || NeedsUsualPixels(target.GetProperty());
-    const PixFmt nearest = NearestPixelFormat(encoder, usual ? PIX_FMT_YUV420P : known);
+    const AVPixelFormat format = PixelFormatOf(source);
+    const bool isGif = encoder.id == AV_CODEC_ID_GIF;
+    const bool isUsual = format == AV_PIX_FMT_NONE || NeedsUsualPixels(target.GetProperty());
+    if (!isUsual && !isGif && !FromFFmpeg(format))
+    {
+        const AVPixelFormat nearest = NearestPixelFormat(encoder, format);
+        if (nearest != AV_PIX_FMT_NONE && !FromFFmpeg(nearest))
+        {
+            Property record = target.GetProperty();
+            record.SetChildT(JobKeys::kPixelFormat, std::string(av_get_pix_fmt_name(nearest)));
+            target.SetProperty(record);
+            return;
+        }
+    }
+    const PixFmt known = FromFFmpeg(format).value_or(PIX_FMT_YUV420P);
+    const PixFmt nearest = NearestPixelFormat(encoder, isUsual ? PIX_FMT_YUV420P : known);
     if (nearest != PIX_FMT_NONE)
     {
         target.SetPixelFormat(nearest);
     }
 }
 
-void ChooseFrameRate(const AVCodec& encoder, const IFormatCodecVideo& source, IFormatCodecVideo& target)
+std::string NameOf(const MediaStream& source)
 {
+    return std::string(Media::NameOf(source.kind)) + " stream " + std::to_string(source.index);
+}
+
+/// Bits and transparency that the output's samples lack.
+void NoteLostSamples(const TargetStream& stream, const Property& record)
+{
+    const AVPixelFormat source = PixelFormatOf(stream.source);
+    const AVPixelFormat target = PixelFormatIn(record);
+    // A palette is made of the colours that there are.
+    const bool isKnown = source != AV_PIX_FMT_NONE && target != AV_PIX_FMT_NONE && target != AV_PIX_FMT_PAL8;
+    if (isKnown && DepthOf(target) < DepthOf(source))
+    {
+        stream.notes.push_back("The " + std::to_string(DepthOf(source)) + " bits a sample of " +
+                               NameOf(stream.source) + " will become " + std::to_string(DepthOf(target)));
+    }
+    if (isKnown && HasAlpha(source) && !HasAlpha(target))
+    {
+        stream.notes.push_back("The transparency of " + NameOf(stream.source) + " will be lost");
+    }
+}
+
+void ChooseFrameRate(const AVCodec& encoder, const TargetStream& stream, IFormatCodecVideo& target)
+{
+    const auto& source = dynamic_cast<const IFormatCodecVideo&>(*stream.source.descriptor);
     if (IsSet(target, IFormatCodecVideo::TAG_FPS))
     {
         return;
@@ -109,11 +155,50 @@ void ChooseFrameRate(const AVCodec& encoder, const IFormatCodecVideo& source, IF
     {
         ratio = source.GetProperty()[IFormatCodecVideo::TAG_FPS].GetRatio();
     }
+    // As many frames as the source has fields.
+    if (stream.source.isInterlaced && DeinterlacingIn(target.GetProperty()) == Deinterlacing::EveryField)
+    {
+        ratio *= 2;
+    }
     AVRational rate = {};
     constexpr int kLargestTerm = 65535;
     av_reduce(&rate.num, &rate.den, ratio.numerator(), ratio.denominator(), kLargestTerm);
     const AVRational nearest = NearestFrameRate(encoder, rate);
     target.SetFrameRate(static_cast<unsigned int>(nearest.num), static_cast<unsigned int>(nearest.den));
+}
+
+Property::Ratio RateIn(const Property& record)
+{
+    const auto rate = record.FindChild(IFormatCodecVideo::TAG_FPS);
+    return rate == record.end() ? Property::Ratio(0) : rate->GetRatio();
+}
+
+/// A DVD is played on interlaced displays as well, so its frames stay what they are; what other files become
+/// is shown frame by frame. A rate of twice the source's asks for a frame of each field.
+void ChooseDeinterlacing(const AVCodec& encoder, const TargetStream& stream, Property& record)
+{
+    if (!stream.source.isInterlaced || record.ChildExists(JobKeys::kDeinterlace))
+    {
+        return;
+    }
+    const Property::Ratio source = RateIn(stream.source.descriptor->GetProperty());
+    const Property::Ratio target = RateIn(record);
+    const bool isForInterlaced = encoder.id == AV_CODEC_ID_DVVIDEO ||
+                                 (encoder.id == AV_CODEC_ID_MPEG2VIDEO && IsDvd(stream.container));
+    if (isForInterlaced && source == target && SupportsInterlaced(encoder))
+    {
+        record.SetChildT(JobKeys::kDeinterlace, std::string(JobKeys::kDeinterlaceKeep));
+        return;
+    }
+    const bool isEveryField = source > 0 && target >= source * 2;
+    record.SetChildT(JobKeys::kDeinterlace, std::string(isEveryField ? JobKeys::kDeinterlaceEveryField
+                                                                     : JobKeys::kDeinterlaceEveryFrame));
+    if (!isEveryField)
+    {
+        stream.notes.push_back("The interlaced frames of " + NameOf(stream.source) +
+                               " will become progressive ones, one of two fields; 'deinterlace' 50p keeps "
+                               "the motion of all fields, 'keep' the fields");
+    }
 }
 
 void FillBitrate(const AVCodec& encoder, const Conf::FrameInfo& frame, Property& record)
@@ -235,10 +320,13 @@ Property MakeVideo(const TargetStream& stream)
     const AVCodec& encoder = RequireEncoder(stream);
     const auto target = IFormatCodecVideo::Create();
     Fill(stream.settings, encoder, *target);
-    ChoosePixelFormat(encoder, source, *target);
+    ChoosePixelFormat(encoder, stream.source, *target);
     ChooseSize(DisplayedFrame(stream.source), PixelLimitsOf(encoder.id, stream.container), *target);
-    ChooseFrameRate(encoder, source, *target);
+    ChooseFrameRate(encoder, stream, *target);
     Property record = target->GetProperty();
+    ChooseDeinterlacing(encoder, stream, record);
+    PlanColor(stream.source, encoder, stream.container, NameOf(stream.source), record, stream.notes);
+    NoteLostSamples(stream, record);
     RequireAccepted(record, encoder, stream.place);
     FillBitrate(encoder, target->GetFrameInfo(), record);
     RaiseBitrate(stream, encoder, target->GetFrameInfo(), record);
@@ -357,7 +445,8 @@ bool IsFixedForDvd(const std::string& key)
                                                              &Conf::TAG_PIX_FMT,
                                                              &IFormatCodecAudio::TAG_SAMPLE_RATE,
                                                              &IFormatCodecAudio::TAG_SAMPLE_FORMAT};
-    return std::any_of(s_keys.begin(), s_keys.end(),
+    return key == JobKeys::kPixelFormat ||
+           std::any_of(s_keys.begin(), s_keys.end(),
                        [&key](const std::string* fixed) { return *fixed == key; });
 }
 
@@ -390,11 +479,15 @@ Property MakeTargetCodec(const TargetStream& stream)
 
 Property MakeCopiedCodec(const MediaStream& source)
 {
-    const bool isVideo = source.kind == StreamKind::Video;
     Property record = source.descriptor->GetProperty();
     record.SetChildT(IFormatCodec::TAG_LOSSLESS, 1LL);
-    record.SetChildT(IFormatCodec::TAG_PREFERREDIMPL,
-                     isVideo ? IFormatCodecVideo::ENCODER_LOSSLESS : IFormatCodecAudio::ENCODER_LOSSLESS);
+    // Subtitles do not have such a word.
+    if (source.kind != StreamKind::Subtitle)
+    {
+        record.SetChildT(IFormatCodec::TAG_PREFERREDIMPL, source.kind == StreamKind::Video
+                                                              ? IFormatCodecVideo::ENCODER_LOSSLESS
+                                                              : IFormatCodecAudio::ENCODER_LOSSLESS);
+    }
     return record;
 }
 

@@ -1,8 +1,10 @@
 #include "Media/Planning/VideoGeometry.h"
 
 #include "Media/Planning/Containers.h"
+#include "Media/Planning/VideoSettings.h"
 
 extern "C" {
+#include <libavutil/pixdesc.h>
 #include <libavutil/rational.h>
 }
 
@@ -129,12 +131,10 @@ void ChooseSize(const FrameInfo& source, PixelLimits limits, IFormatCodecVideo& 
     const Property& record = target.GetProperty();
     const Aspect aspect = WantedAspect(record, source, limits.areDvd);
     auto [width, height] = WantedSize(record, source, aspect, limits.areSquare);
-    const PixFmt pixelFormat = target.GetPixelFormat();
-    if (pixelFormat != PIX_FMT_NONE)
+    if (const AVPixFmtDescriptor* const format = av_pix_fmt_desc_get(PixelFormatIn(record)))
     {
-        const PixFmtDescription& format = *PixFmtDescription::Find(pixelFormat);
-        width = Whole(width, format.log2ChromaW);
-        height = Whole(height, format.log2ChromaH);
+        width = Whole(width, format->log2_chroma_w);
+        height = Whole(height, format->log2_chroma_h);
     }
     const std::uint32_t ax = NumberUnder(record, IFormatCodecVideo::TAG_ASPECTX);
     const std::uint32_t ay = NumberUnder(record, IFormatCodecVideo::TAG_ASPECTY);

@@ -226,6 +226,24 @@ const AVCodec* EncoderFor(const Property& codec, const Place& place, FaultList& 
     return choice.encoder;
 }
 
+void AddInterlacedFlags(CodecOptions& options)
+{
+    constexpr const char* kFlags = "+ildct+ilme";
+    const auto flags = std::find_if(options.begin(), options.end(),
+                                    [](const auto& option) { return option.first == "flags"; });
+    if (flags == options.end())
+    {
+        options.emplace_back("flags", kFlags);
+    }
+    else
+    {
+        // What the record says by FFmpeg's names comes after it and wins.
+        flags->second =
+            kFlags + (flags->second.front() == '+' || flags->second.front() == '-' ? flags->second
+                                                                                   : "+" + flags->second);
+    }
+}
+
 CodecOptions EncodingOptions(const Property& codec, const AVCodec& encoder, const Place& place,
                              FaultList& faults)
 {

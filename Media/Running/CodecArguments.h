@@ -23,4 +23,7 @@ const AVCodec* EncoderFor(const Core::Property& codec, const Place& place, Fault
 CodecOptions EncodingOptions(const Core::Property& codec, const AVCodec& encoder, const Place& place,
                              FaultList& faults);
 
+/// Tells the encoder that frames are interlaced and are coded as such.
+void AddInterlacedFlags(CodecOptions& options);
+
 } // namespace Zelnor::Media

@@ -105,6 +105,10 @@ private:
                     AddFor(stream.stream, name, value);
                 }
             }
+            if (stream.needsDurations && stream.input == index)
+            {
+                Add({"-fix_sub_duration:" + std::to_string(stream.stream)});
+            }
         }
         Add({"-i", FFmpegFileName(input.file)});
     }

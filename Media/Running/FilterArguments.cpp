@@ -1,16 +1,11 @@
 #include "Media/Running/FilterArguments.h"
 
-#include "Media/Planning/VideoGeometry.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/Running/VideoFilters.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
-
 #include <algorithm>
-#include <cmath>
 
 namespace Zelnor::Media
 {
@@ -18,21 +13,8 @@ namespace Zelnor::Media
 namespace
 {
 
-using Conf::FrameInfo;
-using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
-using Conf::IFormatCodecVideo;
 using Core::Property;
-
-void Append(std::string& filters, const std::string& filter)
-{
-    filters += (filters.empty() ? "" : ",") + filter;
-}
-
-std::string SizeText(std::uint32_t width, std::uint32_t height)
-{
-    return std::to_string(width) + ":" + std::to_string(height);
-}
 
 std::string Escaped(const std::string& text, const char* special)
 {
@@ -46,81 +28,6 @@ std::string Escaped(const std::string& text, const char* special)
         escaped += c;
     }
     return escaped;
-}
-
-std::uint32_t EvenPart(double length, std::uint32_t limit)
-{
-    constexpr double kHalf = 2.0;
-    const auto even = static_cast<std::uint32_t>(std::lround(length / kHalf)) * 2U;
-    return std::min(std::max(even, 2U), limit);
-}
-
-/// Scales to the target's size. A frame of another display aspect ratio is not stretched: it gets letterbox
-/// or pillarbox, unless the ratios differ by less than a pixel can show.
-std::string ScaleFilters(const FrameInfo& source, const FrameInfo& target)
-{
-    const double sourceAspect =
-        static_cast<double>(source.width) * source.ax / (static_cast<double>(source.height) * source.ay);
-    const double targetAspect =
-        static_cast<double>(target.width) * target.ax / (static_cast<double>(target.height) * target.ay);
-    constexpr double kNoticeable = 0.01;
-    const double ratio = sourceAspect / targetAspect;
-    if (!std::isfinite(ratio) || std::abs(ratio - 1) < kNoticeable)
-    {
-        return "scale=" + SizeText(target.width, target.height);
-    }
-    const std::uint32_t width = ratio < 1 ? EvenPart(target.width * ratio, target.width) : target.width;
-    const std::uint32_t height = ratio > 1 ? EvenPart(target.height / ratio, target.height) : target.height;
-    return "scale=" + SizeText(width, height) + ",pad=" + SizeText(target.width, target.height) + ":" +
-           SizeText((target.width - width) / 4 * 2, (target.height - height) / 4 * 2);
-}
-
-boost::intrusive_ptr<IFormatCodecVideo> VideoOf(const Property& codec)
-{
-    auto video = IFormatCodecVideo::Create();
-    video->SetProperty(codec);
-    return video;
-}
-
-std::string RateText(const Property& codec)
-{
-    const Property::Ratio& rate = codec[IFormatCodecVideo::TAG_FPS].GetRatio();
-    return std::to_string(rate.numerator()) + "/" + std::to_string(rate.denominator());
-}
-
-bool IsGif(const Property& codec)
-{
-    return codec[IFormatCodec::TAG_CODEC_ID].GetString() == IFormatCodecVideo::CODEC_ID_GIF;
-}
-
-std::string VideoFilters(const MediaStream& source, const Property& codec)
-{
-    const auto video = VideoOf(codec);
-    std::string filters;
-    if (source.isInterlaced)
-    {
-        Append(filters, "yadif=deint=interlaced");
-    }
-    if (codec.ChildExists(IFormatCodecVideo::TAG_FPS))
-    {
-        Append(filters, "fps=" + RateText(codec));
-    }
-    if (codec.ChildExists(IFormatCodecVideo::TAG_WIDTH))
-    {
-        const FrameInfo frame = video->GetFrameInfo();
-        Append(filters, ScaleFilters(DisplayedFrame(source), frame));
-        Append(filters, "setsar=" + std::to_string(frame.ax) + "/" + std::to_string(frame.ay) + ":max=65535");
-    }
-    if (IsGif(codec))
-    {
-        // A palette of the clip's own colours; the fixed one looks poor.
-        Append(filters, "split[clip][colours];[colours]palettegen[palette];[clip][palette]paletteuse");
-    }
-    else if (const AVPixelFormat format = ToFFmpeg(video->GetPixelFormat()); format != AV_PIX_FMT_NONE)
-    {
-        Append(filters, std::string("format=") + av_get_pix_fmt_name(format));
-    }
-    return filters;
 }
 
 std::string AudioFilters(const Property& codec)
@@ -170,27 +77,54 @@ std::string DrawText(const MediaFile& file, const MediaStream& subtitle, std::in
     return start == 0 ? draw : "setpts=PTS+" + shift + "," + draw + ",setpts=PTS-" + shift;
 }
 
+std::string BitmapLabel(const MediaStream& subtitle)
+{
+    return "[bitmap" + std::to_string(subtitle.index) + "]";
+}
+
 std::string DrawSubtitle(const Transcode& transcode, const TranscodeStream& stream,
                          const MediaStream& subtitle)
 {
-    return subtitle.isBitmap ? Label(stream, subtitle.index) + "overlay"
-                             : DrawText(transcode.inputs[stream.input], subtitle, transcode.span.start);
+    // The subtitle's timeline does not add frames, nor does its end end the video.
+    return subtitle.isBitmap
+               ? BitmapLabel(subtitle) + "overlay=x=(W-w)/2:y=(H-h)/2:eof_action=pass:format=auto"
+               : DrawText(transcode.inputs[stream.input], subtitle, transcode.span.start);
 }
 
 } // namespace
 
 std::string StreamFilters(const MediaStream& source, const Property& codec)
 {
-    return source.kind == StreamKind::Video   ? VideoFilters(source, codec)
+    if (source.kind != StreamKind::Video)
+    {
+        return MergedFilters(source, codec);
+    }
+    const std::string time = TimeFilters(source, codec);
+    const std::string frames = FrameFilters(source, codec);
+    return time + (time.empty() || frames.empty() ? "" : ",") + frames;
+}
+
+std::string MergedFilters(const MediaStream& source, const Property& codec)
+{
+    return source.kind == StreamKind::Video   ? FrameFilters(source, codec)
            : source.kind == StreamKind::Audio ? AudioFilters(codec)
                                               : "";
 }
 
-std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stream, FaultList& faults)
+std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stream, const Property& codec,
+                         FaultList& faults)
 {
     const MediaFile& file = transcode.inputs[stream.input];
     const MediaStream& base = transcode.SourceOf(stream);
+    std::string bitmaps;
     std::string filters = Label(stream, stream.stream);
+    if (base.kind == StreamKind::Video)
+    {
+        // Before anything is drawn: lines of text are not to be deinterlaced, and a subtitle is drawn on
+        // the frames that there will be.
+        const std::string time = TimeFilters(base, codec);
+        filters += time + (time.empty() ? "" : "[base];[base]");
+    }
     bool isFirst = true;
     for (const unsigned int index : stream.merged)
     {
@@ -202,6 +136,10 @@ std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stre
         else if (base.kind == StreamKind::Video && overlay.kind == StreamKind::Subtitle)
         {
             filters += isFirst ? "" : "[drawn];[drawn]";
+            if (overlay.isBitmap)
+            {
+                bitmaps += Label(stream, index) + BitmapFilters(overlay, base) + BitmapLabel(overlay) + ";";
+            }
             filters += DrawSubtitle(transcode, stream, overlay);
         }
         else
@@ -216,7 +154,7 @@ std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stre
     {
         filters += "amix=inputs=" + std::to_string(stream.merged.size() + 1) + ":normalize=0";
     }
-    return filters;
+    return bitmaps + filters;
 }
 
 std::string EscapeForFilter(const std::string& text)

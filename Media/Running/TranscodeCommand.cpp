@@ -1,18 +1,23 @@
 #include "Media/Running/TranscodeCommand.h"
 
 #include "Media/Jobs/FaultList.h"
+#include "Media/Jobs/JobKeys.h"
 #include "Media/Options/OptionRules.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCheck.h"
 #include "Media/Planning/EncoderChoice.h"
+#include "Media/Planning/VideoSettings.h"
 #include "Media/Probe/StreamKinds.h"
 #include "Media/Running/CodecArguments.h"
 #include "Media/Running/CodecSettings.h"
 #include "Media/Running/FilterArguments.h"
+#include "Media/Running/VideoFilters.h"
+#include "Media/ValueText.h"
 
 #include "Conf/Interfaces/IFormat.h"
 #include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
 #include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
@@ -27,6 +32,7 @@ namespace
 
 using Conf::IFormat;
 using Conf::IFormatCodec;
+using Conf::IFormatCodecVideo;
 using Conf::IFormatFile;
 using Core::Property;
 
@@ -178,15 +184,54 @@ private:
         }
         m_command.options = EncodingOptions(m_codec, *encoder, m_stream.place, m_faults);
         m_command.hasTwoPasses = WantsTwoPasses(m_codec);
-        if (source != nullptr)
+        if (source != nullptr && m_stream.merged.empty())
         {
             m_command.filters = StreamFilters(*source, m_codec);
         }
-        if (source != nullptr && !m_stream.merged.empty())
+        else if (source != nullptr)
         {
-            m_command.merge = MergeFilters(m_transcode, m_stream, m_faults);
+            m_command.merge = MergeFilters(m_transcode, m_stream, m_codec, m_faults);
+            m_command.filters = MergedFilters(*source, m_codec);
+        }
+        if (source != nullptr)
+        {
+            CheckFrames(*source);
+            m_command.needsDurations = source->codec == "hdmv_pgs_subtitle";
         }
         m_command.isOneImage = encoder->type == AVMEDIA_TYPE_VIDEO && IsPicture(m_transcode.container);
+    }
+
+    /// What only the source and the record together say of a video's frames.
+    void CheckFrames(const MediaStream& source)
+    {
+        if (source.kind != StreamKind::Video)
+        {
+            return;
+        }
+        std::string key;
+        const std::string fault = FindColorFault(source, m_codec, key);
+        if (!fault.empty())
+        {
+            m_faults.Add(JobFault::Setting, m_stream.place.At(key), fault);
+        }
+        if (source.isInterlaced && DeinterlacingIn(m_codec) == Deinterlacing::Keep)
+        {
+            KeepInterlaced(source);
+        }
+    }
+
+    void KeepInterlaced(const MediaStream& source)
+    {
+        const Property& facts = source.descriptor->GetProperty();
+        const auto rate = facts.FindChild(IFormatCodecVideo::TAG_FPS);
+        const auto wanted = m_codec.FindChild(IFormatCodecVideo::TAG_FPS);
+        if (rate != facts.end() && wanted != m_codec.end() && rate->GetRatio() != wanted->GetRatio())
+        {
+            m_faults.Add(JobFault::Setting, m_stream.place.At(JobKeys::kDeinterlace),
+                         "interlaced frames keep the frame rate of their source, " + ValueText(*rate) +
+                             "; found " + ValueText(*wanted));
+        }
+        AddInterlacedFlags(m_command.options);
     }
 
     /// Whether the encoder makes streams of the record's kind, from such a source.

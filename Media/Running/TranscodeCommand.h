@@ -25,6 +25,7 @@ struct StreamCommand
     bool isCopied = false;
     bool hasTwoPasses = false;
     bool isOneImage = false;           ///< ends after its first frame
+    bool needsDurations = false;       ///< each subtitle of the source ends where the next one begins
     std::string merge;                 ///< filters that merge streams into it; empty: none are
     std::string filters;               ///< filters for it alone; empty: none
     CodecOptions analysis;             ///< options for its decoder

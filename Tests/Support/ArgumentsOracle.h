@@ -213,7 +213,10 @@ private:
         std::string option = Take();
         while (m_fault.empty() && option != "-i")
         {
-            ReadDecoderOption(option);
+            if (!details::Matches(option, "-fix_sub_duration:[0-9]+"))
+            {
+                ReadDecoderOption(option);
+            }
             option = Take();
         }
         Expect("file:" + source.name);
@@ -472,7 +475,7 @@ private:
             {"tag", "[0-9]{1,10}", "codec_fourcc"},
             {"threads", "0", ""},
             {"threads", "[0-9]+|auto", "number_of_threads"},
-            {"flags", R"(\+global_header)", ""},
+            {"flags", R"((\+ildct\+ilme)?(\+global_header)?)", ""},
             {"disposition", "0|default", ""},
             {"g", "1", ""},
             {"g", "-?[0-9]+", "maxIFrameInterval"},
@@ -515,7 +518,13 @@ private:
                                        : name == "g"        ? "maxIFrameInterval"
                                                             : name)
                     : asked;
-        return asked && (*asked == value || *asked + "+global_header" == value || Expanded(*asked) == value);
+        const std::string interlaced = "+ildct+ilme";
+        const std::string free =
+            value.compare(0, interlaced.size(), interlaced) == 0 && TextUnder(codec, "deinterlace") == "keep"
+                ? value.substr(interlaced.size())
+                : value;
+        return asked && (*asked == free || "+" + *asked == free || *asked + "+global_header" == free ||
+                         "+" + *asked + "+global_header" == free || Expanded(*asked) == free);
     }
 
     /// Parameters without a value are given 1.
@@ -524,13 +533,26 @@ private:
         return std::regex_replace(parameters, std::regex("(^|:)([^:=]+)(?=:|$)"), "$1$2=1");
     }
 
-    void CheckFilters(const std::string& filters, bool mayMerge)
+    static bool IsFilter(const std::string& text)
     {
-        static const char* const kFilter =
-            "yadif=deint=interlaced|fps=[0-9]+/[0-9]+|scale=[0-9]+:[0-9]+|pad=[0-9]+:[0-9]+:[0-9]+:[0-9]+|"
-            "setsar=[0-9]+/[0-9]+:max=65535|format=[a-z0-9]+|aformat=[a-z0-9_=:.()]+|"
+        static const std::string s_scale =
+            "scale=([0-9]+:[0-9]+)?(:interl=1)?(:?flags=bicubic\\+accurate_rnd\\+full_chroma_int)?"
+            "(:?in_color_matrix=[a-z0-9]+)?(:?out_color_matrix=[a-z0-9]+)?(:?in_range=(tv|pc))?"
+            "(:?out_range=(tv|pc))?";
+        static const std::string s_filter =
+            "yadif=(mode=send_field:)?deint=interlaced|setfield=(tff|bff|prog)|fps=[0-9]+/[0-9]+|" + s_scale +
+            "|pad=[0-9]+:[0-9]+:[0-9]+:[0-9]+|setsar=[0-9]+/[0-9]+:max=65535|format=[a-z0-9]+|"
+            "zscale=tin=[a-z0-9-]+:min=[a-z0-9-]+:pin=[a-z0-9-]+:rin=(tv|pc):t=linear:npl=100|"
+            "zscale=p=[a-z0-9-]+|tonemap=tonemap=hable:desat=0|zscale=t=[a-z0-9-]+:m=[a-z0-9-]+:r=(tv|pc)|"
+            "setparams=((range|colorspace|color_primaries|color_trc)=[a-z0-9-]+:?)+|"
+            "aformat=[a-z0-9_=:.()]+|"
             "split\\[clip\\]\\[colours\\];\\[colours\\]palettegen\\[palette\\];\\[clip\\]\\[palette\\]"
             "paletteuse";
+        return details::Matches(text, s_filter.c_str());
+    }
+
+    void CheckFilters(const std::string& filters, bool mayMerge)
+    {
         std::string rest = filters;
         if (mayMerge)
         {
@@ -545,7 +567,7 @@ private:
         {
             std::size_t end =
                 rest.compare(0, 6, "split[") == 0 ? rest.size() : std::min(rest.find(','), rest.size());
-            if (!details::Matches(rest.substr(0, end), kFilter))
+            if (!IsFilter(rest.substr(0, end)))
             {
                 return Refuse("not a filter: " + rest.substr(0, end));
             }
@@ -568,11 +590,23 @@ private:
             std::regex_search(rest, labels, s_labels);
             rest.erase(0, static_cast<std::size_t>(labels.length()));
         };
+        std::smatch bitmap;
+        static const std::regex s_bitmap(
+            R"(^\[[0-9]+:[0-9]+\](scale=[0-9]+:[0-9]+)(:force_original_aspect_ratio=decrease)?)"
+            R"((:out_color_matrix=[a-z0-9]+)?\[bitmap[0-9]+\];)");
+        while (std::regex_search(rest, bitmap, s_bitmap))
+        {
+            rest.erase(0, static_cast<std::size_t>(bitmap.length()));
+        }
         takeLabels();
+        TakeTime(rest);
         const std::string shift = std::to_string(m_transcode.span.start) + "/1000000/TB";
         while (m_fault.empty())
         {
             const bool isShifted = m_transcode.span.start > 0 && take("setpts=PTS+" + shift + ",");
+            std::smatch drawn;
+            static const std::regex s_drawn(
+                R"(^\[bitmap[0-9]+\]overlay=x=\(W-w\)/2:y=\(H-h\)/2:eof_action=pass:format=auto)");
             std::smatch mix;
             static const std::regex s_mix("^amix=inputs=[0-9]+:normalize=0");
             if (std::regex_search(rest, mix, s_mix))
@@ -583,7 +617,11 @@ private:
             {
                 TakeFileName(rest);
             }
-            else if (!take("overlay"))
+            else if (std::regex_search(rest, drawn, s_drawn))
+            {
+                rest.erase(0, static_cast<std::size_t>(drawn.length()));
+            }
+            else
             {
                 Refuse("not a merge: " + rest);
             }
@@ -599,6 +637,29 @@ private:
         }
         take(",");
         return rest;
+    }
+
+    /// Reads the filters that make the frames on which something is drawn.
+    void TakeTime(std::string& rest)
+    {
+        static const std::string kEnd = "[base];[base]";
+        const std::size_t end = rest.find(kEnd);
+        const std::size_t file = rest.find("subtitles=");
+        if (end == std::string::npos || file < end)
+        {
+            return;
+        }
+        std::string time = rest.substr(0, end);
+        rest.erase(0, end + kEnd.size());
+        while (!time.empty() && m_fault.empty())
+        {
+            const std::size_t comma = std::min(time.find(','), time.size());
+            if (!IsFilter(time.substr(0, comma)))
+            {
+                Refuse("not a filter: " + time);
+            }
+            time.erase(0, comma + 1);
+        }
     }
 
     /// Undoes both levels of escapes, as the parsers of a filter graph and of its options do.

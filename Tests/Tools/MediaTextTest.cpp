@@ -30,6 +30,43 @@ TEST(StreamText, DescribesVideo)
     EXPECT_EQ(StreamText(MakeVideoStream(1920, 1080)), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P");
 }
 
+TEST(StreamText, DescribesColoursAndHighDynamicRange)
+{
+    Media::MediaStream stream = MakeVideoStream(1920, 1080);
+    stream.color = {"tv", "bt2020nc", "bt2020", "smpte2084"};
+    stream.hdr = {"G(1,2)B(3,4)R(5,6)WP(7,8)L(9,1)", "1000,400", "8.4"};
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  "
+                                  "bt2020nc/bt2020/smpte2084 tv  Dolby Vision 8.4, mastering display "
+                                  "G(1,2)B(3,4)R(5,6)WP(7,8)L(9,1), content light 1000,400");
+}
+
+TEST(StreamText, SaysAColourOnceWhereAllAreTheSame)
+{
+    Media::MediaStream stream = MakeVideoStream(1920, 1080);
+    stream.color = {"tv", "bt709", "bt709", "bt709"};
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  bt709 tv");
+    stream.color = {"", "bt709", "", ""};
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  bt709/?/?");
+    stream.color = {"pc", "", "", ""};
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  pc");
+}
+
+TEST(StreamText, NamesThePixelFormatOfFFmpegWhereTheVocabularyHasNone)
+{
+    Media::MediaStream stream = MakeVideoStream(1920, 1080);
+    RemoveValue(stream, "PIXELFORMAT");
+    stream.pixelFormat = "yuv420p10le";
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  yuv420p10le");
+}
+
+TEST(StreamText, NamesTheOrderOfFields)
+{
+    Media::MediaStream stream = MakeVideoStream(720, 576);
+    stream.isInterlaced = true;
+    stream.fieldOrder = "bb";
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  720x576 (5:4)  25 fps  YUV420P  interlaced bb");
+}
+
 TEST(StreamText, DescribesAudio)
 {
     EXPECT_EQ(StreamText(MakeAudioStream()), "CODEC_ID_AAC  48000 Hz  STEREO  SAMPLE_FMT_FLTP");

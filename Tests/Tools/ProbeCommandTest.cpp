@@ -150,6 +150,29 @@ TEST_F(Probe, ShowsThatVideoIsInterlaced)
     EXPECT_TRUE(found);
 }
 
+TEST_F(Probe, TellsProgramsHowSamplesAreCoded)
+{
+    Make({"-f", "lavfi", "-i", "testsrc=s=64x48:d=0.1", "-f", "lavfi", "-i", "sine=d=0.1", "-vf",
+          "format=yuv422p10le,setparams=range=tv:colorspace=bt709:color_primaries=bt709:color_trc=bt709",
+          "-c:v", "prores_ks", "-c:a", "pcm_s24le", "c.mov"});
+    rapidjson::Document json = Json("c.mov");
+    const auto& video = json["streams"][0];
+    EXPECT_STREQ(video["pixelFormat"].GetString(), "yuv422p10le");
+    EXPECT_EQ(video["bitsPerSample"].GetUint(), 10U);
+    EXPECT_STREQ(video["fieldOrder"].GetString(), "progressive");
+    EXPECT_STREQ(video["color"]["range"].GetString(), "tv");
+    EXPECT_STREQ(video["color"]["matrix"].GetString(), "bt709");
+    EXPECT_STREQ(video["color"]["primaries"].GetString(), "bt709");
+    EXPECT_STREQ(video["color"]["transfer"].GetString(), "bt709");
+    EXPECT_TRUE(video["hdr"]["masteringDisplay"].IsNull());
+    EXPECT_TRUE(video["hdr"]["contentLight"].IsNull());
+    EXPECT_TRUE(video["hdr"]["dolbyVision"].IsNull());
+    EXPECT_EQ(video["startMicroseconds"].GetInt64(), 0);
+    const auto& audio = json["streams"][1];
+    EXPECT_STREQ(audio["sampleFormat"].GetString(), "s32");
+    EXPECT_EQ(audio["bitsPerSample"].GetUint(), 24U);
+}
+
 TEST_F(Probe, RefusesWhatIsNotMedia)
 {
     Write("text.mp4", "This is only text.\n" + std::string(2000, 'x') + "\n");

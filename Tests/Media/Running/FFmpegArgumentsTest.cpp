@@ -148,7 +148,9 @@ TEST(FFmpegArguments, OfSubtitlesThatAreDrawn)
     EXPECT_EQ(runs[0],
               Ended({"-n", "-protocol_whitelist", "file", "-f", "matroska", "-i", "file:it's.mkv",
                      "-filter_complex",
-                     R"([0:0]subtitles=filename=file\\:it\\\'s.mkv:si=0[drawn];[drawn][0:2]overlay[merged0])",
+                     "[0:2]scale=1280:720:out_color_matrix=bt709[bitmap2];"
+                     R"([0:0]subtitles=filename=file\\:it\\\'s.mkv:si=0[drawn];)"
+                     "[drawn][bitmap2]overlay=x=(W-w)/2:y=(H-h)/2:eof_action=pass:format=auto[merged0]",
                      "-map", "[merged0]", "-c:0", "libx264", "-b:0", "1"}));
 }
 

@@ -67,7 +67,7 @@ TEST(MergeFilters, MixSoundIntoSound)
     FaultList faults;
     const Transcode transcode = MakeTranscode(MakeMediaFile({MakeAudioStream(), MakeAudioStream()}),
                                               AudioRecord(R"("codec_id":"CODEC_ID_AC3")"), "ac3", {1});
-    EXPECT_EQ(MergeFilters(transcode, transcode.streams.front(), faults),
+    EXPECT_EQ(MergeFilters(transcode, transcode.streams.front(), transcode.streams.front().codec, faults),
               "[0:0][0:1]amix=inputs=2:normalize=0");
     EXPECT_EQ(Sentences(faults.Get()), std::vector<std::string>{});
 }
@@ -78,8 +78,10 @@ TEST(MergeFilters, DrawSubtitlesOverVideo)
     const Transcode transcode =
         MakeTranscode(MakeMediaFile({MakeVideoStream(), MakeSubtitleStream(), MakeBitmapSubtitle()}),
                       Sized(640, 360), "mp4", {1, 2});
-    EXPECT_EQ(MergeFilters(transcode, transcode.streams.front(), faults),
-              "[0:0]subtitles=filename=file\\\\:in.mkv:si=0[drawn];[drawn][0:2]overlay");
+    EXPECT_EQ(MergeFilters(transcode, transcode.streams.front(), transcode.streams.front().codec, faults),
+              "[0:2]scale=1280:720:out_color_matrix=bt709[bitmap2];"
+              "[0:0]subtitles=filename=file\\\\:in.mkv:si=0[drawn];"
+              "[drawn][bitmap2]overlay=x=(W-w)/2:y=(H-h)/2:eof_action=pass:format=auto");
     EXPECT_EQ(Sentences(faults.Get()), std::vector<std::string>{});
 }
 
@@ -88,7 +90,7 @@ TEST(MergeFilters, RefuseKindsThatDoNotFit)
     FaultList faults;
     const Transcode transcode =
         MakeTranscode(MakeMediaFile({MakeVideoStream(), MakeAudioStream()}), Sized(640, 360), "mp4", {1});
-    MergeFilters(transcode, transcode.streams.front(), faults);
+    MergeFilters(transcode, transcode.streams.front(), transcode.streams.front().codec, faults);
     EXPECT_EQ(faults.Get().size(), 1U);
 }
 
