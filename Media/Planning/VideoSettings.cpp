@@ -133,8 +133,8 @@ std::string ParityOf(const MediaStream& source)
 bool SupportsInterlaced(const AVCodec& encoder)
 {
     // FFmpeg does not tell; each of these was tried.
-    constexpr std::array<std::string_view, 6> kEncoders = {"mpeg2video", "mpeg4",     "libx264",
-                                                           "dnxhd",      "prores_ks", "dvvideo"};
+    constexpr std::array<std::string_view, 7> kEncoders = {"mpeg2video", "mpeg4",     "libx264", "dnxhd",
+                                                           "prores",     "prores_ks", "dvvideo"};
     return std::find(kEncoders.begin(), kEncoders.end(), encoder.name) != kEncoders.end();
 }
 

@@ -115,8 +115,9 @@ std::string ScaleColors(const ColorChange& change)
     {
         add("in_range", change.from.range);
     }
-    else if (!change.to.range.empty() && fromRange != change.to.range)
+    else if (!change.to.range.empty() && (fromRange != change.to.range || fromRange == "pc"))
     {
+        // The filter makes limited ranges of all that it is not told.
         add("in_range", fromRange);
         add("out_range", change.to.range);
     }

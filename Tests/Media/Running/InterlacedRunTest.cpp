@@ -185,7 +185,7 @@ TEST_F(InterlacedRun, KeepsItsFrameRateOrIsRefused)
     ASSERT_EQ(faults.size(), 1U);
     EXPECT_EQ(faults[0].Sentence(),
               "link 3 -> 2, video stream 0, deinterlace: interlaced frames keep the frame rate of their "
-              "source, 25; found 50");
+              "source, 25/1; found 50/1");
 }
 
 } // namespace

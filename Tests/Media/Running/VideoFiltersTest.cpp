@@ -106,9 +106,16 @@ TEST(FrameFilters, ConvertTheRange)
 {
     EXPECT_EQ(FrameFilters(Colored({"pc", "", "", ""}), Sized(1280, 720, R"(,"colorRange":"tv")")),
               "scale=1280:720:in_range=pc:out_range=tv" + kAspect + ",setparams=range=tv");
-    EXPECT_EQ(FrameFilters(Colored({"", "", "", ""}, "yuvj420p"), VideoRecord(R"("colorRange":"tv")")),
+    EXPECT_EQ(FrameFilters(Colored({"", "", "", ""}, "yuvj420p"),
+                           VideoRecord(R"("codec_id":"CODEC_ID_H264","colorRange":"tv")")),
               "scale=in_range=pc:out_range=tv,setparams=range=tv")
         << "without a size as well";
+}
+
+TEST(FrameFilters, NameARangeThatStaysFull)
+{
+    EXPECT_EQ(FrameFilters(Colored({"pc", "", "", ""}), Sized(1280, 720, R"(,"colorRange":"pc")")),
+              "scale=1280:720:in_range=pc:out_range=pc" + kAspect + ",setparams=range=pc");
 }
 
 TEST(FrameFilters, OfARecordWithoutColoursLeaveThemAlone)
