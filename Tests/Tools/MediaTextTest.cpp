@@ -47,6 +47,8 @@ TEST(StreamText, SaysAColourOnceWhereAllAreTheSame)
     EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  bt709 tv");
     stream.color = {"", "bt709", "", ""};
     EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  bt709/?/?");
+    stream.color = {"tv", "", "", ""};
+    EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P");
     stream.color = {"pc", "", "", ""};
     EXPECT_EQ(StreamText(stream), "CODEC_ID_H264  1920x1080 (16:9)  25 fps  YUV420P  pc");
 }

@@ -68,6 +68,7 @@ std::string PixelFormatText(const IFormatCodecVideo& video, const Media::MediaSt
 }
 
 /// "bt2020nc/bt2020/smpte2084 tv": matrix, primaries, transfer and range; "?" stands for one of the three.
+/// The usual range alone is nothing to tell.
 std::string ColorText(const Media::VideoColor& color)
 {
     const auto known = [](const std::string& name) { return name.empty() ? "?" : name; };
@@ -75,7 +76,8 @@ std::string ColorText(const Media::VideoColor& color)
     const std::string names =
         isOne ? color.matrix
               : known(color.matrix) + "/" + known(color.primaries) + "/" + known(color.transfer);
-    return names + (names.empty() || color.range.empty() ? "" : " ") + color.range;
+    return names.empty() ? (color.range == "tv" ? "" : color.range)
+                         : names + (color.range.empty() ? "" : " ") + color.range;
 }
 
 std::string HdrText(const Media::VideoHdr& hdr)
