@@ -1,5 +1,6 @@
 #include "Media/Planning/SettingOverrides.h"
 
+#include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
 #include "Media/NearestNames.h"
 #include "Media/Presets/PresetRules.h"
@@ -188,7 +189,8 @@ bool IsAboutCodec(const std::string& key)
                                        &IFormatCodecVideo::TAG_MOTION_SRCH_RNG,
                                        &Conf::TAG_PIX_FMT,
                                        &IFormatCodecAudio::TAG_SAMPLE_FORMAT};
-    return std::any_of(std::begin(keys), std::end(keys),
+    return key == JobKeys::kPixelFormat ||
+           std::any_of(std::begin(keys), std::end(keys),
                        [&key](const std::string* known) { return *known == key; });
 }
 
