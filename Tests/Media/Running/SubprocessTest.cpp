@@ -175,7 +175,7 @@ TEST(Subprocess, IsWaitedForWithoutWorkWhenItHasClosedItsStreams)
         return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
     };
     const auto before = used();
-    EXPECT_EQ(RunSubprocess(Bash("exec >&- 2>&-; sleep 0.3"), {}), 0);
+    EXPECT_EQ(RunSubprocess(Bash("exec >&- 2>&-; sleep 0.5"), {}), 0);
     EXPECT_LT(used() - before, std::chrono::milliseconds(100));
 }
 

@@ -36,8 +36,25 @@ protected:
             R"({"format_codec_audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}}]})")));
     }
 
+    /// The same with these records as the source and the raw stream. "$file" stands for the name of a file
+    /// that is there.
+    Texts FaultsOfRecords(std::string source, const std::string& raw) const
+    {
+        const std::size_t at = source.find("$file");
+        source = at == std::string::npos ? source : source.replace(at, 5, (m_folder / "in.wav").string());
+        return Sentences(CheckJob(
+            *Loaded(R"({"vertices":[{"id":1,"data":{"data":)" + source + R"(}},{"id":2,"data":{"data":)" +
+                    raw + R"(}},{"id":3,"data":{"data":{"target":{"container":"wav","filePath":")" +
+                    (m_folder / "out.wav").string() +
+                    R"("}}}}],"edges":[{"from":1,"to":2},{"from":2,"to":3,"data":{"data":)"
+                    R"({"format_codec_audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}}]})")));
+    }
+
     TemporaryFolder m_folder;
 };
+
+const std::string kSource = R"({"source":{"$$TYPE_ID$$":"sourceFile","filePath":"$file"}})";
+const std::string kRaw = R"({"streamRaw":{"id":0}})";
 
 TEST_F(TranscodeOfJob, OfAnOrdinaryJobHasNoFaults) { EXPECT_EQ(FaultsWith("", ""), Texts()); }
 
@@ -98,6 +115,32 @@ TEST_F(TranscodeOfJob, MergesStreamsOfTheSource)
         Texts{"node 2, $$MERGE_WITH$$: '" + (m_folder / "in.wav").string() + "' does not have a stream 1"});
     EXPECT_EQ(FaultsWith("", R"(,"$$MERGE_WITH$$":{"a":{"$$MERGE_WITH$$":"0"}})"),
               Texts{"node 2, $$MERGE_WITH$$: expected the number of a stream, found '0'"});
+}
+
+TEST_F(TranscodeOfJob, ReadsSourcesThatAreFiles)
+{
+    EXPECT_EQ(FaultsOfRecords(kSource, kRaw), Texts());
+    EXPECT_EQ(FaultsOfRecords(R"({"other":{"$$TYPE_ID$$":"sourceFile","filePath":"$file"}})", kRaw),
+              Texts{"node 1: expected a 'source', found 'other'"});
+    EXPECT_EQ(FaultsOfRecords(R"({"source":{"$$TYPE_ID$$":"odd","filePath":"$file"}})", kRaw),
+              Texts{"node 1, $$TYPE_ID$$: expected 'sourceFile', found 'odd'"});
+    EXPECT_EQ(FaultsOfRecords(R"({"source":{"$$TYPE_ID$$":"sourceFile","filePath":"$file\u0000"}})", kRaw),
+              Texts{"node 1, filePath: a name cannot hold a NUL byte"});
+    EXPECT_EQ(FaultsOfRecords(R"({"source":{"$$TYPE_ID$$":"sourceFile"}})", kRaw),
+              Texts{"node 1, filePath: expected a string, found nothing"});
+}
+
+TEST_F(TranscodeOfJob, ReadsStreamsThatTheSourceHas)
+{
+    const std::string file = "'" + (m_folder / "in.wav").string() + "'";
+    EXPECT_EQ(FaultsOfRecords(kSource, R"({"streamRaw":{"id":1}})"),
+              Texts{"node 2, id: " + file + " does not have a stream 1"});
+    EXPECT_EQ(FaultsOfRecords(kSource, R"({"streamRaw":{"id":-1}})"),
+              Texts{"node 2, id: " + file + " does not have a stream -1"});
+    EXPECT_EQ(FaultsOfRecords(kSource, R"({"streamRaw":{"id":4294967296}})"),
+              Texts{"node 2, id: " + file + " does not have a stream 4294967296"});
+    EXPECT_EQ(FaultsOfRecords(kSource, R"({"streamRaw":{}})"),
+              Texts{"node 2, id: expected an integer, found nothing"});
 }
 
 } // namespace
