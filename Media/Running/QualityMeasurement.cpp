@@ -79,6 +79,16 @@ std::vector<std::string> Words(const TranscodeCommand& transcode, const MediaFil
     std::vector<std::string> words = {ffmpeg, "-hide_banner", "-nostdin", "-v", "error", "-nostats"};
     for (const InputCommand& input : transcode.inputs)
     {
+        // The same part of the source as the video was made from.
+        if (transcode.span.end)
+        {
+            words.insert(words.end(),
+                         {"-t", std::to_string(*transcode.span.end - transcode.span.start) + "us"});
+        }
+        if (transcode.span.start > 0)
+        {
+            words.insert(words.end(), {"-ss", std::to_string(transcode.span.start) + "us"});
+        }
         AddInput(input.file, input.demuxer, words);
     }
     AddInput(made.name, made.demuxer.substr(0, made.demuxer.find(',')), words);

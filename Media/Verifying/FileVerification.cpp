@@ -153,7 +153,7 @@ private:
         std::vector<std::size_t> order;
         for (const ExpectedStream& wanted : m_wanted.streams)
         {
-            const std::size_t index = NextOf(wanted.kind, found, isTaken);
+            const std::size_t index = NextOf(wanted, found, isTaken);
             if (index == found.streams.size())
             {
                 m_result.differences.push_back(
@@ -173,10 +173,13 @@ private:
     }
 
     /// The streams of each kind stand in the job's order.
-    static std::size_t NextOf(StreamKind kind, const MediaFile& found, const std::vector<bool>& isTaken)
+    std::size_t NextOf(const ExpectedStream& wanted, const MediaFile& found,
+                       const std::vector<bool>& isTaken) const
     {
+        const bool mayBeCover = wanted.isCopied && m_wanted.SourceOf(wanted).isAttachedPicture;
         std::size_t index = 0;
-        while (index < found.streams.size() && (isTaken[index] || found.streams[index].kind != kind))
+        while (index < found.streams.size() && (isTaken[index] || found.streams[index].kind != wanted.kind ||
+                                                (found.streams[index].isAttachedPicture && !mayBeCover)))
         {
             ++index;
         }
