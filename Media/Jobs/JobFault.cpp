@@ -71,6 +71,8 @@ std::string JobFault::Name() const
         return "container";
     case Output:
         return "output";
+    case Loss:
+        return "loss";
     }
     return "";
 }
@@ -103,6 +105,7 @@ std::string JobFault::Sentence() const
     case Encoder:
     case Container:
     case Output:
+    case Loss:
         break;
     }
     const std::string where = place.TextInDocument();

@@ -30,6 +30,7 @@ struct ZELNOR_API JobFault
         Encoder,   ///< no such encoder here, or one that does not support what is asked for
         Container, ///< no such container here, or one that cannot hold the stream
         Output,    ///< a target that cannot be written
+        Loss, ///< something of a source that the target will not have; a reason only where that is strict
     };
 
     Kind kind;

@@ -13,6 +13,13 @@ namespace Zelnor::Media::JobKeys
 constexpr const char* kStart = "start";
 /// Where in its sources the target ends, counted in the same way; at their end without it.
 constexpr const char* kEnd = "end";
+/// The list of its chapters. Each has `kStart` and `kEnd`, counted in the same way, and may have `kTitle`.
+/// Without the key, the target gets those of its first source that has some.
+constexpr const char* kChapters = "chapters";
+constexpr const char* kTitle = "title";
+/// The list of the streams of its first source that go into it as they are, covers and attachments. Without
+/// the key, it gets those of all of its sources.
+constexpr const char* kAttachments = "attachments";
 
 // Of a video's record.
 

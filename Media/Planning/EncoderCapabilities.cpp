@@ -2,6 +2,7 @@
 
 extern "C" {
 #include <libavutil/pixdesc.h>
+#include <libavutil/samplefmt.h>
 }
 
 #include <algorithm>
@@ -197,6 +198,24 @@ SampleFormats NearestSampleFormat(const AVCodec& encoder, SampleFormats wanted)
     }
     const SampleFormats counterpart = SampleFmtRecord::Find(wanted)->counterpart;
     return Contains(formats, counterpart) ? counterpart : formats.front();
+}
+
+SampleFormats FinestSampleFormat(const AVCodec& encoder, SampleFormats wanted)
+{
+    const std::vector<SampleFormats> formats = SampleFormatsOf(encoder);
+    const SampleFormats nearest = NearestSampleFormat(encoder, wanted);
+    const auto bytes = [](SampleFormats format) { return av_get_bytes_per_sample(ToFFmpeg(format)); };
+    const auto isFloat = [](SampleFormats format) {
+        const AVSampleFormat packed = av_get_packed_sample_fmt(ToFFmpeg(format));
+        return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
+    };
+    if (!isFloat(wanted) || isFloat(nearest) || formats.empty())
+    {
+        return nearest;
+    }
+    return *std::max_element(
+        formats.begin(), formats.end(),
+        [&bytes](SampleFormats one, SampleFormats other) { return bytes(one) < bytes(other); });
 }
 
 ChannelLayout NearestLayout(const AVCodec& encoder, ChannelLayout wanted)

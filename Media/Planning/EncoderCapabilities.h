@@ -25,6 +25,9 @@ PixFmt NearestPixelFormat(const AVCodec& encoder, PixFmt wanted);
 AVPixelFormat NearestPixelFormat(const AVCodec& encoder, AVPixelFormat wanted);
 /// The same samples in the other arrangement are nearer than other samples.
 Conf::SampleFormats NearestSampleFormat(const AVCodec& encoder, Conf::SampleFormats wanted);
+/// The integer samples of the most bits, for floating-point samples of a lossless source that the encoder
+/// does not support: fewer bits would be heard, more are not there.
+Conf::SampleFormats FinestSampleFormat(const AVCodec& encoder, Conf::SampleFormats wanted);
 /// The same number of channels, else fewer.
 Conf::ChannelLayout NearestLayout(const AVCodec& encoder, Conf::ChannelLayout wanted);
 /// The next higher rate, else the highest.

@@ -4,6 +4,7 @@
 #include "Media/Jobs/JobKeys.h"
 #include "Media/Jobs/MediaSpan.h"
 #include "Media/MediaException.h"
+#include "Media/Planning/OutputContents.h"
 #include "Media/Planning/SettingOverrides.h"
 #include "Media/Planning/StreamPlan.h"
 #include "Media/Planning/TargetName.h"
@@ -16,7 +17,6 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include <algorithm>
-#include <array>
 
 namespace Zelnor::Media
 {
@@ -31,37 +31,6 @@ using Conf::ITranscodingMetaGraph;
 using Core::Property;
 
 constexpr const char* kUnit = "Media/Planning/JobPlan";
-
-/// The tags about the work, which stay true in another file; those about the file do not.
-const std::array<const std::string*, 14>& WorkTags()
-{
-    static const std::array<const std::string*, 14> s_tags = {
-        &IFormatFile::TAG_TITLE,        &IFormatFile::TAG_ARTIST,    &IFormatFile::TAG_ALBUM,
-        &IFormatFile::TAG_ALBUM_ARTIST, &IFormatFile::TAG_COMPOSER,  &IFormatFile::TAG_PERFORMER,
-        &IFormatFile::TAG_PUBLISHER,    &IFormatFile::TAG_COPYRIGHT, &IFormatFile::TAG_COMMENT,
-        &IFormatFile::TAG_GENRE,        &IFormatFile::TAG_DATE,      &IFormatFile::TAG_YEAR,
-        &IFormatFile::TAG_DISC,         &IFormatFile::TAG_TRACK};
-    return s_tags;
-}
-
-void CarryWorkTags(const MediaFile& source, Property& target)
-{
-    if (!target.ChildExists(IFormat::TAG_METADATA))
-    {
-        target.SetChild(IFormat::TAG_METADATA);
-    }
-    Property& metadata = target[IFormat::TAG_METADATA];
-    for (const Property& tag : source.descriptor->GetMetadata())
-    {
-        for (const std::string* const key : WorkTags())
-        {
-            if (LowerCase(tag.GetName()) == LowerCase(*key) && !metadata.ChildExists(*key))
-            {
-                metadata.SetChild(*key, tag);
-            }
-        }
-    }
-}
 
 /// A subtitle that is drawn into a video is not kept beside it as well, unless it was chosen.
 void LeaveOutDrawn(const MediaFile& source, const JobRequest& request, StreamPlan& plan)
@@ -223,6 +192,40 @@ void CheckSource(const MediaFile& source)
     }
 }
 
+/// Writes into the records what of the source can be kept. \returns what cannot, as sentences
+/// \throw PlanException for the first of them when the request is strict
+std::vector<std::string> KeepContents(const MediaFile& source, const JobRequest& request,
+                                      const std::string& container, StreamPlan& plan, Property& target)
+{
+    OutputFile output = {{&source}, container, &target, {}};
+    std::vector<Property*> codecs;
+    for (PlannedStream& stream : plan.streams)
+    {
+        OutputStream made = {0, stream.source, {}, &stream.codec, stream.isCopied};
+        for (const StreamMerge& merge : request.merges)
+        {
+            if (merge.base == stream.source)
+            {
+                made.merged.push_back(merge.overlay);
+            }
+        }
+        output.streams.push_back(std::move(made));
+        codecs.push_back(&stream.codec);
+    }
+    FillRecords(output, target, codecs);
+    std::vector<std::string> sentences;
+    for (const Loss& loss : PlanContents(output).losses)
+    {
+        const Place place = loss.stream ? PlaceOf(source, source.streams[*loss.stream]) : Place{source.name};
+        if (request.strict)
+        {
+            ZELNOR_THROW(kUnit, MakeError<PlanException>(place, loss.reason));
+        }
+        sentences.push_back(place.Text() + ": " + loss.reason);
+    }
+    return sentences;
+}
+
 } // namespace
 
 PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Conf::IPreset>& preset,
@@ -252,7 +255,8 @@ PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Con
     Property target = ITranscodingMetaGraph::MakeOutFileDescription(preset, job.output, losslessDvd);
     TakeOver(settings, container, target);
     SetSpan(source, request, target, job.notes);
-    CarryWorkTags(source, target);
+    const std::vector<std::string> losses = KeepContents(source, request, container, plan, target);
+    job.notes.insert(job.notes.end(), losses.begin(), losses.end());
     const Conf::NodeId from = job.graph->AddNode(ITranscodingMetaGraph::MakeInFileDescription(source.name));
     const Conf::NodeId to = job.graph->AddNode(target);
     for (const PlannedStream& stream : plan.streams)

@@ -36,12 +36,14 @@ struct PlannedJob
 /// In the graph, the source is node 1 and the output file node 2. The streams between them follow, video
 /// before audio before subtitles, and each one's link to the output file carries the full codec descriptor of
 /// what it becomes: the preset's settings, and for the rest what the source is, as near as the encoder and
-/// the container can do. The job is valid.
+/// the container can do. The job is valid. What else the source has, tags, chapters, covers, attachments and
+/// its timecode, is kept where the container can hold it. What is not kept is named in the notes.
 ///
 /// \param preset  any preset; one that is not a `PresetFile` is checked by the same rules
 /// \throw PlanException when the source, the preset and the request do not go together, or the installed
 ///        FFmpeg cannot make a stream; with the tags that name the file, the stream and the preset's key:
 ///        "in.mkv: video stream 0, p.$$STREAMS$$.video.width: encoder mpeg2video does not support ..."
+/// \throw PlanException when the request is strict and something would be lost; it names the first thing
 /// \throw PresetFileException when the preset's record does not keep to the rules
 ZELNOR_API PlannedJob PlanJob(const MediaFile& source,
                               const boost::intrusive_ptr<const Conf::IPreset>& preset,

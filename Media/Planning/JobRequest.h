@@ -77,6 +77,9 @@ struct JobRequest
     /// The part of the source to convert, in microseconds from its beginning.
     std::optional<std::int64_t> start = {};
     std::optional<std::int64_t> end = {};
+    /// Whether a job is refused by which something of the source would be lost: a stream, a tag, a chapter, a
+    /// language. Else it is named in the notes.
+    bool strict = false;
 };
 
 /// Reads a setting as people write it: "video.bitrate=4000000", "video.frameRateRatio=30000/1001". The value

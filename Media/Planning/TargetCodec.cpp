@@ -355,14 +355,26 @@ int RateOf(const IFormatCodecAudio& audio)
                : kUsualRate;
 }
 
+bool IsLossless(const MediaStream& stream)
+{
+    const AVCodecDescriptor* const codec = avcodec_descriptor_get_by_name(stream.codec.c_str());
+    return codec != nullptr && (codec->props & AV_CODEC_PROP_LOSSY) == 0;
+}
+
 /// Fills in what the preset leaves open.
-void ChooseSamples(const AVCodec& encoder, const IFormatCodecAudio& source, IFormatCodecAudio& target)
+void ChooseSamples(const AVCodec& encoder, const MediaStream& stream, const IFormatCodecAudio& source,
+                   IFormatCodecAudio& target)
 {
     if (!IsSet(target, IFormatCodecAudio::TAG_SAMPLE_FORMAT))
     {
-        target.SetSampleFormat(NearestSampleFormat(encoder, SampleFormatOf(source)));
+        const Conf::SampleFormats known = SampleFormatOf(source);
+        target.SetSampleFormat(IsLossless(stream) ? FinestSampleFormat(encoder, known)
+                                                  : NearestSampleFormat(encoder, known));
     }
-    if (!IsSet(target, IFormatCodecAudio::TAG_LAYOUT))
+    // Channels that the vocabulary has no layout for stay as they are where the encoder supports any.
+    const bool isUnknown = LayoutOf(source) == Conf::CH_LAYOUT_UNKNOWN && stream.channels > 2;
+    if (!IsSet(target, IFormatCodecAudio::TAG_LAYOUT) &&
+        !(isUnknown && Supports(encoder, Conf::CH_LAYOUT_UNKNOWN)))
     {
         target.SetChannelLayout(NearestLayout(encoder, LayoutOf(source)));
     }
@@ -374,7 +386,7 @@ Property MakeAudio(const TargetStream& stream)
     const AVCodec& encoder = RequireEncoder(stream);
     const auto target = IFormatCodecAudio::Create();
     Fill(stream.settings, encoder, *target);
-    ChooseSamples(encoder, source, *target);
+    ChooseSamples(encoder, stream.source, source, *target);
     Property record = target->GetProperty();
     if (!record.ChildExists(IFormatCodecAudio::TAG_SAMPLE_RATE))
     {

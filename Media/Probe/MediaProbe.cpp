@@ -131,6 +131,15 @@ void DescribeFile(AVFormatContext& context, bool isFile, MediaFile& file)
     file.durationIsEstimated = context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
 }
 
+/// The file's own timecode, else the first one of its streams.
+std::string TimecodeOf(const AVFormatContext& context, const std::vector<MediaStream>& streams)
+{
+    const std::string own = TagOf(context.metadata, "timecode");
+    const auto found = std::find_if(streams.begin(), streams.end(),
+                                    [](const MediaStream& stream) { return !stream.timecode.empty(); });
+    return !own.empty() || found == streams.end() ? own : found->timecode;
+}
+
 /// Reads packets, so it comes last.
 void AddMeasuredRates(AVFormatContext& context, MediaFile& file)
 {
@@ -169,6 +178,8 @@ MediaFile Describe(const std::string& name, StreamReader* stream)
         stream->Rethrow();
     }
     AddMeasuredRates(*input, file);
+    file.chapters = ChaptersOf(*input);
+    file.timecode = TimecodeOf(*input, file.streams);
     return file;
 }
 

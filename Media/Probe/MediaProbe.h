@@ -50,6 +50,14 @@ struct VideoHdr
     std::string dolbyVision = {};
 };
 
+/// A part of a file's time that has a name.
+struct MediaChapter
+{
+    std::int64_t start = 0; ///< in microseconds from the beginning of the file
+    std::int64_t end = 0;   ///< in microseconds
+    std::string title;      ///< empty when it has none
+};
+
 /// One stream of a file.
 struct MediaStream
 {
@@ -65,6 +73,7 @@ struct MediaStream
     bool isInterlaced = false;
     bool isInterlacedByHeader = false; ///< the header says it, the frames that were decoded do not
     bool isBitmap = false;             ///< a bitmap subtitle, not a text subtitle
+    unsigned int channels = 0;         ///< of audio; 0: not known
     VideoColor color;
     VideoHdr hdr;
     /// "progressive", "tt", "bb", "tb" or "bt": the field that is coded first and the one that is displayed
@@ -79,6 +88,9 @@ struct MediaStream
     std::optional<std::int64_t> duration; ///< in microseconds
     /// Of the programmes that it belongs to, the numbers; empty where the container has no programmes.
     std::vector<int> programs;
+    std::string timecode;           ///< of its first frame: "01:00:00:00"; empty when it has none
+    std::string fileName;           ///< of an attachment
+    std::string mimeType;           ///< of an attachment: "font/ttf"
     std::vector<std::string> notes; ///< what the descriptor cannot say, as sentences without an end
 };
 
@@ -90,6 +102,8 @@ struct MediaFile
     boost::intrusive_ptr<Conf::IFormatFile> descriptor;
     std::optional<std::int64_t> duration; ///< in microseconds
     bool durationIsEstimated = false;
+    std::string timecode; ///< its own, else the first one of its streams; empty when it has none
+    std::vector<MediaChapter> chapters; ///< in the file's order
     std::vector<std::string> notes;
     std::vector<MediaStream> streams;
 };

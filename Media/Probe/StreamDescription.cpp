@@ -142,6 +142,7 @@ void DescribeAudio(const AVStream& stream, MediaStream& described)
     auto& audio = dynamic_cast<IFormatCodecAudio&>(*described.descriptor);
     const AVCodecParameters& codec = *stream.codecpar;
     Property record = audio.GetProperty();
+    described.channels = static_cast<unsigned int>(std::max(codec.ch_layout.nb_channels, 0));
     if (codec.sample_rate > 0)
     {
         record.SetChildT(IFormatCodecAudio::TAG_SAMPLE_RATE, static_cast<long long>(codec.sample_rate));
@@ -253,6 +254,12 @@ void AddTags(const AVDictionary* tags, Property& metadata)
     }
 }
 
+std::string TagOf(const AVDictionary* tags, const char* key)
+{
+    const AVDictionaryEntry* const tag = av_dict_get(tags, key, nullptr, 0);
+    return tag == nullptr ? "" : tag->value;
+}
+
 std::optional<std::int64_t> Microseconds(std::int64_t count, AVRational base)
 {
     if (count == AV_NOPTS_VALUE || count <= 0 || base.num <= 0 || base.den <= 0)
@@ -260,6 +267,20 @@ std::optional<std::int64_t> Microseconds(std::int64_t count, AVRational base)
         return std::nullopt;
     }
     return av_rescale_q(count, base, AVRational{1, AV_TIME_BASE});
+}
+
+std::vector<MediaChapter> ChaptersOf(const AVFormatContext& context)
+{
+    std::vector<MediaChapter> chapters;
+    for (unsigned int i = 0; i < context.nb_chapters; ++i)
+    {
+        const AVChapter& chapter = *context.chapters[i];
+        const auto time = [&chapter](std::int64_t count) {
+            return Microseconds(count, chapter.time_base).value_or(0);
+        };
+        chapters.push_back({time(chapter.start), time(chapter.end), TagOf(chapter.metadata, "title")});
+    }
+    return chapters;
 }
 
 MediaStream DescribeStream(AVFormatContext& context, AVStream& stream)
@@ -286,6 +307,12 @@ MediaStream DescribeStream(AVFormatContext& context, AVStream& stream)
     else if (const AVCodecDescriptor* const codecInfo = avcodec_descriptor_get(codec.codec_id))
     {
         described.isBitmap = (codecInfo->props & AV_CODEC_PROP_BITMAP_SUB) != 0;
+    }
+    described.timecode = TagOf(stream.metadata, "timecode");
+    if (described.kind == StreamKind::Attachment)
+    {
+        described.fileName = TagOf(stream.metadata, "filename");
+        described.mimeType = TagOf(stream.metadata, "mimetype");
     }
     Property record = described.descriptor->GetProperty();
     DescribeCodec(codec, described, record);

@@ -6,6 +6,10 @@
 
 #include "Conf/Interfaces/IFormatFile.h"
 
+extern "C" {
+#include <libavutil/base64.h>
+}
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -30,6 +34,15 @@ using Slot = FFmpegPass::Slot;
 /// A time as ffmpeg's options take it.
 std::string Microseconds(std::int64_t time) { return std::to_string(time) + "us"; }
 
+std::string Base64(const std::string& text)
+{
+    std::string encoded(AV_BASE64_SIZE(text.size()), '\0');
+    av_base64_encode(encoded.data(), static_cast<int>(encoded.size()),
+                     reinterpret_cast<const std::uint8_t*>(text.data()), static_cast<int>(text.size()));
+    encoded.resize(encoded.size() - 1);
+    return encoded;
+}
+
 /// Builds the arguments of one run.
 class Builder
 {
@@ -44,6 +57,12 @@ public:
         {
             AddInput(i);
         }
+        if (HasChapters())
+        {
+            // They are data, so that no other file needs to be written or read.
+            Add({"-protocol_whitelist", "data", "-f", "ffmetadata", "-i",
+                 "data:text/plain;base64," + Base64(m_transcode.chapters)});
+        }
         unsigned int position = 0;
         for (const StreamCommand& stream : m_transcode.streams)
         {
@@ -56,6 +75,10 @@ public:
         {
             Add({"-t", Microseconds(*m_transcode.span.end - m_transcode.span.start)});
         }
+        if (m_pass != Pass::First)
+        {
+            AddCarried(position);
+        }
         if (m_pass == Pass::First)
         {
             Add({"-f", "null", FFmpegFileName("/dev/null")});
@@ -67,7 +90,25 @@ public:
         return std::move(m_arguments);
     }
 
+    /// Takes a cover out of an input, for a container that holds covers as attachments.
+    FFmpegPass BuildForCover(const CarriedCommand& cover)
+    {
+        Add({"-hide_banner", "-nostdin", "-v", "error", "-nostats", "-progress", "pipe:1", "-y"});
+        AddInputFile(m_transcode.inputs[cover.input]);
+        Add({"-map", "0:" + std::to_string(cover.stream), "-c:0", "copy", "-frames:0", "1", "-update", "1",
+             "-f", "image2"});
+        m_arguments.Add(Slot::Cover, NameOf(cover));
+        return std::move(m_arguments);
+    }
+
 private:
+    static std::string NameOf(const CarriedCommand& cover)
+    {
+        return "cover-" + std::to_string(cover.input) + "-" + std::to_string(cover.stream);
+    }
+
+    bool HasChapters() const { return m_pass != Pass::First && !m_transcode.chapters.empty(); }
+
     void Add(std::initializer_list<std::string> arguments)
     {
         for (const std::string& argument : arguments)
@@ -81,9 +122,14 @@ private:
         Add({"-" + option + ":" + std::to_string(position), value});
     }
 
-    void AddInput(std::size_t index)
+    void AddInputFile(const InputCommand& input)
     {
-        const InputCommand& input = m_transcode.inputs[index];
+        AddDemuxer(input);
+        Add({"-i", FFmpegFileName(input.file)});
+    }
+
+    void AddDemuxer(const InputCommand& input)
+    {
         // Whatever the file holds by now, ffmpeg reads no other one.
         Add({"-protocol_whitelist", "file", "-f", input.demuxer});
         if (input.demuxer == kImageDemuxer)
@@ -91,6 +137,12 @@ private:
             // The name is that of one image, not the pattern of a series.
             Add({"-pattern_type", "none"});
         }
+    }
+
+    void AddInput(std::size_t index)
+    {
+        const InputCommand& input = m_transcode.inputs[index];
+        AddDemuxer(input);
         if (m_transcode.span.start > 0)
         {
             // Before the input, ffmpeg goes to the key frame before it, and drops what it decodes too early.
@@ -159,10 +211,49 @@ private:
         m_arguments.Add(Slot::PassLog, std::to_string(stream.input) + "-" + std::to_string(stream.stream));
     }
 
+    /// Those that ffmpeg maps stand before those that it reads from files of their own.
+    void AddCarried(unsigned int position)
+    {
+        for (const bool isFile : {false, true})
+        {
+            for (const CarriedCommand& carried : m_transcode.carried)
+            {
+                if ((carried.form == CarriedStream::CoverFile) == isFile)
+                {
+                    AddCarried(carried, position++);
+                }
+            }
+        }
+    }
+
+    void AddCarried(const CarriedCommand& carried, unsigned int position)
+    {
+        if (carried.form == CarriedStream::CoverFile)
+        {
+            Add({"-attach"});
+            m_arguments.Add(Slot::Cover, NameOf(carried));
+        }
+        else
+        {
+            Add({"-map", std::to_string(carried.input) + ":" + std::to_string(carried.stream)});
+            AddFor(position, "c", "copy");
+        }
+        if (carried.form == CarriedStream::Cover)
+        {
+            AddFor(position, "disposition", "attached_pic");
+        }
+        for (const std::string& tag : carried.metadata)
+        {
+            Add({"-metadata:s:" + std::to_string(position), tag});
+        }
+    }
+
     void AddOutput()
     {
-        // The records say what is known of the target; nothing is taken over behind their back.
-        Add({"-map_metadata", "-1", "-map_metadata:s", "-1"});
+        // The records say what is known of the target; nothing is taken over behind their back. Without a
+        // kind, it would be the titles of the chapters, too.
+        Add({HasChapters() ? "-map_metadata:g" : "-map_metadata", "-1", "-map_metadata:s", "-1"});
+        Add({"-map_chapters", HasChapters() ? std::to_string(m_transcode.inputs.size()) : "-1"});
         for (const std::string& tag : m_transcode.metadata)
         {
             Add({"-metadata", tag});
@@ -180,6 +271,10 @@ private:
         if (m_transcode.muxer == Conf::IFormatFile::FORMAT_DVD)
         {
             Add({"-muxrate", "10080000", "-packetsize", "2048"});
+        }
+        for (const auto& [name, value] : m_transcode.muxerOptions)
+        {
+            Add({"-" + name, value});
         }
         Add({"-f", m_transcode.muxer});
         m_arguments.Add(Slot::Output);
@@ -209,6 +304,9 @@ std::vector<std::string> FFmpegPass::Arguments(const PassFiles& files) const
         case Slot::PassLog:
             arguments.push_back(files.passLog + text);
             break;
+        case Slot::Cover:
+            arguments.push_back(FFmpegFileName(files.passLog + text));
+            break;
         case Slot::Output:
             arguments.push_back(FFmpegFileName(files.output));
             break;
@@ -223,6 +321,13 @@ std::vector<FFmpegPass> MakeFFmpegArguments(const Transcode& transcode, FaultLis
     const bool twoPasses = std::any_of(command.streams.begin(), command.streams.end(),
                                        [](const StreamCommand& stream) { return stream.hasTwoPasses; });
     std::vector<FFmpegPass> passes;
+    for (const CarriedCommand& carried : command.carried)
+    {
+        if (carried.form == CarriedStream::CoverFile)
+        {
+            passes.push_back(Builder(command, Pass::Only).BuildForCover(carried));
+        }
+    }
     for (const Pass pass :
          twoPasses ? std::vector<Pass>{Pass::First, Pass::Second} : std::vector<Pass>{Pass::Only})
     {

@@ -31,6 +31,7 @@ public:
         Text,    ///< the text as it is
         Replace, ///< "-y" or "-n"
         PassLog, ///< the beginning of the pass log's name, then the text
+        Cover,   ///< the beginning of the pass log's name, then the text: a file with a cover
         Output,  ///< the output file
     };
 

@@ -2,6 +2,7 @@
 
 #include "Media/FileKind.h"
 #include "Media/Jobs/FaultList.h"
+#include "Media/Planning/EncoderChoice.h"
 #include "Media/Running/Files.h"
 #include "Media/Running/TargetFile.h"
 
@@ -140,6 +141,54 @@ private:
     std::unordered_map<std::string, Conf::NodeId> m_targets;
 };
 
+/// What the target of a transcode without a fault holds, as planning sees it.
+OutputFile OutputOf(const Transcode& transcode)
+{
+    OutputFile output = {{}, transcode.container, &transcode.target, {}};
+    for (const MediaFile& input : transcode.inputs)
+    {
+        output.inputs.push_back(&input);
+    }
+    for (const TranscodeStream& stream : transcode.streams)
+    {
+        output.streams.push_back(
+            {stream.input, stream.stream, stream.merged, &stream.codec, IsCopied(stream.codec)});
+    }
+    return output;
+}
+
+/// Plans what the target holds beside its streams. \returns what it will not have of its sources
+std::vector<JobFault> PrepareContents(Transcode& transcode, const PreparationOptions& options,
+                                      FaultList& faults)
+{
+    std::vector<JobFault> losses;
+    transcode.contents = PlanContents(OutputOf(transcode));
+    for (const TargetFault& fault : transcode.contents.faults)
+    {
+        faults.Add(JobFault::Setting, transcode.place.At(fault.key), fault.reason);
+    }
+    for (const Loss& loss : transcode.contents.losses)
+    {
+        const MediaFile& input = transcode.inputs[loss.input];
+        JobFault fault = {JobFault::Loss, {}, transcode.place, loss.reason};
+        if (loss.stream)
+        {
+            fault.place.streamKind = NameOf(input.streams[*loss.stream].kind);
+            fault.place.stream = *loss.stream;
+        }
+        if (transcode.inputs.size() > 1)
+        {
+            fault.reason += " (source '" + input.name + "')";
+        }
+        if (options.strict)
+        {
+            faults.Add(fault);
+        }
+        losses.push_back(std::move(fault));
+    }
+    return losses;
+}
+
 } // namespace
 
 std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,
@@ -152,7 +201,13 @@ std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job
     {
         std::vector<FFmpegPass> passes = MakeFFmpegArguments(transcode, faults);
         targets.Check(transcode);
-        prepared.push_back({std::move(transcode), std::move(passes)});
+        std::vector<JobFault> losses;
+        if (faults.Count() == 0)
+        {
+            losses = PrepareContents(transcode, options, faults);
+            passes = MakeFFmpegArguments(transcode, faults);
+        }
+        prepared.push_back({std::move(transcode), std::move(passes), std::move(losses)});
     }
     return prepared;
 }

@@ -2,6 +2,7 @@
 
 // Private to the library, not installed.
 
+#include "Media/Jobs/JobFault.h"
 #include "Media/Running/FFmpegArguments.h"
 #include "Media/Running/Transcode.h"
 
@@ -19,6 +20,7 @@ struct PreparedTranscode
 {
     Transcode transcode;
     std::vector<FFmpegPass> passes;
+    std::vector<JobFault> losses; ///< what of the sources the target will not have
 };
 
 /// What is asked of a job beside what stands in it.
@@ -26,6 +28,7 @@ struct PreparationOptions
 {
     std::string document = {}; ///< what messages call the job; empty when it is not from a file
     bool mayReplace = true;    ///< whether its targets may be there already
+    bool strict = false;       ///< whether a loss is a fault
 };
 
 /// Asks everything that can be known before the job runs, of every target: topology, sources, encoders,

@@ -228,6 +228,20 @@ void RemoveLeftovers(const std::vector<PreparedTranscode>& prepared)
     std::for_each(folders.begin(), folders.end(), &RemoveAbandonedWorkFolders);
 }
 
+void ReportLosses(const std::vector<PreparedTranscode>& prepared, const RunOptions& options)
+{
+    for (const PreparedTranscode& transcode : prepared)
+    {
+        for (const JobFault& loss : transcode.losses)
+        {
+            if (options.onLoss)
+            {
+                options.onLoss(loss);
+            }
+        }
+    }
+}
+
 } // namespace
 
 bool RunResult::IsDone() const
@@ -242,7 +256,9 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
     PreparationOptions preparation;
     preparation.document = options.document;
     preparation.mayReplace = options.overwrite;
+    preparation.strict = options.strict;
     const std::vector<PreparedTranscode> prepared = PrepareJob(job, preparation);
+    ReportLosses(prepared, options);
     RemoveLeftovers(prepared);
     KeptFiles kept;
     for (const PreparedTranscode& transcode : prepared)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Media/Jobs/JobFault.h"
 #include "Media/MediaException.h"
 #include "Media/Verifying/Verification.h"
 
@@ -88,6 +89,7 @@ struct RunOptions
 {
     std::string ffmpeg = "ffmpeg"; ///< the program: a path, or a name to be found through PATH
     bool overwrite = false;        ///< whether targets that exist are replaced
+    bool strict = false;           ///< whether a job is refused by which something of a source would be lost
     /// How closely a target is compared with the job before it is put in place.
     VerificationDepth verification = VerificationDepth::Quick;
     /// Whether a target that is not what the job says is kept beside its place: "out.unverified.mp4".
@@ -95,6 +97,8 @@ struct RunOptions
     /// What messages call the job: "job.json"; empty: they begin with the place. A file of that name is not
     /// replaced by a target.
     std::string document = {};
+    /// Called before anything runs, once for each thing of a source that no target will have.
+    std::function<void(const JobFault&)> onLoss = {};
     /// Called on the thread that called `RunJob`, at the beginning of each pass and about twice a second.
     std::function<void(const RunProgress&)> onProgress = {};
     /// Called on the same thread when a target is done, before the next one begins.

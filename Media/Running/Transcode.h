@@ -4,6 +4,7 @@
 
 #include "Media/Jobs/MediaSpan.h"
 #include "Media/Place.h"
+#include "Media/Planning/OutputContents.h"
 #include "Media/Probe/MediaProbe.h"
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
@@ -44,6 +45,8 @@ struct Transcode
     std::vector<TranscodeStream> streams;
     MediaSpan span = {}; ///< the part of the inputs that it is made from
     Place place = {};    ///< the target's node
+    /// What the target gets beside its streams; nothing until `PlanContents` was asked.
+    OutputContents contents = {};
 
     /// Of a stream that has an input.
     const MediaStream& SourceOf(const TranscodeStream& stream) const

@@ -8,6 +8,7 @@
 #include "Media/Planning/EncoderCheck.h"
 #include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/VideoSettings.h"
+#include "Media/Planning/WorkTags.h"
 #include "Media/Probe/StreamKinds.h"
 #include "Media/Running/CodecArguments.h"
 #include "Media/Running/CodecSettings.h"
@@ -363,6 +364,71 @@ void UniteAnalysis(const Transcode& transcode, TranscodeCommand& command, FaultL
     }
 }
 
+/// Matroska needs a name and a type for each.
+CarriedCommand MakeCarried(const Transcode& transcode, const CarriedStream& carried)
+{
+    const MediaStream& stream = transcode.inputs[carried.input].streams[carried.stream];
+    CarriedCommand command = {carried.input, carried.stream, carried.form, {}};
+    const bool isPng = stream.codec == "png";
+    const auto add = [&command](const std::string& name, const std::string& text) {
+        command.metadata.push_back(name + "=" + text);
+    };
+    if (carried.form == CarriedStream::CoverFile)
+    {
+        add("filename", isPng ? "cover.png" : "cover.jpg");
+        add("mimetype", isPng ? "image/png" : "image/jpeg");
+    }
+    else if (carried.form == CarriedStream::Attachment)
+    {
+        add("filename",
+            stream.fileName.empty() ? "attachment-" + std::to_string(stream.index) : stream.fileName);
+        add("mimetype", stream.mimeType.empty() ? "application/octet-stream" : stream.mimeType);
+    }
+    for (const auto& [name, text] : WorkTagsOf(transcode.inputs[carried.input], stream))
+    {
+        if (FindTagFault(name, text).empty())
+        {
+            add(name, text);
+        }
+    }
+    return command;
+}
+
+/// The chapters of the part of the sources that is read, counted from its beginning.
+std::vector<MediaChapter> ChaptersOf(const Transcode& transcode)
+{
+    const std::int64_t begin = transcode.span.start;
+    std::vector<MediaChapter> chapters;
+    for (MediaChapter chapter : transcode.contents.chapters)
+    {
+        chapter.end = std::min(chapter.end, transcode.span.end.value_or(chapter.end));
+        if (chapter.end > begin && (!transcode.span.end || chapter.start < *transcode.span.end))
+        {
+            chapter.start = std::max(chapter.start, begin) - begin;
+            chapter.end -= begin;
+            chapters.push_back(std::move(chapter));
+        }
+    }
+    return chapters;
+}
+
+void AddContents(const Transcode& transcode, TranscodeCommand& command)
+{
+    for (const CarriedStream& carried : transcode.contents.carried)
+    {
+        command.carried.push_back(MakeCarried(transcode, carried));
+    }
+    const std::vector<MediaChapter> chapters = ChaptersOf(transcode);
+    if (!chapters.empty())
+    {
+        command.chapters = ChaptersText(chapters);
+    }
+    if (!command.metadata.empty() || !command.chapters.empty() || !command.carried.empty())
+    {
+        command.muxerOptions = MuxerOptionsFor(transcode.container);
+    }
+}
+
 } // namespace
 
 TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& faults)
@@ -386,6 +452,7 @@ TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& fau
             StreamCommandMaker(transcode, stream, !command.muxer.empty(), faults).Make());
     }
     UniteAnalysis(transcode, command, faults);
+    AddContents(transcode, command);
     return command;
 }
 

@@ -33,6 +33,15 @@ struct StreamCommand
     std::vector<std::string> metadata; ///< "title=Film"
 };
 
+/// What ffmpeg is told about a stream that goes into the output as it is, beside the others.
+struct CarriedCommand
+{
+    std::size_t input = 0;
+    unsigned int stream = 0;
+    CarriedStream::Form form = CarriedStream::Attachment;
+    std::vector<std::string> metadata;
+};
+
 /// What ffmpeg is told about one input.
 struct InputCommand
 {
@@ -51,6 +60,9 @@ struct TranscodeCommand
     std::vector<std::string> metadata;
     std::vector<StreamCommand> streams;
     MediaSpan span = {}; ///< the part of the inputs that is read
+    std::vector<CarriedCommand> carried;
+    std::string chapters; ///< in FFmpeg's metadata format; empty: none
+    CodecOptions muxerOptions;
 };
 
 /// Checks everything in the transcode and its records: each setting is honoured, or it is a fault. What is

@@ -131,6 +131,7 @@ public:
         {
             ReadInput();
         }
+        ReadChapters();
         while (m_fault.empty() && m_next + 1 < m_arguments.size())
         {
             ReadOutput();
@@ -221,6 +222,23 @@ private:
         }
         Expect("file:" + source.name);
         ++m_inputs;
+    }
+
+    /// Chapters come as data, in a format that names no files.
+    void ReadChapters()
+    {
+        if (m_next == m_arguments.size() || m_arguments[m_next] != "-protocol_whitelist")
+        {
+            return;
+        }
+        for (const char* const text : {"-protocol_whitelist", "data", "-f", "ffmetadata", "-i"})
+        {
+            Expect(text);
+        }
+        if (!details::Matches(Take(), "data:text/plain;base64,[A-Za-z0-9+/]*=*"))
+        {
+            Refuse("not chapters");
+        }
     }
 
     /// "-skip_frame:0"; the name and the number, which is the last thing.
@@ -315,7 +333,10 @@ private:
         static const std::map<std::string, const char*> s_plain = {
             {"-map", R"([0-9]+:[0-9]+|\[merged[0-9]+\])"},
             {"-map_metadata", "-1"},
+            {"-map_metadata:g", "-1"},
             {"-map_metadata:s", "-1"},
+            {"-map_chapters", "-1|[0-9]+"},
+            {"-write_id3v2", "1"},
             {"-max_muxing_queue_size", "4096"},
             {"-update", "1"},
             {"-movflags", R"(\+faststart)"},

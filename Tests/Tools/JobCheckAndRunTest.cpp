@@ -309,7 +309,8 @@ TEST_F(JobCheckFiles, AnswersScriptsInJson)
       "node": 2,
       "key": "filePath",
       "text": "cannot write 'gone/out.mp3': No such file or directory"
-    }]
+    }],
+  "losses": []
 }
 )");
     EXPECT_THAT(Zconf({"job", "check", "job.json"}).output, testing::HasSubstr("found '\\x1b'\n"));

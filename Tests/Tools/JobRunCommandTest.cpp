@@ -53,12 +53,13 @@ TEST_F(JobRun, ADryRunPrintsTheCommandAndRunsNothing)
     EXPECT_EQ(result.exitCode, 0);
     // 192 kbit/s of 0.2 s; the clip's duration is not exact.
     EXPECT_THAT(result.messages, HasSubstr("zconf: note: 'out.mp3' will have about "));
-    EXPECT_EQ(result.output,
-              "ffmpeg -hide_banner -nostdin -v error -nostats -progress pipe:1 -n -protocol_whitelist file "
-              "-f matroska -i file:in.mkv -map 0:1 "
-              "-filter:0 aformat=sample_fmts=s16p:sample_rates=44100:channel_layouts=stereo -c:0 libmp3lame "
-              "-b:0 192000 -map_metadata -1 -map_metadata:s -1 -max_muxing_queue_size 4096 -f mp3 "
-              "file:out.mp3\n");
+    EXPECT_EQ(
+        result.output,
+        "ffmpeg -hide_banner -nostdin -v error -nostats -progress pipe:1 -n -protocol_whitelist file "
+        "-f matroska -i file:in.mkv -map 0:1 "
+        "-filter:0 aformat=sample_fmts=s16p:sample_rates=44100:channel_layouts=stereo -c:0 libmp3lame "
+        "-b:0 192000 -map_metadata -1 -map_metadata:s -1 -map_chapters -1 -max_muxing_queue_size 4096 -f mp3 "
+        "file:out.mp3\n");
     EXPECT_FALSE(Exists("out.mp3"));
 }
 
@@ -209,14 +210,38 @@ TEST_F(JobRun, ImagesWhoseNamesLookLikePatternsArePlainFiles)
 
 TEST_F(JobRun, CarriesTagsAndLanguages)
 {
-    Make({"-i", "in.mkv", "-c", "copy", "-metadata", "title=T=\"1\"", "-metadata", "secret=x",
+    Make({"-i", "in.mkv", "-c", "copy", "-metadata", "title=T=\"1\"", "-metadata", "my_own_key=x",
           "-metadata:s:a", "language=deu", "tagged.mkv"});
     ExpectQuietSuccess(New("mkv-h264-ac3", "tagged.mkv", "out.mkv"));
     EXPECT_EQ(RunJob().exitCode, 0);
     const MediaInfo info = Info("out.mkv");
     EXPECT_EQ(info.tags.at("title"), "T=\"1\"");
-    EXPECT_EQ(info.tags.count("SECRET"), 0U);
+    EXPECT_EQ(info.tags.at("MY_OWN_KEY"), "x");
     EXPECT_EQ(info.Audio().language, "deu");
+}
+
+TEST_F(JobRun, NamesWhatIsLostBeforeItRunsAndRefusesItWhenStrict)
+{
+    Make({"-i", "in.mkv", "-map", "0", "-map", "0:1", "-c", "copy", "-metadata", "my_own_key=x",
+          "-metadata:s:a:1", "language=eng", "-disposition:a:1", "0", "two.mkv"});
+    const std::string stream = "audio stream 2: (ac3, eng) is left out; the output file has 1 audio stream";
+    const std::string tag = "container mp4 cannot hold the tags 'MY_OWN_KEY'";
+    const ProcessResult made = New("mp4-h264-aac", "two.mkv", "out.mp4");
+    EXPECT_EQ(made.exitCode, 0);
+    EXPECT_EQ(made.messages, "zconf: note: two.mkv: " + stream + "\nzconf: note: two.mkv: " + tag + "\n");
+    const ProcessResult check = Zconf({"job", "check", "job.json"});
+    EXPECT_EQ(check.exitCode, 0);
+    EXPECT_EQ(check.output, "job.json: valid, 4 nodes and 4 links\n  note: node 2, " + stream +
+                                "\n  note: node 2: " + tag + "\n");
+    const ProcessResult strict = Zconf({"job", "check", "--strict", "job.json"});
+    EXPECT_EQ(strict.exitCode, 1);
+    EXPECT_EQ(strict.output,
+              "job.json: not valid, 4 nodes and 4 links\n  node 2, " + stream + "\n  node 2: " + tag + "\n");
+    EXPECT_EQ(RunJob({"--dry-run"}).messages,
+              "zconf: note: job.json: node 2, " + stream + "\nzconf: note: job.json: node 2: " + tag + "\n");
+    ExpectFailure(RunJob({"--strict"}), "job.json: node 2, " + stream);
+    EXPECT_FALSE(Exists("out.mp4"));
+    ExpectFailure(New("mp4-h264-aac", "two.mkv", "out.mp4", {"--strict"}), "two.mkv: " + stream);
 }
 
 TEST_F(JobRun, RotatesARotatedVideoUpright)

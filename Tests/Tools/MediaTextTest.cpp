@@ -101,6 +101,31 @@ TEST(StreamText, ListsTheFlags)
                                   "default, forced, interlaced, attached picture, rotated 90 degrees");
 }
 
+TEST(StreamText, TellsTheTimecodeAndTheNameAndTypeOfAnAttachment)
+{
+    Media::MediaStream video = MakeVideoStream();
+    video.timecode = "01:00:00:00";
+    EXPECT_EQ(StreamText(video), "CODEC_ID_H264  1280x720 (16:9)  25 fps  YUV420P  timecode 01:00:00:00");
+    Media::MediaStream font = MakeStream(Media::StreamKind::Attachment, Conf::IFormatCodec::Create());
+    font.codec = "ttf";
+    font.fileName = "a font.ttf";
+    font.mimeType = "font/ttf";
+    EXPECT_EQ(StreamText(font), "ttf  a font.ttf  font/ttf");
+}
+
+TEST(MediaText, ShowsTheTimecodeAndTheChapters)
+{
+    Media::MediaFile file = MakeMediaFile({}, "in.mkv");
+    file.timecode = "01:00:00:00";
+    file.chapters = {{0, 1500000, "One"}, {1500000, 10000000, ""}};
+    EXPECT_EQ(MediaText(file, kPlain), "in.mkv\n"
+                                       "  container  matroska\n"
+                                       "  duration   0:00:10.000\n"
+                                       "  timecode   01:00:00:00\n"
+                                       "  chapter    0:00:00.000 to 0:00:01.500  One\n"
+                                       "  chapter    0:00:01.500 to 0:00:10.000\n");
+}
+
 TEST(MediaText, ShowsTheFileAndItsStreams)
 {
     Media::MediaFile file = MakeMediaFile({MakeVideoStream(1280, 720), MakeAudioStream()}, "in.mkv");

@@ -130,6 +130,26 @@ TEST_F(Probe, ShowsAttachedPicturesAttachmentsAndDataStreams)
     EXPECT_THAT(Zconf({"probe", "d.vob"}).output, HasSubstr("dvd_nav_packet"));
 }
 
+TEST_F(Probe, ShowsChaptersTimecodeAndTheNamesOfAttachments)
+{
+    Write("chapters", ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=80\ntitle=One\n"
+                      "[CHAPTER]\nTIMEBASE=1/1000\nSTART=80\nEND=200\n");
+    Write("a font.ttf", "font");
+    Make({"-f", "lavfi", "-i", "testsrc=s=64x48:d=0.2", "-i", "chapters", "-attach", "a font.ttf",
+          "-metadata:s:t", "mimetype=font/ttf", "-metadata:s:v", "timecode=01:00:00:00", "all.mkv"});
+    rapidjson::Document json = Json("all.mkv");
+    EXPECT_STREQ(json["timecode"].GetString(), "01:00:00:00");
+    ASSERT_EQ(json["chapters"].Size(), 2U);
+    EXPECT_EQ(json["chapters"][0]["startMicroseconds"].GetInt64(), 0);
+    EXPECT_EQ(json["chapters"][0]["endMicroseconds"].GetInt64(), 80000);
+    EXPECT_STREQ(json["chapters"][0]["title"].GetString(), "One");
+    EXPECT_STREQ(json["chapters"][1]["title"].GetString(), "");
+    EXPECT_STREQ(json["streams"][0]["timecode"].GetString(), "01:00:00:00");
+    EXPECT_FALSE(json["streams"][0].HasMember("fileName"));
+    EXPECT_STREQ(json["streams"][1]["fileName"].GetString(), "a font.ttf");
+    EXPECT_STREQ(json["streams"][1]["mimeType"].GetString(), "font/ttf");
+}
+
 TEST_F(Probe, AMissingDurationIsNotMadeUp)
 {
     Make({"-f", "lavfi", "-i", "testsrc=s=64x48:d=0.04", "-frames:v", "1", "one.png"});

@@ -51,6 +51,7 @@ TEST(JobFault, HasANameForScripts)
         {JobFault::Encoder, "encoder"},
         {JobFault::Container, "container"},
         {JobFault::Output, "output"},
+        {JobFault::Loss, "loss"},
     };
     for (const auto& [kind, name] : names)
     {

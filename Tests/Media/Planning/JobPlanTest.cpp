@@ -326,7 +326,12 @@ TEST(PlanJob, TakesSoundAndSubtitlesOfThePicturesProgramme)
     const MediaFile source = MakeMediaFile({first, second, sound, right, subtitle, MakeSubtitleStream()});
     const PlannedJob job = Plan(source, kBoth);
     EXPECT_THAT(SourcesOf(job), ElementsAre(1, 3, 5));
-    EXPECT_THAT(job.notes, ElementsAre("'in.mkv' has several programmes, so only programme 7 is taken"));
+    EXPECT_THAT(job.notes,
+                ElementsAre("'in.mkv' has several programmes, so only programme 7 is taken",
+                            "in.mkv: video stream 0: (h264) is left out; the output file has 1 video stream",
+                            "in.mkv: audio stream 2: (aac) is left out; the output file has 1 audio stream",
+                            "in.mkv: subtitle stream 4: (dvd_subtitle) is left out; the output file has 1 "
+                            "subtitle stream"));
     EXPECT_THAT(SourcesOf(Plan(source, kBoth, Request({0, 3}))), ElementsAre(0, 3));
     EXPECT_THAT(SourcesOf(Plan(source, kAudio)), ElementsAre(2, 4, 5));
 }

@@ -47,6 +47,27 @@ TEST_F(MediaProbe, FindsTheStreamsOfAFile)
     EXPECT_EQ(file.streams[1].index, 1U);
 }
 
+TEST_F(MediaProbe, FindsChaptersTimecodeAndAttachments)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "chapters",
+              ";FFMETADATA1\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=80\nEND=200\ntitle=One\n");
+    WriteFile(folder / "a.ttf", "font");
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:d=0.2", "-i", "chapters", "-attach", "a.ttf",
+              "-metadata:s:t", "mimetype=font/ttf", "-metadata:s:v", "timecode=01:00:00:00", "all.mkv"},
+             folder.Path().string());
+    const MediaFile file = ProbeMedia(folder / "all.mkv");
+    EXPECT_EQ(file.timecode, "01:00:00:00");
+    ASSERT_EQ(file.chapters.size(), 1U);
+    EXPECT_EQ(file.chapters[0].start, 80000);
+    EXPECT_EQ(file.chapters[0].end, 200000);
+    EXPECT_EQ(file.chapters[0].title, "One");
+    ASSERT_EQ(file.streams.size(), 2U);
+    EXPECT_EQ(file.streams[0].timecode, "01:00:00:00");
+    EXPECT_EQ(file.streams[1].fileName, "a.ttf");
+    EXPECT_EQ(file.streams[1].mimeType, "font/ttf");
+}
+
 TEST_F(MediaProbe, FindsTheSameInAStreamThatComesInSmallPieces)
 {
     TestInput input(TinyClip(), 7);

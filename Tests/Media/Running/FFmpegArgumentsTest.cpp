@@ -27,7 +27,8 @@ Arguments Ended(Arguments arguments, const std::string& muxer = "mp4")
 {
     for (const std::string& word :
          {std::string("-map_metadata"), std::string("-1"), std::string("-map_metadata:s"), std::string("-1"),
-          std::string("-max_muxing_queue_size"), std::string("4096")})
+          std::string("-map_chapters"), std::string("-1"), std::string("-max_muxing_queue_size"),
+          std::string("4096")})
     {
         arguments.push_back(word);
     }
@@ -187,6 +188,8 @@ TEST(FFmpegArguments, GiveTheDecoderItsOptionsAndImagesTheirNames)
                                   "-1",
                                   "-map_metadata:s",
                                   "-1",
+                                  "-map_chapters",
+                                  "-1",
                                   "-max_muxing_queue_size",
                                   "4096",
                                   "-update",
@@ -207,6 +210,7 @@ TEST(FFmpegArguments, CarryTheTargetsTags)
                                                     "0:0",         "-c:0",
                                                     "copy",        "-map_metadata",
                                                     "-1",          "-map_metadata:s",
+                                                    "-1",          "-map_chapters",
                                                     "-1",          "-metadata",
                                                     "title=T",     "-metadata",
                                                     "track=3",     "-max_muxing_queue_size",

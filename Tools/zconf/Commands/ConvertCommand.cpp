@@ -96,7 +96,12 @@ void AddConvertCommand(CLI::App& app)
     command->add_flag("-n,--dry-run", options->dryRun,
                       "Print the ffmpeg commands, quoted for a shell, instead of running them");
     AddRunOptions(*command, options->run);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] {
+        options->job.strict = options->run.strict;
+        // The notes of the new job name them.
+        options->run.tellsLosses = false;
+        return Run(*options);
+    });
 }
 
 } // namespace Zelnor::Tool

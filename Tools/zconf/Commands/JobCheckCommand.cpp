@@ -10,6 +10,8 @@
 #include "Tools/zconf/Console/Terminal.h"
 #include "Tools/zconf/Console/Text.h"
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -24,6 +26,7 @@ struct Options
 {
     std::string job;
     bool topology = false;
+    bool strict = false;
     bool json = false;
 };
 
@@ -38,14 +41,9 @@ void WriteTopology(const Media::JobFault& fault, JsonOutput& output)
     output.GetWriter().EndArray();
 }
 
-void WriteJson(const std::vector<Media::JobFault>& faults)
+void WriteFaults(const std::vector<Media::JobFault>& faults, JsonOutput& output)
 {
-    JsonOutput output;
     JsonOutput::Writer& writer = output.GetWriter();
-    writer.StartObject();
-    output.Key("valid");
-    writer.Bool(faults.empty());
-    output.Key("faults");
     writer.StartArray();
     for (const Media::JobFault& fault : faults)
     {
@@ -65,12 +63,29 @@ void WriteJson(const std::vector<Media::JobFault>& faults)
         writer.EndObject();
     }
     writer.EndArray();
+}
+
+void WriteJson(const Media::JobReport& report, const Options& options)
+{
+    JsonOutput output;
+    JsonOutput::Writer& writer = output.GetWriter();
+    writer.StartObject();
+    output.Key("valid");
+    writer.Bool(report.faults.empty());
+    output.Key("faults");
+    WriteFaults(report.faults, output);
+    if (!options.topology)
+    {
+        output.Key("losses");
+        WriteFaults(report.losses, output);
+    }
     writer.EndObject();
     output.Finish();
 }
 
-void WriteVerdict(const Media::JobFile& job, const std::vector<Media::JobFault>& faults)
+void WriteVerdict(const Media::JobFile& job, const Media::JobReport& report)
 {
+    const std::vector<Media::JobFault>& faults = report.faults;
     const Painter paint = Painter::ForStandardOutput();
     std::vector<Conf::NodeId> nodes;
     job.graph->Nodes(nodes);
@@ -83,17 +98,26 @@ void WriteVerdict(const Media::JobFile& job, const std::vector<Media::JobFault>&
     {
         text += "  " + Printable(fault.Sentence()) + "\n";
     }
+    for (const Media::JobFault& loss : report.losses)
+    {
+        text += "  note: " + Printable(loss.Sentence()) + "\n";
+    }
     WriteText(text);
 }
 
 int Run(const Options& options)
 {
     const Media::JobFile job = OpenJob(options.job);
-    const std::vector<Media::JobFault> faults = options.topology
-                                                    ? Media::FindTopologyFaults(*job.graph, job.name)
-                                                    : Media::CheckJob(*job.graph, job.name);
-    options.json ? WriteJson(faults) : WriteVerdict(job, faults);
-    return faults.empty() ? kExitSuccess : kExitNo;
+    Media::JobReport report = options.topology
+                                  ? Media::JobReport{Media::FindTopologyFaults(*job.graph, job.name), {}}
+                                  : Media::ReportJob(*job.graph, job.name);
+    if (options.strict)
+    {
+        std::move(report.losses.begin(), report.losses.end(), std::back_inserter(report.faults));
+        report.losses.clear();
+    }
+    options.json ? WriteJson(report, options) : WriteVerdict(job, report);
+    return report.faults.empty() ? kExitSuccess : kExitNo;
 }
 
 } // namespace
@@ -106,6 +130,7 @@ void AddJobCheckCommand(CLI::App& job)
     AddJobArgument(*command, options->job);
     command->add_flag("--topology", options->topology,
                       "Check only nodes and links; the job's files need not be there");
+    AddStrictFlag(*command, options->strict);
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return Run(*options); });
 }

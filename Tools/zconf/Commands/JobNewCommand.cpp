@@ -58,6 +58,7 @@ void AddJobNewCommand(CLI::App& job)
         ->type_name("FILE")
         ->required();
     AddJobOptions(*command, options->job);
+    AddStrictFlag(*command, options->job.strict);
     AddDocumentOption(*command, options->document, "The job's document", "--job");
     OnRun(*command, [options] { return Run(*options); });
 }

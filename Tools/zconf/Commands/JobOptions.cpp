@@ -175,6 +175,7 @@ Media::JobRequest RequestOf(const JobOptions& options, const std::string& output
     }
     Media::JobRequest request;
     request.output = output;
+    request.strict = options.strict;
     request.streams = StreamsOf(options);
     for (const std::string& merge : options.merges)
     {

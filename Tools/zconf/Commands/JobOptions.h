@@ -30,6 +30,7 @@ struct JobOptions
     std::string start = {};
     std::string end = {};
     bool allowDisabled = false;
+    bool strict = false;
 };
 
 void AddJobOptions(CLI::App& command, JobOptions& options);

@@ -15,6 +15,7 @@
 #include "Tools/zconf/Console/Text.h"
 #include "Tools/zconf/Console/TimeText.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <utility>
@@ -144,11 +145,22 @@ private:
     std::vector<RunTarget> m_targets;
 };
 
+void ReportLoss(const Media::JobFault& loss)
+{
+    const std::string& document = loss.place.file;
+    ReportNote((document.empty() ? "" : document + ": ") + loss.Sentence());
+}
+
 Media::RunOptions OptionsOf(const Media::JobFile& job, const RunSettings& settings)
 {
     Media::RunOptions run;
     run.ffmpeg = settings.ffmpeg;
     run.overwrite = settings.overwrite;
+    run.strict = settings.strict;
+    if (settings.tellsLosses)
+    {
+        run.onLoss = &ReportLoss;
+    }
     run.document = job.name;
     run.verification = VerificationDepths().at(settings.verify);
     run.keepUnverified = settings.keepUnverified;
@@ -189,6 +201,7 @@ int Run(const Media::JobFile& job, const RunSettings& settings, RunReport& repor
 
 void AddRunOptions(CLI::App& command, RunSettings& settings)
 {
+    AddStrictFlag(command, settings.strict);
     command.add_flag("--overwrite", settings.overwrite, "Replace output files that exist");
     command.add_option("--ffmpeg", settings.ffmpeg, "The ffmpeg program (default: the one in PATH)")
         ->type_name("FILE");
@@ -224,9 +237,14 @@ void PrintCommands(const Media::JobFile& job, const RunSettings& settings)
 {
     Media::PreparationOptions preparation;
     preparation.document = job.name;
+    preparation.strict = settings.strict;
     std::string text;
     for (const Media::PreparedTranscode& prepared : Media::PrepareJob(*job.graph, preparation))
     {
+        if (settings.tellsLosses)
+        {
+            std::for_each(prepared.losses.begin(), prepared.losses.end(), &ReportLoss);
+        }
         for (const Media::FFmpegPass& pass : prepared.passes)
         {
             const Media::PassFiles files = {prepared.transcode.output, "ffmpeg2pass-", settings.overwrite};

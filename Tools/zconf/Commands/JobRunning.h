@@ -17,6 +17,8 @@ struct RunSettings
 {
     std::string ffmpeg = "ffmpeg";
     bool overwrite = false;
+    bool strict = false;     ///< whether a job is refused by which something of an input would be lost
+    bool tellsLosses = true; ///< whether that is told otherwise
     std::string verify = "quick";
     bool keepUnverified = false;
     bool json = false;         ///< what became of the files, when all is done

@@ -131,9 +131,18 @@ std::vector<std::string> PartsOf(const Media::MediaStream& stream)
     parts.push_back(ValueText(record, IFormatCodec::TAG_BITRATE, " bit/s"));
     parts.push_back(ValueText(record, IFormatCodec::TAG_PROFILE));
     parts.push_back(ValueText(record[IFormat::TAG_METADATA], IFormatCodec::TAG_LANGUAGE));
+    parts.push_back(stream.timecode.empty() ? "" : "timecode " + stream.timecode);
+    parts.push_back(stream.fileName);
+    parts.push_back(stream.mimeType);
     parts.push_back(FlagsText(stream));
     parts.erase(std::remove(parts.begin(), parts.end(), std::string()), parts.end());
     return parts;
+}
+
+std::string ChapterText(const Media::MediaChapter& chapter)
+{
+    return DurationText(chapter.start) + " to " + DurationText(chapter.end) +
+           (chapter.title.empty() ? "" : "  " + chapter.title);
 }
 
 std::string FileTable(const Media::MediaFile& file, const Painter& paint)
@@ -153,9 +162,14 @@ std::string FileTable(const Media::MediaFile& file, const Painter& paint)
                                   : "unknown");
     add("size", ValueText(record, IFormatFile::TAG_FORMAT_FILE_SIZE, " bytes"));
     add("modified", ValueText(record, IFormatFile::TAG_FILE_MODIFY_TIME));
+    add("timecode", file.timecode);
     for (const Property& tag : record[IFormat::TAG_METADATA])
     {
         add(tag.GetName(), tag.GetType() == PROPERTY_TYPE_STRING ? tag.GetString() : "");
+    }
+    for (const Media::MediaChapter& chapter : file.chapters)
+    {
+        add("chapter", ChapterText(chapter));
     }
     for (const std::string& note : file.notes)
     {

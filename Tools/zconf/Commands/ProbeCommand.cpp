@@ -65,6 +65,16 @@ void WriteTextOrNull(JsonOutput& json, const char* key, const std::string& text)
     }
 }
 
+/// Only where there is one.
+void WriteOptional(JsonOutput& json, const char* key, const std::string& text)
+{
+    if (!text.empty())
+    {
+        json.Key(key);
+        json.String(text);
+    }
+}
+
 void WriteVideo(JsonOutput& json, const Media::MediaStream& stream)
 {
     WriteTextOrNull(json, "pixelFormat", stream.pixelFormat);
@@ -100,6 +110,26 @@ void WriteSamples(JsonOutput& json, const Media::MediaStream& stream)
         json.Key("bitsPerSample");
         json.GetWriter().Uint(stream.bitsPerSample);
     }
+    json.String(text);
+}
+}
+
+void WriteChapters(JsonOutput& json, const std::vector<Media::MediaChapter>& chapters)
+{
+    json.Key("chapters");
+    json.GetWriter().StartArray();
+    for (const Media::MediaChapter& chapter : chapters)
+    {
+        json.GetWriter().StartObject();
+        json.Key("startMicroseconds");
+        json.GetWriter().Int64(chapter.start);
+        json.Key("endMicroseconds");
+        json.GetWriter().Int64(chapter.end);
+        json.Key("title");
+        json.String(chapter.title);
+        json.GetWriter().EndObject();
+    }
+    json.GetWriter().EndArray();
 }
 
 void WriteStream(JsonOutput& json, const Media::MediaStream& stream)
@@ -121,10 +151,17 @@ void WriteStream(JsonOutput& json, const Media::MediaStream& stream)
     json.GetWriter().Uint(stream.rotation);
     WriteTextOrNull(json, "profile", stream.profile);
     WriteSamples(json, stream);
-    WriteNotes(json, stream.notes);
-    json.Key("record");
-    json.Record(stream.descriptor->GetProperty());
-    json.GetWriter().EndObject();
+    json.String(text);
+}
+}
+
+WriteOptional(json, "timecode", stream.timecode);
+WriteOptional(json, "fileName", stream.fileName);
+WriteOptional(json, "mimeType", stream.mimeType);
+WriteNotes(json, stream.notes);
+json.Key("record");
+json.Record(stream.descriptor->GetProperty());
+json.GetWriter().EndObject();
 }
 
 void WriteJson(const Media::MediaFile& file)
@@ -135,6 +172,8 @@ void WriteJson(const Media::MediaFile& file)
     json.String(file.demuxer);
     WriteTime(json, "durationMicroseconds", file.duration);
     WriteFlag(json, "durationIsEstimated", file.durationIsEstimated);
+    WriteOptional(json, "timecode", file.timecode);
+    WriteChapters(json, file.chapters);
     WriteNotes(json, file.notes);
     json.Key("record");
     json.Record(file.descriptor->GetProperty());

@@ -96,6 +96,12 @@ void AddDocumentOption(CLI::App& command, std::string& name, const std::string& 
         ->type_name("FILE");
 }
 
+void AddStrictFlag(CLI::App& command, bool& strict)
+{
+    command.add_flag("--strict", strict,
+                     "Refuse a job by which something of an input would be lost: a stream, a tag, a chapter");
+}
+
 void OnRun(CLI::App& command, std::function<int()> run)
 {
     command.callback([run = std::move(run)] {

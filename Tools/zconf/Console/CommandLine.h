@@ -33,6 +33,9 @@ void AddDocumentOption(CLI::App& command, std::string& name, const std::string& 
 /// The commands right below `app`.
 std::vector<std::string> CommandNames(const CLI::App& app);
 
+/// Adds the flag `--strict` to a command that makes, checks or runs a job.
+void AddStrictFlag(CLI::App& command, bool& strict);
+
 /// Sets what `command` does once all arguments are parsed; the result is the exit code.
 void OnRun(CLI::App& command, std::function<int()> run);
 

@@ -1,0 +1,53 @@
+#pragma once
+
+// Private to the library, not installed.
+
+#include "Media/Planning/OutputContents.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// What the container of an output file holds with its streams, asked when it is first needed.
+class OutputTrial
+{
+public:
+    explicit OutputTrial(const OutputFile& output) : m_output(output) {}
+
+    /// Whether anything can be asked. Else FFmpeg is given everything, and does with it what it does.
+    bool IsKnown();
+    /// Nothing when the muxer refuses it.
+    std::optional<FileContents> Ask(const FileContents& wanted);
+    /// The position among the asked streams, which are the video and audio streams; nothing for others.
+    std::optional<std::size_t> PositionOf(std::size_t stream) const;
+
+    bool HoldsChapters(const std::vector<MediaChapter>& chapters);
+    bool HoldsTitlesOf(const std::vector<MediaChapter>& chapters);
+    bool HoldsLanguage(const std::string& language);
+    /// Of the first video stream.
+    bool HoldsTimecode(const std::string& timecode);
+    /// Nothing when it cannot hold the attachment or attached picture.
+    std::optional<CarriedStream::Form> FormFor(const MediaStream& stream);
+
+private:
+    const OutputFile& m_output;
+    std::unique_ptr<MuxerTrial> m_trial;
+    bool m_isKnown = false;
+    std::optional<bool> m_holdsCover;
+    std::optional<bool> m_holdsAttachment;
+};
+
+/// Whether the text came back as the file's tag of that name, or as its one stream's.
+bool HasFileTag(const FileContents& contents, const std::string& name, const std::string& text);
+bool HasStreamTag(const FileContents& contents, std::size_t position, const std::string& name,
+                  const std::string& text);
+
+/// "CODEC_ID_AAC"; empty when it is not known.
+std::string CodecIdOf(const OutputFile& output, const OutputStream& stream);
+
+} // namespace Zelnor::Media

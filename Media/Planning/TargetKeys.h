@@ -1,0 +1,37 @@
+#pragma once
+
+// Private to the library, not installed.
+
+#include "Media/Planning/OutputContents.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// Reads the keys of a target's record that say what it holds beside its streams. A value that is not as it
+/// must be is a fault.
+class TargetReader
+{
+public:
+    TargetReader(const OutputFile& output, std::vector<TargetFault>& faults)
+        : m_output(output), m_faults(faults)
+    {}
+
+    /// Nothing when the record does not say.
+    std::optional<std::vector<MediaChapter>> Chapters();
+    /// Indexes of streams of the first source; nothing when the record does not say.
+    std::optional<std::vector<unsigned int>> Attachments();
+
+private:
+    void AddFault(const std::string& key, const std::string& reason) { m_faults.push_back({key, reason}); }
+    const Core::Property* List(const std::string& key);
+    bool IsAttachment(const Core::Property& entry) const;
+
+    const OutputFile& m_output;
+    std::vector<TargetFault>& m_faults;
+};
+
+} // namespace Zelnor::Media

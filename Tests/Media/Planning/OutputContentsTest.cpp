@@ -1,0 +1,239 @@
+#include "Media/Planning/OutputContents.h"
+
+#include "Media/MediaException.h"
+#include "Media/Planning/JobPlan.h"
+#include "Tests/Support/Expect.h"
+#include "Tests/Support/JobFixtures.h"
+#include "Tests/Support/MediaFixtures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using Core::Property;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string kBoth = R"({"video":{"codec_id":"CODEC_ID_H264"},"audio":{"codec_id":"CODEC_ID_AAC"}})";
+const std::string kSound = R"({"audio":{"codec_id":"CODEC_ID_AAC"}})";
+
+PlannedJob Plan(const MediaFile& source, const std::string& container, const std::string& streams,
+                bool strict = false)
+{
+    JobRequest request;
+    request.output = "out";
+    request.strict = strict;
+    return PlanJob(source, MakePreset(container, streams), request);
+}
+
+/// The metadata of the planned target.
+Property TargetTags(const PlannedJob& job) { return (*job.graph)[2]["metadata"]; }
+
+MediaStream Spoken(const std::string& language)
+{
+    MediaStream stream = MakeAudioStream();
+    SetTag(*stream.descriptor, "language", language);
+    return stream;
+}
+
+TEST(OutputContents, KeepsTheTagsThatTheContainerHoldsAndNamesTheOthers)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream()});
+    SetTag(*source.descriptor, "TITLE", "A title");
+    SetTag(*source.descriptor, "SYNOPSIS", "A synopsis");
+    SetTag(*source.descriptor, "MY_OWN_KEY", "Something");
+    SetTag(*source.descriptor, "major_brand", "isom");
+    const PlannedJob mp4 = Plan(source, "mp4", kBoth);
+    EXPECT_EQ(TargetTags(mp4), RecordOf(R"({"metadata":{"title":"A title","SYNOPSIS":"A synopsis"}})"));
+    EXPECT_THAT(mp4.notes, ElementsAre("in.mkv: container mp4 cannot hold the tags 'MY_OWN_KEY'"));
+    const PlannedJob matroska = Plan(source, "matroska", kBoth);
+    EXPECT_EQ(
+        TargetTags(matroska),
+        RecordOf(R"({"metadata":{"title":"A title","SYNOPSIS":"A synopsis","MY_OWN_KEY":"Something"}})"));
+    EXPECT_THAT(matroska.notes, IsEmpty());
+}
+
+TEST(OutputContents, KeepsOneOfTwoTagsThatShareAPlace)
+{
+    const MediaFile source = MakeMediaFile({MakeAudioStream()});
+    SetTag(*source.descriptor, "comment", "A comment");
+    SetTag(*source.descriptor, "description", "A description");
+    const PlannedJob job = Plan(source, "flac", R"({"audio":{"codec_id":"CODEC_ID_FLAC"}})");
+    EXPECT_EQ(TargetTags(job), RecordOf(R"({"metadata":{"comment":"A comment"}})"));
+    EXPECT_THAT(job.notes, ElementsAre("in.mkv: container flac cannot hold the tags 'description'"));
+}
+
+TEST(OutputContents, TakesTheTagsOfAnOggFilesStreamForThoseOfTheFile)
+{
+    MediaFile source = MakeMediaFile({MakeAudioStream()}, "in.ogg");
+    source.demuxer = "ogg";
+    SetTag(*source.streams[0].descriptor, "TITLE", "A title");
+    SetTag(*source.streams[0].descriptor, "MY_OWN_KEY", "Something");
+    const PlannedJob job = Plan(source, "mp3", R"({"audio":{"codec_id":"CODEC_ID_MP3"}})");
+    EXPECT_EQ(TargetTags(job), RecordOf(R"({"metadata":{"title":"A title","MY_OWN_KEY":"Something"}})"));
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
+TEST(OutputContents, NamesTheStreamsThatAreLeftOut)
+{
+    MediaStream data = MakeStream(StreamKind::Data, Conf::IFormatCodec::Create());
+    data.codec = "klv";
+    const MediaFile source = MakeMediaFile(
+        {MakeVideoStream(), Spoken("deu"), Spoken("eng"), MakeBitmapSubtitle("CODEC_ID_DVB_TELETEXT"), data});
+    EXPECT_THAT(
+        Plan(source, "webm",
+             R"({"video":{"codec_id":"CODEC_ID_VP8"},"audio":{"codec_id":"CODEC_ID_VORBIS"}})")
+            .notes,
+        ElementsAre(
+            "in.mkv: audio stream 2: (aac, eng) is left out; the output file has 1 audio stream",
+            "in.mkv: subtitle stream 3: (dvb_teletext) is left out; container webm cannot hold bitmap "
+            "subtitles",
+            "in.mkv: data stream 4: (klv) is left out; data streams are not converted"));
+    EXPECT_THAT(Plan(source, "mp3", R"({"audio":{"codec_id":"CODEC_ID_MP3"}})").notes.front(),
+                "in.mkv: audio stream 2: (aac, eng) is left out; the output file has 1 audio stream");
+}
+
+TEST(OutputContents, AStrictRequestRefusesALoss)
+{
+    const MediaFile source = MakeMediaFile({Spoken("deu"), Spoken("eng")});
+    const Thrown thrown = ExpectThrow<PlanException>([&] { Plan(source, "mp4", kSound, true); });
+    EXPECT_EQ(thrown.description,
+              "in.mkv: audio stream 1: (aac, eng) is left out; the output file has 1 audio stream");
+    EXPECT_EQ(thrown.Get<MediaException::TagFile>(), "in.mkv");
+    EXPECT_EQ(thrown.Get<MediaException::TagStream>(), 1U);
+    EXPECT_THAT(Plan(MakeMediaFile({Spoken("deu")}), "mp4", kSound, true).notes, IsEmpty());
+}
+
+TEST(OutputContents, WritesALanguageInTheCodeThatTheContainerKnows)
+{
+    const MediaFile german = MakeMediaFile({Spoken("deu")});
+    EXPECT_EQ(Plan(german, "mp4", kSound).graph->GetLink(3, 2)["metadata"]["language"].GetString(), "deu");
+    EXPECT_EQ(Plan(german, "mov", kSound).graph->GetLink(3, 2)["metadata"]["language"].GetString(), "ger");
+    const MediaFile french = MakeMediaFile({Spoken("fre")});
+    EXPECT_EQ(Plan(french, "mov", kSound).graph->GetLink(3, 2)["metadata"]["language"].GetString(), "fra");
+    EXPECT_THAT(Plan(MakeMediaFile({Spoken("gsw")}), "mov", kSound).notes,
+                ElementsAre("in.mkv: audio stream 0: container mov cannot hold its language, gsw"));
+}
+
+TEST(OutputContents, WritesChaptersWhereTheContainerHoldsThem)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream()});
+    source.chapters = {{0, 4000000, "One"}, {4000000, 10000000, ""}};
+    const std::string video = R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})";
+    const PlannedJob mp4 = Plan(source, "mp4", video);
+    EXPECT_EQ((*mp4.graph)[2]["chapters"],
+              RecordOf(R"({"chapters":[{"":{"start":0,"end":4000000,"title":"One"}},)"
+                       R"({"":{"start":4000000,"end":10000000,"title":""}}]})"));
+    EXPECT_THAT(mp4.notes, IsEmpty());
+    const PlannedJob avi = Plan(source, "avi", video);
+    EXPECT_FALSE((*avi.graph)[2].ChildExists("chapters"));
+    EXPECT_THAT(avi.notes, ElementsAre("in.mkv: container avi cannot hold chapters"));
+}
+
+TEST(OutputContents, ListsCoversAndAttachmentsWhereTheContainerHoldsThem)
+{
+    MediaStream font = MakeStream(StreamKind::Attachment, Conf::IFormatCodec::Create());
+    font.codec = "ttf";
+    font.fileName = "a font.ttf";
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAttachedPicture(), font});
+    const std::string video = R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})";
+    const PlannedJob matroska = Plan(source, "matroska", video);
+    EXPECT_EQ((*matroska.graph)[2]["attachments"], RecordOf(R"({"attachments":[{"":1},{"":2}]})"));
+    EXPECT_THAT(matroska.notes, IsEmpty());
+    const PlannedJob mp4 = Plan(source, "mp4", video);
+    EXPECT_EQ((*mp4.graph)[2]["attachments"], RecordOf(R"({"attachments":{"":1}})"));
+    EXPECT_THAT(mp4.notes,
+                ElementsAre("in.mkv: attachment stream 2: (ttf, 'a font.ttf') is left out; the job "
+                            "does not have it, or container mp4 cannot hold it"));
+}
+
+TEST(OutputContents, KeepsATimecodeOnlyAtItsFrameRate)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream()});
+    source.timecode = "01:02:03:04";
+    const auto plan = [&source](const std::string& container, const std::string& more) {
+        return Plan(source, container, R"({"video":{"codec_id":"CODEC_ID_MPEG4")" + more + "}}");
+    };
+    const PlannedJob mov = plan("mov", "");
+    EXPECT_EQ(mov.graph->GetLink(3, 2)["metadata"]["timecode"].GetString(), "01:02:03:04");
+    EXPECT_THAT(mov.notes, IsEmpty());
+    const PlannedJob slow = plan("mov", R"(,"frameRateRatio":[12,1])");
+    EXPECT_FALSE(slow.graph->GetLink(3, 2)["metadata"].ChildExists("timecode"));
+    EXPECT_THAT(slow.notes, ElementsAre("in.mkv: video stream 0: its timecode, 01:02:03:04, is left out; the "
+                                        "job does not have it, or the frame rate changes"));
+    EXPECT_THAT(plan("avi", "").notes,
+                ElementsAre("in.mkv: video stream 0: container avi cannot hold its timecode, 01:02:03:04"));
+}
+
+TEST(OutputContents, LeavesOutTheLoudnessOfOtherSound)
+{
+    MediaStream six = MakeAudioStream(Conf::CH_LAYOUT_5POINT1);
+    six.channels = 6;
+    const MediaFile source = MakeMediaFile({six});
+    SetTag(*source.descriptor, "REPLAYGAIN_TRACK_GAIN", "-3.00 dB");
+    const PlannedJob job = Plan(source, "mp3", R"({"audio":{"codec_id":"CODEC_ID_MP3"}})");
+    EXPECT_EQ(TargetTags(job).Count(), 0U);
+    EXPECT_THAT(job.notes,
+                ElementsAre("in.mkv: audio stream 0: its 6 channels become 2",
+                            "in.mkv: the channels change, so these are left out: 'REPLAYGAIN_TRACK_GAIN'"));
+    const MediaFile stereo = MakeMediaFile({MakeAudioStream()});
+    SetTag(*stereo.descriptor, "REPLAYGAIN_TRACK_GAIN", "-3.00 dB");
+    EXPECT_EQ(TargetTags(Plan(stereo, "mp3", R"({"audio":{"codec_id":"CODEC_ID_MP3"}})")).Count(), 1U);
+}
+
+TEST(OutputContents, KeepsChannelsThatTheVocabularyHasNoLayoutFor)
+{
+    MediaStream sixteen = MakeAudioStream();
+    RemoveValue(sixteen, "layout");
+    sixteen.channels = 16;
+    const MediaFile source = MakeMediaFile({sixteen});
+    const PlannedJob wav = Plan(source, "wav", R"({"audio":{"codec_id":"CODEC_ID_PCM_S16LE"}})");
+    EXPECT_FALSE(wav.graph->GetLink(3, 2).ChildExists("layout"));
+    EXPECT_THAT(wav.notes, IsEmpty());
+    EXPECT_THAT(Plan(source, "mp3", R"({"audio":{"codec_id":"CODEC_ID_MP3"}})").notes,
+                ElementsAre("in.mkv: audio stream 0: its 16 channels become 1"));
+}
+
+TEST(OutputContents, FlacGetsTheBitsOfAFloatingPointSource)
+{
+    const std::string flac = R"({"audio":{"codec_id":"CODEC_ID_FLAC"}})";
+    const auto formatFrom = [&flac](const MediaStream& stream) {
+        return Plan(MakeMediaFile({stream}), "flac", flac).graph->GetLink(3, 2)["sample_format"].GetString();
+    };
+    EXPECT_EQ(formatFrom(
+                  MakeAudioStream(Conf::CH_LAYOUT_STEREO, 48000, "CODEC_ID_PCM_F32LE", Conf::SAMPLE_FMT_FLT)),
+              "SAMPLE_FMT_S32");
+    // A decoder of lossy sound makes floating-point samples of whatever it gets.
+    EXPECT_EQ(formatFrom(MakeAudioStream()), "SAMPLE_FMT_S16");
+}
+
+TEST(OutputContents, ATagOfAStrangerThatCannotBePassedOnIsNamed)
+{
+    const MediaFile source = MakeMediaFile({MakeAudioStream()});
+    SetTag(*source.descriptor, "a=b", "x");
+    SetTag(*source.descriptor, "long", std::string(70000, 'x'));
+    SetTag(*source.descriptor, "line\nbreak", "x");
+    const PlannedJob job = Plan(source, "matroska", kSound);
+    EXPECT_EQ(TargetTags(job).Count(), 0U);
+    EXPECT_THAT(
+        job.notes,
+        ElementsAre("in.mkv: its tag 'a=b' is left out: the name of a tag is a visible text without '='",
+                    "in.mkv: its tag 'long' is left out: is longer than 65536 bytes",
+                    "in.mkv: its tag 'line\nbreak' is left out: the name of a tag is a visible text "
+                    "without '='"));
+}
+
+TEST(OutputContents, EscapesTheTitlesOfChapters)
+{
+    EXPECT_EQ(ChaptersText({{1, 2, "a=b;c#d\\e\nf"}, {3, 4, ""}}),
+              ";FFMETADATA1\n"
+              "[CHAPTER]\nTIMEBASE=1/1000000\nSTART=1\nEND=2\ntitle=a\\=b\\;c\\#d\\\\e\\\nf\n"
+              "[CHAPTER]\nTIMEBASE=1/1000000\nSTART=3\nEND=4\n");
+}
+
+} // namespace
