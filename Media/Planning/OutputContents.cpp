@@ -111,9 +111,11 @@ private:
     {
         return InputAt(stream.input).streams[stream.stream];
     }
-    std::string Cannot(const std::string& hold) const
+    std::string Cannot(const std::string& hold)
     {
-        return "container " + m_output.container + " cannot hold " + hold;
+        const bool isKnown = m_trial.IsKnown() || IsPicture(m_output.container);
+        return "container " + m_output.container + (isKnown ? " cannot hold " : " is not known to hold ") +
+               hold;
     }
     void Name(std::size_t input, std::optional<unsigned int> stream, const std::string& reason)
     {
@@ -225,7 +227,7 @@ private:
                (name.empty() || name == "und" ? "" : ", " + name);
     }
 
-    std::string WhyLeftOut(const MediaStream& stream) const
+    std::string WhyLeftOut(const MediaStream& stream)
     {
         if (stream.isAttachedPicture || stream.kind == StreamKind::Attachment)
         {
@@ -420,7 +422,7 @@ private:
             else if (own != nullptr)
             {
                 // A text that the job changes is the job's.
-                if (m_trial.IsKnown() && !isIn(written, std::pair(tag.first, *own)))
+                if (!isIn(written, std::pair(tag.first, *own)))
                 {
                     impossible.push_back(tag.first);
                 }

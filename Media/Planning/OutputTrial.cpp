@@ -1,6 +1,5 @@
 #include "Media/Planning/OutputTrial.h"
 
-#include "Media/Planning/Containers.h"
 #include "Media/Planning/WorkTags.h"
 #include "Media/Text.h"
 
@@ -91,7 +90,7 @@ bool OutputTrial::HoldsChapters(const std::vector<MediaChapter>& chapters)
     FileContents wanted;
     wanted.chapters = chapters;
     const auto found = Ask(wanted);
-    return found ? found->chapters.size() == chapters.size() : !IsKnown() && !IsPicture(m_output.container);
+    return found && found->chapters.size() == chapters.size();
 }
 
 bool OutputTrial::HoldsTitlesOf(const std::vector<MediaChapter>& chapters)
@@ -114,15 +113,11 @@ bool OutputTrial::HoldsLanguage(const std::string& language)
     const std::string* const tag = !found || found->streamTags.empty()
                                        ? nullptr
                                        : FindTag(found->streamTags.front(), IFormatCodec::TAG_LANGUAGE);
-    return !IsKnown() ? !IsPicture(m_output.container) : tag != nullptr && IsSameLanguage(*tag, language);
+    return tag != nullptr && IsSameLanguage(*tag, language);
 }
 
 bool OutputTrial::HoldsTimecode(const std::string& timecode)
 {
-    if (!IsKnown())
-    {
-        return false;
-    }
     FileContents wanted;
     for (const OutputStream& stream : m_output.streams)
     {

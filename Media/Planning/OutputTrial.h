@@ -19,7 +19,7 @@ class OutputTrial
 public:
     explicit OutputTrial(const OutputFile& output) : m_output(output) {}
 
-    /// Whether anything can be asked. Else FFmpeg is given everything, and does with it what it does.
+    /// Whether anything can be asked. Else FFmpeg is given the tags, and does with them what it does.
     bool IsKnown();
     /// Nothing when the muxer refuses it.
     std::optional<FileContents> Ask(const FileContents& wanted);
