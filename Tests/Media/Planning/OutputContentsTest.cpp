@@ -165,7 +165,7 @@ TEST(OutputContents, KeepsATimecodeOnlyAtItsFrameRate)
     const PlannedJob slow = plan("mov", R"(,"frameRateRatio":[12,1])");
     EXPECT_FALSE(slow.graph->GetLink(3, 2)["metadata"].ChildExists("timecode"));
     EXPECT_THAT(slow.notes, ElementsAre("in.mkv: video stream 0: its timecode, 01:02:03:04, is left out; the "
-                                        "job does not have it, or the frame rate changes"));
+                                        "job does not have it, the frame rate changes, or it begins later"));
     EXPECT_THAT(plan("avi", "").notes,
                 ElementsAre("in.mkv: video stream 0: container avi cannot hold its timecode, 01:02:03:04"));
 }

@@ -110,8 +110,6 @@ void WriteSamples(JsonOutput& json, const Media::MediaStream& stream)
         json.Key("bitsPerSample");
         json.GetWriter().Uint(stream.bitsPerSample);
     }
-    json.String(text);
-}
 }
 
 void WriteChapters(JsonOutput& json, const std::vector<Media::MediaChapter>& chapters)
@@ -151,17 +149,13 @@ void WriteStream(JsonOutput& json, const Media::MediaStream& stream)
     json.GetWriter().Uint(stream.rotation);
     WriteTextOrNull(json, "profile", stream.profile);
     WriteSamples(json, stream);
-    json.String(text);
-}
-}
-
-WriteOptional(json, "timecode", stream.timecode);
-WriteOptional(json, "fileName", stream.fileName);
-WriteOptional(json, "mimeType", stream.mimeType);
-WriteNotes(json, stream.notes);
-json.Key("record");
-json.Record(stream.descriptor->GetProperty());
-json.GetWriter().EndObject();
+    WriteOptional(json, "timecode", stream.timecode);
+    WriteOptional(json, "fileName", stream.fileName);
+    WriteOptional(json, "mimeType", stream.mimeType);
+    WriteNotes(json, stream.notes);
+    json.Key("record");
+    json.Record(stream.descriptor->GetProperty());
+    json.GetWriter().EndObject();
 }
 
 void WriteJson(const Media::MediaFile& file)
