@@ -262,7 +262,7 @@ TEST_F(JobRun, VideoOfAnotherAspectRatioIsLetterboxedOnADvd)
     EXPECT_EQ(New("dvd-pal", "scope.mkv", "out.vob").exitCode, 0);
     EXPECT_THAT(RunJob({"-n"}).output, HasSubstr("pad=720:576"));
     EXPECT_EQ(RunJob().exitCode, 0);
-    EXPECT_NEAR(Info("out.vob").Video().aspect, 2.21, 0.01);
+    EXPECT_NEAR(Info("out.vob").Video().aspect, 16.0 / 9, 0.01);
 }
 
 TEST_F(JobRun, LosslessDvdKeepsWhatADvdCanHold)
