@@ -59,7 +59,7 @@ protected:
         const ProcessResult run = RunJob();
         ASSERT_EQ(run.exitCode, 0) << run.messages;
         EXPECT_EQ(run.output, "");
-        EXPECT_THAT(run.messages, HasSubstr("done\n"));
+        EXPECT_THAT(run.messages, HasSubstr("'." + std::string(GetParam().extension) + ": done in 0:0"));
         m_target = Info(m_name);
         EXPECT_THAT(m_target.format, HasSubstr(GetParam().format));
     }
