@@ -71,6 +71,10 @@ public:
                 AddStream(stream, position++);
             }
         }
+        if (m_transcode.span.start > 0 && !m_transcode.seeksInInputs)
+        {
+            Add({"-ss", Microseconds(m_transcode.span.start)});
+        }
         if (m_transcode.span.end)
         {
             Add({"-t", Microseconds(*m_transcode.span.end - m_transcode.span.start)});
@@ -143,7 +147,7 @@ private:
     {
         const InputCommand& input = m_transcode.inputs[index];
         AddDemuxer(input);
-        if (m_transcode.span.start > 0)
+        if (m_transcode.span.start > 0 && m_transcode.seeksInInputs)
         {
             // Before the input, ffmpeg goes to the key frame before it, and drops what it decodes too early.
             Add({"-ss", Microseconds(m_transcode.span.start)});

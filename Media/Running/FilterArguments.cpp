@@ -88,7 +88,8 @@ std::string DrawSubtitle(const Transcode& transcode, const TranscodeStream& stre
     // The subtitle's timeline does not add frames, nor does its end end the video.
     return subtitle.isBitmap
                ? BitmapLabel(subtitle) + "overlay=x=(W-w)/2:y=(H-h)/2:eof_action=pass:format=auto"
-               : DrawText(transcode.inputs[stream.input], subtitle, transcode.span.start);
+               : DrawText(transcode.inputs[stream.input], subtitle,
+                          transcode.SeeksInInputs() ? transcode.span.start : 0);
 }
 
 } // namespace

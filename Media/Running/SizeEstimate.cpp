@@ -31,12 +31,13 @@ std::string ValueOf(const CodecOptions& options, const std::string& name)
     return found == options.rend() ? "" : found->second;
 }
 
-/// Of the encoder when nobody asks for one.
-std::int64_t DefaultBitrate(const AVCodec& encoder)
+/// Of the encoder when nobody asks for one; nothing where it decides on it itself.
+std::optional<std::int64_t> DefaultBitrate(const AVCodec& encoder)
 {
     const std::unique_ptr<AVCodecContext, void (*)(AVCodecContext*)> context(
         avcodec_alloc_context3(&encoder), [](AVCodecContext* c) { avcodec_free_context(&c); });
-    return context == nullptr ? 0 : context->bit_rate;
+    return context == nullptr || context->bit_rate <= 0 ? std::nullopt
+                                                        : std::optional<std::int64_t>(context->bit_rate);
 }
 
 std::optional<std::int64_t> NumberUnder(const Property& record, const std::string& key)

@@ -338,6 +338,13 @@ private:
 
 } // namespace
 
+bool Transcode::SeeksInInputs() const
+{
+    return std::all_of(inputs.begin(), inputs.end(), [](const MediaFile& input) {
+        return input.demuxer.compare(0, 8, "matroska") == 0 || input.demuxer.compare(0, 4, "mov,") == 0;
+    });
+}
+
 std::optional<std::int64_t> Transcode::Duration() const
 {
     std::optional<std::int64_t> longest;

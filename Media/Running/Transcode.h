@@ -53,6 +53,9 @@ struct Transcode
     {
         return inputs[stream.input].streams[stream.stream];
     }
+    /// Whether ffmpeg goes to the key frame before the part in all inputs. In others it would come out behind
+    /// it, so what stands before the part is read and dropped.
+    bool SeeksInInputs() const;
     /// Of the target, in microseconds, from the longest input; nothing when it is not known.
     std::optional<std::int64_t> Duration() const;
 };

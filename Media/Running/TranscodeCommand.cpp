@@ -161,6 +161,11 @@ private:
         {
             return;
         }
+        if (source->kind == StreamKind::Video && m_transcode.span.start > 0 && !m_transcode.SeeksInInputs())
+        {
+            AddFault(JobFault::Setting,
+                     "a video that is copied from such a container can only begin with it");
+        }
         const Property& facts = source->descriptor->GetProperty();
         const auto codec = facts.FindChild(IFormatCodec::TAG_CODEC_ID);
         if (codec != facts.end())
@@ -440,6 +445,7 @@ TranscodeCommand MakeTranscodeCommand(const Transcode& transcode, FaultList& fau
         command.inputs.push_back({input.name, input.demuxer.substr(0, input.demuxer.find(','))});
     }
     command.span = transcode.span;
+    command.seeksInInputs = transcode.SeeksInInputs();
     ChooseMuxer(transcode, command, faults);
     command.metadata = Tags(CheckMetadata(transcode.target, transcode.place, faults));
     if (transcode.streams.empty() && !faults.IsAt(transcode.place))

@@ -59,7 +59,8 @@ struct TranscodeCommand
     bool startsFast = false; ///< its index is moved to the beginning
     std::vector<std::string> metadata;
     std::vector<StreamCommand> streams;
-    MediaSpan span = {}; ///< the part of the inputs that is read
+    MediaSpan span = {};        ///< the part of the inputs that is converted
+    bool seeksInInputs = false; ///< whether what stands before it is not even read
     std::vector<CarriedCommand> carried;
     std::string chapters; ///< in FFmpeg's metadata format; empty: none
     CodecOptions muxerOptions;

@@ -206,7 +206,7 @@ private:
             Expect("-pattern_type");
             Expect("none");
         }
-        if (m_transcode.span.start > 0)
+        if (m_transcode.span.start > 0 && m_transcode.SeeksInInputs())
         {
             Expect("-ss");
             Expect(std::to_string(m_transcode.span.start) + "us");
@@ -349,6 +349,13 @@ private:
             if (!details::Matches(Take(), plain->second))
             {
                 Refuse("not a value of " + option);
+            }
+        }
+        else if (option == "-ss")
+        {
+            if (m_transcode.SeeksInInputs() || Take() != std::to_string(m_transcode.span.start) + "us")
+            {
+                Refuse("not the beginning of the part");
             }
         }
         else if (option == "-t")
@@ -624,7 +631,8 @@ private:
         const std::string shift = std::to_string(m_transcode.span.start) + "/1000000/TB";
         while (m_fault.empty())
         {
-            const bool isShifted = m_transcode.span.start > 0 && take("setpts=PTS+" + shift + ",");
+            const bool isShifted = m_transcode.span.start > 0 && m_transcode.SeeksInInputs() &&
+                                   take("setpts=PTS+" + shift + ",");
             std::smatch drawn;
             static const std::regex s_drawn(
                 R"(^\[bitmap[0-9]+\]overlay=x=\(W-w\)/2:y=\(H-h\)/2:eof_action=pass:format=auto)");
