@@ -399,18 +399,20 @@ CarriedCommand MakeCarried(const Transcode& transcode, const CarriedStream& carr
     return command;
 }
 
-/// The chapters of the part of the sources that is read, counted from its beginning.
+/// The chapters of the part of the sources that is read, as ffmpeg is given them.
 std::vector<MediaChapter> ChaptersOf(const Transcode& transcode)
 {
     const std::int64_t begin = transcode.span.start;
+    // Where ffmpeg itself drops what comes before, it counts the chapters from there, too.
+    const std::int64_t shift = transcode.SeeksInInputs() ? begin : 0;
     std::vector<MediaChapter> chapters;
     for (MediaChapter chapter : transcode.contents.chapters)
     {
         chapter.end = std::min(chapter.end, transcode.span.end.value_or(chapter.end));
         if (chapter.end > begin && (!transcode.span.end || chapter.start < *transcode.span.end))
         {
-            chapter.start = std::max(chapter.start, begin) - begin;
-            chapter.end -= begin;
+            chapter.start = std::max(chapter.start, begin) - shift;
+            chapter.end -= shift;
             chapters.push_back(std::move(chapter));
         }
     }

@@ -1,5 +1,6 @@
 #include "Media/Running/JobRun.h"
 
+#include "Media/Probe/MediaProbe.h"
 #include "Media/Running/JobCheck.h"
 #include "Tests/Support/Clip.h"
 #include "Tests/Support/Graphs.h"
@@ -162,6 +163,27 @@ TEST_F(RunningPartOfAFile, DrawsTheSubtitlesThatBelongToIt)
     const std::vector<std::string> whole = Frames("whole.nut");
     EXPECT_NE(whole[26], whole[0]);
     EXPECT_EQ(Frames("part.nut"), std::vector<std::string>(whole.begin() + 20, whole.begin() + 40));
+}
+
+TEST_F(RunningPartOfAFile, HasItsChapters)
+{
+    for (const char* const source : {"in.mkv", "in.ts"})
+    {
+        SCOPED_TRACE(source);
+        std::string text = JsonOf(*VideoJob(
+            source,
+            R"(,"start":600000,"end":1400000,"chapters":[{"":{"start":0,"end":1000000,"title":"One"}},)"
+            R"({"":{"start":1000000,"end":2000000,"title":"Two"}}])",
+            "chapters.mkv"));
+        text.replace(text.find("\"nut\""), 5, "\"matroska\"");
+        Run(*Loaded(text));
+        const MediaFile made = ProbeMedia(Name("chapters.mkv"));
+        ASSERT_THAT(made.chapters, SizeIs(2));
+        EXPECT_EQ(made.chapters[0].start, 0);
+        EXPECT_EQ(made.chapters[0].end, 400000);
+        EXPECT_EQ(made.chapters[1].start, 400000);
+        EXPECT_EQ(made.chapters[1].end, 800000);
+    }
 }
 
 TEST_F(RunningPartOfAFile, CopiesAVideoOnlyWhereItsKeyFramesAreFound)
