@@ -1,13 +1,10 @@
 #include "Media/Planning/AudioChoice.h"
 
 #include "Media/MediaException.h"
-#include "Media/Text.h"
+#include "Media/Planning/LanguageCodes.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
-#include <string_view>
-#include <utility>
 
 namespace Zelnor::Media
 {
@@ -16,21 +13,6 @@ namespace
 {
 
 constexpr const char* kUnit = "Media/Planning/AudioChoice";
-
-/// The languages that ISO 639-2 has two codes for: of terminology, and bibliographic.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 20> kTwins = {
-    {{"bod", "tib"}, {"ces", "cze"}, {"cym", "wel"}, {"deu", "ger"}, {"ell", "gre"},
-     {"eus", "baq"}, {"fas", "per"}, {"fra", "fre"}, {"hye", "arm"}, {"isl", "ice"},
-     {"kat", "geo"}, {"mkd", "mac"}, {"mri", "mao"}, {"msa", "may"}, {"mya", "bur"},
-     {"nld", "dut"}, {"ron", "rum"}, {"slk", "slo"}, {"sqi", "alb"}, {"zho", "chi"}}};
-
-std::string Terminology(const std::string& code)
-{
-    const std::string lower = LowerCase(code);
-    const auto* const twin =
-        std::find_if(kTwins.begin(), kTwins.end(), [&lower](const auto& row) { return row.second == lower; });
-    return twin == kTwins.end() ? lower : std::string(twin->first);
-}
 
 /// Empty when it is not known.
 std::string LanguageOf(const MediaStream& stream)
@@ -95,11 +77,6 @@ std::vector<const MediaStream*> ChooseAudio(const MediaFile& source,
         });
     }
     return chosen;
-}
-
-bool IsSameLanguage(const std::string& one, const std::string& other)
-{
-    return Terminology(one) == Terminology(other);
 }
 
 } // namespace Zelnor::Media

@@ -21,7 +21,4 @@ std::vector<const MediaStream*> ChooseAudio(const MediaFile& source,
                                             const std::vector<const MediaStream*>& ranked,
                                             const StreamRequest& request);
 
-/// Whether two codes of ISO 639-2 mean the same language: "deu" and "ger".
-bool IsSameLanguage(const std::string& one, const std::string& other);
-
 } // namespace Zelnor::Media

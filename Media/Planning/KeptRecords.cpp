@@ -1,4 +1,5 @@
 #include "Media/Jobs/JobKeys.h"
+#include "Media/Planning/LanguageCodes.h"
 #include "Media/Planning/OutputContents.h"
 #include "Media/Planning/OutputTrial.h"
 #include "Media/Planning/WorkTags.h"

@@ -1,5 +1,6 @@
 #include "Media/Planning/OutputTrial.h"
 
+#include "Media/Planning/LanguageCodes.h"
 #include "Media/Planning/WorkTags.h"
 #include "Media/Text.h"
 

@@ -169,18 +169,6 @@ const MediaStream* FindSpeakingStream(const MediaFile& source)
     return source.demuxer == "ogg" ? only : nullptr;
 }
 
-struct LanguageCodes
-{
-    const char* terms;    ///< ISO 639-2/T
-    const char* catalogs; ///< ISO 639-2/B
-};
-constexpr LanguageCodes kLanguages[] = {
-    {"bod", "tib"}, {"ces", "cze"}, {"cym", "wel"}, {"deu", "ger"}, {"ell", "gre"},
-    {"eus", "baq"}, {"fas", "per"}, {"fra", "fre"}, {"hye", "arm"}, {"isl", "ice"},
-    {"kat", "geo"}, {"mkd", "mac"}, {"mri", "mao"}, {"msa", "may"}, {"mya", "bur"},
-    {"nld", "dut"}, {"ron", "rum"}, {"slk", "slo"}, {"sqi", "alb"}, {"zho", "chi"},
-};
-
 } // namespace
 
 TagList WorkTagsOf(const MediaFile& source)
@@ -229,23 +217,6 @@ std::string FindTagFault(const std::string& name, const std::string& text)
     return !faults.empty()                        ? faults.front().reason
            : name.size() + text.size() > kLongest ? "is longer than 65536 bytes"
                                                   : "";
-}
-
-std::string OtherLanguageCode(const std::string& code)
-{
-    for (const LanguageCodes& row : kLanguages)
-    {
-        if (code == row.terms || code == row.catalogs)
-        {
-            return code == row.terms ? row.catalogs : row.terms;
-        }
-    }
-    return "";
-}
-
-bool IsSameLanguage(const std::string& one, const std::string& other)
-{
-    return one == other || (!one.empty() && OtherLanguageCode(one) == other);
 }
 
 } // namespace Zelnor::Media

@@ -24,9 +24,4 @@ bool IsAboutLoudness(const std::string& name);
 /// it can.
 std::string FindTagFault(const std::string& name, const std::string& text);
 
-/// Whether both codes mean the same language: "deu" and "ger".
-bool IsSameLanguage(const std::string& one, const std::string& other);
-/// The other code of ISO 639-2 for the language; empty for most, which have one.
-std::string OtherLanguageCode(const std::string& code);
-
 } // namespace Zelnor::Media
