@@ -27,7 +27,7 @@ bool IsSameLanguage(const std::string& one, const std::string& other)
 {
     const std::string first = LowerCase(one);
     const std::string second = LowerCase(other);
-    return first == second || (!first.empty() && OtherLanguageCode(first) == second);
+    return first == second || (!second.empty() && OtherLanguageCode(first) == second);
 }
 
 std::string OtherLanguageCode(const std::string& code)

@@ -201,25 +201,16 @@ private:
     }
 
     /// In the source's order.
-    std::vector<const MediaStream*> FittingSubtitles()
+    std::vector<const MediaStream*> FittingSubtitles() const
     {
         std::vector<const MediaStream*> streams;
         for (const MediaStream& stream : m_source.streams)
         {
-            if (stream.kind != StreamKind::Subtitle || !IsOfProgram(stream))
-            {
-                continue;
-            }
-            if (IsToBeCopied(stream.kind) || PresetSubtitle(stream).record != nullptr ||
-                IsCopiedSubtitle(stream) || !SubtitleCodec(stream).empty())
+            if (stream.kind == StreamKind::Subtitle && IsOfProgram(stream) &&
+                (IsToBeCopied(stream.kind) || PresetSubtitle(stream).record != nullptr ||
+                 IsCopiedSubtitle(stream) || !SubtitleCodec(stream).empty()))
             {
                 streams.push_back(&stream);
-            }
-            else
-            {
-                m_plan.notes.push_back("Container " + m_container + " cannot hold subtitle stream " +
-                                       std::to_string(stream.index) + " (" + stream.codec +
-                                       "), so it will be left out");
             }
         }
         return streams;

@@ -147,9 +147,8 @@ TEST_F(AudioChoice, PlansAPartOfTheSource)
     EXPECT_EQ(ExpectThrow<PlanException>([&] { Plan(); }).description,
               "end: expected a time after 1500000, where the target begins, found 1500000");
     m_request.end = 99000000;
-    EXPECT_THAT(Plan().notes,
-                ElementsAre("'in.mkv' ends before the end that was asked for, so the output ends "
-                            "with it"));
+    EXPECT_EQ(Plan().notes.front(),
+              "'in.mkv' ends before the end that was asked for, so the output ends with it");
     m_request.start = 10000000;
     EXPECT_EQ(ExpectThrow<PlanException>([&] { Plan(); }).description,
               "in.mkv: start: lies behind the end of the file");
