@@ -109,14 +109,12 @@ TEST_F(JobDiff, WritesJsonForScripts)
       "key": "x",
       "first": "\n",
       "second": null
-    },
-    {
+    }, {
       "place": "node 1",
       "key": "y",
       "first": 1,
       "second": "1"
-    },
-    {
+    }, {
       "place": "node 1",
       "key": "z",
       "first": {

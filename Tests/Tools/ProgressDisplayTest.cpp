@@ -82,8 +82,8 @@ TEST(BarText, FillsItsPart)
 
 TEST(BarText, StaysInItsLineOnEveryTerminal)
 {
-    EXPECT_EQ(BarText(Named("out.mp4"), 60), "[########--------] 50%  2.0x  0:00:03 left  out.mp4");
-    EXPECT_EQ(BarText(Named("out.mp4"), 40), "[####----] 50%  2.0x  0:00:03 left  out~");
+    EXPECT_EQ(BarText(Named("out.mp4"), 60), "[############------------] 50%  2.0x  0:00:03 left  out.mp4");
+    EXPECT_EQ(BarText(Named("out.mp4"), 40), "[####----] 50%  2.0x  0:00:03 left  ou~");
     EXPECT_EQ(BarText(Named("out.mp4"), 20), "[####----] 50%  2.~");
     EXPECT_EQ(BarText(Named("out.mp4"), 1), "");
     EXPECT_EQ(BarText(Named("out.mp4"), 0), "");
