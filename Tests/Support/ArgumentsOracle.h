@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tests/Support/ArgumentsOracleValues.h"
+
 #include "Core/Interfaces/Property.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/Running/FFmpegArguments.h"
@@ -29,86 +31,6 @@ extern "C" {
 
 namespace Zelnor::Testing
 {
-
-namespace details
-{
-
-inline bool Matches(const std::string& text, const char* pattern)
-{
-    static std::map<const char*, std::regex> s_patterns;
-    const auto known =
-        s_patterns.try_emplace(pattern, pattern, std::regex::ECMAScript | std::regex::optimize);
-    return std::regex_match(text, known.first->second);
-}
-
-/// "x264" for "libx264" and "libx264rgb".
-inline bool IsOf(const std::string& encoder, const char* library)
-{
-    return encoder.compare(0, std::string(library).size(), library) == 0;
-}
-
-/// Whether a text among an encoder's options may be one: what is not listed may not.
-inline bool MayBeText(const std::string& encoder, const std::string& option, const std::string& value)
-{
-    if (option == "x264opts" || Matches(option, ".*-params"))
-    {
-        // Pairs of a name and a word. No name speaks of files, logs or passes, and no word is a path.
-        return Matches(value, R"([a-z0-9_-]+=[A-Za-z0-9.,()+-]+(:[a-z0-9_-]+=[A-Za-z0-9.,()+-]+)*)") &&
-               !std::regex_search(value,
-                                  std::regex("(^|:)[^=]*(file|stat|dump|log|csv|recon|opencl|clbin|path|"
-                                             "table|zone|save|load|input|output|plugin)|(^|:)pass="));
-    }
-    static const std::set<std::string> s_x26x = {"preset", "tune",   "profile", "level",
-                                                 "wpredp", "psy-rd", "deblock", "partitions"};
-    return (s_x26x.count(option) != 0 && (IsOf(encoder, "libx264") || IsOf(encoder, "libx265")) &&
-            Matches(value, "[a-z0-9.,:-]+")) ||
-           (option == "gop_timecode" && Matches(value, "[0-9:;.]+"));
-}
-
-/// What ffmpeg's libraries say an option is, of the codec or of all codecs.
-inline const AVOption* OptionOf(const AVCodec& codec, const std::string& name)
-{
-    for (const AVClass* owner : {codec.priv_class, avcodec_get_class()})
-    {
-        const AVOption* each = nullptr;
-        while (owner != nullptr && (each = av_opt_next(&owner, each)) != nullptr)
-        {
-            if (each->type != AV_OPT_TYPE_CONST && name == each->name)
-            {
-                return each;
-            }
-        }
-    }
-    return nullptr;
-}
-
-/// Options of the program ffmpeg with the name of a codec's option, which it takes for itself.
-inline bool IsOfTheProgram(const std::string& name)
-{
-    static const std::set<std::string> s_names = {"ab",
-                                                  "ac",
-                                                  "ar",
-                                                  "aspect",
-                                                  "bits_per_raw_sample",
-                                                  "ch_layout",
-                                                  "channel_layout",
-                                                  "passlogfile",
-                                                  "stats",
-                                                  "time_base",
-                                                  "top",
-                                                  "s",
-                                                  "r",
-                                                  "pix_fmt",
-                                                  "sample_fmt",
-                                                  "pass",
-                                                  "vstats",
-                                                  "progress",
-                                                  "report",
-                                                  "psnr"};
-    return s_names.count(name) != 0;
-}
-
-} // namespace details
 
 /// The arguments of one run, and the records they were made from.
 class ArgumentsOracle
@@ -272,59 +194,20 @@ private:
         const AVOption* const found =
             decoder == nullptr ? nullptr : details::OptionOf(*decoder, option->first);
         if (found == nullptr || (found->flags & AV_OPT_FLAG_DECODING_PARAM) == 0 ||
-            found->type == AV_OPT_TYPE_STRING || details::IsOfTheProgram(option->first) || !IsPlain(value))
+            found->type == AV_OPT_TYPE_STRING || details::IsOfTheProgram(option->first) ||
+            !details::IsPlain(value))
         {
             Refuse("not an option of the decoder, or not a value");
         }
         const bool isAsked =
             std::any_of(m_transcode.streams.begin(), m_transcode.streams.end(), [&](const auto& stream) {
                 return stream.input == m_inputs && stream.stream == option->second &&
-                       TextUnder(stream.codec, "codec.options.analyze", option->first) == value;
+                       details::TextUnder(stream.codec, "codec.options.analyze", option->first) == value;
             });
         if (!isAsked)
         {
             Refuse("no record asks for this");
         }
-    }
-
-    /// A number, or a few words: never an expression or a path.
-    static bool IsPlain(const std::string& value)
-    {
-        return details::Matches(value, R"([A-Za-z0-9_+.()-]+(/[0-9]+)?)") &&
-               value.find("pass") == std::string::npos && value.find("..") == std::string::npos &&
-               std::count(value.begin(), value.end(), '(') < 2;
-    }
-
-    static std::string TextOf(const Core::Property& value)
-    {
-        switch (value.GetType())
-        {
-        case PROPERTY_TYPE_INT64:
-            return std::to_string(value.GetInt64());
-        case PROPERTY_TYPE_STRING:
-            return value.GetString();
-        case PROPERTY_TYPE_RATIO: {
-            const std::string denominator = std::to_string(value.GetRatio().denominator());
-            return std::to_string(value.GetRatio().numerator()) +
-                   (denominator == "1" ? "" : "/" + denominator);
-        }
-        default:
-            return "";
-        }
-    }
-
-    static std::optional<std::string> TextUnder(const Core::Property& record, const std::string& key)
-    {
-        const auto child = record.FindChild(key);
-        return child == record.end() ? std::nullopt : std::optional(TextOf(*child));
-    }
-
-    static std::optional<std::string> TextUnder(const Core::Property& record, const std::string& group,
-                                                const std::string& key)
-    {
-        const auto child = record.FindChild(group);
-        return child == record.end() || child->GetType() != PROPERTY_TYPE_GROUP ? std::nullopt
-                                                                                : TextUnder(*child, key);
     }
 
     void ReadOutput()
@@ -394,9 +277,10 @@ private:
         const std::string key = text.substr(0, equals);
         const Core::Property& record =
             option == "-metadata" ? m_transcode.target : StreamAt(std::stoul(option.substr(12))).codec;
-        const bool isAsked = equals != std::string::npos && !key.empty() &&
-                             (TextUnder(record, "metadata", key) == text.substr(equals + 1) ||
-                              (key == "language" && TextUnder(record, key) == text.substr(equals + 1)));
+        const bool isAsked =
+            equals != std::string::npos && !key.empty() &&
+            (details::TextUnder(record, "metadata", key) == text.substr(equals + 1) ||
+             (key == "language" && details::TextUnder(record, key) == text.substr(equals + 1)));
         if (!isAsked)
         {
             Refuse("no record asks for this tag");
@@ -409,7 +293,7 @@ private:
         const bool isFirstPass = m_arguments.back() == "file:/dev/null";
         for (const Media::TranscodeStream& stream : m_transcode.streams)
         {
-            const std::string passes = TextUnder(stream.codec, "two_pass_encoding").value_or("0");
+            const std::string passes = details::TextUnder(stream.codec, "two_pass_encoding").value_or("0");
             const bool isIn =
                 !isFirstPass || (passes != "0" && passes != "one_pass" && !IsCopied(stream.codec));
             if (isIn && position-- == 0)
@@ -423,9 +307,9 @@ private:
 
     static bool IsCopied(const Core::Property& codec)
     {
-        const std::string encoder = TextUnder(codec, "preferred_encoder").value_or("");
-        return TextUnder(codec, "lossless").value_or("0") != "0" || encoder == "ENCODER_LOSSLESS_VIDEO" ||
-               encoder == "ENCODER_LOSSLESS_AUDIO";
+        const std::string encoder = details::TextUnder(codec, "preferred_encoder").value_or("");
+        return details::TextUnder(codec, "lossless").value_or("0") != "0" ||
+               encoder == "ENCODER_LOSSLESS_VIDEO" || encoder == "ENCODER_LOSSLESS_AUDIO";
     }
 
     void ReadStreamOption(const std::string& text)
@@ -516,8 +400,8 @@ private:
         };
         return std::any_of(std::begin(s_rows), std::end(s_rows), [&](const Row& row) {
             return name == row.name && details::Matches(value, row.values) &&
-                   (*row.key == '\0' || TextUnder(codec, row.key) == value ||
-                    (name == "tag" && CharactersOf(value) == TextUnder(codec, row.key)));
+                   (*row.key == '\0' || details::TextUnder(codec, row.key) == value ||
+                    (name == "tag" && CharactersOf(value) == details::TextUnder(codec, row.key)));
         });
     }
 
@@ -533,24 +417,24 @@ private:
         }
         const bool isText = option->type == AV_OPT_TYPE_STRING || option->type == AV_OPT_TYPE_DICT ||
                             option->type == AV_OPT_TYPE_BINARY;
-        if (isText ? !details::MayBeText(encoder->name, name, value) : !IsPlain(value))
+        if (isText ? !details::MayBeText(encoder->name, name, value) : !details::IsPlain(value))
         {
             return false;
         }
-        auto asked = TextUnder(codec, "codec.options.encode", name);
-        asked = !asked && name == "x264opts" ? TextUnder(codec, name) : asked;
+        auto asked = details::TextUnder(codec, "codec.options.encode", name);
+        asked = !asked && name == "x264opts" ? details::TextUnder(codec, name) : asked;
         asked = !asked && (name == "bf" || name == "me_range" || name == "slice-max-size" || name == "dpi" ||
                            name == "g")
-                    ? TextUnder(codec, name == "bf"         ? "maxBFrameSequence"
-                                       : name == "me_range" ? "motionSrchRng"
-                                       : name == "g"        ? "maxIFrameInterval"
-                                                            : name)
+                    ? details::TextUnder(codec, name == "bf"         ? "maxBFrameSequence"
+                                                : name == "me_range" ? "motionSrchRng"
+                                                : name == "g"        ? "maxIFrameInterval"
+                                                                     : name)
                     : asked;
         const std::string interlaced = "+ildct+ilme";
-        const std::string free =
-            value.compare(0, interlaced.size(), interlaced) == 0 && TextUnder(codec, "deinterlace") == "keep"
-                ? value.substr(interlaced.size())
-                : value;
+        const std::string free = value.compare(0, interlaced.size(), interlaced) == 0 &&
+                                         details::TextUnder(codec, "deinterlace") == "keep"
+                                     ? value.substr(interlaced.size())
+                                     : value;
         return asked && (*asked == free || "+" + *asked == free || *asked + "+global_header" == free ||
                          "+" + *asked + "+global_header" == free || Expanded(*asked) == free);
     }
