@@ -5,6 +5,7 @@
 #include "Media/Planning/OutputTrial.h"
 #include "Media/Planning/TargetKeys.h"
 #include "Media/Planning/WorkTags.h"
+#include "Media/Probe/FFmpegNames.h"
 #include "Media/Text.h"
 
 #include "Conf/Interfaces/IFormatCodec.h"
@@ -241,7 +242,8 @@ private:
         }
         if (stream.kind == StreamKind::Subtitle && !HoldsSubtitle(stream))
         {
-            return Cannot(stream.isBitmap ? "bitmap subtitles" : "text subtitles");
+            return Cannot(HasEncoder(stream) ? (stream.isBitmap ? "bitmap subtitles" : "text subtitles")
+                                             : stream.codec);
         }
         const std::size_t count = CountOf(stream.kind);
         return "the output file has " + (count == 0
@@ -263,12 +265,22 @@ private:
                !stream.isAttachedPicture && CountOf(stream.kind) == 0;
     }
 
+    static std::string IdentifierOf(const MediaStream& stream)
+    {
+        return TextUnder(stream.descriptor->GetProperty(), IFormatCodec::TAG_CODEC_ID);
+    }
+
+    static bool HasEncoder(const MediaStream& stream)
+    {
+        return !stream.isBitmap || FindEncoder(IdentifierOf(stream)) != nullptr;
+    }
+
+    /// A bitmap subtitle without an encoder is copied or left out, as the planner of streams does it.
     bool HoldsSubtitle(const MediaStream& stream) const
     {
-        return !SubtitleCodecsFor(m_output.container,
-                                  TextUnder(stream.descriptor->GetProperty(), IFormatCodec::TAG_CODEC_ID),
-                                  stream.isBitmap)
-                    .empty();
+        const std::string codec = IdentifierOf(stream);
+        return HasEncoder(stream) ? !SubtitleCodecsFor(m_output.container, codec, stream.isBitmap).empty()
+                                  : CertainlyHolds(m_output.container, CodecNumberOf(codec));
     }
 
     void NameLanguage(std::size_t position)

@@ -89,11 +89,10 @@ TEST(OutputContents, NamesTheStreamsThatAreLeftOut)
         Plan(source, "webm",
              R"({"video":{"codec_id":"CODEC_ID_VP8"},"audio":{"codec_id":"CODEC_ID_VORBIS"}})")
             .notes,
-        ElementsAre(
-            "in.mkv: audio stream 2: (aac, eng) is left out; the output file has 1 audio stream",
-            "in.mkv: subtitle stream 3: (dvb_teletext) is left out; container webm cannot hold bitmap "
-            "subtitles",
-            "in.mkv: data stream 4: (klv) is left out; data streams are not converted"));
+        ElementsAre("in.mkv: audio stream 2: (aac, eng) is left out; the output file has 1 audio stream",
+                    "in.mkv: subtitle stream 3: (dvb_teletext) is left out; container webm cannot hold "
+                    "dvb_teletext",
+                    "in.mkv: data stream 4: (klv) is left out; data streams are not converted"));
     EXPECT_THAT(Plan(source, "mp3", R"({"audio":{"codec_id":"CODEC_ID_MP3"}})").notes.front(),
                 "in.mkv: audio stream 2: (aac, eng) is left out; the output file has 1 audio stream");
 }
