@@ -1,4 +1,5 @@
 #include "Tests/Support/MediaTest.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -6,6 +7,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,8 +26,9 @@ class Convert : public MediaTest
 protected:
     static void SetUpTestSuite()
     {
-        s_folder = testing::TempDir() + "convert-clip";
-        std::filesystem::create_directories(s_folder);
+        // Each process has its own, since several run at once.
+        s_clip = std::make_unique<TemporaryFolder>();
+        s_folder = s_clip->Path();
         std::ofstream(s_folder + "/s.srt") << "1\n00:00:00,000 --> 00:00:00,300\nHello\n";
         MakeClip({"-f",
                   "lavfi",
@@ -62,6 +65,7 @@ protected:
                   "clip.mkv"},
                  s_folder);
     }
+    static void TearDownTestSuite() { s_clip.reset(); }
     Convert() { std::filesystem::copy_file(s_folder + "/clip.mkv", Folder() / "in.mkv"); }
 
     ProcessResult Run(std::vector<std::string> words) const
@@ -97,6 +101,7 @@ protected:
     }
 
 private:
+    static inline std::unique_ptr<TemporaryFolder> s_clip;
     static inline std::string s_folder;
 };
 

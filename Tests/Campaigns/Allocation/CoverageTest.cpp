@@ -67,6 +67,7 @@ constexpr std::string_view kElsewhere[] = {
     "Media::PresetFile::GetStreamCount",
     "Media::PresetFile::GetStreamIndexes",
     "Media::PresetFile::PresetFile",
+    "Media::TargetDifference::Sentence",
     "Media::details::TagPlace",
     "PixFmtDescription::PixFmtDescription",
     "PixFmtDescription::RecordsMaker",

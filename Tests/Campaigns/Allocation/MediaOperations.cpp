@@ -5,6 +5,7 @@
 #include "Media/Jobs/JobFault.h"
 #include "Media/Jobs/JobFile.h"
 #include "Media/MediaException.h"
+#include "Media/NearestNames.h"
 #include "Media/Planning/JobPlan.h"
 #include "Media/Presets/PresetFolders.h"
 #include "Media/Probe/FFmpegInfo.h"
@@ -12,6 +13,8 @@
 #include "Media/Running/JobCheck.h"
 #include "Media/Running/JobPreparation.h"
 #include "Media/Running/JobRun.h"
+#include "Media/Running/JobVerification.h"
+#include "Media/Running/SizeEstimate.h"
 
 #include "Tests/Support/Clip.h"
 #include "Tests/Support/Graphs.h"
@@ -174,17 +177,27 @@ void AddPlanning(Operations& rows)
         PresetFile::Read(*Core::MemoryDataInput::Create(TheFiles().presetText), "preset.json");
     JobRequest request;
     request.output = "out";
-    rows.push_back(Call("Media::PlanJob", [=] { return plan(PlanJob(source, preset, request)); }));
+    // FFmpeg is asked what the container holds.
+    rows.push_back(
+        UsingFFmpeg(Call("Media::PlanJob", [=] { return plan(PlanJob(source, preset, request)); })));
     JobRequest merging = request;
     merging.streams.chosen = {0, 1};
     merging.merges = {{0, 2}};
-    rows.push_back(Call("Media::PlanJob", [=] { return plan(PlanJob(source, preset, merging)); }));
+    rows.push_back(
+        UsingFFmpeg(Call("Media::PlanJob", [=] { return plan(PlanJob(source, preset, merging)); })));
     JobRequest wrong = request;
     wrong.streams.chosen = {9};
     rows.push_back(Variant(
         "refused", Call("Media::PlanJob", Refused<PlanException>([=] { PlanJob(source, preset, wrong); }))));
     const PresetPtr dvd = MakePreset("dvd", R"({"video":{"codec_id":"CODEC_ID_MPEG2VIDEO"}})");
-    rows.push_back(Call("Media::PlanJob", [=] { return plan(PlanJob(source, dvd, request)); }));
+    rows.push_back(UsingFFmpeg(Call("Media::PlanJob", [=] { return plan(PlanJob(source, dvd, request)); })));
+    rows.push_back(Call("Media::ParseSetting", [] {
+        const SettingOverride setting = ParseSetting("video.codec.options.encode.crf=20");
+        return setting.path + Text(setting.value);
+    }));
+    rows.push_back(Variant("refused", Call("Media::ParseSetting", Refused<PlanException>([] {
+                                               ParseSetting("video.bitrate=a text that is not a number");
+                                           }))));
 }
 
 void AddJobs(Operations& rows)
@@ -209,6 +222,24 @@ void AddJobs(Operations& rows)
             for (const FFmpegPass& pass : prepared.passes)
             {
                 text += Text(pass.Arguments({"out", "log", true}));
+            }
+        }
+        return text;
+    })));
+    rows.push_back(UsingFFmpeg(Call("Media::EstimateSize", [job] {
+        return EstimateSize(PrepareJob(*job).front().transcode).value_or(-1);
+    })));
+    rows.push_back(UsingFFmpeg(Call("Media::ReportJob", [job] {
+        const JobReport report = ReportJob(*job, "job.json");
+        return Text(Sentences(report.faults)) + Text(Sentences(report.losses));
+    })));
+    rows.push_back(UsingFFmpeg(Call("Media::VerifyJob", [job] {
+        std::string text;
+        for (const TargetVerification& target : VerifyJob(*job))
+        {
+            for (const TargetDifference& difference : target.differences)
+            {
+                text += difference.Sentence() + "\n";
             }
         }
         return text;
@@ -243,6 +274,10 @@ void AddPresetFolders(Operations& rows)
     rows.push_back(Variant("refused", Call("Media::FindPreset", Refused<PresetFileException>([folders] {
                                                FindPreset("no preset of that name", folders);
                                            }))));
+    const std::vector<std::string> known = {"CODEC_ID_H264", "CODEC_ID_MPEG2VIDEO", "CODEC_ID_MPEG4"};
+    rows.push_back(Call("Media::NearestNames", [known] { return Text(NearestNames("mpeg2vidoe", known)); }));
+    rows.push_back(Call("Media::DidYouMean", [known] { return DidYouMean("mpeg2vidoe", known); }));
+    rows.push_back(Call("Media::BareName", [] { return BareName("CODEC_ID_MPEG2VIDEO_OF_SOME_LENGTH"); }));
     const auto failure = std::make_exception_ptr(
         MakeError<JobException>(Place{"a file whose name is not so short"}, "expected something else"));
     rows.push_back(Call("Media::ErrorText", [failure] { return ErrorText(failure); }));
