@@ -265,6 +265,8 @@ public:
     MemoryFile& operator=(const MemoryFile&) = delete;
 
     AVIOContext* Get() const { return m_context; }
+    /// Whether memory ran out in a call of FFmpeg's, which cannot pass an exception on.
+    bool LacksMemory() const { return m_lacksMemory; }
 
 private:
     static int Read(void* self, std::uint8_t* buffer, int size)
@@ -287,6 +289,7 @@ private:
         }
         catch (const std::exception&)
         {
+            file.m_lacksMemory = true;
             return AVERROR(ENOMEM);
         }
         std::memcpy(file.m_bytes.data() + file.m_position, buffer, count);
@@ -316,6 +319,7 @@ private:
 
     std::string& m_bytes;
     std::size_t m_position = 0;
+    bool m_lacksMemory = false;
     AVIOContext* m_context = nullptr;
 };
 
@@ -393,6 +397,17 @@ public:
     /// The file's bytes; nothing when the muxer refuses what it was given.
     std::optional<std::string> Mux(const TagList& muxerOptions)
     {
+        std::optional<std::string> bytes = TryToMux(muxerOptions);
+        if (m_file.LacksMemory())
+        {
+            throw std::bad_alloc();
+        }
+        return bytes;
+    }
+
+private:
+    std::optional<std::string> TryToMux(const TagList& muxerOptions)
+    {
         AVDictionary* options = nullptr;
         AddTo(options, muxerOptions);
         const int result = avformat_write_header(m_context.get(), &options);
@@ -408,7 +423,6 @@ public:
         return isWritten && isEnded ? std::optional(std::move(m_bytes)) : std::nullopt;
     }
 
-private:
     bool WritePackets()
     {
         for (std::size_t i = 0; i < m_streams.size(); ++i)
