@@ -18,6 +18,8 @@ using TagList = std::vector<std::pair<std::string, std::string>>;
 
 /// The text under the name, whatever its case; null when there is none.
 const std::string* FindTag(const TagList& tags, const std::string& name);
+// It would be of a list that is gone.
+const std::string* FindTag(TagList&& tags, const std::string& name) = delete;
 
 /// What a file holds beside its images and sounds.
 struct FileContents

@@ -293,7 +293,8 @@ private:
             return;
         }
         const std::string own = TextUnder(*stream.codec, IFormatCodec::TAG_LANGUAGE);
-        const std::string* const tag = FindTag(TagsOfStream(position), IFormatCodec::TAG_LANGUAGE);
+        const TagList tags = TagsOfStream(position);
+        const std::string* const tag = FindTag(tags, IFormatCodec::TAG_LANGUAGE);
         const std::string language = !own.empty() ? own : tag != nullptr ? *tag : "";
         if (language.empty())
         {
@@ -328,7 +329,8 @@ private:
         {
             return;
         }
-        const std::string* const tag = FindTag(TagsOfStream(position), "timecode");
+        const TagList tags = TagsOfStream(position);
+        const std::string* const tag = FindTag(tags, "timecode");
         if (!m_trial.HoldsTimecode(tag == nullptr ? timecode : *tag))
         {
             Name(stream.input, stream.stream, Cannot("its timecode, " + timecode));
