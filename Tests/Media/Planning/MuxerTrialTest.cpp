@@ -46,8 +46,10 @@ TEST(MuxerTrial, ReadsWhatStandsAtTheEndOfTheFile)
 {
     FileContents wanted;
     wanted.tags = {{"MY_OWN_KEY", "Something"}};
-    EXPECT_NE(FindTag(Ask("aiff", {"CODEC_ID_PCM_S16BE"}, wanted).tags, "MY_OWN_KEY"), nullptr);
-    EXPECT_NE(FindTag(Ask("wv", {"CODEC_ID_WAVPACK"}, wanted).tags, "MY_OWN_KEY"), nullptr);
+    const TagList aiff = Ask("aiff", {"CODEC_ID_PCM_S16BE"}, wanted).tags;
+    EXPECT_NE(FindTag(aiff, "MY_OWN_KEY"), nullptr);
+    const TagList wavPack = Ask("wv", {"CODEC_ID_WAVPACK"}, wanted).tags;
+    EXPECT_NE(FindTag(wavPack, "MY_OWN_KEY"), nullptr);
 }
 
 TEST(MuxerTrial, TellsChaptersCoversAndAttachments)
