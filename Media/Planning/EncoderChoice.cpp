@@ -1,6 +1,7 @@
 #include "Media/Planning/EncoderChoice.h"
 
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/RecordText.h"
 
 #include "Conf/Interfaces/FormatLists.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
@@ -19,12 +20,6 @@ using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecVideo;
 using Core::Property;
-
-std::string TextUnder(const Property& codec, const std::string& key)
-{
-    const auto child = codec.FindChild(key);
-    return child != codec.end() && child->GetType() == PROPERTY_TYPE_STRING ? child->GetString() : "";
-}
 
 bool IsLosslessWord(const std::string& implementation)
 {

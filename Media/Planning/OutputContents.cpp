@@ -6,6 +6,7 @@
 #include "Media/Planning/TargetKeys.h"
 #include "Media/Planning/WorkTags.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/RecordText.h"
 #include "Media/Text.h"
 
 #include "Conf/Interfaces/IFormatCodec.h"
@@ -27,12 +28,6 @@ using Core::Property;
 
 /// As an argument of a program, in base 64, they must be shorter than 128 KiB.
 constexpr std::size_t kLongestChaptersText = 90000;
-
-std::string TextUnder(const Property& record, const std::string& key)
-{
-    const auto child = record.FindChild(key);
-    return child != record.end() && child->GetType() == PROPERTY_TYPE_STRING ? child->GetString() : "";
-}
 
 /// The texts and numbers of a record's metadata.
 TagList TagsOf(const Property& record)

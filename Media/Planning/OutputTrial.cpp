@@ -2,6 +2,7 @@
 
 #include "Media/Planning/LanguageCodes.h"
 #include "Media/Planning/WorkTags.h"
+#include "Media/RecordText.h"
 #include "Media/Text.h"
 
 #include "Conf/Interfaces/IFormatCodec.h"
@@ -15,12 +16,6 @@ namespace
 {
 
 using Conf::IFormatCodec;
-
-std::string TextUnder(const Core::Property& record, const std::string& key)
-{
-    const auto child = record.FindChild(key);
-    return child != record.end() && child->GetType() == PROPERTY_TYPE_STRING ? child->GetString() : "";
-}
 
 StreamKind KindOf(const OutputFile& output, const OutputStream& stream)
 {

@@ -113,12 +113,15 @@ struct RunOptions
 /// target appears under its name when it is complete and verified, never half; targets that are done stay
 /// when a later one is not. Sources, and the job's document, are never replaced. What killed runs have left
 /// beside the targets is removed. ffmpeg ends when this process is killed, and with the thread that calls
-/// this. What a callback throws stops ffmpeg and passes through. \throw JobException when the job cannot be
-/// run as it is; its tags name the place, and nothing has been written \throw TranscodeFailed when ffmpeg
-/// fails; its tags give the exit code and the last messages \throw VerificationFailed when a target is not
-/// what the job says; what was there before stays \throw RunException when ffmpeg cannot be started, when a
-/// target cannot be written, and when the system does not tell how ffmpeg ended because this process ignores
-/// SIGCHLD or waits for all of its children
+/// this. What a callback throws stops ffmpeg and passes through.
+///
+/// \throw JobException when the job cannot be run as it is; its tags name the place, and nothing has been
+///        written
+/// \throw TranscodeFailed when ffmpeg fails; its tags give the exit code and the last messages
+/// \throw VerificationFailed when a target is not what the job says; what was there before stays
+/// \throw RunException when ffmpeg cannot be started, when a target cannot be written, and when the system
+///        does not tell how ffmpeg ended because this process ignores SIGCHLD or waits for all of its
+///        children
 ZELNOR_API RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& options = {});
 
 } // namespace Zelnor::Media

@@ -3,6 +3,7 @@
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/VideoGeometry.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/RecordText.h"
 #include "Media/Verifying/BitrateComparison.h"
 #include "Media/Verifying/Numbers.h"
 
@@ -25,12 +26,6 @@ using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecVideo;
 using Core::Property;
-
-std::string TextUnder(const Property& record, const std::string& key)
-{
-    const auto child = record.FindChild(key);
-    return child != record.end() && child->GetType() == PROPERTY_TYPE_STRING ? child->GetString() : "";
-}
 
 std::optional<long long> NumberUnder(const Property& record, const std::string& key)
 {
