@@ -14,6 +14,7 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <string_view>
 
 namespace Zelnor::Media
 {
@@ -453,6 +454,10 @@ private:
     std::vector<const BlankStream*> m_streams;
 };
 
+/// libavformat's muxer of WTV loses the memory of its header when it refuses a stream, as it does an attached
+/// file.
+bool LosesMemoryByAttachments(const AVOutputFormat& muxer) { return std::string_view(muxer.name) == "wtv"; }
+
 FileContents ContentsOf(const AVFormatContext& context)
 {
     FileContents contents;
@@ -543,7 +548,7 @@ MuxerTrial::~MuxerTrial() = default;
 
 std::optional<FileContents> MuxerTrial::Ask(const FileContents& wanted) const
 {
-    if (m_streams->muxer == nullptr)
+    if (m_streams->muxer == nullptr || (wanted.hasAttachment && LosesMemoryByAttachments(*m_streams->muxer)))
     {
         return std::nullopt;
     }

@@ -69,6 +69,8 @@ TEST(MuxerTrial, TellsChaptersCoversAndAttachments)
     font.hasAttachment = true;
     EXPECT_TRUE(Ask("matroska", kMp4, font).hasAttachment);
     EXPECT_FALSE(MuxerTrial("mp4", kMp4).Ask(font).value_or(FileContents()).hasAttachment);
+    // The address sanitizer tells whether the refusal loses memory.
+    EXPECT_FALSE(MuxerTrial("wtv", {"CODEC_ID_MPEG2VIDEO", "CODEC_ID_MP2"}).Ask(font).has_value());
 }
 
 TEST(MuxerTrial, HasNoAnswerWhereNothingCanBeAsked)
