@@ -1,6 +1,7 @@
 #include "Core/Interfaces/DataStream.h"
 
 #include "Core/Interfaces/Exception.h"
+#include "Core/Private/FileReplacement.h"
 #include "Core/Private/TemporaryFile.h"
 
 #include <fcntl.h>
@@ -27,6 +28,7 @@ constexpr const char* kCommitted = "It is committed already";
 constexpr const char* kFailedBefore = "An earlier write failed";
 constexpr const char* kForeign = "It was created by another process";
 constexpr const char* kNotRegular = "Not a regular file";
+constexpr const char* kTaken = "Another process takes every temporary file beside it";
 
 // The helpers report a failure as the system's error number; the operation that the caller called throws.
 
@@ -83,37 +85,6 @@ int WriteAll(int descriptor, const void* data, std::size_t size)
         }
     }
     return 0;
-}
-
-/// The absolute path of the file that `path` names after all symbolic links are followed; the file itself
-/// need not exist. Nothing, with the reason in `errno`, when the path leads nowhere.
-std::optional<std::filesystem::path> FollowLinks(const std::filesystem::path& path)
-{
-    if (path.empty() || HasNul(path.string()))
-    {
-        errno = path.empty() ? ENOENT : EINVAL;
-        return std::nullopt;
-    }
-    std::error_code failure;
-    std::filesystem::path target = std::filesystem::absolute(path, failure);
-    if (failure)
-    {
-        errno = failure.value();
-        return std::nullopt;
-    }
-    constexpr int kMostLinks = 40;
-    for (int i = 0; i <= kMostLinks; ++i)
-    {
-        std::error_code error;
-        const std::filesystem::path next = std::filesystem::read_symlink(target, error);
-        if (error)
-        {
-            return target;
-        }
-        target = target.parent_path() / next;
-    }
-    errno = ELOOP;
-    return std::nullopt;
 }
 
 } // namespace
@@ -214,7 +185,7 @@ boost::intrusive_ptr<AtomicFileDataOutput> AtomicFileDataOutput::Create(const io
     }
     if (!output->OpenTemporary(exists ? &old : nullptr))
     {
-        ZELNOR_THROW(kUnit, fail("write", errno));
+        ZELNOR_THROW(kUnit, errno == kTemporaryFilesAreTaken ? fail("write", kTaken) : fail("write", errno));
     }
     return output;
 }

@@ -96,7 +96,9 @@ TemporaryFile CreateTemporary(int folder, const std::string& target, mode_t mode
 {
     static std::atomic<unsigned> s_serial{0};
     const std::string prefix = PrefixFor(target) + std::to_string(::getpid()) + '-';
-    for (;;)
+    // Nobody meets more by chance. What an opponent has taken is left to the next save.
+    constexpr int kMostAttempts = 100;
+    for (int i = 0; i < kMostAttempts; ++i)
     {
         TemporaryFile file{-1, prefix + std::to_string(s_serial.fetch_add(1))};
         file.descriptor = ::openat(folder, file.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
@@ -116,6 +118,8 @@ TemporaryFile CreateTemporary(int folder, const std::string& target, mode_t mode
         }
         ::close(file.descriptor);
     }
+    errno = kTemporaryFilesAreTaken;
+    return TemporaryFile{-1, {}};
 }
 
 void RemoveAbandoned(int folder, const std::string& target, std::optional<uid_t> owner)
@@ -139,36 +143,6 @@ void RemoveAbandoned(int folder, const std::string& target, std::optional<uid_t>
             RemoveIfAbandoned(folder, entry->d_name, owner);
         }
     }
-}
-
-std::optional<mode_t> InheritAccess(int descriptor, const struct stat& old)
-{
-    struct stat status = {};
-    if (::fstat(descriptor, &status) != 0)
-    {
-        return std::nullopt;
-    }
-    constexpr auto kSameUser = static_cast<uid_t>(-1);
-    constexpr auto kSameGroup = static_cast<gid_t>(-1);
-    const bool keepsOwner = status.st_uid == old.st_uid || ::fchown(descriptor, old.st_uid, kSameGroup) == 0;
-    const bool keepsGroup = status.st_gid == old.st_gid || ::fchown(descriptor, kSameUser, old.st_gid) == 0;
-    mode_t mode = old.st_mode & 07777;
-    if (!keepsOwner || !keepsGroup)
-    {
-        mode &= 0777;
-    }
-    if (!keepsGroup)
-    {
-        // The group is another, and the members of the old one are now among the others: each of them gets
-        // what both had.
-        const mode_t both = mode & (mode >> 3) & 07;
-        mode = (mode & 0700) | (both << 3) | both;
-    }
-    if (::fchmod(descriptor, mode & 0777) != 0)
-    {
-        return std::nullopt;
-    }
-    return mode;
 }
 
 } // namespace Zelnor::Core

@@ -7,15 +7,20 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <cerrno>
 #include <optional>
 #include <string>
 
 namespace Zelnor::Core
 {
 
+/// The reason when every new file was taken by another process before it was locked, or every name.
+constexpr int kTemporaryFilesAreTaken = EBUSY;
+
 struct ZELNOR_LOCAL TemporaryFile
 {
-    int descriptor; ///< -1 when the file could not be made; the reason is in `errno`
+    /// -1 when the file could not be made; the reason is in `errno`, `kTemporaryFilesAreTaken` among others
+    int descriptor;
     std::string name;
 };
 
@@ -27,11 +32,5 @@ ZELNOR_LOCAL TemporaryFile CreateTemporary(int folder, const std::string& target
 /// a file with several names, or a file of anybody but this process's user and, if that is the superuser,
 /// `owner`. What cannot be removed stays.
 ZELNOR_LOCAL void RemoveAbandoned(int folder, const std::string& target, std::optional<uid_t> owner);
-
-/// Gives a new file the owner, the group and the permissions of the file `old` that it is to replace, as far
-/// as this process may. Bits that let a program run as its owner or group are left out for now.
-/// \returns the file's mode, which includes those bits when owner and group are the old ones; nothing, with
-/// the reason in `errno`, when the permissions could not be set
-ZELNOR_LOCAL std::optional<mode_t> InheritAccess(int descriptor, const struct stat& old);
 
 } // namespace Zelnor::Core

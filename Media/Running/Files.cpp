@@ -1,5 +1,6 @@
 #include "Media/Running/Files.h"
 
+#include "Core/Private/FileReplacement.h"
 #include "Media/Folder.h"
 
 #include <fcntl.h>
@@ -149,15 +150,8 @@ bool IsSameFile(const std::string& one, const std::string& other)
 
 std::string ResolveLinks(const std::string& name)
 {
-    std::error_code error;
-    fs::path target = fs::absolute(name, error);
-    constexpr int kMostLinks = 40;
-    for (int i = 0; i < kMostLinks && !error; ++i)
-    {
-        const fs::path next = fs::read_symlink(target, error);
-        target = error ? target : target.parent_path() / next;
-    }
-    return target.string();
+    const std::optional<fs::path> target = Core::FollowLinks(name);
+    return target ? target->string() : name;
 }
 
 bool FoldsCase(const std::string& folder)

@@ -17,7 +17,7 @@ std::string FileIdentity(const std::string& name);
 ZELNOR_API bool IsSameFile(const std::string& one, const std::string& other);
 
 /// What the name leads to, as an absolute name, wherever this process goes meanwhile. Links are followed,
-/// also to a file that is not there yet.
+/// also to a file that is not there yet. The name itself when it leads nowhere, as links in a circle do.
 std::string ResolveLinks(const std::string& name);
 
 /// The name without the differences that a file system which folds case does not see.

@@ -60,7 +60,11 @@ public:
         CheckDistinct(transcode);
         struct stat status = {};
         const bool exists = ::stat(name.c_str(), &status) == 0;
-        if (!exists || S_ISREG(status.st_mode))
+        if (!exists && errno == ELOOP)
+        {
+            AddCannotWrite(name, ELOOP);
+        }
+        else if (!exists || S_ISREG(status.st_mode))
         {
             CheckFile(name, exists);
         }

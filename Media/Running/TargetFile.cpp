@@ -1,5 +1,6 @@
 #include "Media/Running/TargetFile.h"
 
+#include "Core/Private/FileReplacement.h"
 #include "Media/FileKind.h"
 #include "Media/MediaException.h"
 #include "Media/Running/Files.h"
@@ -36,7 +37,8 @@ constexpr const char* kUnit = "Media/Running/TargetFile";
     Refuse(name, "Cannot write '" + name + "': " + std::generic_category().message(reason));
 }
 
-/// Renames without replacing, as one step where the file system can.
+/// Gives the file a name that nothing has, as one step. Where the file system cannot rename without
+/// replacing, it has both names then.
 bool RenameToNew(int fromFolder, const char* from, int toFolder, const char* to)
 {
     if (::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE) == 0)
@@ -47,34 +49,8 @@ bool RenameToNew(int fromFolder, const char* from, int toFolder, const char* to)
     {
         return false;
     }
-    // A link cannot replace a file either.
-    return ::linkat(fromFolder, from, toFolder, to, 0) == 0 && ::unlinkat(fromFolder, from, 0) == 0;
-}
-
-/// Gives the file the owner, group and permissions of the old one, as far as that is allowed.
-bool InheritAccess(int file, const struct stat& old)
-{
-    constexpr auto kSameUser = static_cast<uid_t>(-1);
-    constexpr auto kSameGroup = static_cast<gid_t>(-1);
-    struct stat status = {};
-    if (::fstat(file, &status) != 0)
-    {
-        return false;
-    }
-    mode_t mode = old.st_mode & 0777;
-    if (status.st_gid != old.st_gid && ::fchown(file, kSameUser, old.st_gid) != 0)
-    {
-        // The old group's members are now among the others: each of them gets what both had.
-        const mode_t both = mode & (mode >> 3) & 07;
-        mode = (mode & 0700) | (both << 3) | both;
-    }
-    if (::fchmod(file, mode) != 0)
-    {
-        return false;
-    }
-    // Last, since who gave a file away may not change it any more. Where that is not allowed, it stays ours.
-    [[maybe_unused]] const int failure = ::fchown(file, old.st_uid, kSameGroup);
-    return true;
+    // A link cannot replace a file either. The old name goes with the private folder.
+    return ::linkat(fromFolder, from, toFolder, to, 0) == 0;
 }
 
 } // namespace
@@ -96,6 +72,10 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     }
     if (::stat(name.c_str(), &status) != 0)
     {
+        if (errno == ELOOP)
+        {
+            Refuse(name, ELOOP);
+        }
         return;
     }
     if (S_ISDIR(status.st_mode))
@@ -170,7 +150,7 @@ void TargetFile::Finish() const
     {
         Refuse(m_name, "Cannot write '" + m_name + "': it became " + FileKindText(status.st_mode));
     }
-    if ((m_replaced && !InheritAccess(file.Get(), *m_replaced)) || ::fsync(file.Get()) != 0)
+    if ((m_replaced && !Core::InheritAccess(file.Get(), *m_replaced)) || ::fsync(file.Get()) != 0)
     {
         Refuse(m_name, errno);
     }

@@ -7,14 +7,17 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -325,6 +328,46 @@ TEST(AtomicFileOwner, GivesAnotherGroupAndOthersOnlyWhatBothHad)
         EXPECT_NE(OwnersOf(file).second, 5678u);
         EXPECT_EQ(ModeOf(file), after);
     }
+}
+
+namespace
+{
+
+/// Takes the right to change files of others from this process.
+bool DropRightOfOwners()
+{
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> rights = {};
+    if (::syscall(SYS_capget, &header, rights.data()) != 0)
+    {
+        return false;
+    }
+    rights[0].effective &= ~(1U << CAP_FOWNER);
+    return ::syscall(SYS_capset, &header, rights.data()) == 0;
+}
+
+} // namespace
+
+TEST(AtomicFileOwner, IsKeptByWhoMayGiveFilesAwayButNotChangeThoseOfOthers)
+{
+    if (!IsSuperuser())
+    {
+        GTEST_SKIP() << kNeedsSuperuser;
+    }
+    const TemporaryFolder folder;
+    const fs::path file = folder / "file";
+    WriteFile(file, "old");
+    ASSERT_EQ(::chown(file.c_str(), 1234, 5678), 0);
+    ASSERT_EQ(::chmod(file.c_str(), 0640), 0);
+    EXPECT_EQ(RunForked([&file] {
+                  EXPECT_TRUE(DropRightOfOwners());
+                  Save(file, "new");
+                  return ::testing::Test::HasFailure() ? 1 : 0;
+              }),
+              0);
+    EXPECT_EQ(OwnersOf(file), (std::pair<uid_t, gid_t>(1234, 5678)));
+    EXPECT_EQ(ModeOf(file), 0640u);
+    EXPECT_EQ(ReadFile(file), "new");
 }
 
 TEST(AtomicFileTarget, ReplacedByAnotherFileWhileItIsSavedIsReplacedOnceMore)

@@ -137,6 +137,21 @@ TEST_F(FailingSave, DoesNotTakeANameThatIsTaken)
     EXPECT_TRUE(fs::remove(taken));
 }
 
+TEST_F(FailingSave, IsRefusedWhenEveryNameIsTaken)
+{
+    constexpr auto kFlags = static_cast<std::uint32_t>(O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC);
+    ExpectRefusal({SYS_openat, EEXIST, FailingCall::Argument{2, kFlags}},
+                  "Another process takes every temporary file beside it");
+}
+
+TEST_F(FailingSave, IsRefusedWhenSomebodyLocksEveryTemporaryFileFirst)
+{
+    ExpectRefusal({SYS_flock, EWOULDBLOCK}, "Another process takes every temporary file beside it");
+    EXPECT_EQ(m_folder.Names().size(), 101u) << "whoever locks a file removes it";
+    // The locks are gone.
+    AtomicFileDataOutput::Create(m_target);
+}
+
 TEST_F(FailingSave, LeavesWhatAKilledOneLeftWhenItCannotBeOpened)
 {
     RunForked([this] {

@@ -25,6 +25,7 @@ namespace
 using namespace Zelnor::Testing;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using Zelnor::Media::RemoveAbandonedWorkFolders;
 using Zelnor::Media::RunException;
 using Zelnor::Media::TargetFile;
 
@@ -94,6 +95,34 @@ TEST_F(FailingTargets, AreLinkedWhereTheSystemDoesNotKnowTheCall)
 {
     EXPECT_EQ(ErrorOfCommit(false, {SYS_renameat2, ENOSYS}), "");
     EXPECT_EQ(ReadFile(Name()), "new");
+}
+
+TEST_F(FailingTargets, AreInPlaceEvenWhenTheirOldNameCannotBeRemoved)
+{
+    TargetFile target(Name(), false);
+    WriteFile(target.GetWorkName(), "new");
+    RunWhileFailing(kNoRenaming, [&] {
+        EXPECT_TRUE(MakeFail({SYS_unlinkat, EPERM}));
+        EXPECT_NO_THROW(target.Commit());
+    });
+    EXPECT_EQ(ReadFile(Name()), "new");
+    EXPECT_EQ(m_folder.Names().size(), 2U) << "the private folder";
+    RemoveAbandonedWorkFolders(m_folder.Path().string());
+    EXPECT_THAT(m_folder.Names(), ElementsAre("out"));
+    EXPECT_EQ(ReadFile(Name()), "new");
+}
+
+TEST_F(FailingTargets, AreKeptAsideUnderANewNameWhereNothingCanBeRenamedWithoutReplacing)
+{
+    WriteFile(Name() + ".unverified", "earlier");
+    TargetFile target(Name(), false);
+    WriteFile(target.GetWorkName(), "new");
+    std::string kept;
+    RunWhileFailing(kNoRenaming, [&] { kept = target.KeepAside(); });
+    EXPECT_EQ(kept, Name() + ".unverified-2");
+    EXPECT_EQ(ReadFile(kept), "new");
+    EXPECT_EQ(ReadFile(Name() + ".unverified"), "earlier");
+    EXPECT_EQ(m_folder.Names().size(), 2U);
 }
 
 TEST_F(FailingTargets, DoNotReplaceAFileByALink)

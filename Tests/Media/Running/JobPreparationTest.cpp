@@ -159,6 +159,15 @@ TEST_F(PreparedJob, WritesNoDevicesButNull)
     EXPECT_THAT(Faults(*Job({{"a.wav", "null.wav"}})), IsEmpty());
 }
 
+TEST_F(PreparedJob, FollowsNoLinksInACircle)
+{
+    fs::create_symlink("there.wav", Name("out.wav"));
+    fs::create_symlink("out.wav", Name("there.wav"));
+    EXPECT_THAT(Faults(*Job({{"a.wav", "out.wav"}})),
+                ElementsAre("node 3, filePath: cannot write '" + Name("out.wav") +
+                            "': Too many levels of symbolic links"));
+}
+
 TEST_F(PreparedJob, WritesOnlyContainersThatAreOneFile)
 {
     for (const char* const container :
