@@ -13,7 +13,9 @@ function(zelnor_target target)
                CXX_STANDARD_REQUIRED ON
                CXX_EXTENSIONS OFF
                CXX_VISIBILITY_PRESET hidden
-               VISIBILITY_INLINES_HIDDEN ON)
+               VISIBILITY_INLINES_HIDDEN ON
+               # Each source that throws has a constant of this name; compiled together, each keeps its own.
+               UNITY_BUILD_UNIQUE_ID kUnit)
   target_compile_options(
     ${target}
     PRIVATE -Wall
@@ -28,6 +30,10 @@ function(zelnor_target target)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Unique symbols pin a library in memory after dlclose.
     target_compile_options(${target} PRIVATE -fno-gnu-unique)
+  endif()
+  if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # It takes sources that are compiled together for headers.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
   endif()
   if(ZELNOR_WERROR)
     target_compile_options(${target} PRIVATE -Werror)

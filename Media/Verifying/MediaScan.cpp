@@ -18,7 +18,7 @@ namespace Zelnor::Media
 namespace
 {
 
-constexpr std::int64_t kSecond = AV_TIME_BASE;
+constexpr std::int64_t kOneSecond = AV_TIME_BASE;
 
 struct FreePacket
 {
@@ -312,7 +312,7 @@ private:
     /// A stream that ended before the window would never come to its end.
     bool IsFarBeyond(const std::vector<bool>& done) const
     {
-        constexpr std::int64_t kPatience = 5 * kSecond;
+        constexpr std::int64_t kPatience = 5 * kOneSecond;
         return m_latest > m_windowEnd + kPatience && std::find(done.begin(), done.end(), true) != done.end();
     }
 
@@ -390,9 +390,9 @@ void DecodeAll(Scanner& scanner)
 bool DecodeParts(Scanner& scanner, std::int64_t duration)
 {
     scanner.OpenDecoders();
-    scanner.Read({0, kSecond}, false);
+    scanner.Read({0, kOneSecond}, false);
     for (const Window& window :
-         {Window{duration / 2, duration / 2 + kSecond}, Window{duration - kSecond, kToTheEnd}})
+         {Window{duration / 2, duration / 2 + kOneSecond}, Window{duration - kOneSecond, kToTheEnd}})
     {
         if (!scanner.Seek(window.from))
         {
@@ -421,7 +421,7 @@ MediaScan MeasurePackets(const std::string& name, const std::function<bool()>& i
 MediaScan DecodeFile(const std::string& name, VerificationDepth depth,
                      const std::function<bool()>& isCancelled)
 {
-    constexpr std::int64_t kShort = 4 * kSecond;
+    constexpr std::int64_t kShort = 4 * kOneSecond;
     constexpr std::int64_t kSmall = 64LL * 1024 * 1024;
     Scanner scanner(name, isCancelled);
     const std::optional<std::int64_t> duration = scanner.Duration();

@@ -27,7 +27,7 @@ using Core::Property;
 using Testing::ExpectThrow;
 using Testing::Thrown;
 
-using Pair = std::pair<std::uint32_t, std::uint32_t>;
+using Terms = std::pair<std::uint32_t, std::uint32_t>;
 
 static_assert(IFormatCodecVideo::MAX_VIDEO_BITRATE == 500'000'000);
 static_assert(std::is_same_v<decltype(IFormatCodecVideo::MAX_VIDEO_BITRATE), const std::int64_t>);
@@ -37,32 +37,32 @@ static_assert(IFormatCodecVideo::ACCELERATOR_NVENC == 0 && IFormatCodecVideo::AC
 static_assert(!std::is_default_constructible_v<IFormatCodecVideo>, "Create() is the only door");
 static_assert(std::is_same_v<decltype(FrameInfo::width), std::uint32_t> && sizeof(FrameInfo) == 16);
 
-Pair FrameToPixel(std::uint32_t width, std::uint32_t height, std::uint32_t x, std::uint32_t y)
+Terms FrameToPixel(std::uint32_t width, std::uint32_t height, std::uint32_t x, std::uint32_t y)
 {
-    Pair result(77, 77);
+    Terms result(77, 77);
     IFormatCodecVideo::FrameToPixelAspect(width, height, x, y, result.first, result.second);
     return result;
 }
 
-Pair PixelToFrame(std::uint32_t width, std::uint32_t height, std::uint32_t x, std::uint32_t y)
+Terms PixelToFrame(std::uint32_t width, std::uint32_t height, std::uint32_t x, std::uint32_t y)
 {
-    Pair result(77, 77);
+    Terms result(77, 77);
     IFormatCodecVideo::PixelToFrameAspect(width, height, x, y, result.first, result.second);
     return result;
 }
 
-Pair GetFrameAspect(const IFormatCodecVideo& video)
+Terms GetFrameAspect(const IFormatCodecVideo& video)
 {
     return {video.GetFrameAspectX(), video.GetFrameAspectY()};
 }
 
-Pair GetPixelAspect(const IFormatCodecVideo& video)
+Terms GetPixelAspect(const IFormatCodecVideo& video)
 {
     return {video.GetFrameInfo().ax, video.GetFrameInfo().ay};
 }
 
 /// A pair in lowest terms, by the rational numbers of Boost.
-Pair GetLowestTerms(std::uint32_t a, std::uint32_t b)
+Terms GetLowestTerms(std::uint32_t a, std::uint32_t b)
 {
     if (b == 0)
     {
@@ -117,64 +117,64 @@ TEST(IFormatCodecVideo, FrameAspectStoresThePixelAspectThatShowsIt)
     video->InitByFrameAspect(720, 576, 16, 9);
     EXPECT_EQ(video->GetProperty()["aspect_x"].GetInt64(), 64);
     EXPECT_EQ(video->GetProperty()["aspect_y"].GetInt64(), 45);
-    EXPECT_EQ(GetFrameAspect(*video), Pair(16, 9));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(16, 9));
 }
 
 TEST(IFormatCodecVideo, FrameAspectIsThatOfTheWholeFrame)
 {
     const auto video = IFormatCodecVideo::Create();
     video->InitByPixelAspect(1920, 1080, 1, 1);
-    EXPECT_EQ(GetFrameAspect(*video), Pair(16, 9));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(16, 9));
     EXPECT_DOUBLE_EQ(video->GetFrameAspect(), 16.0 / 9.0);
     EXPECT_EQ(Print(video->GetFrameInfo()), "1920x1080 ax=1 ay=1");
     video->InitByPixelAspect(720, 576, 16, 15);
-    EXPECT_EQ(GetFrameAspect(*video), Pair(4, 3));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(4, 3));
 }
 
 TEST(IFormatCodecVideo, PixelAspectIsNotReducedWhenItIsStored)
 {
     const auto video = IFormatCodecVideo::Create();
     video->InitByPixelAspect(640, 480, 2, 2);
-    EXPECT_EQ(GetPixelAspect(*video), Pair(2, 2));
-    EXPECT_EQ(GetFrameAspect(*video), Pair(4, 3));
+    EXPECT_EQ(GetPixelAspect(*video), Terms(2, 2));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(4, 3));
 }
 
 TEST(IFormatCodecVideo, AZeroTermOfTheAspectMakesItZeroOrInfinite)
 {
     const auto video = IFormatCodecVideo::Create();
     video->InitByPixelAspect(640, 480, 0, 1);
-    EXPECT_EQ(GetFrameAspect(*video), Pair(0, 1));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(0, 1));
     EXPECT_EQ(video->GetFrameAspect(), 0.0);
     video->InitByPixelAspect(640, 480, 1, 0);
-    EXPECT_EQ(GetFrameAspect(*video), Pair(1, 0));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(1, 0));
     EXPECT_TRUE(std::isinf(video->GetFrameAspect()));
     video->InitByPixelAspect(640, 480, 0, 0);
-    EXPECT_EQ(GetFrameAspect(*video), Pair(0, 0));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(0, 0));
     EXPECT_TRUE(std::isnan(video->GetFrameAspect()));
 }
 
 TEST(IFormatCodecVideo, AspectsOfAnEmptyFrameStayZero)
 {
-    EXPECT_EQ(FrameToPixel(0, 0, 4, 3), Pair(0, 0));
-    EXPECT_EQ(PixelToFrame(0, 0, 4, 3), Pair(0, 0));
-    EXPECT_EQ(FrameToPixel(0, 480, 4, 3), Pair(1, 0));
-    EXPECT_EQ(PixelToFrame(0, 480, 4, 3), Pair(0, 1));
+    EXPECT_EQ(FrameToPixel(0, 0, 4, 3), Terms(0, 0));
+    EXPECT_EQ(PixelToFrame(0, 0, 4, 3), Terms(0, 0));
+    EXPECT_EQ(FrameToPixel(0, 480, 4, 3), Terms(1, 0));
+    EXPECT_EQ(PixelToFrame(0, 480, 4, 3), Terms(0, 1));
 }
 
 TEST(IFormatCodecVideo, AspectsConvertBothWays)
 {
-    EXPECT_EQ(FrameToPixel(720, 576, 16, 9), Pair(64, 45));
-    EXPECT_EQ(PixelToFrame(720, 576, 64, 45), Pair(16, 9));
+    EXPECT_EQ(FrameToPixel(720, 576, 16, 9), Terms(64, 45));
+    EXPECT_EQ(PixelToFrame(720, 576, 64, 45), Terms(16, 9));
 }
 
 TEST(IFormatCodecVideo, ProductsWrapAtThirtyTwoBits)
 {
-    EXPECT_EQ(PixelToFrame(65536, 3, 65536, 5), Pair(0, 1));
-    EXPECT_EQ(PixelToFrame(0x80000001, 1, 2, 4), Pair(1, 2));
-    EXPECT_EQ(FrameToPixel(7, 0xFFFFFFFF, 0xFFFFFFFF, 1), Pair(1, 7));
+    EXPECT_EQ(PixelToFrame(65536, 3, 65536, 5), Terms(0, 1));
+    EXPECT_EQ(PixelToFrame(0x80000001, 1, 2, 4), Terms(1, 2));
+    EXPECT_EQ(FrameToPixel(7, 0xFFFFFFFF, 0xFFFFFFFF, 1), Terms(1, 7));
     const auto video = IFormatCodecVideo::Create();
     video->InitByPixelAspect(65536, 3, 65536, 5);
-    EXPECT_EQ(GetFrameAspect(*video), Pair(0, 1));
+    EXPECT_EQ(GetFrameAspect(*video), Terms(0, 1));
 }
 
 TEST(IFormatCodecVideo, OnlyTheLowHalfOfAStoredNumberCounts)

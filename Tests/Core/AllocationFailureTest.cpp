@@ -73,7 +73,7 @@ bool RunWith(long allocations, Action&& action)
     return true;
 }
 
-Property Sample()
+Property LongSample()
 {
     Property group(kLong + " group");
     group.CreateChildT("number", 5LL);
@@ -88,12 +88,12 @@ Property Sample()
 /// \returns how many times it failed
 long ExpectAllOrNothing(const std::function<void(Property&)>& operation)
 {
-    const Property before = Sample();
-    Property after = Sample();
+    const Property before = LongSample();
+    Property after = LongSample();
     operation(after);
     for (long n = 0; n < 1000; ++n)
     {
-        Property property = Sample();
+        Property property = LongSample();
         if (RunWith(n, [&] { operation(property); }))
         {
             EXPECT_EQ(property, after);
@@ -110,8 +110,8 @@ long ExpectAllOrNothing(const std::function<void(Property&)>& operation)
 TEST(AllocationFailure, LeavesThePropertyAsItWas)
 {
     const Property other = [] {
-        Property made = Sample();
-        made.Add(Sample());
+        Property made = LongSample();
+        made.Add(LongSample());
         return made;
     }();
     EXPECT_GT(ExpectAllOrNothing([&](Property& p) { p = other; }), 8);
@@ -137,8 +137,8 @@ TEST(AllocationFailure, MovingASubtreeInIsAllOrNothingForBoth)
     for (long n = 0;; ++n)
     {
         ASSERT_LT(n, 100);
-        Property target = Sample();
-        Property value = Sample();
+        Property target = LongSample();
+        Property value = LongSample();
         if (RunWith(n, [&] { target.SetChild(kLong + " new", std::move(value)); }))
         {
             EXPECT_EQ(target.Count(), 4u);
@@ -146,15 +146,15 @@ TEST(AllocationFailure, MovingASubtreeInIsAllOrNothingForBoth)
             EXPECT_GT(n, 0);
             break;
         }
-        EXPECT_EQ(target, Sample());
-        EXPECT_EQ(Sample(), value);
+        EXPECT_EQ(target, LongSample());
+        EXPECT_EQ(LongSample(), value);
     }
 }
 
 TEST(AllocationFailure, NeedsNoMemoryToMoveAssignAndDestroy)
 {
-    Property target = Sample();
-    Property source = Sample();
+    Property target = LongSample();
+    Property source = LongSample();
     EXPECT_TRUE(RunWith(0, [&] {
         target = std::move(source);
         const Property taken(std::move(target));
@@ -164,8 +164,8 @@ TEST(AllocationFailure, NeedsNoMemoryToMoveAssignAndDestroy)
 
 TEST(AllocationFailure, ComparesAndReadsEverydayRecordsWithoutMemory)
 {
-    const Property one = Sample();
-    const Property two = Sample();
+    const Property one = LongSample();
+    const Property two = LongSample();
     bool equal = false;
     EXPECT_TRUE(
         RunWith(0, [&] { equal = one == two && one["inner"].Count() == 2 && one.ChildExists(kLong); }));
@@ -190,7 +190,7 @@ TEST(AllocationFailure, OfACopyOfADeepTreeIsClearedUpWithoutRecursion)
 TEST(AllocationFailure, OfLoadLeavesTheTargetAsItWas)
 {
     rapidjson::Document document;
-    const Property record = Sample();
+    const Property record = LongSample();
     PropertySerializer::Save(record, document, document.GetAllocator());
     for (long n = 0;; ++n)
     {
@@ -208,7 +208,7 @@ TEST(AllocationFailure, OfLoadLeavesTheTargetAsItWas)
 
 TEST(AllocationFailure, OfSaveLeavesTheValueAsItWas)
 {
-    Property record = Sample();
+    Property record = LongSample();
     for (int i = 0; i < 20; ++i)
     {
         record.CreateChildT("child " + std::to_string(i), 1LL);

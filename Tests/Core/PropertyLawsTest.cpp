@@ -188,7 +188,7 @@ void EditSomewhere(Model& root, Property& rootProperty)
     }
 }
 
-std::string Print(const Property& record)
+std::string Printed(const Property& record)
 {
     std::ostringstream os;
     PrintPropertyValue(record, 0, os, true, true);
@@ -233,7 +233,7 @@ RC_GTEST_PROP(PropertyLaws, EqualityIsWhatEveryReaderSees, ())
     RC_ASSERT((left == right) == (right == left));
     if (left == right)
     {
-        RC_ASSERT(Print(left) == Print(right));
+        RC_ASSERT(Printed(left) == Printed(right));
     }
 }
 
@@ -273,7 +273,7 @@ RC_GTEST_PROP(PropertyLaws, LoadGivesWhatWasWrittenAsText, ())
 
 RC_GTEST_PROP(PropertyLaws, PrintedRecordsMayStandInAQuotedLabel, ())
 {
-    const std::string text = Print(MakeRecord(3));
+    const std::string text = Printed(MakeRecord(3));
     for (std::size_t i = 0; i < text.size(); ++i)
     {
         const auto c = static_cast<unsigned char>(text[i]);

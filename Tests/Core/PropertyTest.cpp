@@ -35,7 +35,7 @@ static_assert(std::is_same_v<decltype(std::declval<Property>().GetString()), std
 static_assert(std::is_same_v<decltype(std::declval<Property>().GetRatio()), Ratio>);
 static_assert(std::is_same_v<decltype(std::declval<const Property&>()[0ul]), const Property&>);
 
-Property Sample()
+Property SampleGroup()
 {
     Property group("group");
     group.CreateChildT("number", 5LL);
@@ -105,7 +105,7 @@ TEST(Property, TakesTextsOver)
 
 TEST(Property, CopyIsDeep)
 {
-    const Property original = Sample();
+    const Property original = SampleGroup();
     Property copy(original);
     EXPECT_EQ(original, copy);
     copy["inner"]["leaf"] = 2LL;
@@ -115,9 +115,9 @@ TEST(Property, CopyIsDeep)
 
 TEST(Property, MovedFromPropertyKeepsItsTypeAndIsEmpty)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     const Property taken(std::move(group));
-    EXPECT_EQ(taken, Sample());
+    EXPECT_EQ(taken, SampleGroup());
     EXPECT_EQ(group.GetType(), PROPERTY_TYPE_GROUP);
     EXPECT_EQ(group.Count(), 0u);
     group = Property("new", 1);
@@ -148,24 +148,24 @@ TEST(Property, AssigningAScalarKeepsTheName)
 
 TEST(Property, AssigningAScalarToAGroupDropsItsChildren)
 {
-    Property byNumber = Sample();
+    Property byNumber = SampleGroup();
     byNumber = 1LL;
     EXPECT_EQ(byNumber.Count(), 0u);
     EXPECT_EQ(byNumber.GetType(), PROPERTY_TYPE_INT64);
-    Property byText = Sample();
+    Property byText = SampleGroup();
     byText = "text";
     EXPECT_EQ(byText, Property("group", "text"));
-    Property byRatio = Sample();
+    Property byRatio = SampleGroup();
     byRatio = Ratio(1, 2);
     EXPECT_EQ(byRatio, Property("group", Ratio(1, 2)));
 }
 
 TEST(Property, AssigningAValueOfItsOwnChildIsSafe)
 {
-    Property text = Sample();
+    Property text = SampleGroup();
     text = text["text"].GetString();
-    EXPECT_EQ(text.GetString(), Sample()["text"].GetString());
-    Property ratio = Sample();
+    EXPECT_EQ(text.GetString(), SampleGroup()["text"].GetString());
+    Property ratio = SampleGroup();
     ratio = ratio["ratio"].GetRatio();
     EXPECT_EQ(ratio.GetRatio(), Ratio(30000, 1001));
     Property self("name", "a text that is too long to be kept in the string itself");
@@ -177,26 +177,26 @@ TEST(Property, AssigningAValueOfItsOwnChildIsSafe)
 
 TEST(Property, AssigningItselfOrItsChildIsSafe)
 {
-    Property byCopy = Sample();
+    Property byCopy = SampleGroup();
     byCopy = byCopy["inner"];
-    EXPECT_EQ(byCopy, Sample()["inner"]);
-    Property byMove = Sample();
+    EXPECT_EQ(byCopy, SampleGroup()["inner"]);
+    Property byMove = SampleGroup();
     byMove = std::move(byMove["inner"]);
-    EXPECT_EQ(byMove, Sample()["inner"]);
-    Property self = Sample();
+    EXPECT_EQ(byMove, SampleGroup()["inner"]);
+    Property self = SampleGroup();
     const Property& alias = self;
     self = alias;
-    EXPECT_EQ(self, Sample());
+    EXPECT_EQ(self, SampleGroup());
     Property& mutableAlias = self;
     self = std::move(mutableAlias);
-    EXPECT_EQ(self, Sample());
+    EXPECT_EQ(self, SampleGroup());
 }
 
 TEST(Property, ACopyOfAnAncestorMayBeAssignedToItsDescendant)
 {
-    Property property = Sample();
+    Property property = SampleGroup();
     property["inner"]["leaf"] = property;
-    EXPECT_EQ(property["inner"][0ul], Sample());
+    EXPECT_EQ(property["inner"][0ul], SampleGroup());
     EXPECT_EQ(property.Count(), 5u);
 }
 
@@ -219,7 +219,7 @@ TEST(Property, SetChildTAppendsAndThenChangesInPlace)
 
 TEST(Property, SetChildTReplacesAGroupByTheValue)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     group.SetChildT("inner", 3LL);
     EXPECT_EQ(group["inner"], Property("inner", 3));
     EXPECT_EQ(group.Count(), 5u);
@@ -227,9 +227,9 @@ TEST(Property, SetChildTReplacesAGroupByTheValue)
 
 TEST(Property, SetChildTMayTakeTheTextThatItReplaces)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     group.SetChildT(group["text"].GetName(), group["text"].GetString());
-    EXPECT_EQ(group, Sample());
+    EXPECT_EQ(group, SampleGroup());
     group.SetChildT(group["inner"].GetName(), group["text"].GetString());
     EXPECT_EQ(group["text"].GetString(), group["inner"].GetString());
 }
@@ -269,18 +269,18 @@ TEST(Property, SetChildOfANameAppendsAnEmptyGroup)
 
 TEST(Property, SetChildOfAnExistingNameEmptiesItInPlace)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     const Property* const before = &group["text"];
     Property& emptied = group.SetChild("text");
     EXPECT_EQ(&emptied, before);
     EXPECT_EQ(emptied, Property("text"));
-    EXPECT_EQ(NamesOf(Sample()), NamesOf(group));
+    EXPECT_EQ(NamesOf(SampleGroup()), NamesOf(group));
     EXPECT_EQ(group.SetChild("inner"), Property("inner"));
 }
 
 TEST(Property, SetChildGivesTheValueTheKeysName)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     const Property value("its own name", 9);
     EXPECT_EQ(group.SetChild("new", value), Property("new", 9));
     EXPECT_EQ(group.SetChild("ratio", value), Property("ratio", 9));
@@ -290,9 +290,9 @@ TEST(Property, SetChildGivesTheValueTheKeysName)
 
 TEST(Property, SetChildMayTakeItselfOrItsChildren)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     group.SetChild("x", group);
-    Property expected = Sample();
+    Property expected = SampleGroup();
     EXPECT_EQ(group.Count(), 6u);
     for (const Property& child : expected)
     {
@@ -309,16 +309,16 @@ TEST(Property, SetChildMayTakeItselfOrItsChildren)
 
 TEST(Property, SetChildMayMoveItselfOrItsChildren)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     group.SetChild("inner", std::move(group["inner"]["leaf"]));
     EXPECT_EQ(group["inner"], Property("inner", 1));
     group.SetChild("text", std::move(group["text"]));
-    EXPECT_EQ(group["text"], Sample()["text"]);
-    Property self = Sample();
+    EXPECT_EQ(group["text"], SampleGroup()["text"]);
+    Property self = SampleGroup();
     self.SetChild("inner", std::move(self));
     EXPECT_EQ(self.GetName(), "group");
-    EXPECT_EQ(self["inner"]["text"], Sample()["text"]);
-    Property other = Sample();
+    EXPECT_EQ(self["inner"]["text"], SampleGroup()["text"]);
+    Property other = SampleGroup();
     other.SetChild("new", std::move(other));
     EXPECT_EQ(other.Count(), 6u);
     EXPECT_EQ(other["new"].Count(), 5u);
@@ -326,7 +326,7 @@ TEST(Property, SetChildMayMoveItselfOrItsChildren)
 
 TEST(Property, SetChildMayTakeItsKeyFromWhatItReplacesOrMoves)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     group.SetChild(group["text"].GetName(), Property("x", 1));
     EXPECT_EQ(group["text"], Property("text", 1));
     Property value("a name that is too long to be kept in the string itself", 1);
@@ -355,7 +355,7 @@ TEST(Property, AddAppendsCopiesAlsoOfItself)
 
 TEST(Property, RemoveChildMayTakeItsNameFromTheChild)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     group.RemoveChild(group["text"].GetName());
     EXPECT_EQ(NamesOf(group), (Names{"number", "ratio", "inner", "nothing"}));
 }
@@ -376,7 +376,7 @@ TEST(Property, PositionsCountFromZeroInOrder)
 
 TEST(Property, ReferencesAndIteratorsStayValidWhileSiblingsChange)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     Property& text = group["text"];
     const Property::iterator inner = group.FindChild("inner");
     group.RemoveChild("number");
@@ -393,7 +393,7 @@ TEST(Property, ReferencesAndIteratorsStayValidWhileSiblingsChange)
 
 TEST(Property, ChildrenMovedWithTheirGroupStayWhereTheyAre)
 {
-    Property group = Sample();
+    Property group = SampleGroup();
     const Property* const text = &group["text"];
     Property taken(std::move(group));
     EXPECT_EQ(&taken["text"], text);
@@ -401,11 +401,11 @@ TEST(Property, ChildrenMovedWithTheirGroupStayWhereTheyAre)
 
 TEST(Property, TemporaryHandsOutValues)
 {
-    const Property inner = Sample()["inner"];
+    const Property inner = SampleGroup()["inner"];
     EXPECT_EQ(inner["leaf"].GetInt64(), 1);
-    const std::string& text = Sample()["text"].GetString();
+    const std::string& text = SampleGroup()["text"].GetString();
     EXPECT_EQ("a text that is too long to be kept in the string itself", text);
-    EXPECT_EQ(Sample()[0ul].GetInt64(), 5);
+    EXPECT_EQ(SampleGroup()[0ul].GetInt64(), 5);
 }
 
 TEST(Property, EqualityIsOfNameTypeValueAndChildrenInOrder)

@@ -9,8 +9,12 @@ present() {
     find Benchmarks Conf Core Docs Examples Media Tests Tools -path Tests/Package/consumer -prune -o \
         -name '*.cpp' -print | LC_ALL=C sort
 }
+# Alone, or together with others.
 built() {
-    sed -nE "s|^ *\"file\": \"$source/(.*)\",?$|\1|p" "$build/compile_commands.json" | LC_ALL=C sort -u
+    {
+        sed -nE "s|^ *\"file\": \"$source/(.*)\",?$|\1|p" "$build/compile_commands.json"
+        find "$build" -path '*/Unity/*' -name 'unity_*.cxx' -exec sed -nE "s|^#include \"$source/(.*)\"$|\1|p" {} +
+    } | LC_ALL=C sort -u
 }
 if LC_ALL=C comm -23 <(present) <(built) | grep .; then
     echo "listed in no CMakeLists.txt"

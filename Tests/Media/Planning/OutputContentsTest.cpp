@@ -19,7 +19,8 @@ using Core::Property;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const std::string kBoth = R"({"video":{"codec_id":"CODEC_ID_H264"},"audio":{"codec_id":"CODEC_ID_AAC"}})";
+const std::string kVideoAndAudio =
+    R"({"video":{"codec_id":"CODEC_ID_H264"},"audio":{"codec_id":"CODEC_ID_AAC"}})";
 const std::string kSound = R"({"audio":{"codec_id":"CODEC_ID_AAC"}})";
 
 PlannedJob Plan(const MediaFile& source, const std::string& container, const std::string& streams,
@@ -48,10 +49,10 @@ TEST(OutputContents, KeepsTheTagsThatTheContainerHoldsAndNamesTheOthers)
     SetTag(*source.descriptor, "SYNOPSIS", "A synopsis");
     SetTag(*source.descriptor, "MY_OWN_KEY", "Something");
     SetTag(*source.descriptor, "major_brand", "isom");
-    const PlannedJob mp4 = Plan(source, "mp4", kBoth);
+    const PlannedJob mp4 = Plan(source, "mp4", kVideoAndAudio);
     EXPECT_EQ(TargetTags(mp4), RecordOf(R"({"metadata":{"title":"A title","SYNOPSIS":"A synopsis"}})"));
     EXPECT_THAT(mp4.notes, ElementsAre("in.mkv: container mp4 cannot hold the tags 'MY_OWN_KEY'"));
-    const PlannedJob matroska = Plan(source, "matroska", kBoth);
+    const PlannedJob matroska = Plan(source, "matroska", kVideoAndAudio);
     EXPECT_EQ(
         TargetTags(matroska),
         RecordOf(R"({"metadata":{"title":"A title","SYNOPSIS":"A synopsis","MY_OWN_KEY":"Something"}})"));

@@ -1,11 +1,11 @@
 #include "Media/Probe/StreamDescription.h"
 
 #include "Media/Probe/FFmpegNames.h"
+#include "Tests/Support/FormatContext.h"
 
 #include <gtest/gtest.h>
 
 extern "C" {
-#include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
@@ -25,11 +25,6 @@ namespace
 using namespace Zelnor;
 using namespace Zelnor::Media;
 using Notes = std::vector<std::string>;
-
-struct FreeContext
-{
-    void operator()(AVFormatContext* context) const { avformat_free_context(context); }
-};
 
 /// A stream of a file that there is not.
 class StreamDescription : public testing::Test
@@ -60,7 +55,7 @@ protected:
             av_stream_new_side_data(m_stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t)));
     }
 
-    std::unique_ptr<AVFormatContext, FreeContext> m_context{avformat_alloc_context()};
+    Zelnor::Testing::FormatContext m_context = Zelnor::Testing::MakeFormatContext();
     AVStream* m_stream = avformat_new_stream(m_context.get(), nullptr);
 };
 

@@ -3,14 +3,10 @@
 #include "Media/Probe/StreamDescription.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Tests/Support/FormatContext.h"
 
 #include <gtest/gtest.h>
 
-extern "C" {
-#include <libavformat/avformat.h>
-}
-
-#include <memory>
 #include <string>
 
 namespace
@@ -19,11 +15,6 @@ namespace
 using namespace Zelnor;
 using namespace Zelnor::Media;
 using Conf::IFormatCodec;
-
-struct FreeContext
-{
-    void operator()(AVFormatContext* context) const { avformat_free_context(context); }
-};
 
 /// A sound of a file that there is not.
 class StreamRecord : public testing::Test
@@ -47,7 +38,7 @@ protected:
                                                           : std::to_string(value->GetInt64());
     }
 
-    std::unique_ptr<AVFormatContext, FreeContext> m_context{avformat_alloc_context()};
+    Zelnor::Testing::FormatContext m_context = Zelnor::Testing::MakeFormatContext();
     AVStream* m_stream = avformat_new_stream(m_context.get(), nullptr);
 };
 

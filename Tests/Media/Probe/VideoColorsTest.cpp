@@ -1,6 +1,7 @@
 #include "Media/Probe/VideoColors.h"
 
 #include "Tests/Support/Clip.h"
+#include "Tests/Support/FormatContext.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -20,11 +21,6 @@ namespace
 using namespace Zelnor;
 using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
-
-struct FreeContext
-{
-    void operator()(AVFormatContext* context) const { avformat_free_context(context); }
-};
 
 /// A stream of a file that there is not.
 class VideoColors : public testing::Test
@@ -51,7 +47,7 @@ protected:
         return display;
     }
 
-    std::unique_ptr<AVFormatContext, FreeContext> m_context{avformat_alloc_context()};
+    Zelnor::Testing::FormatContext m_context = Zelnor::Testing::MakeFormatContext();
     AVStream* m_stream = avformat_new_stream(m_context.get(), nullptr);
 };
 

@@ -15,13 +15,13 @@ using namespace Zelnor;
 using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
 
-struct Outcome
+struct Bitrate
 {
     CodecOptions options;
     std::vector<std::string> faults;
 };
 
-Outcome BitrateOf(const std::string& encoder, const Core::Property& record)
+Bitrate BitrateOf(const std::string& encoder, const Core::Property& record)
 {
     const AVCodec* const found = avcodec_find_encoder_by_name(encoder.c_str());
     EXPECT_NE(found, nullptr) << encoder;
@@ -45,7 +45,7 @@ TEST(BitrateArguments, ProposeWhatIsMissing)
 
 TEST(BitrateArguments, DoNotProposeWithoutAFrame)
 {
-    const Outcome outcome = BitrateOf("libx264", VideoRecord(R"("codec_id":"CODEC_ID_H264","width":640)"));
+    const Bitrate outcome = BitrateOf("libx264", VideoRecord(R"("codec_id":"CODEC_ID_H264","width":640)"));
     EXPECT_TRUE(outcome.options.empty());
     EXPECT_EQ(outcome.faults,
               std::vector<std::string>{"bitrate: missing; one can be proposed only for a record with width, "
@@ -99,7 +99,7 @@ TEST(BitrateArguments, OfSoundHaveNoBoundsUnlessTheyVary)
 
 TEST(BitrateArguments, OfAnEncoderThatCannotVaryAreAFault)
 {
-    const Outcome outcome = BitrateOf("ac3", AudioRecord(R"("bitrate":64000,"bitrate_mode":"VBR")"));
+    const Bitrate outcome = BitrateOf("ac3", AudioRecord(R"("bitrate":64000,"bitrate_mode":"VBR")"));
     EXPECT_EQ(outcome.faults,
               std::vector<std::string>{"bitrate_mode: encoder ac3 does not support a variable bitrate"});
 }

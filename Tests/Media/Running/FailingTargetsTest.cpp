@@ -59,7 +59,8 @@ protected:
             }
             catch (const RunException& exception)
             {
-                text = details::GetTag<Zelnor::TagDescription>(exception).value_or("no description");
+                text = Zelnor::Testing::details::GetTag<Zelnor::TagDescription>(exception).value_or(
+                    "no description");
             }
         });
         return text;

@@ -19,7 +19,7 @@ namespace
 
 constexpr int kNoQuality = -1;
 
-struct Options
+struct BitrateArguments
 {
     std::string codec;
     std::string size;
@@ -69,7 +69,7 @@ Description Answer(const BitrateQuestion& question)
     return description;
 }
 
-int Run(const Options& options)
+int RunBitrate(const BitrateArguments& options)
 {
     const BitrateQuestion question = {VideoCodec(options.codec), ParseFrameSize(options.size),
                                       ParseFrameRate(options.fps), options.quality};
@@ -101,7 +101,7 @@ void AddBitrateCommand(CLI::App& app)
 {
     CLI::App* const command =
         AddCommand(app, "bitrate", "Propose a video bitrate and its bounds, in bits per second");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<BitrateArguments>();
     command->add_option("--codec", options->codec, "The video codec, such as CODEC_ID_H264 or h264")
         ->required();
     command->add_option("--size", options->size, "The frame size, such as 1920x1080")->required();
@@ -112,7 +112,7 @@ void AddBitrateCommand(CLI::App& app)
         "--curve", options->curve,
         "Also plot the bitrates of smaller and larger frames as SVG to this file, with gnuplot");
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunBitrate(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -16,7 +16,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct ConvertArguments
 {
     std::string input;
     std::string output;
@@ -41,7 +41,7 @@ void RequireValid(const Media::JobFile& job)
     }
 }
 
-int Run(const Options& options)
+int RunConvert(const ConvertArguments& options)
 {
     if (IsStandardStream(options.document))
     {
@@ -73,7 +73,7 @@ void AddConvertCommand(CLI::App& app)
 {
     CLI::App* const command = AddCommand(
         app, "convert", "Convert a media file: make a job for it, check it, run it and verify the file");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ConvertArguments>();
     command->add_option("INPUT", options->input, "The media file to read")->type_name("FILE")->required();
     command
         ->add_option("OUTPUT", options->output,
@@ -100,7 +100,7 @@ void AddConvertCommand(CLI::App& app)
         options->job.strict = options->run.strict;
         // The notes of the new job name them.
         options->run.tellsLosses = false;
-        return Run(*options);
+        return RunConvert(*options);
     });
 }
 

@@ -22,7 +22,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct ExplainArguments
 {
     std::string name;
     std::string size;
@@ -216,7 +216,7 @@ std::string TextFor(const std::vector<Description>& things, const Painter& paint
     return text;
 }
 
-int Run(const Options& options)
+int RunExplain(const ExplainArguments& options)
 {
     const FrameSize frame = options.size.empty() ? FrameSize{} : ParseFrameSize(options.size);
     const std::vector<Description> things = Explain(options.name, options.size.empty() ? nullptr : &frame);
@@ -242,14 +242,14 @@ void AddExplainCommand(CLI::App& app)
     CLI::App* const command =
         AddCommand(app, "explain",
                    "Explain the name of a codec, container, pixel format, sample format or channel layout");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExplainArguments>();
     command->add_option("NAME", options->name, "The name, ignoring case, with or without its prefix")
         ->required();
     command->add_option(
         "--size", options->size,
         "Also show the plane sizes of a pixel format for frames of this size, such as 1920x1080");
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunExplain(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -18,7 +18,7 @@ namespace
 
 using Conf::IFormatFile;
 
-struct Options
+struct ExtensionsArguments
 {
     std::string group;
     std::string container;
@@ -125,7 +125,7 @@ int ShowContainer(const std::string& name, bool json)
     return kExitSuccess;
 }
 
-int Run(const Options& options)
+int RunExtensions(const ExtensionsArguments& options)
 {
     if (!options.container.empty())
     {
@@ -141,13 +141,13 @@ void AddExtensionsCommand(CLI::App& app)
     CLI::App* const command = AddCommand(
         app, "extensions",
         "Show the file groups of a file dialog with their extensions, or a container's default extension");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExtensionsArguments>();
     CLI::Option* const group =
         command->add_option("GROUP", options->group, "Show only the extensions of this group, one per line");
     command->add_option("--container", options->container, "Show the default extension of this container")
         ->excludes(group);
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunExtensions(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -22,7 +22,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct JobCheckArguments
 {
     std::string job;
     bool topology = false;
@@ -65,7 +65,7 @@ void WriteFaults(const std::vector<Media::JobFault>& faults, JsonOutput& output)
     writer.EndArray();
 }
 
-void WriteJson(const Media::JobReport& report, const Options& options)
+void WriteJson(const Media::JobReport& report, const JobCheckArguments& options)
 {
     JsonOutput output;
     JsonOutput::Writer& writer = output.GetWriter();
@@ -105,7 +105,7 @@ void WriteVerdict(const Media::JobFile& job, const Media::JobReport& report)
     WriteText(text);
 }
 
-int Run(const Options& options)
+int RunJobCheck(const JobCheckArguments& options)
 {
     const Media::JobFile job = OpenJob(options.job);
     Media::JobReport report = options.topology
@@ -126,13 +126,13 @@ void AddJobCheckCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(
         job, "check", "Check whether a job can be run: exit code 0 if so, else 1 with every reason");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<JobCheckArguments>();
     AddJobArgument(*command, options->job);
     command->add_flag("--topology", options->topology,
                       "Check only nodes and links; the job's files need not be there");
     AddStrictFlag(*command, options->strict);
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunJobCheck(*options); });
 }
 
 } // namespace Zelnor::Tool

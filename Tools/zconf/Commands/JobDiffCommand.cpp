@@ -17,7 +17,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct JobDiffArguments
 {
     std::string one;
     std::string other;
@@ -54,7 +54,7 @@ std::string DifferencesText(const std::vector<Media::JobDifference>& differences
     return text;
 }
 
-void WriteText(JsonOutput& json, const char* key, const std::string& text)
+void WriteMember(JsonOutput& json, const char* key, const std::string& text)
 {
     json.Key(key);
     if (text.empty())
@@ -73,7 +73,7 @@ void WriteValue(JsonOutput& json, const char* key, const std::optional<Core::Pro
 {
     if (!value)
     {
-        WriteText(json, key, text);
+        WriteMember(json, key, text);
         return;
     }
     Core::Property group;
@@ -92,8 +92,8 @@ void WriteJson(const std::vector<Media::JobDifference>& differences)
     for (const Media::JobDifference& difference : differences)
     {
         json.GetWriter().StartObject();
-        WriteText(json, "place", difference.place);
-        WriteText(json, "key", difference.key);
+        WriteMember(json, "place", difference.place);
+        WriteMember(json, "key", difference.key);
         WriteValue(json, "first", difference.oneValue, difference.one);
         WriteValue(json, "second", difference.otherValue, difference.other);
         json.GetWriter().EndObject();
@@ -103,7 +103,7 @@ void WriteJson(const std::vector<Media::JobDifference>& differences)
     json.Finish();
 }
 
-int Run(const Options& options)
+int RunJobDiff(const JobDiffArguments& options)
 {
     if (IsStandardStream(options.one) && IsStandardStream(options.other))
     {
@@ -129,11 +129,11 @@ void AddJobDiffCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(
         job, "diff", "Compare two jobs: exit code 0 if they are equal, else 1 with the differences");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<JobDiffArguments>();
     command->add_option("A", options->one, "The first job's document")->required();
     command->add_option("B", options->other, "The second job's document")->required();
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunJobDiff(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -16,7 +16,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct JobDrawArguments
 {
     std::string job;
     std::string output = "-";
@@ -64,7 +64,7 @@ std::string DrawWithGraphviz(const std::string& dot, const std::string& format)
     return result.output;
 }
 
-int Run(const Options& options)
+int RunJobDraw(const JobDrawArguments& options)
 {
     // First, so that a wrong name is reported before anything is read.
     const std::string format = options.format.empty() ? FormatOf(options.output) : options.format;
@@ -81,7 +81,7 @@ int Run(const Options& options)
 void AddJobDrawCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(job, "draw", "Draw a job as a graph (DOT, SVG, PNG or PDF)");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<JobDrawArguments>();
     AddJobArgument(*command, options->job);
     AddDocumentOption(*command, options->output,
                       "The drawing, in the format of its extension (.dot, .svg, .png or .pdf) or DOT,",
@@ -91,7 +91,7 @@ void AddJobDrawCommand(CLI::App& job)
                      "The format (dot, svg, png or pdf), whatever the extension")
         ->type_name("FORMAT")
         ->check(CLI::IsMember(std::vector<std::string>(kFormats.begin(), kFormats.end())));
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunJobDraw(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -13,7 +13,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct JobNewArguments
 {
     std::string preset;
     std::string input;
@@ -22,7 +22,7 @@ struct Options
     JobOptions job;
 };
 
-int Run(const Options& options)
+int RunJobNew(const JobNewArguments& options)
 {
     const NewJob made = PlanNewJob(options.preset, options.input, RequestOf(options.job, options.target));
     CheckDistinct(made, options.input, options.document);
@@ -39,7 +39,7 @@ int Run(const Options& options)
 void AddJobNewCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(job, "new", "Make a job that converts a media file");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<JobNewArguments>();
     command
         ->add_option("-p,--preset", options->preset,
                      "A preset file, or the name of a preset that comes with the program")
@@ -60,7 +60,7 @@ void AddJobNewCommand(CLI::App& job)
     AddJobOptions(*command, options->job);
     AddStrictFlag(*command, options->job.strict);
     AddDocumentOption(*command, options->document, "The job's document", "--job");
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunJobNew(*options); });
 }
 
 } // namespace Zelnor::Tool

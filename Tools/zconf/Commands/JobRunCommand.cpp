@@ -13,14 +13,14 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct JobRunArguments
 {
     std::string job;
     bool dryRun = false;
     RunSettings run;
 };
 
-int Run(const Options& options)
+int RunJobRun(const JobRunArguments& options)
 {
     const Media::JobFile job = OpenJob(options.job);
     if (options.dryRun)
@@ -36,13 +36,13 @@ int Run(const Options& options)
 void AddJobRunCommand(CLI::App& job)
 {
     CLI::App* const command = AddCommand(job, "run", "Run a job: make its output files with ffmpeg");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<JobRunArguments>();
     AddJobArgument(*command, options->job);
     command->add_flag("-n,--dry-run", options->dryRun,
                       "Print the ffmpeg commands, quoted for a shell, instead of running them, and how large "
                       "the output files will be");
     AddRunOptions(*command, options->run);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunJobRun(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -21,7 +21,7 @@ namespace
 using Conf::NodeId;
 using Core::Property;
 
-struct Options
+struct JobShowArguments
 {
     std::string job;
     bool json = false;
@@ -257,7 +257,7 @@ void WriteJson(const Media::JobFile& job)
     output.Finish();
 }
 
-int Run(const Options& options)
+int RunJobShow(const JobShowArguments& options)
 {
     const Media::JobFile job = OpenJob(options.job);
     if (options.json)
@@ -277,10 +277,10 @@ void AddJobShowCommand(CLI::App& job)
 {
     CLI::App* const command =
         AddCommand(job, "show", "Show the nodes and links of a job with their neighbours and records");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<JobShowArguments>();
     AddJobArgument(*command, options->job);
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunJobShow(*options); });
 }
 
 } // namespace Zelnor::Tool

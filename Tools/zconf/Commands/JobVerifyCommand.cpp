@@ -22,7 +22,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct JobVerifyArguments
 {
     std::string job;
     std::string ffmpeg = "ffmpeg";
@@ -65,7 +65,7 @@ void WriteTarget(const Media::TargetVerification& target)
     }
 }
 
-int Run(const Options& options)
+int RunJobVerify(const JobVerifyArguments& options)
 {
     const Media::JobFile job = OpenJob(options.job);
     Media::VerifyOptions verify;
@@ -89,7 +89,7 @@ void AddJobVerifyCommand(CLI::App& job)
         AddCommand(job, "verify",
                    "Compare the output files of a job with it: exit code 0 if they are what it says, else 4 "
                    "with every difference");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<JobVerifyArguments>();
     AddJobArgument(*command, options->job);
     command->add_flag("--full", options->full,
                       "Decode everything, not only the first, middle and last seconds");
@@ -100,7 +100,7 @@ void AddJobVerifyCommand(CLI::App& job)
                      "The ffmpeg program that --quality runs (default: the one in PATH)")
         ->type_name("FILE");
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunJobVerify(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -23,7 +23,7 @@ struct ListKind
     std::vector<std::string> kinds = {};
 };
 
-struct Options
+struct ListArguments
 {
     std::string filter;
     std::string kind;
@@ -37,14 +37,14 @@ const std::string& TextOf(const Description& description, const std::string& nam
     return std::get<std::string>(found->value);
 }
 
-bool Matches(const Description& description, const Options& options)
+bool Matches(const Description& description, const ListArguments& options)
 {
     const std::string name = LowerCase(TextOf(description, "name"));
     return name.find(LowerCase(options.filter)) != std::string::npos &&
            (options.kind.empty() || TextOf(description, "kind") == options.kind);
 }
 
-int Run(const ListKind& kind, const Options& options)
+int RunList(const ListKind& kind, const ListArguments& options)
 {
     std::vector<Description> descriptions = kind.list();
     descriptions.erase(
@@ -65,7 +65,7 @@ int Run(const ListKind& kind, const Options& options)
 void AddList(CLI::App& group, const ListKind& kind)
 {
     CLI::App* const command = AddCommand(group, kind.name, kind.help);
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ListArguments>();
     command->add_option(
         "FILTER", options->filter,
         "Show only names that contain this text, ignoring case; exit code 1 if there are none");
@@ -74,7 +74,7 @@ void AddList(CLI::App& group, const ListKind& kind)
         command->add_option("--kind", options->kind, "Show only this kind")->check(CLI::IsMember(kind.kinds));
     }
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [kind, options] { return Run(kind, *options); });
+    OnRun(*command, [kind, options] { return RunList(kind, *options); });
 }
 
 } // namespace

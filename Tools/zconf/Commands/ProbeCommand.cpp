@@ -15,7 +15,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-struct Options
+struct ProbeArguments
 {
     std::string media;
     bool json = false;
@@ -182,7 +182,7 @@ void WriteJson(const Media::MediaFile& file)
     json.Finish();
 }
 
-int Run(const Options& options)
+int RunProbe(const ProbeArguments& options)
 {
     const Media::MediaFile file = IsStandardStream(options.media)
                                       ? Media::ProbeMedia(*MakeStandardInput(), InputName(options.media))
@@ -203,10 +203,10 @@ int Run(const Options& options)
 void AddProbeCommand(CLI::App& app)
 {
     CLI::App* const command = AddCommand(app, "probe", "Show what is in a media file");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ProbeArguments>();
     command->add_option("MEDIA", options->media, "The media file; \"-\" is standard input")->required();
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return Run(*options); });
+    OnRun(*command, [options] { return RunProbe(*options); });
 }
 
 } // namespace Zelnor::Tool

@@ -21,7 +21,6 @@ namespace Zelnor::Tool
 namespace
 {
 
-constexpr double kSecond = 1e6;
 constexpr const char* kEraseLine = "\r\x1b[K";
 
 std::string Fixed(double value)

@@ -1,5 +1,7 @@
 #include "Tools/zconf/Console/ProgressJson.h"
 
+#include "Tools/zconf/Console/TimeText.h"
+
 #include "Core/Interfaces/JsonMemory.h"
 
 #include <rapidjson/stringbuffer.h>
@@ -13,8 +15,6 @@ namespace Zelnor::Tool
 
 namespace
 {
-
-constexpr double kSecond = 1e6;
 
 /// One object, whose members are added in order.
 class Line

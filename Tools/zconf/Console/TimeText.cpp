@@ -17,7 +17,6 @@ namespace Zelnor::Tool
 namespace
 {
 
-constexpr std::int64_t kSecond = 1000000;
 constexpr std::int64_t kSixty = 60;
 
 /// The number that the digits stand for; nothing when they are not some digits.
