@@ -5,7 +5,7 @@ source=$1 scratch=$2
 
 rm -rf "$scratch"
 cmake -G Ninja -S "$source/Tests/Package/consumer" -B "$scratch" -DZELNOR_SUBFOLDER="$source" \
-    -DCONSUMER_SOURCE="$source/Examples/road_of_a_job.cpp"
+    -DCONSUMER_SOURCE="$source/Examples/road_of_a_job.cpp" -DCMAKE_UNITY_BUILD=ON
 cmake --build "$scratch" --target consumer
 "$scratch/consumer" | diff "$source/Examples/road_of_a_job.txt" -
 # A second build of all that the media library is made of takes long and would show no more than its plan: the tests of
