@@ -1,5 +1,6 @@
 #include "Media/Planning/AudioTrial.h"
 
+#include "Media/Probe/FFmpegMemory.h"
 #include "Media/Probe/FFmpegNames.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
@@ -36,11 +37,10 @@ using Context = std::unique_ptr<AVCodecContext, Free>;
 /// Null when the encoder does not take it.
 Context Open(const AVCodec& encoder, const Property& codec)
 {
-    Context context(avcodec_alloc_context3(&encoder));
+    Context context(RequireMemory(avcodec_alloc_context3(&encoder)));
     const char* const layout =
         ToFFmpeg(Conf::LayoutRecord::Find(codec[IFormatCodecAudio::TAG_LAYOUT].GetString())->layout);
-    if (context == nullptr || layout == nullptr ||
-        av_channel_layout_from_string(&context->ch_layout, layout) < 0)
+    if (layout == nullptr || av_channel_layout_from_string(&context->ch_layout, layout) < 0)
     {
         return nullptr;
     }
@@ -96,31 +96,25 @@ long long TakeBits(AVCodecContext& context, AVPacket& packet)
 std::optional<long long> MeasureBitrate(const AVCodec& encoder, const Property& codec)
 {
     const Context context = Open(encoder, codec);
-    const std::unique_ptr<AVFrame, Free> frame(av_frame_alloc());
-    const std::unique_ptr<AVPacket, Free> packet(av_packet_alloc());
-    if (context == nullptr || frame == nullptr || packet == nullptr)
+    if (context == nullptr)
     {
         return std::nullopt;
     }
+    const std::unique_ptr<AVFrame, Free> frame(RequireMemory(av_frame_alloc()));
+    const std::unique_ptr<AVPacket, Free> packet(RequireMemory(av_packet_alloc()));
     constexpr int kUsualFrame = 1024;
     frame->nb_samples = context->frame_size > 0 ? context->frame_size : kUsualFrame;
     frame->format = context->sample_fmt;
     frame->sample_rate = context->sample_rate;
-    if (av_channel_layout_copy(&frame->ch_layout, &context->ch_layout) < 0 ||
-        av_frame_get_buffer(frame.get(), 0) < 0)
-    {
-        return std::nullopt;
-    }
+    RequireMemory(av_channel_layout_copy(&frame->ch_layout, &context->ch_layout));
+    RequireMemory(av_frame_get_buffer(frame.get(), 0));
     std::minstd_rand random(1);
     long long bits = 0;
     // A quarter of a second at most, whatever the rate claims to be.
     constexpr int kMostSamples = 12000;
     for (frame->pts = 0; frame->pts < kMostSamples; frame->pts += frame->nb_samples)
     {
-        if (av_frame_make_writable(frame.get()) < 0)
-        {
-            return std::nullopt;
-        }
+        RequireMemory(av_frame_make_writable(frame.get()));
         FillWithNoise(*frame, random);
         if (avcodec_send_frame(context.get(), frame.get()) < 0)
         {

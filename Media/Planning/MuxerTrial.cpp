@@ -2,6 +2,7 @@
 
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCapabilities.h"
+#include "Media/Probe/FFmpegMemory.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/Probe/MessageScope.h"
 #include "Media/Probe/StreamDescription.h"
@@ -47,16 +48,6 @@ struct CloseInput
     void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
 };
 
-template <class T>
-T* Require(T* pointer)
-{
-    if (pointer == nullptr)
-    {
-        throw std::bad_alloc();
-    }
-    return pointer;
-}
-
 constexpr AVRational kFrameTime = {1, 25};
 
 /// A stream of one blank frame.
@@ -76,9 +67,9 @@ void SetUpAudio(const AVCodec& encoder, AVCodecContext& context)
     {
         av_channel_layout_default(&context.ch_layout, 2);
     }
-    else if (av_channel_layout_copy(&context.ch_layout, &encoder.ch_layouts[0]) < 0)
+    else
     {
-        throw std::bad_alloc();
+        RequireMemory(av_channel_layout_copy(&context.ch_layout, &encoder.ch_layouts[0]));
     }
     context.time_base = {1, context.sample_rate};
 }
@@ -103,7 +94,7 @@ void SetUpVideo(const AVCodec& encoder, const Size& size, AVCodecContext& contex
 /// Null when the encoder does not start.
 std::unique_ptr<AVCodecContext, FreeCodec> StartEncoder(const AVCodec& encoder, const Size& size, int flags)
 {
-    std::unique_ptr<AVCodecContext, FreeCodec> context(Require(avcodec_alloc_context3(&encoder)));
+    std::unique_ptr<AVCodecContext, FreeCodec> context(RequireMemory(avcodec_alloc_context3(&encoder)));
     // What an encoder tells of itself is of no use here.
     context->log_level_offset = 2 * AV_LOG_TRACE;
     context->thread_count = 1;
@@ -116,7 +107,7 @@ std::unique_ptr<AVCodecContext, FreeCodec> StartEncoder(const AVCodec& encoder, 
 std::unique_ptr<AVFrame, FreeFrame> MakeBlankFrame(const AVCodecContext& context)
 {
     constexpr int kUsualSamples = 1024;
-    std::unique_ptr<AVFrame, FreeFrame> frame(Require(av_frame_alloc()));
+    std::unique_ptr<AVFrame, FreeFrame> frame(RequireMemory(av_frame_alloc()));
     frame->pts = 0;
     frame->width = context.width;
     frame->height = context.height;
@@ -128,11 +119,8 @@ std::unique_ptr<AVFrame, FreeFrame> MakeBlankFrame(const AVCodecContext& context
     {
         frame->nb_samples = 0;
     }
-    if (av_channel_layout_copy(&frame->ch_layout, &context.ch_layout) < 0 ||
-        av_frame_get_buffer(frame.get(), 0) < 0)
-    {
-        throw std::bad_alloc();
-    }
+    RequireMemory(av_channel_layout_copy(&frame->ch_layout, &context.ch_layout));
+    RequireMemory(av_frame_get_buffer(frame.get(), 0));
     for (AVBufferRef* const buffer : frame->buf)
     {
         if (buffer != nullptr)
@@ -155,19 +143,16 @@ std::optional<BlankStream> EncodeBlankFrame(AVCodecContext& context)
         {
             return std::nullopt;
         }
-        std::unique_ptr<AVPacket, FreePacket> packet(Require(av_packet_alloc()));
+        std::unique_ptr<AVPacket, FreePacket> packet(RequireMemory(av_packet_alloc()));
         while (avcodec_receive_packet(&context, packet.get()) == 0)
         {
             stream.packets.push_back(std::move(packet));
-            packet.reset(Require(av_packet_alloc()));
+            packet.reset(RequireMemory(av_packet_alloc()));
         }
     }
     stream.timeBase = context.time_base;
-    stream.parameters.reset(Require(avcodec_parameters_alloc()));
-    if (avcodec_parameters_from_context(stream.parameters.get(), &context) < 0)
-    {
-        throw std::bad_alloc();
-    }
+    stream.parameters.reset(RequireMemory(avcodec_parameters_alloc()));
+    RequireMemory(avcodec_parameters_from_context(stream.parameters.get(), &context));
     return stream.packets.empty() ? std::nullopt : std::optional(std::move(stream));
 }
 
@@ -211,10 +196,7 @@ void AddTo(AVDictionary*& dictionary, const TagList& tags)
 {
     for (const auto& [name, text] : tags)
     {
-        if (av_dict_set(&dictionary, name.c_str(), text.c_str(), 0) < 0)
-        {
-            throw std::bad_alloc();
-        }
+        RequireMemory(av_dict_set(&dictionary, name.c_str(), text.c_str(), 0));
     }
 }
 
@@ -248,14 +230,11 @@ public:
     MemoryFile(std::string& bytes, Access access) : m_bytes(bytes)
     {
         constexpr int kBlock = 32768;
-        auto* const buffer = static_cast<unsigned char*>(Require(av_malloc(kBlock)));
-        m_context =
-            avio_alloc_context(buffer, kBlock, access == Access::Write ? 1 : 0, this, &Read, &Write, &Seek);
-        if (m_context == nullptr)
-        {
-            av_free(buffer);
-            throw std::bad_alloc();
-        }
+        std::unique_ptr<unsigned char, void (*)(void*)> buffer(
+            static_cast<unsigned char*>(RequireMemory(av_malloc(kBlock))), &av_free);
+        m_context = RequireMemory(avio_alloc_context(buffer.get(), kBlock, access == Access::Write ? 1 : 0,
+                                                     this, &Read, &Write, &Seek));
+        buffer.release();
     }
     ~MemoryFile()
     {
@@ -331,10 +310,7 @@ public:
     explicit MemoryMuxer(const AVOutputFormat& muxer) : m_file(m_bytes, MemoryFile::Access::Write)
     {
         AVFormatContext* context = nullptr;
-        if (avformat_alloc_output_context2(&context, &muxer, nullptr, nullptr) < 0)
-        {
-            throw std::bad_alloc();
-        }
+        RequireMemory(avformat_alloc_output_context2(&context, &muxer, nullptr, nullptr));
         m_context.reset(context);
         m_context->io_open = &RefuseOther;
         m_context->flags |= AVFMT_FLAG_BITEXACT;
@@ -347,11 +323,8 @@ public:
 
     AVStream& AddStream(const BlankStream& blank)
     {
-        AVStream& stream = *Require(avformat_new_stream(m_context.get(), nullptr));
-        if (avcodec_parameters_copy(stream.codecpar, blank.parameters.get()) < 0)
-        {
-            throw std::bad_alloc();
-        }
+        AVStream& stream = *RequireMemory(avformat_new_stream(m_context.get(), nullptr));
+        RequireMemory(avcodec_parameters_copy(stream.codecpar, blank.parameters.get()));
         stream.codecpar->codec_tag = 0;
         stream.time_base = blank.timeBase;
         if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
@@ -364,11 +337,11 @@ public:
 
     void AddAttachment()
     {
-        AVStream& stream = *Require(avformat_new_stream(m_context.get(), nullptr));
+        AVStream& stream = *RequireMemory(avformat_new_stream(m_context.get(), nullptr));
         stream.codecpar->codec_type = AVMEDIA_TYPE_ATTACHMENT;
         constexpr int kSize = 4;
         stream.codecpar->extradata =
-            static_cast<std::uint8_t*>(Require(av_mallocz(kSize + AV_INPUT_BUFFER_PADDING_SIZE)));
+            static_cast<std::uint8_t*>(RequireMemory(av_mallocz(kSize + AV_INPUT_BUFFER_PADDING_SIZE)));
         stream.codecpar->extradata_size = kSize;
         AddTo(stream.metadata, {{"filename", "a"}, {"mimetype", "application/octet-stream"}});
     }
@@ -382,10 +355,10 @@ public:
             return;
         }
         m_context->chapters =
-            static_cast<AVChapter**>(Require(av_calloc(chapters.size(), sizeof *m_context->chapters)));
+            static_cast<AVChapter**>(RequireMemory(av_calloc(chapters.size(), sizeof *m_context->chapters)));
         for (const MediaChapter& each : chapters)
         {
-            auto* const chapter = static_cast<AVChapter*>(Require(av_mallocz(sizeof(AVChapter))));
+            auto* const chapter = static_cast<AVChapter*>(RequireMemory(av_mallocz(sizeof(AVChapter))));
             m_context->chapters[m_context->nb_chapters++] = chapter;
             chapter->id = m_context->nb_chapters;
             chapter->time_base = AVRational{1, AV_TIME_BASE};
@@ -433,7 +406,8 @@ private:
             const std::int64_t begin = first == AV_NOPTS_VALUE ? 0 : first;
             for (const auto& packet : m_streams[i]->packets)
             {
-                const std::unique_ptr<AVPacket, FreePacket> copy(Require(av_packet_clone(packet.get())));
+                const std::unique_ptr<AVPacket, FreePacket> copy(
+                    RequireMemory(av_packet_clone(packet.get())));
                 copy->stream_index = static_cast<int>(i);
                 copy->pts -= begin;
                 copy->dts -= begin;
@@ -481,7 +455,7 @@ FileContents ContentsOf(const AVFormatContext& context)
 std::optional<FileContents> ReadBack(std::string bytes, const AVOutputFormat& muxer)
 {
     const MemoryFile file(bytes, MemoryFile::Access::Read);
-    AVFormatContext* context = Require(avformat_alloc_context());
+    AVFormatContext* context = RequireMemory(avformat_alloc_context());
     context->pb = file.Get();
     context->io_open = &RefuseOther;
     const std::string extensions = muxer.extensions == nullptr ? "" : muxer.extensions;

@@ -1,5 +1,7 @@
 #include "Media/Probe/FrameRates.h"
 
+#include "Media/Probe/FFmpegMemory.h"
+
 extern "C" {
 #include <libavcodec/packet.h>
 }
@@ -9,7 +11,6 @@ extern "C" {
 #include <cstdint>
 #include <iterator>
 #include <memory>
-#include <new>
 
 namespace Zelnor::Media
 {
@@ -79,12 +80,8 @@ void CountFrames(AVFormatContext& context, std::vector<Frames>& streams)
     // Enough for an average, and soon read however the streams are interleaved.
     constexpr std::int64_t kFrames = 300;
     constexpr int kPackets = 5000;
-    const std::unique_ptr<AVPacket, void (*)(AVPacket*)> packet(av_packet_alloc(),
+    const std::unique_ptr<AVPacket, void (*)(AVPacket*)> packet(RequireMemory(av_packet_alloc()),
                                                                 [](AVPacket* p) { av_packet_free(&p); });
-    if (packet == nullptr)
-    {
-        throw std::bad_alloc();
-    }
     const auto isCounted = [](const Frames& frames) { return !frames.isMeasured || frames.count >= kFrames; };
     for (int i = 0; i < kPackets && !std::all_of(streams.begin(), streams.end(), isCounted); ++i)
     {

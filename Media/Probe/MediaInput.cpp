@@ -3,6 +3,7 @@
 #include "Media/FileKind.h"
 #include "Media/MediaException.h"
 #include "Media/Probe/Demuxers.h"
+#include "Media/Probe/FFmpegMemory.h"
 #include "Media/Probe/MediaProbe.h"
 
 #include <sys/stat.h>
@@ -10,7 +11,7 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <new>
+#include <memory>
 
 namespace Zelnor::Media
 {
@@ -34,14 +35,10 @@ constexpr const char* kUnit = "Media/Probe/MediaProbe";
 StreamReader::StreamReader(Core::IDataInput& input) : m_input(input)
 {
     constexpr int kBlock = 32768;
-    auto* const buffer = static_cast<unsigned char*>(av_malloc(kBlock));
-    m_context =
-        buffer == nullptr ? nullptr : avio_alloc_context(buffer, kBlock, 0, this, &Read, nullptr, nullptr);
-    if (m_context == nullptr)
-    {
-        av_free(buffer);
-        throw std::bad_alloc();
-    }
+    std::unique_ptr<unsigned char, void (*)(void*)> buffer(
+        static_cast<unsigned char*>(RequireMemory(av_malloc(kBlock))), &av_free);
+    m_context = RequireMemory(avio_alloc_context(buffer.get(), kBlock, 0, this, &Read, nullptr, nullptr));
+    buffer.release();
 }
 
 StreamReader::~StreamReader()
@@ -131,21 +128,15 @@ const AVInputFormat* MediaInput::FindDemuxer()
 
 void MediaInput::Open(const AVInputFormat& demuxer)
 {
-    AVFormatContext* context = avformat_alloc_context();
-    if (context == nullptr)
-    {
-        throw std::bad_alloc();
-    }
-    context->pb = Bytes();
-    context->opaque = this;
-    context->io_open = &OpenNamedFile;
+    std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> made(RequireMemory(avformat_alloc_context()),
+                                                                      &avformat_free_context);
+    made->pb = Bytes();
+    made->opaque = this;
+    made->io_open = &OpenNamedFile;
     AVDictionary* options = nullptr;
     // Otherwise an image whose name holds '%' or '*' would be taken for a series of files.
-    if (av_dict_set(&options, "pattern_type", "none", 0) < 0)
-    {
-        avformat_free_context(context);
-        throw std::bad_alloc();
-    }
+    RequireMemory(av_dict_set(&options, "pattern_type", "none", 0));
+    AVFormatContext* context = made.release();
     const int result = avformat_open_input(&context, m_url.c_str(), &demuxer, &options);
     av_dict_free(&options);
     m_context.reset(context); // FFmpeg has freed it, and set it to null, when it failed.
@@ -157,11 +148,8 @@ AVIOContext* MediaInput::Bytes() const { return m_stream != nullptr ? m_stream->
 int MediaInput::OpenFile(AVIOContext** file, const char* url, int flags)
 {
     AVDictionary* options = nullptr;
-    if (av_dict_set(&options, "protocol_whitelist", "file", 0) < 0)
-    {
-        return AVERROR(ENOMEM);
-    }
-    const int result = avio_open2(file, url, flags, nullptr, &options);
+    int result = av_dict_set(&options, "protocol_whitelist", "file", 0);
+    result = result < 0 ? result : avio_open2(file, url, flags, nullptr, &options);
     av_dict_free(&options);
     return result;
 }

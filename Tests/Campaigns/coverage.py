@@ -3,8 +3,8 @@
 
 A decision is a condition that stands in the source: each operand of `&&` and `||`, each condition of `if`, `?:` and
 of a loop, and each case of a switch. It has two sides: it held, or it did not. Branches that only the compiler makes,
-such as those around the destruction of temporaries or to where an exception is caught, are not decisions. A template
-counts once, with the sides of everything that it is instantiated for.
+such as those around the destruction of temporaries, to where an exception is caught, or past the cases of a switch
+without `default`, are not decisions. A template counts once, with the sides of everything that it is instantiated for.
 """
 
 import argparse
@@ -15,7 +15,8 @@ import sys
 
 #: Only files of the libraries; what the compiler calls them begins with the folder that it ran in.
 FILE = re.compile(r"^(?:\S*/)?((?:Core|Conf|Media)/\S+):$")
-LINE = re.compile(r"^ *(\d+)\| *([0-9.]+[kMGTPEZY]?)?\|")
+LINE = re.compile(r"^ *(\d+)\| *([0-9.]+[kMGTPEZY]?)?\|(.*)$")
+SWITCH = re.compile(r"^ *switch \(")
 BRANCH = re.compile(r"^[ |]*Branch \((\d+):(\d+)\): \[(.*)\]$")
 
 
@@ -24,6 +25,8 @@ class File:
         self.lines = {}
         #: By place and side, whether a test ran through it.
         self.sides = collections.defaultdict(bool)
+        #: Where the conditions of switches begin, by line and column.
+        self.switches = set()
 
     def lines_missing(self):
         return sorted(number for number, ran in self.lines.items() if not ran)
@@ -43,10 +46,13 @@ def read(text):
             if found[2] is not None:
                 number = int(found[1])
                 current.lines[number] = current.lines.get(number, False) or found[2] != "0"
+            if condition := SWITCH.match(found[3]):
+                current.switches.add((int(found[1]), condition.end() + 1))
         elif (found := BRANCH.match(line)) and "Folded" not in found[3]:
-            for side in found[3].split(", "):
+            place = int(found[1]), int(found[2])
+            for side in found[3].split(", ") if place not in current.switches else []:
                 name, count = side.split(": ")
-                current.sides[int(found[1]), int(found[2]), name] |= count != "0"
+                current.sides[(*place, name)] |= count != "0"
     return {name: file for name, file in files.items() if file.lines}
 
 

@@ -101,4 +101,48 @@ TEST(JobDifferences, TellAnOtherOrderOfTheSameKeys)
     EXPECT_EQ(Differences(ordered("a", "b"), ordered("b", "a")), Lines{"node 1|order of the keys|a, b|b, a"});
 }
 
+/// A job of one node with this record.
+Graph OneNode(const Property& record)
+{
+    const Graph graph = ITranscodingMetaGraph::Create();
+    graph->AddNode(record);
+    return graph;
+}
+
+TEST(JobDifferences, NameTheKeysThatOnlyOneSideHas)
+{
+    Property one("record");
+    one.SetChildT("both", 1LL);
+    Property other = one;
+    other.SetChild("group").SetChildT("key", std::string("text"));
+    other["group"].SetChild("list").SetChildT("inner", 1LL);
+    EXPECT_EQ(Differences(OneNode(one), OneNode(other)), Lines{"node 1|group||a group of 2"});
+    EXPECT_EQ(Differences(OneNode(other), OneNode(one)), Lines{"node 1|group|a group of 2|"});
+}
+
+TEST(JobDifferences, TellOtherNamesAndKindsOfRecords)
+{
+    EXPECT_EQ(Differences(OneNode(Property("one")), OneNode(Property("other"))),
+              Lines{"node 1|name of the record|\"one\"|\"other\""});
+    EXPECT_EQ(Differences(OneNode(Property("record", 1LL)), OneNode(Property("record", 2LL))),
+              Lines{"node 1|value of the record|1|2"});
+    EXPECT_EQ(Differences(OneNode(Property("record", 1LL)), OneNode(Property("record"))),
+              Lines{"node 1|value of the record|1|a group of 0"});
+    EXPECT_EQ(Differences(OneNode(Property("record")), OneNode(Property("record", 1LL))),
+              Lines{"node 1|value of the record|a group of 0|1"});
+}
+
+TEST(JobDifferences, TellTheOrderOfAnInnerGroup)
+{
+    const auto ordered = [](const char* first, const char* second) {
+        Property record("record");
+        Property& inner = record.SetChild("inner");
+        inner.SetChildT(first, 1LL);
+        inner.SetChildT(second, 1LL);
+        return OneNode(record);
+    };
+    EXPECT_EQ(Differences(ordered("a", "b"), ordered("b", "a")),
+              Lines{"node 1|inner, order of its keys|a, b|b, a"});
+}
+
 } // namespace

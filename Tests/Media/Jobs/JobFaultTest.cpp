@@ -125,4 +125,36 @@ TEST(ErrorText, OfAnyOtherExceptionIsItsFirstLine)
     EXPECT_EQ(TextOf([] { throw 5; }), "Failed for an unknown reason");
 }
 
+TEST(TopologyFaults, OfAGraphAreOfTheirKinds)
+{
+    const auto kinds = [](const GraphPtr& graph) {
+        std::vector<JobFault::Kind> found;
+        for (const JobFault& fault : FindTopologyFaults(*graph))
+        {
+            found.push_back(fault.kind);
+        }
+        return found;
+    };
+    using Kinds = std::vector<JobFault::Kind>;
+    EXPECT_EQ(kinds(GraphWithNodes(0)), Kinds{JobFault::TooFewNodes});
+    EXPECT_EQ(kinds(GraphWithNodes(2)), Kinds{JobFault::UnlinkedNodes});
+    const GraphPtr cycle = GraphWithNodes(3);
+    Link(*cycle, {{1, 2}, {2, 3}, {3, 1}});
+    EXPECT_EQ(kinds(cycle), Kinds{JobFault::Cycle});
+    const GraphPtr parts = GraphWithNodes(4);
+    Link(*parts, {{1, 2}, {3, 4}});
+    EXPECT_EQ(kinds(parts), Kinds{JobFault::SeveralParts});
+    EXPECT_EQ(FindTopologyFaults(*parts).at(0).Sentence(),
+              "The nodes form 2 separate components: {1, 2}, {3, 4}");
+    EXPECT_EQ(kinds(Loaded(R"({"vertices":[{"id":1},{"id":2},{"id":2}],"edges":[{"from":1,"to":2}]})")).at(0),
+              JobFault::RepeatedIds);
+}
+
+TEST(JobFault, WithoutAPlaceIsItsReason)
+{
+    JobFault fault{JobFault::Output};
+    fault.reason = "the reason";
+    EXPECT_EQ(fault.Sentence(), "the reason");
+}
+
 } // namespace

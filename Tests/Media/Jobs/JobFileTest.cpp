@@ -74,4 +74,23 @@ TEST(JobFile, ThatCannotBeOpenedIsAnErrorOfTheStream)
     EXPECT_EQ(thrown.description, "Cannot open 'gone.json': No such file or directory");
 }
 
+TEST(JobFile, AnIdThatIsNoIntegerCountsAsNull)
+{
+    ExpectRefused(R"({"vertices":[{"id":1},{}],"edges":[{"from":1,"to":0},{"from":"x","to":1},{"to":2}]})",
+                  "edges[2]: There is no node 2");
+}
+
+TEST(JobFile, ALinkThatIsThereTwiceIsNamed)
+{
+    ExpectRefused(R"({"vertices":[{"id":1},{"id":2}],"edges":[{"from":1,"to":2},{"from":1,"to":2}]})",
+                  "edges[1]: There is already a link from node 1 to node 2");
+}
+
+TEST(JobFile, ARecordOfALinkIsNamedWhenTheOnesOfTheNodesAreGood)
+{
+    ExpectRefused(R"({"vertices":[{"id":1,"data":{"data":{"a":1}}},{"id":2}],
+                      "edges":[{"from":1,"to":2},{"from":2,"to":1,"data":{"data":{"a":true}}}]})",
+                  "edges[1]: data.a: expected an integer, a string, a rational, null or a group, found true");
+}
+
 } // namespace

@@ -188,4 +188,41 @@ TEST(EncoderCapabilities, SomeEncodersHaveTwoPasses)
     EXPECT_FALSE(HasTwoPasses(Encoder("CODEC_ID_MJPEG")));
 }
 
+TEST(EncoderCapabilities, OfAllOfFFmpegsPixelFormatsTheNearestLosesTheLeast)
+{
+    const AVCodec& x264 = Encoder("CODEC_ID_H264");
+    EXPECT_EQ(NearestPixelFormat(x264, AV_PIX_FMT_YUV420P), AV_PIX_FMT_YUV420P);
+    EXPECT_EQ(NearestPixelFormat(x264, AV_PIX_FMT_NONE), AV_PIX_FMT_NONE);
+    EXPECT_EQ(NearestPixelFormat(x264, AV_PIX_FMT_YUV420P12LE), AV_PIX_FMT_YUV420P10LE);
+    EXPECT_EQ(NearestPixelFormat(x264, AV_PIX_FMT_YUVA444P), AV_PIX_FMT_YUV444P);
+    EXPECT_EQ(NearestPixelFormat(Encoder("CODEC_ID_PNG"), AV_PIX_FMT_YUVA420P), AV_PIX_FMT_RGBA);
+    EXPECT_EQ(NearestPixelFormat(Encoder("CODEC_ID_MPEG2VIDEO"), AV_PIX_FMT_YUV422P10LE), AV_PIX_FMT_YUV422P);
+}
+
+TEST(EncoderCapabilities, AnEncoderThatListsNoPixelFormatsSupportsAll)
+{
+    const AVCodec& raw = Encoder("CODEC_ID_RAWVIDEO");
+    EXPECT_TRUE(Supports(raw, AV_PIX_FMT_YUV420P));
+    EXPECT_TRUE(Supports(raw, PIX_FMT_YUV422P));
+    EXPECT_EQ(NearestPixelFormat(raw, AV_PIX_FMT_GBRP14LE), AV_PIX_FMT_GBRP14LE);
+    EXPECT_EQ(NearestPixelFormat(raw, PIX_FMT_YUV422P), PIX_FMT_YUV422P);
+}
+
+TEST(EncoderCapabilities, OfNoWishThereIsAUsualSampleFormat)
+{
+    EXPECT_EQ(NearestSampleFormat(Encoder("CODEC_ID_AAC"), Conf::SAMPLE_FMT_NONE), Conf::SAMPLE_FMT_FLTP);
+    EXPECT_EQ(FinestSampleFormat(Encoder("CODEC_ID_FLAC"), Conf::SAMPLE_FMT_FLTP), Conf::SAMPLE_FMT_S32);
+    EXPECT_EQ(FinestSampleFormat(Encoder("CODEC_ID_FLAC"), Conf::SAMPLE_FMT_DBL), Conf::SAMPLE_FMT_S32);
+    EXPECT_EQ(FinestSampleFormat(Encoder("CODEC_ID_FLAC"), Conf::SAMPLE_FMT_S16), Conf::SAMPLE_FMT_S16);
+    EXPECT_EQ(FinestSampleFormat(Encoder("CODEC_ID_AAC"), Conf::SAMPLE_FMT_FLTP), Conf::SAMPLE_FMT_FLTP);
+}
+
+TEST(EncoderCapabilities, LossyCodecsHaveABitrateButGif)
+{
+    EXPECT_TRUE(IsWithoutBitrate(AV_CODEC_ID_GIF));
+    EXPECT_TRUE(IsWithoutBitrate(AV_CODEC_ID_FLAC));
+    EXPECT_TRUE(IsWithoutBitrate(AV_CODEC_ID_NONE));
+    EXPECT_FALSE(IsWithoutBitrate(AV_CODEC_ID_MP3));
+}
+
 } // namespace

@@ -253,4 +253,36 @@ TEST(PresetFile, RefusesNumbersThatAJobRefuses)
     }
 }
 
+TEST(PresetFile, RefusesStreamsThatAreNotOfItsForm)
+{
+    const auto refusal = [](const std::string& streams) {
+        return ExpectRefused(R"({"p":{"container":"mp4","$$STREAMS$$":)" + streams + "}}")
+            .description.value_or("");
+    };
+    const std::string begin = "p.json: p.$$STREAMS$$";
+    EXPECT_EQ(refusal("{}"), begin + ": expected a group of at least one stream, found an empty one");
+    EXPECT_EQ(refusal("3"), begin + ": expected a group of at least one stream, found 3");
+    EXPECT_EQ(refusal(R"({"film":{}})"),
+              begin +
+                  ": expected a stream type (audio, video, subtitles_video, subtitles_text), found 'film'");
+    EXPECT_EQ(refusal(R"({"video":1})"), begin + ".video: expected a group of settings, found 1");
+    EXPECT_EQ(refusal(R"({"video":{}})"),
+              begin + ".video.codec_id: expected a video codec, as \"CODEC_ID_H264\", found nothing");
+    EXPECT_EQ(refusal(R"({"audio":{"codec_id":5}})"),
+              begin + ".audio.codec_id: expected an audio codec, as \"CODEC_ID_AAC\", found 5");
+    EXPECT_EQ(refusal(R"({"subtitles_text":{"codec_id":"CODEC_ID_H264"}})"),
+              begin + ".subtitles_text.codec_id: expected a subtitle codec, as \"CODEC_ID_SRT\", found "
+                      "'CODEC_ID_H264'");
+    EXPECT_EQ(refusal(R"({"video":{"codec_id":"none of them"}})"),
+              begin + ".video.codec_id: expected a video codec, as \"CODEC_ID_H264\", found 'none of them'");
+}
+
+TEST(PresetFile, SuggestsNothingWhereNoNameIsNear)
+{
+    EXPECT_EQ(ExpectRefused(WithSettings("audio", "CODEC_ID_AAC", R"("bitrate_mode":"VBR_ALWAYS_ON_TIME")"))
+                  .description.value_or("")
+                  .find("did you mean"),
+              std::string::npos);
+}
+
 } // namespace

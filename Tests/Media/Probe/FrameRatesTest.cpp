@@ -116,4 +116,20 @@ TEST(FrameRates, OfACoverAreNotMadeUp)
     EXPECT_EQ(ProbedRate(folder / "in.m4a"), "unknown");
 }
 
+TEST(FrameRates, ThatAreNoneStayNone)
+{
+    EXPECT_EQ(Snapped({25, 0}, 4e-4), "25/0");
+    EXPECT_EQ(Snapped({-25, 1}, 4e-4), "-25/1");
+    EXPECT_EQ(RateTolerance({1, 0}, 60), 1e-6);
+}
+
+TEST(FrameRates, OfOneFrameAreNotKnown)
+{
+    const TemporaryFolder folder;
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=30:d=1", "-frames:v", "1", "-c:v", "libvpx",
+              "-deadline", "realtime", "-live", "1", folder / "in.webm"});
+    WriteFile(folder / "in.webm", WithoutFrameDuration(ReadFile(folder / "in.webm")));
+    EXPECT_EQ(ProbedRate(folder / "in.webm"), "unknown");
+}
+
 } // namespace

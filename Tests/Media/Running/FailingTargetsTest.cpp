@@ -126,6 +126,20 @@ TEST_F(FailingTargets, AreKeptAsideUnderANewNameWhereNothingCanBeRenamedWithoutR
     EXPECT_EQ(m_folder.Names().size(), 2U);
 }
 
+TEST_F(FailingTargets, AreNotKeptAsideWhereTheyCannotBeRenamed)
+{
+    std::string text;
+    {
+        TargetFile target(Name(), false);
+        WriteFile(target.GetWorkName(), "new");
+        RunWhileFailing({SYS_renameat2, EDQUOT}, [&] {
+            text = ExpectThrow<RunException>([&] { target.KeepAside(); }).description.value_or("");
+        });
+    }
+    EXPECT_EQ(text, Refusal("Disk quota exceeded"));
+    EXPECT_THAT(m_folder.Names(), IsEmpty());
+}
+
 TEST_F(FailingTargets, DoNotReplaceAFileByALink)
 {
     TargetFile target(Name(), false);

@@ -159,6 +159,16 @@ TEST_F(PreparedJob, WritesNoDevicesButNull)
     EXPECT_THAT(Faults(*Job({{"a.wav", "null.wav"}})), IsEmpty());
 }
 
+TEST_F(PreparedJob, MakesFilesInFoldersAlone)
+{
+    fs::create_directory(Name("sub.wav"));
+    EXPECT_THAT(Faults(*Job({{"a.wav", "sub.wav"}})),
+                ElementsAre("node 3, filePath: cannot write '" + Name("sub.wav") + "': Is a directory"));
+    EXPECT_THAT(
+        Faults(*Job({{"a.wav", "b.wav/out.wav"}})),
+        ElementsAre("node 3, filePath: cannot write '" + Name("b.wav/out.wav") + "': Not a directory"));
+}
+
 TEST_F(PreparedJob, FollowsNoLinksInACircle)
 {
     fs::create_symlink("there.wav", Name("out.wav"));

@@ -59,4 +59,33 @@ TEST(SizeEstimate, IsNotToldWhereNobodyKnows)
     EXPECT_EQ(EstimateSize(transcode), std::nullopt);
 }
 
+TEST(SizeEstimate, LeavesOutWhatASubtitleNeeds)
+{
+    EXPECT_EQ(
+        SizeOf(MakeSubtitleStream(), RecordOf(R"({"format_codec_subtitle":{"codec_id":"CODEC_ID_SRT"}})")),
+        0);
+}
+
+TEST(SizeEstimate, IsNotToldOfAJobThatCannotBeRun)
+{
+    EXPECT_EQ(SizeOf(MakeAudioStream(), AudioRecord(R"("codec_id":"CODEC_ID_AAC","bitrate":"fast")")),
+              std::nullopt);
+}
+
+TEST(SizeEstimate, OfPlainSamplesNeedsTheirRateAndLayout)
+{
+    EXPECT_EQ(
+        SizeOf(MakeAudioStream(), AudioRecord(R"("codec_id":"CODEC_ID_PCM_S16LE","sample_rate":48000)")),
+        std::nullopt);
+    EXPECT_EQ(SizeOf(MakeAudioStream(), AudioRecord(R"("codec_id":"CODEC_ID_PCM_S16LE","layout":"STEREO")")),
+              std::nullopt);
+}
+
+TEST(SizeEstimate, OfOneImageIsNotTold)
+{
+    EXPECT_EQ(EstimateSize(MakeTranscode(MakeMediaFile({MakeVideoStream()}),
+                                         VideoRecord(R"("codec_id":"CODEC_ID_PNG")"), "image2")),
+              std::nullopt);
+}
+
 } // namespace

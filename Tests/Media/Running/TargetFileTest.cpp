@@ -119,6 +119,16 @@ TEST_F(TargetFiles, FollowALinkToAFileThatIsNotThereYet)
     EXPECT_EQ(ReadFile(m_folder / "there/file"), "new");
 }
 
+TEST_F(TargetFiles, AreKeptBesideTheFileThatALinkLeadsTo)
+{
+    fs::create_directory(m_folder / "there");
+    fs::create_symlink("there/film.mp4", Name());
+    TargetFile target(Name(), false);
+    WriteFile(target.GetWorkName(), "new");
+    EXPECT_EQ(target.KeepAside(), Name("there/film.unverified.mp4"));
+    EXPECT_EQ(ReadFile(m_folder / "there/film.unverified.mp4"), "new");
+}
+
 TEST_F(TargetFiles, DoNotFollowLinksInACircle)
 {
     fs::create_symlink("there", Name());

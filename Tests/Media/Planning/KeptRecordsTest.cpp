@@ -1,0 +1,81 @@
+#include "Media/Planning/OutputContents.h"
+
+#include "Media/Planning/JobPlan.h"
+#include "Tests/Support/JobFixtures.h"
+#include "Tests/Support/MediaFixtures.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using Core::Property;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string kVideoAndSound =
+    R"({"video":{"codec_id":"CODEC_ID_MPEG4"},"audio":{"codec_id":"CODEC_ID_MP2"}})";
+const std::string kVideo = R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})";
+
+PlannedJob Plan(const MediaFile& source, const std::string& container, const std::string& streams)
+{
+    JobRequest request;
+    request.output = "out";
+    return PlanJob(source, MakePreset(container, streams), request);
+}
+
+/// A file of a video and a sound, of which the sound has a title.
+MediaFile WithTitledSound()
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream()});
+    SetTag(*source.streams[1].descriptor, "TITLE", "Commentary");
+    return source;
+}
+
+TEST(KeptRecords, HaveTheTagsOfTheirStreamsWhereTheContainerHoldsThem)
+{
+    const PlannedJob matroska = Plan(WithTitledSound(), "matroska", kVideoAndSound);
+    EXPECT_EQ(matroska.graph->GetLink(4, 2)["metadata"]["title"].GetString(), "Commentary");
+    EXPECT_FALSE((*matroska.graph)[2]["metadata"].ChildExists("title"));
+    EXPECT_THAT(matroska.notes, IsEmpty());
+}
+
+TEST(KeptRecords, LeaveOutTheTagsOfStreamsThatTheContainerDrops)
+{
+    const PlannedJob job = Plan(WithTitledSound(), "mpegts", kVideoAndSound);
+    EXPECT_FALSE(job.graph->GetLink(4, 2)["metadata"].ChildExists("title"));
+    EXPECT_THAT(job.notes,
+                ElementsAre("in.mkv: audio stream 1: container mpegts cannot hold the tags 'title'"));
+}
+
+TEST(KeptRecords, DoNotGetTheTimecodeOfAFileWithoutItsVideo)
+{
+    MediaFile source = MakeMediaFile({MakeAudioStream(), MakeAttachedPicture()});
+    source.timecode = "01:02:03:04";
+    const PlannedJob job = Plan(source, "mov", R"({"audio":{"codec_id":"CODEC_ID_AAC"}})");
+    EXPECT_FALSE(job.graph->GetLink(3, 2)["metadata"].ChildExists("timecode"));
+}
+
+TEST(KeptRecords, OfACopiedVideoHaveItsTimecode)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream()});
+    source.timecode = "01:02:03:04";
+    const PlannedJob job = Plan(source, "mov", R"({"video":{"codec_id":"CODEC_ID_H264","lossless":1}})");
+    EXPECT_EQ(job.graph->GetLink(3, 2)["metadata"]["timecode"].GetString(), "01:02:03:04");
+}
+
+TEST(KeptRecords, LeaveOutChaptersWhoseTitlesAreTooLong)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream()});
+    source.chapters = {{0, 5000000, std::string(100000, 'x')}, {5000000, 10000000, "Two"}};
+    const PlannedJob job = Plan(source, "mp4", kVideo);
+    EXPECT_FALSE((*job.graph)[2].ChildExists("chapters"));
+    EXPECT_THAT(job.notes, ElementsAre("in.mkv: its 2 chapters are left out; their titles are too long"));
+}
+
+} // namespace
