@@ -18,11 +18,11 @@ using Core::Property;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const std::string kVideoAndSound =
+const std::string kMpeg4AndMp2 =
     R"({"video":{"codec_id":"CODEC_ID_MPEG4"},"audio":{"codec_id":"CODEC_ID_MP2"}})";
-const std::string kVideo = R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})";
+const std::string kMpeg4 = R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})";
 
-PlannedJob Plan(const MediaFile& source, const std::string& container, const std::string& streams)
+PlannedJob PlanKept(const MediaFile& source, const std::string& container, const std::string& streams)
 {
     JobRequest request;
     request.output = "out";
@@ -39,7 +39,7 @@ MediaFile WithTitledSound()
 
 TEST(KeptRecords, HaveTheTagsOfTheirStreamsWhereTheContainerHoldsThem)
 {
-    const PlannedJob matroska = Plan(WithTitledSound(), "matroska", kVideoAndSound);
+    const PlannedJob matroska = PlanKept(WithTitledSound(), "matroska", kMpeg4AndMp2);
     EXPECT_EQ(matroska.graph->GetLink(4, 2)["metadata"]["title"].GetString(), "Commentary");
     EXPECT_FALSE((*matroska.graph)[2]["metadata"].ChildExists("title"));
     EXPECT_THAT(matroska.notes, IsEmpty());
@@ -47,7 +47,7 @@ TEST(KeptRecords, HaveTheTagsOfTheirStreamsWhereTheContainerHoldsThem)
 
 TEST(KeptRecords, LeaveOutTheTagsOfStreamsThatTheContainerDrops)
 {
-    const PlannedJob job = Plan(WithTitledSound(), "mpegts", kVideoAndSound);
+    const PlannedJob job = PlanKept(WithTitledSound(), "mpegts", kMpeg4AndMp2);
     EXPECT_FALSE(job.graph->GetLink(4, 2)["metadata"].ChildExists("title"));
     EXPECT_THAT(job.notes,
                 ElementsAre("in.mkv: audio stream 1: container mpegts cannot hold the tags 'title'"));
@@ -57,7 +57,7 @@ TEST(KeptRecords, DoNotGetTheTimecodeOfAFileWithoutItsVideo)
 {
     MediaFile source = MakeMediaFile({MakeAudioStream(), MakeAttachedPicture()});
     source.timecode = "01:02:03:04";
-    const PlannedJob job = Plan(source, "mov", R"({"audio":{"codec_id":"CODEC_ID_AAC"}})");
+    const PlannedJob job = PlanKept(source, "mov", R"({"audio":{"codec_id":"CODEC_ID_AAC"}})");
     EXPECT_FALSE(job.graph->GetLink(3, 2)["metadata"].ChildExists("timecode"));
 }
 
@@ -65,7 +65,7 @@ TEST(KeptRecords, OfACopiedVideoHaveItsTimecode)
 {
     MediaFile source = MakeMediaFile({MakeVideoStream()});
     source.timecode = "01:02:03:04";
-    const PlannedJob job = Plan(source, "mov", R"({"video":{"codec_id":"CODEC_ID_H264","lossless":1}})");
+    const PlannedJob job = PlanKept(source, "mov", R"({"video":{"codec_id":"CODEC_ID_H264","lossless":1}})");
     EXPECT_EQ(job.graph->GetLink(3, 2)["metadata"]["timecode"].GetString(), "01:02:03:04");
 }
 
@@ -73,7 +73,7 @@ TEST(KeptRecords, LeaveOutChaptersWhoseTitlesAreTooLong)
 {
     MediaFile source = MakeMediaFile({MakeVideoStream()});
     source.chapters = {{0, 5000000, std::string(100000, 'x')}, {5000000, 10000000, "Two"}};
-    const PlannedJob job = Plan(source, "mp4", kVideo);
+    const PlannedJob job = PlanKept(source, "mp4", kMpeg4);
     EXPECT_FALSE((*job.graph)[2].ChildExists("chapters"));
     EXPECT_THAT(job.notes, ElementsAre("in.mkv: its 2 chapters are left out; their titles are too long"));
 }

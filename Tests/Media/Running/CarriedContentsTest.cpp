@@ -20,7 +20,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// What ffmpeg is told of the second stream of a file, which is carried.
-std::vector<std::string> TagsOf(const MediaStream& stream, CarriedStream::Form form)
+std::vector<std::string> CarriedTagsOf(const MediaStream& stream, CarriedStream::Form form)
 {
     Transcode transcode =
         MakeTranscode(MakeMediaFile({MakeAudioStream(), stream}),
@@ -43,28 +43,28 @@ MediaStream Font(const std::string& fileName, const std::string& mimeType)
 
 TEST(CarriedContents, AnAttachmentHasANameAndAType)
 {
-    EXPECT_THAT(TagsOf(Font("a.ttf", "font/ttf"), CarriedStream::Attachment),
+    EXPECT_THAT(CarriedTagsOf(Font("a.ttf", "font/ttf"), CarriedStream::Attachment),
                 ElementsAre("filename=a.ttf", "mimetype=font/ttf"));
-    EXPECT_THAT(TagsOf(Font("", ""), CarriedStream::Attachment),
+    EXPECT_THAT(CarriedTagsOf(Font("", ""), CarriedStream::Attachment),
                 ElementsAre("filename=attachment-1", "mimetype=application/octet-stream"));
 }
 
 TEST(CarriedContents, ACoverThatIsAFileIsNamedAfterItsCodec)
 {
     MediaStream cover = MakeAttachedPicture();
-    EXPECT_THAT(TagsOf(cover, CarriedStream::CoverFile),
+    EXPECT_THAT(CarriedTagsOf(cover, CarriedStream::CoverFile),
                 ElementsAre("filename=cover.png", "mimetype=image/png"));
     cover.codec = "mjpeg";
-    EXPECT_THAT(TagsOf(cover, CarriedStream::CoverFile),
+    EXPECT_THAT(CarriedTagsOf(cover, CarriedStream::CoverFile),
                 ElementsAre("filename=cover.jpg", "mimetype=image/jpeg"));
-    EXPECT_THAT(TagsOf(cover, CarriedStream::Cover), IsEmpty());
+    EXPECT_THAT(CarriedTagsOf(cover, CarriedStream::Cover), IsEmpty());
 }
 
 TEST(CarriedContents, KeepTheirTags)
 {
     const MediaStream cover = MakeAttachedPicture();
     SetTag(*cover.descriptor, "title", "Front");
-    EXPECT_THAT(TagsOf(cover, CarriedStream::Cover), ElementsAre("title=Front"));
+    EXPECT_THAT(CarriedTagsOf(cover, CarriedStream::Cover), ElementsAre("title=Front"));
 }
 
 /// The chapters of a part of a file, as "begin-end" in seconds.
