@@ -78,4 +78,54 @@ TEST(KeptRecords, LeaveOutChaptersWhoseTitlesAreTooLong)
     EXPECT_THAT(job.notes, ElementsAre("in.mkv: its 2 chapters are left out; their titles are too long"));
 }
 
+TEST(KeptRecords, NameTitlesOfChaptersThatTheContainerCuts)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream()});
+    source.chapters = {{0, 10000000, std::string(70000, 'x')}};
+    const PlannedJob job = PlanKept(source, "mp4", kMpeg4);
+    EXPECT_EQ((*job.graph)[2]["chapters"].Count(), 1U);
+    EXPECT_THAT(job.notes, ElementsAre("in.mkv: container mp4 cannot hold the titles of chapters"));
+}
+
+TEST(KeptRecords, LeaveOutCoversThatNoPlayerShows)
+{
+    MediaStream cover = MakeAttachedPicture();
+    cover.codec = "bmp";
+    const PlannedJob job = PlanKept(MakeMediaFile({MakeVideoStream(), cover}), "mp4", kMpeg4);
+    EXPECT_FALSE((*job.graph)[2].ChildExists("attachments"));
+    EXPECT_THAT(
+        job.notes,
+        ElementsAre(
+            "in.mkv: video stream 1: (cover, bmp) is left out; container mp4 cannot hold such a cover"));
+}
+
+TEST(KeptRecords, SayNothingOfTextThatMakesTheChapters)
+{
+    MediaStream text = MakeStream(StreamKind::Data, Conf::IFormatCodec::Create());
+    text.codec = "bin_data";
+    MediaFile source = MakeMediaFile({MakeVideoStream(), text});
+    EXPECT_THAT(PlanKept(source, "mp4", kMpeg4).notes,
+                ElementsAre("in.mkv: data stream 1: (bin_data) is left out; data streams are not converted"));
+    source.chapters = {{0, 10000000, "One"}};
+    EXPECT_THAT(PlanKept(source, "mp4", kMpeg4).notes, IsEmpty());
+}
+
+TEST(KeptRecords, NameTheStreamsWithoutALanguage)
+{
+    MediaStream second = MakeAudioStream();
+    SetTag(*second.descriptor, "language", "und");
+    EXPECT_THAT(
+        PlanKept(MakeMediaFile({MakeVideoStream(), MakeAudioStream(), second}), "mp4", kMpeg4AndMp2).notes,
+        ElementsAre("in.mkv: audio stream 2: (aac) is left out; the output file has 1 audio stream"));
+}
+
+TEST(KeptRecords, KeepAPlaceWithOtherDigits)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream()});
+    SetTag(*source.descriptor, "location", "+48.1+011.5/");
+    const PlannedJob job = PlanKept(source, "mov", kMpeg4);
+    EXPECT_EQ((*job.graph)[2]["metadata"]["location"].GetString(), "+48.1+011.5/");
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
 } // namespace
