@@ -6,6 +6,7 @@
 #include "Media/RecordText.h"
 #include "Media/Verifying/BitrateComparison.h"
 #include "Media/Verifying/Numbers.h"
+#include "Media/Verifying/PictureComparison.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
@@ -121,6 +122,10 @@ private:
         CompareProfile();
         CompareFrame();
         CompareRate();
+        for (TargetDifference& difference : ComparePicture(m_file, m_wanted, m_stream))
+        {
+            m_differences.push_back(std::move(difference));
+        }
     }
 
     void CompareProfile()
@@ -176,10 +181,10 @@ private:
     /// A container may round each frame's time; over the whole stream the rate is right.
     std::optional<double> MeasuredRate() const
     {
-        constexpr double kSecond = 1e6;
+        constexpr double kPerSecond = 1e6;
         const std::optional<std::int64_t> length = m_scan.Length();
         return m_scan.packets > 1 && length && *length > 0
-                   ? std::optional(static_cast<double>(m_scan.packets) * kSecond /
+                   ? std::optional(static_cast<double>(m_scan.packets) * kPerSecond /
                                    static_cast<double>(*length))
                    : std::nullopt;
     }

@@ -1,0 +1,125 @@
+#include "Media/Verifying/PictureComparison.h"
+
+#include "Media/Jobs/JobKeys.h"
+#include "Tests/Support/VerifyingFixtures.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Conf;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A video that must be what these keys of its record say.
+std::vector<std::string> Compare(const std::vector<std::pair<std::string, std::string>>& keys,
+                                 const MediaStream& found, const MediaStream& source = MakeVideoStream(),
+                                 const std::string& container = "mp4")
+{
+    ExpectedFile file = ExpectingFile(MakeMediaFile({source}), container);
+    for (const auto& [key, value] : keys)
+    {
+        file.streams.front().record.SetChildT(key, value);
+    }
+    return Told(ComparePicture(file, file.streams.front(), found));
+}
+
+MediaStream Interlaced(const std::string& order)
+{
+    MediaStream stream = MakeVideoStream();
+    stream.isInterlaced = true;
+    stream.fieldOrder = order;
+    return stream;
+}
+
+TEST(PictureComparison, TellsAnotherPixelFormatButNotAnotherRange)
+{
+    MediaStream found = MakeVideoStream();
+    found.pixelFormat = "yuv422p";
+    EXPECT_THAT(Compare({}, found), ElementsAre("pixel format: wanted yuv420p, found yuv422p"));
+    found.pixelFormat = "yuvj420p";
+    EXPECT_THAT(Compare({}, found), IsEmpty());
+    found.pixelFormat = "";
+    EXPECT_THAT(Compare({}, found), IsEmpty());
+}
+
+TEST(PictureComparison, APixelFormatByNameComesBeforeTheNumber)
+{
+    MediaStream found = MakeVideoStream();
+    found.pixelFormat = "yuv420p10le";
+    EXPECT_THAT(Compare({{JobKeys::kPixelFormat, "yuv420p10le"}}, found), IsEmpty());
+    found.pixelFormat = "yuv420p";
+    EXPECT_THAT(Compare({{JobKeys::kPixelFormat, "yuv420p10le"}}, found),
+                ElementsAre("pixel format: wanted yuv420p10le, found yuv420p"));
+}
+
+TEST(PictureComparison, TellsFieldsThatShouldBeGone)
+{
+    EXPECT_THAT(Compare({}, Interlaced("tt"), Interlaced("tt")),
+                ElementsAre("field order: wanted progressive, found tt"));
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "50p"}}, Interlaced("bb"), Interlaced("tt")),
+                ElementsAre("field order: wanted progressive, found bb"));
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "off"}}, Interlaced("tt"), Interlaced("tt")), IsEmpty());
+}
+
+TEST(PictureComparison, TellsFieldsThatShouldBeKept)
+{
+    MediaStream progressive = MakeVideoStream();
+    progressive.fieldOrder = "progressive";
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, progressive, Interlaced("tt")),
+                ElementsAre("field order: wanted tt, found progressive"));
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, Interlaced("tt"), Interlaced("tt")), IsEmpty());
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, progressive, progressive), IsEmpty());
+}
+
+TEST(PictureComparison, TellsOtherColoursAndThoseThatAreLost)
+{
+    MediaStream found = MakeVideoStream();
+    EXPECT_THAT(Compare({{JobKeys::kColorMatrix, "bt709"}}, found),
+                ElementsAre("colour matrix: wanted bt709, found none"));
+    found.color.matrix = "bt470bg";
+    EXPECT_THAT(Compare({{JobKeys::kColorMatrix, "bt709"}}, found),
+                ElementsAre("colour matrix: wanted bt709, found bt470bg"));
+    EXPECT_THAT(Compare({}, found), IsEmpty());
+}
+
+TEST(PictureComparison, AFileThatDoesNotTellTheRangeHasTheUsualOne)
+{
+    MediaStream found = MakeVideoStream();
+    EXPECT_THAT(Compare({{JobKeys::kColorRange, "tv"}}, found), IsEmpty());
+    EXPECT_THAT(Compare({{JobKeys::kColorRange, "pc"}}, found),
+                ElementsAre("colour range: wanted pc, found none"));
+    found.color.range = "pc";
+    EXPECT_THAT(Compare({{JobKeys::kColorRange, "tv"}}, found),
+                ElementsAre("colour range: wanted tv, found pc"));
+}
+
+TEST(PictureComparison, ColoursThatTheFileHasNoPlaceForAreNotMissed)
+{
+    MediaStream found = MakeVideoStream(1280, 720, "CODEC_ID_MPEG4");
+    found.color.matrix = "smpte170m";
+    EXPECT_THAT(Compare({{JobKeys::kColorMatrix, "bt709"}}, found, MakeVideoStream(), "avi"), IsEmpty());
+}
+
+TEST(PictureComparison, ACopyMayLoseColoursThatOnlyItsContainerTold)
+{
+    MediaStream source = MakeVideoStream();
+    source.color.matrix = "bt709";
+    ExpectedFile file = ExpectingFile(MakeMediaFile({source}), "mpegts");
+    file.streams.front().isCopied = true;
+    MediaStream found = MakeVideoStream();
+    EXPECT_THAT(ComparePicture(file, file.streams.front(), found), IsEmpty());
+    found.color.matrix = "bt470bg";
+    EXPECT_THAT(Told(ComparePicture(file, file.streams.front(), found)),
+                ElementsAre("colour matrix: wanted bt709, found bt470bg"));
+}
+
+} // namespace
