@@ -61,7 +61,7 @@ public:
         {
             // They are data, so that no other file needs to be written or read.
             Add({"-protocol_whitelist", "data", "-f", "ffmetadata", "-i",
-                 "data:text/plain;base64," + Base64(m_transcode.chapters)});
+                 "data:text/plain;base64," + Base64(ChaptersText(m_transcode.chapters))});
         }
         unsigned int position = 0;
         for (const StreamCommand& stream : m_transcode.streams)

@@ -2,9 +2,9 @@
 
 #include "Media/FileKind.h"
 #include "Media/Jobs/FaultList.h"
-#include "Media/Planning/EncoderChoice.h"
 #include "Media/Running/Files.h"
 #include "Media/Running/TargetFile.h"
+#include "Media/Running/TranscodeContents.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -145,32 +145,12 @@ private:
     std::unordered_map<std::string, Conf::NodeId> m_targets;
 };
 
-/// What the target of a transcode without a fault holds, as planning sees it.
-OutputFile OutputOf(const Transcode& transcode)
-{
-    OutputFile output = {{}, transcode.container, &transcode.target, {}};
-    for (const MediaFile& input : transcode.inputs)
-    {
-        output.inputs.push_back(&input);
-    }
-    for (const TranscodeStream& stream : transcode.streams)
-    {
-        output.streams.push_back(
-            {stream.input, stream.stream, stream.merged, &stream.codec, IsCopied(stream.codec)});
-    }
-    return output;
-}
-
 /// Plans what the target holds beside its streams. \returns what it will not have of its sources
 std::vector<JobFault> PrepareContents(Transcode& transcode, const PreparationOptions& options,
                                       FaultList& faults)
 {
     std::vector<JobFault> losses;
-    transcode.contents = PlanContents(OutputOf(transcode));
-    for (const TargetFault& fault : transcode.contents.faults)
-    {
-        faults.Add(JobFault::Setting, transcode.place.At(fault.key), fault.reason);
-    }
+    PlanContentsOf(transcode, faults);
     for (const Loss& loss : transcode.contents.losses)
     {
         const MediaFile& input = transcode.inputs[loss.input];

@@ -4,6 +4,7 @@
 #include "Media/Jobs/FaultList.h"
 #include "Media/Running/QualityMeasurement.h"
 #include "Media/Running/TargetExpectation.h"
+#include "Media/Running/TranscodeContents.h"
 #include "Media/Verifying/FileVerification.h"
 
 #include <sys/stat.h>
@@ -54,10 +55,17 @@ std::vector<TargetVerification> VerifyJob(const Conf::ITranscodingMetaGraph& job
                                           const VerifyOptions& options)
 {
     FaultList faults;
-    const std::vector<Transcode> transcodes = ReadTranscodes(job, options.document, faults);
-    std::vector<TranscodeCommand> commands;
+    std::vector<Transcode> transcodes = ReadTranscodes(job, options.document, faults);
     for (const Transcode& transcode : transcodes)
     {
+        MakeTranscodeCommand(transcode, faults);
+    }
+    faults.ThrowFirst();
+    // What the targets get beside their streams can be planned only for a job without a fault.
+    std::vector<TranscodeCommand> commands;
+    for (Transcode& transcode : transcodes)
+    {
+        PlanContentsOf(transcode, faults);
         commands.push_back(MakeTranscodeCommand(transcode, faults));
     }
     faults.ThrowFirst();

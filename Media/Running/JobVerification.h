@@ -35,9 +35,9 @@ struct VerifyOptions
 };
 
 /// Compares the targets of a job, as they are now, with the job and its sources: streams and their order,
-/// codec, profile, size, display aspect ratio, frame rate, channel layout, sample rate, language, tags,
-/// duration, bitrate, and whether they can be decoded. What a container or an encoder is known to change is
-/// not a difference. Nothing is written.
+/// codec, profile, size, display aspect ratio, frame rate, pixel format, field order, colours, channel
+/// layout, sample rate, language, tags, chapters, covers, attachments, duration, bitrate, and whether they
+/// can be decoded. What a container or an encoder is known to change is not a difference. Nothing is written.
 /// \throw JobException when the job cannot be run as it is, or a source cannot be read
 /// \throw RunException when ffmpeg cannot be started to measure the quality
 ZELNOR_API std::vector<TargetVerification> VerifyJob(const Conf::ITranscodingMetaGraph& job,

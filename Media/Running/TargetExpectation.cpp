@@ -2,6 +2,7 @@
 
 #include "Media/Jobs/FaultList.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/Running/ContentsExpectation.h"
 
 #include "Conf/Interfaces/IFormatCodec.h"
 
@@ -30,7 +31,6 @@ ExpectedStream ExpectationOf(const Transcode& transcode, const TranscodeStream& 
     expected.streams = {stream.stream};
     expected.streams.insert(expected.streams.end(), stream.merged.begin(), stream.merged.end());
     expected.options = command.options;
-    expected.tags = command.metadata;
     return expected;
 }
 
@@ -42,13 +42,13 @@ ExpectedFile ExpectationOf(const Transcode& transcode, const TranscodeCommand& c
     expected.place = transcode.place;
     expected.container = transcode.container;
     expected.isPicture = command.isPicture;
-    expected.tags = command.metadata;
     expected.sources = transcode.inputs;
     expected.span = transcode.span;
     for (std::size_t i = 0; i < transcode.streams.size(); ++i)
     {
         expected.streams.push_back(ExpectationOf(transcode, transcode.streams[i], command.streams[i]));
     }
+    ExpectContents(transcode, command, expected);
     return expected;
 }
 

@@ -425,11 +425,7 @@ void AddContents(const Transcode& transcode, TranscodeCommand& command)
     {
         command.carried.push_back(MakeCarried(transcode, carried));
     }
-    const std::vector<MediaChapter> chapters = ChaptersOf(transcode);
-    if (!chapters.empty())
-    {
-        command.chapters = ChaptersText(chapters);
-    }
+    command.chapters = ChaptersOf(transcode);
     if (!command.metadata.empty() || !command.chapters.empty() || !command.carried.empty())
     {
         command.muxerOptions = MuxerOptionsFor(transcode.container);

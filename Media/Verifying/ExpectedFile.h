@@ -4,6 +4,7 @@
 
 #include "Media/Jobs/MediaSpan.h"
 #include "Media/Place.h"
+#include "Media/Planning/MuxerTrial.h"
 #include "Media/Probe/MediaProbe.h"
 
 #include "Core/Interfaces/Property.h"
@@ -30,7 +31,7 @@ struct ExpectedStream
     std::vector<unsigned int> streams = {};
     /// What its encoder was told: ffmpeg's options and their values.
     std::vector<std::pair<std::string, std::string>> options = {};
-    std::vector<std::string> tags = {}; ///< "language=deu"
+    TagList tags = {}; ///< those that the container brings back
 };
 
 /// What a finished file must be.
@@ -39,10 +40,16 @@ struct ExpectedFile
     Place place; ///< the target's node
     std::string container;
     bool isPicture = false;         ///< it holds one image
-    std::vector<std::string> tags;  ///< "title=Film"
+    TagList tags = {};              ///< those that the container brings back
     std::vector<MediaFile> sources; ///< what it is made from
     std::vector<ExpectedStream> streams;
     MediaSpan span = {}; ///< the part of the sources that it is made from
+    /// As the container brings them back; nothing when it is not known what it does with them.
+    std::optional<std::vector<MediaChapter>> chapters = std::nullopt;
+    std::string timecode = {}; ///< of the first frame; empty: none is expected
+    /// FFmpeg's names of their codecs; nothing when it is not known.
+    std::optional<std::vector<std::string>> covers = std::nullopt;
+    std::vector<std::string> attachments = {}; ///< their names
 
     const MediaStream& SourceOf(const ExpectedStream& stream) const
     {

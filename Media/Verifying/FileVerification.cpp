@@ -3,6 +3,7 @@
 #include "Media/ErrorText.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Text.h"
+#include "Media/Verifying/ContentsComparison.h"
 #include "Media/Verifying/DurationComparison.h"
 #include "Media/Verifying/MediaScan.h"
 #include "Media/Verifying/StreamComparison.h"
@@ -170,6 +171,7 @@ private:
             Add("order of streams", Listed(m_wanted), Listed(found));
         }
         CompareRest(found, isTaken);
+        Add(CompareContents(m_wanted, found, isTaken));
     }
 
     /// The streams of each kind stand in the job's order.
@@ -189,7 +191,7 @@ private:
     void CompareOne(const ExpectedStream& wanted, const MediaStream& stream, const StreamScan& scan)
     {
         Add(CompareStream(m_wanted, wanted, {stream, scan}));
-        Add(CompareStreamTags(m_wanted, wanted, stream));
+        Add(CompareStreamTags(wanted, stream));
         if (!m_wanted.sources.empty())
         {
             Add(m_durations.Compare(wanted, stream, scan));

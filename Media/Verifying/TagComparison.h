@@ -10,11 +10,10 @@
 namespace Zelnor::Media
 {
 
-/// Which of the tags that the container can hold are not in the file, or have another value.
+/// Which of the file's tags it lacks, or has with another value. The case of names does not matter.
 std::vector<TargetDifference> CompareFileTags(const ExpectedFile& wanted, const MediaFile& found);
 
-/// The same for the language and the title of a stream.
-std::vector<TargetDifference> CompareStreamTags(const ExpectedFile& file, const ExpectedStream& wanted,
-                                                const MediaStream& found);
+/// The same for the tags and the language of a stream.
+std::vector<TargetDifference> CompareStreamTags(const ExpectedStream& wanted, const MediaStream& found);
 
 } // namespace Zelnor::Media

@@ -1,7 +1,7 @@
 #include "Media/Planning/JobPlan.h"
 #include "Media/Running/JobRun.h"
 
-#include "Tests/Support/Clip.h"
+#include "Tests/Support/EverythingClip.h"
 #include "Tests/Support/MediaFixtures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -68,54 +68,14 @@ const Target kTargets[] = {
     {"wv", "", "WAVPACK"},
 };
 
-/// Half a second of video and sound with tags, converted to everything there is.
+/// A second of video and sound with everything that a file can have, converted to everything there is.
 class FalseAlarm : public testing::TestWithParam<Target>
 {
 protected:
     static void SetUpTestSuite()
     {
         s_folder = new TemporaryFolder;
-        MakeClip({"-f",
-                  "lavfi",
-                  "-i",
-                  "testsrc2=s=176x144:r=25:d=0.48",
-                  "-f",
-                  "lavfi",
-                  "-i",
-                  "sine=r=48000:d=0.5",
-                  "-ac",
-                  "2",
-                  "-c:v",
-                  "mpeg4",
-                  "-c:a",
-                  "pcm_s16le",
-                  "-metadata",
-                  "title=Title",
-                  "-metadata",
-                  "artist=A",
-                  "-metadata",
-                  "album=B",
-                  "-metadata",
-                  "comment=C",
-                  "-metadata",
-                  "date=2020",
-                  "-metadata",
-                  "genre=G",
-                  "-metadata",
-                  "composer=D",
-                  "-metadata",
-                  "track=3",
-                  "-metadata",
-                  "copyright=E",
-                  "-metadata",
-                  "disc=1",
-                  "-metadata",
-                  "performer=F",
-                  "-metadata",
-                  "album_artist=H",
-                  "-metadata:s:a",
-                  "language=deu",
-                  Name("in.mkv")});
+        MakeEverything(*s_folder, "in.mkv");
     }
     static void TearDownTestSuite() { delete s_folder; }
     static std::string Name(const std::string& name) { return (*s_folder / name).string(); }
