@@ -6,6 +6,7 @@
 #include "Media/Verifying/ContentsComparison.h"
 #include "Media/Verifying/DurationComparison.h"
 #include "Media/Verifying/MediaScan.h"
+#include "Media/Verifying/SourceTruncation.h"
 #include "Media/Verifying/StreamComparison.h"
 #include "Media/Verifying/TagComparison.h"
 
@@ -19,6 +20,7 @@ extern "C" {
 #include <array>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -134,6 +136,33 @@ private:
         CompareContainer(found);
         CompareStreams(found, scan);
         Add(CompareFileTags(m_wanted, found));
+        CheckSources();
+    }
+
+    /// Half a film is as long as the half source that it was made from.
+    void CheckSources()
+    {
+        std::set<std::size_t> known;
+        for (const ExpectedStream& stream : m_wanted.streams)
+        {
+            const bool isNew = stream.source < m_wanted.sources.size() && known.insert(stream.source).second;
+            if (!isNew || m_wanted.isPicture || IsPartOf(m_wanted.sources[stream.source]))
+            {
+                continue;
+            }
+            const MediaFile& source = m_wanted.sources[stream.source];
+            if (const auto truncation = FindTruncation(source))
+            {
+                m_result.differences.push_back({stream.place, "source '" + source.name + "'",
+                                                truncation->wanted, truncation->found + ", it is cut"});
+            }
+        }
+    }
+
+    /// Whether the part of the source that the file is made from ends before what there is of it.
+    bool IsPartOf(const MediaFile& source) const
+    {
+        return m_wanted.span.end && source.duration && *m_wanted.span.end <= *source.duration;
     }
 
     void CompareContainer(const MediaFile& found)
