@@ -28,11 +28,60 @@ std::optional<double> OptionOf(const ExpectedStream& stream, std::string_view na
     return std::nullopt;
 }
 
-/// Codecs whose every frame has the size that the bitrate says.
-bool IsConstant(std::string_view codec)
+std::string_view TextOf(const ExpectedStream& stream, std::string_view name)
 {
-    constexpr std::array<std::string_view, 3> kCodecs = {"ac3", "eac3", "mp2"};
-    return std::find(kCodecs.begin(), kCodecs.end(), codec) != kCodecs.end();
+    for (const auto& [option, value] : stream.options)
+    {
+        if (option == name)
+        {
+            return value;
+        }
+    }
+    return {};
+}
+
+template <std::size_t Count>
+bool IsIn(const std::array<std::string_view, Count>& names, std::string_view name)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// By how much a stream whose every frame has the size that the bitrate says may differ from it; nothing for
+/// other streams.
+std::optional<double> ToleranceOf(const ExpectedStream& stream)
+{
+    constexpr double kFraming = 0.05;
+    // Of the bitrates of MP3, the encoder takes the nearest one.
+    constexpr double kNearest = 0.125;
+    constexpr std::array<std::string_view, 5> kConstant = {"ac3", "eac3", "mp2", "wmav1", "wmav2"};
+    constexpr std::array<std::string_view, 4> kVarying = {"abr", "global_quality", "q", "flags"};
+    const std::string_view encoder = TextOf(stream, "c");
+    if (encoder == "libmp3lame")
+    {
+        // Those that all sample rates have.
+        constexpr double kLeast = 32000;
+        constexpr double kMost = 160000;
+        const double bitrate = OptionOf(stream, "b").value_or(0);
+        const bool varies = std::any_of(kVarying.begin(), kVarying.end(), [&stream](std::string_view name) {
+            return !TextOf(stream, name).empty();
+        });
+        return varies || bitrate < kLeast || bitrate > kMost ? std::nullopt : std::optional(kNearest);
+    }
+    const bool isConstant =
+        IsIn(kConstant, stream.codec) || (encoder == "libopus" && TextOf(stream, "vbr") == "off");
+    return isConstant ? std::optional(kFraming) : std::nullopt;
+}
+
+/// The least that the bits of a stream of that length may be: FFmpeg's encoders of MPEG video fill up what
+/// would run over the buffer.
+double LeastBits(const ExpectedStream& stream, double seconds)
+{
+    constexpr double kTolerance = 0.95;
+    constexpr std::array<std::string_view, 3> kFilling = {"mpeg1video", "mpeg2video", "mpeg4"};
+    const auto least = OptionOf(stream, "minrate");
+    const auto buffer = OptionOf(stream, "bufsize");
+    return least && buffer && IsIn(kFilling, TextOf(stream, "c")) ? kTolerance * (*least * seconds - *buffer)
+                                                                  : 0;
 }
 
 /// The most that the bits of a stream of that length may be.
@@ -72,10 +121,15 @@ std::vector<TargetDifference> CompareBitrate(const ExpectedStream& wanted, const
     const auto average = OptionOf(wanted, "b");
     // Where sound pauses, there are no frames.
     const double sounding = static_cast<double>(found.packets * found.frameLength) / kSecond;
-    constexpr double kFraming = 0.05;
-    if (IsConstant(wanted.codec) && average && sounding >= 1 && !IsNear(bits / sounding, *average, kFraming))
+    const std::optional<double> tolerance = ToleranceOf(wanted);
+    if (tolerance && average && sounding >= 1 && !IsNear(bits / sounding, *average, *tolerance))
     {
         return {{wanted.place, "bitrate", BitrateText(*average), BitrateText(bits / sounding)}};
+    }
+    const double least = LeastBits(wanted, seconds);
+    if (bits < least)
+    {
+        return {{wanted.place, "bitrate", "at least " + BitrateText(least / seconds), BitrateText(bitrate)}};
     }
     const std::optional<double> most = MostBits(wanted, seconds);
     if (most && bits > *most)

@@ -57,6 +57,36 @@ TEST(BitrateComparison, AConstantBitrateIsNeitherMoreNorLess)
     EXPECT_THAT(Compare({{"b", "192000"}}, 120000, "aac"), IsEmpty());
 }
 
+TEST(BitrateComparison, AnMp3HasTheNearestBitrateThatThereIs)
+{
+    const Options options = {{"c", "libmp3lame"}, {"b", "128000"}};
+    EXPECT_THAT(Compare(options, 160000, "mp3"), IsEmpty());
+    EXPECT_THAT(Compare(options, 144000, "mp3"), IsEmpty());
+    EXPECT_THAT(Compare(options, 80000, "mp3"), ElementsAre("bitrate: wanted 128 kb/s, found 64 kb/s"));
+    EXPECT_THAT(Compare({{"c", "libmp3lame"}, {"b", "128000"}, {"abr", "1"}}, 80000, "mp3"), IsEmpty());
+    EXPECT_THAT(Compare({{"c", "libmp3lame"}, {"b", "200000"}}, 40000, "mp3"), IsEmpty());
+}
+
+TEST(BitrateComparison, OpusIsConstantWhereItIsToldSo)
+{
+    EXPECT_THAT(Compare({{"c", "libopus"}, {"b", "96000"}, {"vbr", "off"}}, 60000, "opus"),
+                ElementsAre("bitrate: wanted 96 kb/s, found 48 kb/s"));
+    EXPECT_THAT(Compare({{"c", "libopus"}, {"b", "96000"}, {"vbr", "on"}}, 60000, "opus"), IsEmpty());
+}
+
+TEST(BitrateComparison, AnEncoderThatFillsUpGivesTheLeastBitrateButForItsBuffer)
+{
+    Options options = {{"c", "mpeg2video"}, {"b", "1000000"}, {"minrate", "1000000"}, {"maxrate", "1000000"}};
+    EXPECT_THAT(Compare(options, 1000, "mpeg2video"), IsEmpty());
+    options.emplace_back("bufsize", "2000000");
+    // 0.95 * (10 s * 1 Mb/s - 2 Mb)
+    EXPECT_THAT(Compare(options, 950000, "mpeg2video"), IsEmpty());
+    EXPECT_THAT(Compare(options, 949999, "mpeg2video"),
+                ElementsAre("bitrate: wanted at least 760 kb/s, found 760 kb/s"));
+    options.front().second = "libx264";
+    EXPECT_THAT(Compare(options, 1000, "h264"), IsEmpty());
+}
+
 TEST(BitrateComparison, NothingIsSaidOfAStreamThatWasNotReadAsAWhole)
 {
     ExpectedStream wanted = Expecting(MakeMediaFile({MakeVideoStream()}));
