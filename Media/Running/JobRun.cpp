@@ -152,7 +152,7 @@ private:
     }
 
     /// \returns false when it was cancelled
-    bool Verify(TargetFile& target, TargetResult& result) const
+    bool Verify(TargetFile& target, TargetResult& result)
     {
         if (m_options.verification == VerificationDepth::Off)
         {
@@ -167,6 +167,11 @@ private:
         FileVerificationOptions options;
         options.depth = m_options.verification;
         options.isCancelled = [this] { return m_options.cancel.IsCancelled(); };
+        if (options.depth == VerificationDepth::Full)
+        {
+            ReportVerification(0);
+            options.onProgress = [this](std::int64_t done) { ReportVerification(done); };
+        }
         TargetVerification verification =
             VerifyFile(target.GetWorkName(), result.file, ExpectationOf(m_prepared.transcode), options);
         if (m_options.cancel.IsCancelled())
@@ -192,6 +197,30 @@ private:
         }
     }
 
+    /// As often as ffmpeg tells its progress.
+    void ReportVerification(std::int64_t done)
+    {
+        constexpr std::chrono::milliseconds kPause(500);
+        const auto now = std::chrono::steady_clock::now();
+        if (m_progress.isVerifying && now < m_lastReport + kPause)
+        {
+            return;
+        }
+        m_lastReport = now;
+        m_progress.isVerifying = true;
+        m_progress.done = std::max<std::int64_t>(done, 0);
+        m_progress.speed = 0;
+        if (m_progress.duration && *m_progress.duration > 0)
+        {
+            m_progress.part = std::min(
+                static_cast<double>(m_progress.done) / static_cast<double>(*m_progress.duration), 1.0);
+        }
+        if (m_options.onProgress)
+        {
+            m_options.onProgress(m_progress);
+        }
+    }
+
     void Report(const FFmpegProgress& progress)
     {
         m_progress.done = progress.done;
@@ -214,6 +243,7 @@ private:
     KeptFiles& m_kept;
     RunProgress m_progress;
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point m_lastReport;
 };
 
 /// Removes what killed runs have left beside the targets.

@@ -56,6 +56,9 @@ struct RunProgress
     std::optional<std::int64_t> duration; ///< microseconds of media that it will make, if known
     double speed = 0;                     ///< 2.0: twice as fast as it plays; 0: not known yet
     std::optional<double> part; ///< of this target over all passes, 0 to 1; empty: duration not known
+    /// Whether all passes are done, and the target is decoded to be compared with the job, as
+    /// `VerificationDepth::Full` asks for: then `done` and `part` are of that.
+    bool isVerifying = false;
 };
 
 /// What became of one target of a job.
@@ -99,7 +102,8 @@ struct RunOptions
     std::string document = {};
     /// Called before anything runs, once for each thing of a source that no target will have.
     std::function<void(const JobFault&)> onLoss = {};
-    /// Called on the thread that called `RunJob`, at the beginning of each pass and about twice a second.
+    /// Called on the thread that called `RunJob`, at the beginning of each pass and about twice a second,
+    /// also while everything of a target is decoded to verify it.
     std::function<void(const RunProgress&)> onProgress = {};
     /// Called on the same thread when a target is done, before the next one begins.
     std::function<void(const TargetResult&)> onTargetDone = {};

@@ -65,6 +65,18 @@ std::string Graph(const std::string& reference, const std::string& made, const C
            "[made2][reference2]ssim=stats_file=-:shortest=1[ssim]";
 }
 
+/// Drops what ffmpeg drops behind the filters, where it does not seek in the sources; empty when it does.
+std::string Part(const TranscodeCommand& transcode)
+{
+    const MediaSpan& span = transcode.span;
+    if (transcode.seeksInInputs || (span.start == 0 && !span.end))
+    {
+        return "";
+    }
+    return "trim=start=" + std::to_string(span.start) + "us" +
+           (span.end ? ":end=" + std::to_string(*span.end) + "us" : "") + ",";
+}
+
 /// One video of a finished file.
 struct MadeVideo
 {
@@ -80,12 +92,12 @@ std::vector<std::string> Words(const TranscodeCommand& transcode, const MediaFil
     for (const InputCommand& input : transcode.inputs)
     {
         // The same part of the source as the video was made from.
-        if (transcode.span.end)
+        if (transcode.span.end && transcode.seeksInInputs)
         {
             words.insert(words.end(),
                          {"-t", std::to_string(*transcode.span.end - transcode.span.start) + "us"});
         }
-        if (transcode.span.start > 0)
+        if (transcode.span.start > 0 && transcode.seeksInInputs)
         {
             words.insert(words.end(), {"-ss", std::to_string(transcode.span.start) + "us"});
         }
@@ -96,7 +108,7 @@ std::vector<std::string> Words(const TranscodeCommand& transcode, const MediaFil
     const std::string from = command.merge.empty() ? "[" + std::to_string(command.input) + ":" +
                                                          std::to_string(command.stream) + "]"
                                                    : command.merge + ",";
-    const std::string filters = command.filters.empty() ? "" : command.filters + ",";
+    const std::string filters = (command.filters.empty() ? "" : command.filters + ",") + Part(transcode);
     const std::string to =
         "[" + std::to_string(transcode.inputs.size()) + ":" + std::to_string(video.index) + "]";
     words.insert(words.end(), {"-filter_complex", Graph(from + filters, to, video.stream.codec), "-map",

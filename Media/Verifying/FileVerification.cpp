@@ -84,7 +84,8 @@ public:
         try
         {
             const MediaFile found = ProbeMedia(m_name);
-            const MediaScan scan = DecodeFile(m_name, m_options.depth, m_options.isCancelled);
+            const MediaScan scan =
+                DecodeFile(m_name, m_options.depth, m_options.isCancelled, m_options.onProgress);
             if (!scan.isCancelled)
             {
                 Compare(found, scan);

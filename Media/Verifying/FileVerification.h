@@ -5,6 +5,7 @@
 #include "Media/Verifying/ExpectedFile.h"
 #include "Media/Verifying/Verification.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -17,6 +18,8 @@ struct FileVerificationOptions
     VerificationDepth depth = VerificationDepth::Quick;
     /// Asked at every packet; what is found is of no use once it says so.
     std::function<bool()> isCancelled = {};
+    /// Told how much of the file is decoded, in microseconds, where all of it is.
+    std::function<void(std::int64_t)> onProgress = {};
 };
 
 /// Compares a finished file with what it must be. A file that cannot be read is a difference.

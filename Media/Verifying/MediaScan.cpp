@@ -261,7 +261,7 @@ public:
     }
 
     /// Reads on until every stream has come to the window's end, or to the end of the file.
-    void Read(const Window& window, bool isCounted)
+    void Read(const Window& window, bool isCounted, const ScanProgress& onProgress = {})
     {
         std::vector<bool> done(m_scan.streams.size(), false);
         while (!m_scan.isCancelled && av_read_frame(&*m_input, m_packet.get()) >= 0)
@@ -273,6 +273,10 @@ public:
             }
             av_packet_unref(m_packet.get());
             m_scan.isCancelled = m_isCancelled && m_isCancelled();
+            if (onProgress)
+            {
+                onProgress(m_latest);
+            }
             if (window.to != kToTheEnd && AreDone(done))
             {
                 return;
@@ -378,10 +382,10 @@ private:
     MediaScan m_scan;
 };
 
-void DecodeAll(Scanner& scanner)
+void DecodeAll(Scanner& scanner, const ScanProgress& onProgress)
 {
     scanner.OpenDecoders();
-    scanner.Read({0, kToTheEnd}, true);
+    scanner.Read({0, kToTheEnd}, true, onProgress);
     scanner.Scan().isWhole = true;
     scanner.Scan().isDecoded = true;
 }
@@ -419,7 +423,7 @@ MediaScan MeasurePackets(const std::string& name, const std::function<bool()>& i
 }
 
 MediaScan DecodeFile(const std::string& name, VerificationDepth depth,
-                     const std::function<bool()>& isCancelled)
+                     const std::function<bool()>& isCancelled, const ScanProgress& onProgress)
 {
     constexpr std::int64_t kShort = 4 * kOneSecond;
     constexpr std::int64_t kSmall = 64LL * 1024 * 1024;
@@ -428,13 +432,13 @@ MediaScan DecodeFile(const std::string& name, VerificationDepth depth,
     const bool isSmall = scanner.Size() <= kSmall;
     if (depth == VerificationDepth::Full || (isSmall && duration.value_or(0) <= kShort))
     {
-        DecodeAll(scanner);
+        DecodeAll(scanner, onProgress);
         return std::move(scanner.Scan());
     }
     if (!duration || !DecodeParts(scanner, *duration))
     {
         Scanner whole(name, isCancelled);
-        DecodeAll(whole);
+        DecodeAll(whole, onProgress);
         return std::move(whole.Scan());
     }
     MediaScan scan = std::move(scanner.Scan());

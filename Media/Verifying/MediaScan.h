@@ -41,12 +41,18 @@ struct MediaScan
     std::vector<StreamScan> streams;
 };
 
-/// Reads every packet of a file and decodes none. \throw ProbeException
+/// Is told how far a file is decoded, in microseconds from its beginning, at every packet.
+using ScanProgress = std::function<void(std::int64_t)>;
+
+/// Reads every packet of a file and decodes none.
+/// \throw ProbeException
 MediaScan MeasurePackets(const std::string& name, const std::function<bool()>& isCancelled);
 
 /// Decodes the first, middle and last second of a file, or all of it; a short file is decoded as a whole. The
-/// packets of a small file are all read. \throw ProbeException
+/// packets of a small file are all read.
+/// \param onProgress  called where all of the file is decoded
+/// \throw ProbeException
 MediaScan DecodeFile(const std::string& name, VerificationDepth depth,
-                     const std::function<bool()>& isCancelled);
+                     const std::function<bool()>& isCancelled, const ScanProgress& onProgress = {});
 
 } // namespace Zelnor::Media

@@ -126,6 +126,37 @@ TEST_F(JobVerify, ARunWritesWhatItMadeAsJson)
 )");
 }
 
+TEST_F(JobVerify, ARunWhoseFFmpegFailsIsToldAsJson)
+{
+    Write("engine", "#!/bin/bash\necho 'first line' >&2; echo 'last \"line\"' >&2; exit 7\n");
+    ::chmod((Folder() / "engine").c_str(), 0755);
+    const ProcessResult result = RunJob({"--json", "--ffmpeg", "./engine"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.output, R"({
+  "targets": [{
+      "file": "out.mp3",
+      "outcome": "failed",
+      "warnings": [],
+      "notes": [],
+      "differences": [],
+      "exit_code": 7,
+      "messages": ["first line", "last \"line\""]
+    }]
+}
+)");
+    EXPECT_EQ(result.messages,
+              "zconf: ffmpeg failed to make 'out.mp3':\n  first line\n  last \"line\"\n  (exit code 7)\n");
+}
+
+TEST_F(JobVerify, AFullVerificationShowsItsProgress)
+{
+    const ProcessResult full = RunJob({"--verify=full", "--progress=json"});
+    EXPECT_EQ(full.exitCode, 0);
+    // How often depends on the machine's speed.
+    EXPECT_THAT(full.output, HasSubstr("\"verifying\":true"));
+    EXPECT_THAT(RunJob({"--progress=json", "--overwrite"}).output, testing::Not(HasSubstr("verifying")));
+}
+
 TEST_F(JobVerify, MeasuresTheQualityOfAVideo)
 {
     ExpectQuietSuccess(New("mp4-h264-aac", "in.mkv", "out.mp4"));

@@ -48,6 +48,15 @@ TEST(ProgressText, CountsThePassesThatAreLeft)
     EXPECT_EQ(ProgressText(progress), "25%  1.0x  0:00:05 left");
 }
 
+TEST(ProgressText, SaysThatATargetIsVerified)
+{
+    Media::RunProgress progress = Progress(0.5, 5 * kSecond, 0);
+    progress.isVerifying = true;
+    EXPECT_EQ(ProgressText(progress), "verifying  50%");
+    progress.part.reset();
+    EXPECT_EQ(ProgressText(progress), "verifying");
+}
+
 TEST(ProgressText, LeavesOutWhatIsUnknown)
 {
     Media::RunProgress progress = Progress(0.5, 5 * kSecond, 0);

@@ -47,6 +47,16 @@ TEST(ProgressJson, LeavesOutWhatIsUnknown)
     EXPECT_EQ(ProgressJson(progress), ProgressJson(Progress()));
 }
 
+TEST(ProgressJson, SaysThatATargetIsVerified)
+{
+    Media::RunProgress progress = Progress();
+    progress.isVerifying = true;
+    EXPECT_EQ(ProgressJson(progress),
+              R"({"event":"progress","target":0,"targets":2,"file":"it's \"out\"\n.mp4","pass":1,"passes":2,)"
+              R"("done":1.5,"verifying":true})"
+              "\n");
+}
+
 TEST(ProgressJson, DoesNotDependOnTheLocale)
 {
     const std::string text = ProgressJson(Progress());

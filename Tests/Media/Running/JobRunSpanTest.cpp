@@ -2,6 +2,7 @@
 
 #include "Media/Probe/MediaProbe.h"
 #include "Media/Running/JobCheck.h"
+#include "Media/Running/JobVerification.h"
 #include "Tests/Support/Clip.h"
 #include "Tests/Support/Graphs.h"
 #include "Tests/Support/JobFixtures.h"
@@ -11,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -108,6 +110,27 @@ TEST_F(RunningPartOfAFile, MakesExactlyTheFramesOfThePart)
         EXPECT_EQ(Frames("out.nut"), std::vector<std::string>(all.begin(), all.begin() + 25));
         Run(*VideoJob(source, R"(,"start":1960000)"));
         EXPECT_EQ(Frames("out.nut"), std::vector<std::string>(all.end() - 1, all.end()));
+    }
+}
+
+TEST_F(RunningPartOfAFile, ItsQualityIsThatOfTheSamePartOfTheSource)
+{
+    for (const char* const source : {"in.mkv", "in.ts"})
+    {
+        for (const char* const span : {R"(,"start":600000,"end":1400000)", R"(,"start":1000000)"})
+        {
+            SCOPED_TRACE(source + std::string(span));
+            const GraphPtr job = VideoJob(source, span);
+            Run(*job);
+            VerifyOptions options;
+            options.quality = true;
+            const std::vector<TargetVerification> targets = VerifyJob(*job, options);
+            ASSERT_THAT(targets.at(0).quality, SizeIs(1));
+            // The codec is lossless.
+            EXPECT_EQ(targets[0].quality[0].psnr, std::nullopt);
+            EXPECT_EQ(targets[0].quality[0].ssim, 1.0);
+            EXPECT_THAT(targets[0].differences, IsEmpty());
+        }
     }
 }
 

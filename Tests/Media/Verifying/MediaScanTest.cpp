@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -45,6 +47,18 @@ TEST_F(ScannedFile, CountsItsPackets)
     EXPECT_EQ(scan.streams[0].frameLength, 40000);
     EXPECT_EQ(scan.streams[0].frames, 0);
     EXPECT_GT(scan.streams[0].bytes, 0);
+}
+
+TEST_F(ScannedFile, TellsHowFarItIsDecodedWhereAllOfItIs)
+{
+    std::vector<std::int64_t> told;
+    const auto tell = [&told](std::int64_t done) { told.push_back(done); };
+    DecodeFile(Name("in.mp4"), VerificationDepth::Quick, {}, tell);
+    EXPECT_EQ(told.size(), 0U);
+    const MediaScan scan = DecodeFile(Name("in.mp4"), VerificationDepth::Full, {}, tell);
+    EXPECT_EQ(static_cast<std::int64_t>(told.size()), scan.streams[0].packets + scan.streams[1].packets);
+    EXPECT_LT(told.front(), 1000000);
+    EXPECT_GT(told.back(), 19000000);
 }
 
 TEST_F(ScannedFile, IsDecodedInPartsUnlessAllOfItIsAskedFor)

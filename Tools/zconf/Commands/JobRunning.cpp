@@ -102,13 +102,16 @@ public:
         m_display.Clear();
         std::vector<std::string> lines = *boost::get_error_info<Media::TranscodeFailed::TagMessages>(failure);
         const std::string file = *boost::get_error_info<Media::MediaException::TagFile>(failure);
+        const int exitCode = *boost::get_error_info<Media::TranscodeFailed::TagExitCode>(failure);
+        RunTarget target = {file, "failed"};
+        target.exitCode = exitCode;
+        target.messages = lines;
+        m_targets.push_back(std::move(target));
         if (m_isJson)
         {
             WriteText(FailedJson(file, lines));
         }
-        lines.push_back("(exit code " +
-                        std::to_string(*boost::get_error_info<Media::TranscodeFailed::TagExitCode>(failure)) +
-                        ")");
+        lines.push_back("(exit code " + std::to_string(exitCode) + ")");
         WriteWithLines("ffmpeg failed to make '" + Printable(file) + "':", lines);
         return kExitFFmpeg;
     }
@@ -226,7 +229,7 @@ int RunTargets(const Media::JobFile& job, const RunSettings& settings)
     }
     RunReport report(isProgressJson);
     const int exitCode = Run(job, settings, report);
-    if (settings.json && exitCode != kExitFFmpeg)
+    if (settings.json)
     {
         WriteRunJson(report.Targets());
     }

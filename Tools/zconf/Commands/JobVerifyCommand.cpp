@@ -93,8 +93,10 @@ void AddJobVerifyCommand(CLI::App& job)
     AddJobArgument(*command, options->job);
     command->add_flag("--full", options->full,
                       "Decode everything, not only the first, middle and last seconds");
-    command->add_flag("--quality", options->quality,
-                      "Compare the images of each video with its source's: PSNR and SSIM");
+    command->add_flag(
+        "--quality", options->quality,
+        "Compare the images of each video with its source's, or with those of the part that the job takes: "
+        "PSNR and SSIM");
     command
         ->add_option("--ffmpeg", options->ffmpeg,
                      "The ffmpeg program that --quality runs (default: the one in PATH)")

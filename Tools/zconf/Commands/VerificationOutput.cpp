@@ -102,6 +102,12 @@ void WriteRunJson(const std::vector<RunTarget>& targets)
             output.Key("kept");
             output.String(target.kept);
         }
+        if (target.exitCode)
+        {
+            output.Key("exit_code");
+            writer.Int(*target.exitCode);
+            WriteTexts("messages", target.messages, output);
+        }
         writer.EndObject();
     }
     writer.EndArray();

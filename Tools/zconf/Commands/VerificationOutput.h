@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,11 +19,13 @@ namespace Zelnor::Tool
 struct RunTarget
 {
     std::string file;
-    std::string outcome; ///< "done", "different"
+    std::string outcome; ///< "done", "different", "failed"
     std::vector<std::string> warnings = {};
     std::vector<std::string> notes = {};
     std::vector<Media::TargetDifference> differences = {};
-    std::string kept = {}; ///< where a file that is different was put; empty: nowhere
+    std::string kept = {};                      ///< where a file that is different was put; empty: nowhere
+    std::optional<int> exitCode = std::nullopt; ///< ffmpeg's, when it failed
+    std::vector<std::string> messages = {};     ///< its last lines then
 };
 
 /// The words of `--verify`.

@@ -59,6 +59,10 @@ std::string ProgressText(const Media::RunProgress& progress)
 {
     std::string text;
     const auto add = [&text](const std::string& field) { text += (text.empty() ? "" : "  ") + field; };
+    if (progress.isVerifying)
+    {
+        add("verifying");
+    }
     if (progress.part)
     {
         add(std::to_string(static_cast<int>(*progress.part * 100)) + "%");
@@ -115,7 +119,8 @@ void ProgressDisplay::Show(const Media::RunProgress& progress)
         WriteMessage(kEraseLine + BarText(progress, TerminalColumns()));
         return;
     }
-    if (std::exchange(m_target, progress.target) != progress.target)
+    const bool isOther = std::exchange(m_target, progress.target) != progress.target;
+    if (std::exchange(m_isVerifying, progress.isVerifying) != progress.isVerifying || isOther)
     {
         m_tenths = 0;
     }

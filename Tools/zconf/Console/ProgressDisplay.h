@@ -29,10 +29,11 @@ private:
     bool m_isTerminal;
     bool m_barIsShown = false;
     std::size_t m_target = 0;
+    bool m_isVerifying = false;
     int m_tenths = 0;
 };
 
-/// "42%  3.1x  0:00:05 left"; what is unknown is left out.
+/// "42%  3.1x  0:00:05 left", or "verifying  42%"; what is unknown is left out.
 std::string ProgressText(const Media::RunProgress& progress);
 
 /// "[####----] 42%  3.1x  0:00:05 left  out.mp4" in fewer than `columns` columns, so that the line stays one:

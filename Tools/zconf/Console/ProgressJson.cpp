@@ -44,6 +44,11 @@ public:
             m_writer.Double(number);
         }
     }
+    void Add(const char* key, bool value)
+    {
+        m_writer.Key(key);
+        m_writer.Bool(value);
+    }
     void Add(const char* key, const std::vector<std::string>& texts)
     {
         m_writer.Key(key);
@@ -90,6 +95,10 @@ std::string ProgressJson(const Media::RunProgress& progress)
     if (progress.part)
     {
         line.Add("part", *progress.part);
+    }
+    if (progress.isVerifying)
+    {
+        line.Add("verifying", true);
     }
     return line.End();
 }

@@ -12,7 +12,7 @@ namespace Zelnor::Tool
 {
 
 /// {"event":"progress","target":0,"targets":1,"file":"out.mp4","pass":0,"passes":1,"done":1.2,...}; what is
-/// unknown is left out.
+/// unknown is left out. While all of a target is decoded to verify it, "verifying" is true.
 std::string ProgressJson(const Media::RunProgress& progress);
 
 /// {"event":"done","file":"out.mp4","seconds":5.1,"size":12345,"warnings":[]}
