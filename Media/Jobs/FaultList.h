@@ -23,7 +23,7 @@ public:
     bool IsAt(const Place& place) const { return m_places.count(place.Text()) != 0; }
     std::size_t Count() const { return m_faults.size(); }
     const std::vector<JobFault>& Get() const { return m_faults; }
-    /// For callers that cannot go on. \throw JobException for the first fault, if there is one
+    /// \throw JobException for the first fault, if there is one
     void ThrowFirst() const;
 
 private:

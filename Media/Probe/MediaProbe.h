@@ -111,8 +111,8 @@ struct MediaFile
 /// Opens the file and looks at its streams. The name is a plain file's, whatever characters it is made of.
 /// Nothing else is read: pipes and devices are refused, and so are playlists, descriptions of streams and
 /// whatever else may name other files. FFmpeg's log stays as it is; see FFmpegLog.h for how its last message
-/// comes into the description. \throw ProbeException "x.mp4: cannot be read: Invalid data found when
-/// processing input (moov atom not
+/// comes into the description.
+/// \throw ProbeException "x.mp4: cannot be read: Invalid data found when processing input (moov atom not
 ///        found)", with the file in a tag
 ZELNOR_API MediaFile ProbeMedia(const ioPath& path);
 /// The same from a stream, which messages call `name`. What the stream throws passes through.

@@ -33,11 +33,13 @@ public:
     const std::string& GetWorkName() const { return m_workName; }
     /// Beginning of the names of the files that one pass may leave for the next, until `Commit`.
     std::string GetPassLog() const { return m_folder->NameOf(WorkFolder::kPassLog); }
-    /// Puts the file in place, safely on the disk. \throw RunException when another one has appeared there
-    /// that must not be replaced
+    /// Puts the file in place, safely on the disk.
+    /// \throw RunException when another one has appeared there that must not be replaced
     void Commit();
     /// Puts the file beside the target instead: "out.unverified.mp4" for "out.mp4", with a number before the
-    /// extension when there is such a file. \returns its name \throw RunException
+    /// extension when there is such a file.
+    /// \returns its name
+    /// \throw RunException
     std::string KeepAside();
 
 private:
@@ -58,7 +60,8 @@ private:
 /// a pipe, at whose other end somebody reads.
 bool MayBeWrittenDirectly(const struct stat& status);
 
-/// Refuses a target that is there and must not be replaced. \throw RunException
+/// Refuses a target that is there and must not be replaced.
+/// \throw RunException
 void CheckReplaceable(const std::string& name, bool overwrite);
 
 } // namespace Zelnor::Media

@@ -22,7 +22,8 @@ public:
     /// Beginning of the names of the files that the first pass leaves for the second.
     static constexpr const char* kPassLog = "pass-";
 
-    /// Makes it, with an empty file to make in it. \throw std::system_error
+    /// Makes it, with an empty file to make in it.
+    /// \throw std::system_error
     WorkFolder(const std::string& parent, mode_t outputMode);
     ~WorkFolder();
     WorkFolder(const WorkFolder&) = delete;
