@@ -319,6 +319,7 @@ something would be lost is refused. [The job document](job-document.md) says how
   statistics). FFmpeg's form of tags that hold every name in MP4 and MOV is not used, since players do not read it.
 - Tags that tell how loud the sound is, as ReplayGain's, are kept while the channels stay and nothing is mixed in.
 - A language is written in the code that the container knows: `ger` for `deu` in MOV.
+- Covers are PNG or JPEG. Ogg holds one of up to 96000 bytes, as a tag; libavformat's muxers of MOV and ASF do not write covers.
 - A timecode is kept while the frame rate stays.
 - Where two tags share one place in a container, the first one is kept.
 

@@ -54,6 +54,9 @@ constexpr std::array<std::string_view, 40> kMoreContainers = {
     "hevc", "ircam",      "lrc",  "mxf_opatom", "obu",    "oga",       "opus",     "scc",
     "spx",  "streamhash", "sup",  "tta",        "vvc",    "w64",       "webp",     "webvtt"};
 
+/// Muxers whose output goes to a network: FFmpeg does not read a file of it again.
+bool IsForNetworks(const std::string& container) { return container == IFormatFile::FORMAT_RTP; }
+
 /// FFmpeg puts anything into the containers of DVDs, so what DVD players can play is listed here.
 bool DvdHolds(AVCodecID codec)
 {
@@ -84,7 +87,7 @@ bool IsOneFile(const std::string& container)
     // The muxer of images is told to write one image under exactly the target's name.
     const bool writesOwnFiles =
         muxer == nullptr || ((muxer->flags & AVFMT_NOFILE) != 0 && !IsPicture(container));
-    return !writesOwnFiles &&
+    return !writesOwnFiles && !IsForNetworks(container) &&
            (Conf::IsContainer(container) ||
             std::find(kMoreContainers.begin(), kMoreContainers.end(), container) != kMoreContainers.end());
 }

@@ -6,6 +6,7 @@
 #include "Media/MediaException.h"
 #include "Media/Planning/OutputContents.h"
 #include "Media/Planning/SettingOverrides.h"
+#include "Media/Planning/StreamLimit.h"
 #include "Media/Planning/StreamPlan.h"
 #include "Media/Planning/TargetName.h"
 #include "Media/Presets/PresetFile.h"
@@ -51,6 +52,20 @@ void LeaveOutDrawn(const MediaFile& source, const JobRequest& request, StreamPla
             plan.streams.erase(left, plan.streams.end());
             plan.notes.push_back("Subtitle stream " + std::to_string(merge.overlay) +
                                  " will be drawn into the video, so it will not be kept beside it");
+        }
+    }
+}
+
+/// Without decoding, a video can only begin with a key frame.
+void NoteCopiedBeginning(const MediaFile& source, const JobRequest& request, StreamPlan& plan)
+{
+    for (const PlannedStream& stream : plan.streams)
+    {
+        if (stream.isCopied && request.start.value_or(0) > 0 &&
+            source.streams[stream.source].kind == StreamKind::Video)
+        {
+            plan.notes.push_back("Video stream " + std::to_string(stream.source) +
+                                 " is copied, so the output begins with the last key frame before its start");
         }
     }
 }
@@ -197,7 +212,7 @@ void CheckSource(const MediaFile& source)
 std::vector<std::string> KeepContents(const MediaFile& source, const JobRequest& request,
                                       const std::string& container, StreamPlan& plan, Property& target)
 {
-    OutputFile output = {{&source}, container, &target, {}};
+    OutputFile output = {{&source}, container, &target, {}, !request.streams.chosen.empty()};
     std::vector<Property*> codecs;
     for (PlannedStream& stream : plan.streams)
     {
@@ -217,7 +232,7 @@ std::vector<std::string> KeepContents(const MediaFile& source, const JobRequest&
     for (const Loss& loss : PlanContents(output).losses)
     {
         const Place place = loss.stream ? PlaceOf(source, source.streams[*loss.stream]) : Place{source.name};
-        if (request.strict)
+        if (request.strict && !loss.isAsked)
         {
             ZELNOR_THROW(kUnit, MakeError<PlanException>(place, loss.reason));
         }
@@ -246,9 +261,11 @@ PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Con
     const bool losslessDvd = request.streams.losslessDvd;
     const std::string container =
         losslessDvd ? IFormatFile::FORMAT_DVD : settings[IFormatFile::TAG_CONTAINER].GetString();
-    StreamPlan plan = PlanStreams(source, settings, container, request.streams);
+    StreamPlan plan = PlanStreams(source, settings, container, request.streams, request.settings);
     CheckMerges(source, plan, request.merges);
     LeaveOutDrawn(source, request, plan);
+    LimitStreams(source, request.streams, container, plan);
+    NoteCopiedBeginning(source, request, plan);
     notes.insert(notes.end(), plan.notes.begin(), plan.notes.end());
     PlannedJob job = {ITranscodingMetaGraph::Create(), TargetName(request.output, source, container),
                       std::move(notes)};

@@ -78,7 +78,7 @@ struct JobRequest
     std::optional<std::int64_t> start = {};
     std::optional<std::int64_t> end = {};
     /// Whether a job is refused by which something of the source would be lost: a stream, a tag, a chapter, a
-    /// language. Else it is named in the notes.
+    /// language. Else it is named in the notes, as are the streams beside the chosen ones.
     bool strict = false;
 };
 

@@ -237,7 +237,8 @@ Property MakeNearestCodec(const TargetStream& stream, const StreamRequest& reque
     std::vector<std::string> notes;
     const auto make = [&] {
         notes.clear();
-        return MakeTargetCodec({stream.source, settings, stream.container, stream.place, notes});
+        return MakeTargetCodec(
+            {stream.source, settings, stream.container, stream.place, notes, stream.isBitrateAsked});
     };
     Property codec = make();
     const bool isLimited = stream.source.kind == StreamKind::Video && request.maxSize &&

@@ -172,7 +172,9 @@ private:
 
     void PlanCarried(std::size_t input, const MediaStream& stream)
     {
-        if (const auto form = m_trial.FormFor(stream))
+        const auto form = m_trial.FormFor(stream);
+        // ffmpeg writes one tag of a name.
+        if (form && !(form == CarriedStream::CoverTag && HasCoverTag()))
         {
             m_contents.carried.push_back({input, stream.index, *form});
         }
@@ -199,10 +201,11 @@ private:
         for (const MediaStream& stream : InputAt(input).streams)
         {
             if (!IsUsed(input, stream.index) && !IsCarried(input, stream.index) &&
-                !IsOfTheFile(InputAt(input), stream) && !IsAskedToLeaveOut(stream))
+                !IsOfTheFile(InputAt(input), stream) && !IsOfAnotherKind(stream))
             {
                 Name(input, stream.index,
                      "(" + DescriptionOf(stream) + ") is left out; " + WhyLeftOut(stream));
+                m_contents.losses.back().isAsked = IsAskedToLeaveOut(stream);
             }
         }
     }
@@ -227,6 +230,16 @@ private:
     {
         if (stream.isAttachedPicture || stream.kind == StreamKind::Attachment)
         {
+            const bool isTooLarge = stream.isAttachedPicture && stream.picture.empty();
+            if (isTooLarge && m_trial.HoldsCoverTag())
+            {
+                return Cannot("covers of more than " + std::to_string(kLargestPicture) + " bytes");
+            }
+            if (stream.isAttachedPicture && m_trial.FormFor(stream) == CarriedStream::CoverTag &&
+                HasCoverTag())
+            {
+                return Cannot("more than one cover");
+            }
             return m_output.target->ChildExists(JobKeys::kAttachments)
                        ? "the job does not have it, or " + Cannot("it")
                        : Cannot(stream.isAttachedPicture ? "such a cover" : "attachments");
@@ -246,6 +259,12 @@ private:
                                              : Count(count, NameOf(stream.kind) + std::string(" stream")));
     }
 
+    bool HasCoverTag() const
+    {
+        return std::any_of(m_contents.carried.begin(), m_contents.carried.end(),
+                           [](const CarriedStream& each) { return each.form == CarriedStream::CoverTag; });
+    }
+
     std::size_t CountOf(StreamKind kind) const
     {
         return static_cast<std::size_t>(
@@ -254,10 +273,15 @@ private:
     }
 
     /// A file of sound alone, or of images alone, is what somebody asked for by its preset.
-    bool IsAskedToLeaveOut(const MediaStream& stream) const
+    bool IsOfAnotherKind(const MediaStream& stream) const
     {
         return (stream.kind == StreamKind::Video || stream.kind == StreamKind::Audio) &&
                !stream.isAttachedPicture && CountOf(stream.kind) == 0;
+    }
+
+    bool IsAskedToLeaveOut(const MediaStream& stream) const
+    {
+        return m_output.areStreamsChosen && IsConvertible(stream.kind) && !stream.isAttachedPicture;
     }
 
     static std::string IdentifierOf(const MediaStream& stream)

@@ -35,6 +35,7 @@ struct OutputFile
     std::string container;
     const Core::Property* target; ///< its record
     std::vector<OutputStream> streams;
+    bool areStreamsChosen = false; ///< somebody named the source's streams that it has
 };
 
 /// Something of a source that the output file will not have.
@@ -43,6 +44,7 @@ struct Loss
     std::size_t input = 0;
     std::optional<unsigned int> stream; ///< of that source; nothing: of the file
     std::string reason;                 ///< "(ac3, deu) is left out; the output file has 1 audio stream"
+    bool isAsked = false; ///< somebody asked for it: it is told, and does not make a strict job fail
 };
 
 /// A stream that goes into the output file as it is, beside those that are converted.
@@ -52,6 +54,7 @@ struct CarriedStream
     {
         Cover,      ///< an attached picture
         CoverFile,  ///< a cover that the container holds as an attachment
+        CoverTag,   ///< a cover that the container holds as a tag
         Attachment, ///< a font, a text
     };
 

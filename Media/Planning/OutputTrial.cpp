@@ -1,11 +1,14 @@
 #include "Media/Planning/OutputTrial.h"
 
+#include "Media/Planning/CoverTag.h"
 #include "Media/Planning/LanguageCodes.h"
 #include "Media/Planning/WorkTags.h"
 #include "Media/RecordText.h"
 #include "Media/Text.h"
 
 #include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatCodecVideo.h"
+#include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
 
@@ -114,6 +117,11 @@ bool OutputTrial::HoldsLanguage(const std::string& language)
 
 bool OutputTrial::HoldsTimecode(const std::string& timecode)
 {
+    // One blank frame is too little for its muxer to write anything; a whole file was tried.
+    if (m_output.container == Conf::IFormatFile::FORMAT_DV)
+    {
+        return true;
+    }
     FileContents wanted;
     for (const OutputStream& stream : m_output.streams)
     {
@@ -158,9 +166,26 @@ std::optional<CarriedStream::Form> OutputTrial::FormFor(const MediaStream& strea
         const auto found = Ask(wanted);
         m_holdsCover = found && found->hasCover;
     }
-    return *m_holdsCover        ? std::optional(CarriedStream::Cover)
-           : *m_holdsAttachment ? std::optional(CarriedStream::CoverFile)
-                                : std::nullopt;
+    return *m_holdsCover                                ? std::optional(CarriedStream::Cover)
+           : *m_holdsAttachment                         ? std::optional(CarriedStream::CoverFile)
+           : !stream.picture.empty() && HoldsCoverTag() ? std::optional(CarriedStream::CoverTag)
+                                                        : std::nullopt;
+}
+
+bool OutputTrial::HoldsCoverTag()
+{
+    if (!m_holdsCoverTag)
+    {
+        // The signature of an image is all that libavformat looks at.
+        MediaStream cover;
+        cover.codec = "png";
+        cover.descriptor = Conf::IFormatCodecVideo::Create();
+        FileContents wanted;
+        wanted.tags = {{kCoverTag, CoverTagText(cover, "\x89PNG\r\n\x1a\n")}};
+        const auto found = Ask(wanted);
+        m_holdsCoverTag = found && found->hasCover;
+    }
+    return *m_holdsCoverTag;
 }
 
 bool HasFileTag(const FileContents& contents, const std::string& name, const std::string& text)

@@ -31,6 +31,8 @@ public:
     bool HoldsLanguage(const std::string& language);
     /// Of the first video stream.
     bool HoldsTimecode(const std::string& timecode);
+    /// Whether it holds one cover, as a tag.
+    bool HoldsCoverTag();
     /// Nothing when it cannot hold the attachment or attached picture.
     std::optional<CarriedStream::Form> FormFor(const MediaStream& stream);
 
@@ -40,6 +42,7 @@ private:
     bool m_isKnown = false;
     std::optional<bool> m_holdsCover;
     std::optional<bool> m_holdsAttachment;
+    std::optional<bool> m_holdsCoverTag;
 };
 
 /// Whether the text came back as the file's tag of that name, or as its one stream's.

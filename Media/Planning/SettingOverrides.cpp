@@ -367,4 +367,14 @@ Property ApplyOverrides(const Property& preset, const JobRequest& request, std::
     return overrider.Take();
 }
 
+bool IsOverridden(const std::vector<SettingOverride>& settings, const std::string& streamType,
+                  std::size_t position, const std::string& key)
+{
+    return std::any_of(settings.begin(), settings.end(), [&](const SettingOverride& setting) {
+        const Path path = ParsePath(setting.path);
+        return path.streamType == streamType && path.key == key &&
+               (path.position == kEveryStream || path.position == position);
+    });
+}
+
 } // namespace Zelnor::Media

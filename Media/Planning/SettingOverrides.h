@@ -6,6 +6,7 @@
 
 #include "Core/Interfaces/Property.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -18,5 +19,9 @@ namespace Zelnor::Media
 /// \throw PlanException "video.bitrate: expected a positive integer, found 'fast'"
 Core::Property ApplyOverrides(const Core::Property& preset, const JobRequest& request,
                               std::vector<std::string>& notes);
+
+/// Whether one of the settings is for `key` of the preset's stream of that type and position.
+bool IsOverridden(const std::vector<SettingOverride>& settings, const std::string& streamType,
+                  std::size_t position, const std::string& key);
 
 } // namespace Zelnor::Media

@@ -4,6 +4,7 @@
 #include "Media/Planning/AudioChoice.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/NearestCodec.h"
+#include "Media/Planning/SettingOverrides.h"
 #include "Media/Planning/TargetCodec.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/Text.h"
@@ -81,22 +82,26 @@ const MediaStream& StreamAt(const MediaFile& source, unsigned int index)
 /// What a preset says about a stream of the output.
 struct Settings
 {
-    const Property* record; ///< null: nothing
-    std::string key;        ///< where they stand: "p.$$STREAMS$$.audio"; empty: not in a preset
+    const Property* record;      ///< null: nothing
+    std::string key;             ///< where they stand: "p.$$STREAMS$$.audio"; empty: not in a preset
+    bool isBitrateAsked = false; ///< the bitrate is the request's
 };
 
 class Planner
 {
 public:
     Planner(const MediaFile& source, const Property& preset, const std::string& container,
-            const StreamRequest& request)
+            const StreamRequest& request, const std::vector<SettingOverride>& overrides)
         : m_source(source), m_preset(preset), m_container(container), m_request(request)
     {
+        std::map<std::string, std::size_t> counts;
         for (const Property& stream : preset[IPreset::KEY_STREAMS])
         {
-            const StreamKind kind = KindOfMediaType(IPreset::MediaTypeFromPresetStreamType(stream.GetName()));
+            const std::string& type = stream.GetName();
+            const StreamKind kind = KindOfMediaType(IPreset::MediaTypeFromPresetStreamType(type));
             m_settings[kind].push_back(
-                {&stream, preset.GetName() + "." + IPreset::KEY_STREAMS + "." + stream.GetName()});
+                {&stream, preset.GetName() + "." + IPreset::KEY_STREAMS + "." + type,
+                 IsOverridden(overrides, type, counts[type]++, IFormatCodec::TAG_BITRATE)});
         }
     }
 
@@ -375,7 +380,8 @@ private:
     {
         m_plan.streams.push_back({stream.index, false,
                                   MakeNearestCodec({stream, *settings.record, m_container,
-                                                    PlaceOf(m_source, stream).At(settings.key), m_plan.notes},
+                                                    PlaceOf(m_source, stream).At(settings.key), m_plan.notes,
+                                                    settings.isBitrateAsked},
                                                    m_request)});
     }
 
@@ -391,9 +397,9 @@ private:
 } // namespace
 
 StreamPlan PlanStreams(const MediaFile& source, const Property& preset, const std::string& container,
-                       const StreamRequest& request)
+                       const StreamRequest& request, const std::vector<SettingOverride>& overrides)
 {
-    return Planner(source, preset, container, request).Make();
+    return Planner(source, preset, container, request, overrides).Make();
 }
 
 std::vector<const MediaStream*> RankStreams(const MediaFile& source, StreamKind kind)

@@ -35,9 +35,10 @@ struct StreamPlan
 ///
 /// \param preset     a preset's record, which keeps to the rules
 /// \param container  the output's, a `FORMAT_` text
+/// \param overrides  settings of `preset` that are the request's own
 /// \throw PlanException
 StreamPlan PlanStreams(const MediaFile& source, const Core::Property& preset, const std::string& container,
-                       const StreamRequest& request);
+                       const StreamRequest& request, const std::vector<SettingOverride>& overrides = {});
 
 /// The source's streams of a kind, the best first: those marked as default, the largest image or the most
 /// channels, the highest bitrate. Attached pictures are not videos.

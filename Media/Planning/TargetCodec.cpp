@@ -8,6 +8,8 @@
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/EncoderCheck.h"
 #include "Media/Planning/EncoderChoice.h"
+#include "Media/Planning/HdrPlan.h"
+#include "Media/Planning/SampleLosses.h"
 #include "Media/Planning/VideoGeometry.h"
 #include "Media/Planning/VideoSettings.h"
 
@@ -90,8 +92,16 @@ bool NeedsUsualPixels(const Property& target)
             word == IFormatCodecVideo::TAG_X264_PROFILE_HIGH);
 }
 
+/// Transparency of VP8 and VP9 stands beside the stream, for which other containers have no place.
+bool LosesAlpha(const AVCodec& encoder, const std::string& container)
+{
+    return (encoder.id == AV_CODEC_ID_VP8 || encoder.id == AV_CODEC_ID_VP9) &&
+           container != Conf::IFormatFile::FORMAT_MATROSKA && container != Conf::IFormatFile::FORMAT_WEBM;
+}
+
 /// The source's samples, as near as the encoder can; by FFmpeg's name where the vocabulary has none.
-void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, IFormatCodecVideo& target)
+void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, const std::string& container,
+                       IFormatCodecVideo& target)
 {
     if (PixelFormatIn(target.GetProperty()) != AV_PIX_FMT_NONE)
     {
@@ -99,7 +109,8 @@ void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, IForma
     }
     const AVPixelFormat format = PixelFormatOf(source);
     const bool isGif = encoder.id == AV_CODEC_ID_GIF;
-    const bool isUsual = format == AV_PIX_FMT_NONE || NeedsUsualPixels(target.GetProperty());
+    const bool isUsual = format == AV_PIX_FMT_NONE || NeedsUsualPixels(target.GetProperty()) ||
+                         (HasAlpha(format) && LosesAlpha(encoder, container));
     if (!isUsual && !isGif && !FromFFmpeg(format))
     {
         const AVPixelFormat nearest = NearestPixelFormat(encoder, format);
@@ -122,24 +133,6 @@ void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, IForma
 std::string NameOf(const MediaStream& source)
 {
     return std::string(Media::NameOf(source.kind)) + " stream " + std::to_string(source.index);
-}
-
-/// Bits and transparency that the output's samples lack.
-void NoteLostSamples(const TargetStream& stream, const Property& record)
-{
-    const AVPixelFormat source = PixelFormatOf(stream.source);
-    const AVPixelFormat target = PixelFormatIn(record);
-    // A palette is made of the colours that there are.
-    const bool isKnown = source != AV_PIX_FMT_NONE && target != AV_PIX_FMT_NONE && target != AV_PIX_FMT_PAL8;
-    if (isKnown && DepthOf(target) < DepthOf(source))
-    {
-        stream.notes.push_back("The " + std::to_string(DepthOf(source)) + " bits a sample of " +
-                               NameOf(stream.source) + " will become " + std::to_string(DepthOf(target)));
-    }
-    if (isKnown && HasAlpha(source) && !HasAlpha(target))
-    {
-        stream.notes.push_back("The transparency of " + NameOf(stream.source) + " will be lost");
-    }
 }
 
 void ChooseFrameRate(const AVCodec& encoder, const TargetStream& stream, IFormatCodecVideo& target)
@@ -221,7 +214,8 @@ std::string RateText(const Property::Ratio& rate)
            (rate.denominator() == 1 ? "" : "/" + std::to_string(rate.denominator()));
 }
 
-/// A preset that leaves the size open cannot know what its bitrate is spread over.
+/// A preset that leaves the size open cannot know what its bitrate is spread over. Somebody who asks for a
+/// bitrate does.
 void RaiseBitrate(const TargetStream& stream, const AVCodec& encoder, const Conf::FrameInfo& frame,
                   Property& record)
 {
@@ -243,11 +237,17 @@ void RaiseBitrate(const TargetStream& stream, const AVCodec& encoder, const Conf
     {
         return;
     }
-    record.SetChildT(IFormatCodec::TAG_BITRATE, least);
-    stream.notes.push_back("Stream " + std::to_string(stream.source.index) + " gets " +
-                           std::to_string(least) + " bit/s instead of " + std::to_string(wanted) +
-                           ", which is too little for " + std::to_string(frame.width) + "x" +
-                           std::to_string(frame.height) + " at " + RateText(rate) + " frames per second");
+    const std::string stays = " bit/s as asked for, although " + std::to_string(least) + " is the least";
+    const std::string changes = " bit/s instead of " + std::to_string(wanted) + ", which is too little";
+    stream.notes.push_back(
+        "Stream " + std::to_string(stream.source.index) + " gets " +
+        (stream.isBitrateAsked ? std::to_string(wanted) + stays : std::to_string(least) + changes) + " for " +
+        std::to_string(frame.width) + "x" + std::to_string(frame.height) + " at " + RateText(rate) +
+        " frames per second");
+    if (!stream.isBitrateAsked)
+    {
+        record.SetChildT(IFormatCodec::TAG_BITRATE, least);
+    }
 }
 
 /// How many frames an encoder lets pass between two key frames by itself; 0 where it keeps them close.
@@ -267,8 +267,9 @@ int UsualKeyInterval(const AVCodec& encoder)
 /// A player that seeks must not wait longer than this for a picture.
 void LimitKeyInterval(const AVCodec& encoder, Property& record)
 {
+    const auto keyOnly = record.FindChild(IFormatCodecVideo::TAG_KEY_ONLY);
     if (record.ChildExists(IFormatCodecVideo::TAG_MAX_I_FRAME_INTERVAL) ||
-        record.ChildExists(IFormatCodecVideo::TAG_KEY_ONLY))
+        (keyOnly != record.end() && keyOnly->GetInt64() != 0))
     {
         return;
     }
@@ -320,13 +321,14 @@ Property MakeVideo(const TargetStream& stream)
     const AVCodec& encoder = RequireEncoder(stream);
     const auto target = IFormatCodecVideo::Create();
     Fill(stream.settings, encoder, *target);
-    ChoosePixelFormat(encoder, stream.source, *target);
+    ChoosePixelFormat(encoder, stream.source, stream.container, *target);
     ChooseSize(DisplayedFrame(stream.source), PixelLimitsOf(encoder.id, stream.container), *target);
     ChooseFrameRate(encoder, stream, *target);
     Property record = target->GetProperty();
     ChooseDeinterlacing(encoder, stream, record);
     PlanColor(stream.source, encoder, stream.container, NameOf(stream.source), record, stream.notes);
-    NoteLostSamples(stream, record);
+    PlanHdr(stream.source, encoder, stream.container, NameOf(stream.source), record, stream.notes);
+    NoteLostPixels(stream.source, record, NameOf(stream.source), stream.notes);
     RequireAccepted(record, encoder, stream.place);
     FillBitrate(encoder, target->GetFrameInfo(), record);
     RaiseBitrate(stream, encoder, target->GetFrameInfo(), record);
@@ -394,6 +396,8 @@ Property MakeAudio(const TargetStream& stream)
                          static_cast<long long>(NearestRate(encoder, RateOf(source))));
     }
     RequireAccepted(record, encoder, stream.place);
+    NoteLostSoundBits(stream.source, encoder, ToFFmpeg(SampleFormatOf(*target)), NameOf(stream.source),
+                      stream.notes);
     FillBitrateMode(record);
     CarryTags(stream, record);
     return record;

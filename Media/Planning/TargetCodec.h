@@ -22,6 +22,7 @@ struct TargetStream
     /// Of the stream, with the key of `settings` if they are a preset's: errors name it.
     Place place;
     std::vector<std::string>& notes; ///< what the user should know about it is appended
+    bool isBitrateAsked = false;     ///< the bitrate is the request's, not the preset's: it stays
 };
 
 /// The record of the stream: a full codec descriptor with what the settings ask for, and for the rest what

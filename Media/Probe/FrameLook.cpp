@@ -131,6 +131,12 @@ private:
         FillIn(stream.color.primaries, color.primaries);
         FillIn(stream.color.transfer, color.transfer);
         const VideoHdr hdr = HdrOf(frame);
+        const auto isNew = [](const std::string& known, const std::string& found) {
+            return known.empty() && !found.empty();
+        };
+        stream.hdr.isOnlyInFrames = stream.hdr.isOnlyInFrames ||
+                                    isNew(stream.hdr.masteringDisplay, hdr.masteringDisplay) ||
+                                    isNew(stream.hdr.contentLight, hdr.contentLight);
         FillIn(stream.hdr.masteringDisplay, hdr.masteringDisplay);
         FillIn(stream.hdr.contentLight, hdr.contentLight);
     }

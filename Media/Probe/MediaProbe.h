@@ -10,6 +10,7 @@
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -48,6 +49,7 @@ struct VideoHdr
     std::string contentLight = {};
     /// Profile and the ID of what its base layer is compatible with: "8.4".
     std::string dolbyVision = {};
+    bool isOnlyInFrames = false; ///< the frames tell display or light, the container does not
 };
 
 /// A part of a file's time that has a name.
@@ -57,6 +59,9 @@ struct MediaChapter
     std::int64_t end = 0;   ///< in microseconds
     std::string title;      ///< empty when it has none
 };
+
+/// Covers of more bytes cannot be given to a program as an argument.
+constexpr std::size_t kLargestPicture = 96000;
 
 /// One stream of a file.
 struct MediaStream
@@ -70,6 +75,7 @@ struct MediaStream
     bool isDefault = false;
     bool isForced = false;
     bool isAttachedPicture = false; ///< a cover, not a video
+    std::string picture = {};       ///< a cover's bytes; empty: more than `kLargestPicture`
     bool isInterlaced = false;
     bool isInterlacedByHeader = false; ///< the header says it, the frames that were decoded do not
     bool isBitmap = false;             ///< a bitmap subtitle, not a text subtitle

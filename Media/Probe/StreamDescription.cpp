@@ -128,6 +128,13 @@ void DescribeVideo(AVFormatContext& context, AVStream& stream, MediaStream& desc
         codec.field_order != AV_FIELD_UNKNOWN && codec.field_order != AV_FIELD_PROGRESSIVE;
     described.rotation = RotationOf(stream);
     described.isAttachedPicture = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+    const AVPacket& picture = stream.attached_pic;
+    if (described.isAttachedPicture && picture.size > 0 &&
+        static_cast<std::size_t>(picture.size) <= kLargestPicture)
+    {
+        described.picture.assign(reinterpret_cast<const char*>(picture.data),
+                                 static_cast<std::size_t>(picture.size));
+    }
 }
 
 std::string LayoutNameOf(const AVChannelLayout& layout)

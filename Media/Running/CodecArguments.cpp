@@ -3,6 +3,7 @@
 #include "Media/Options/OptionRules.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/EncoderChoice.h"
+#include "Media/Planning/VideoSettings.h"
 #include "Media/Running/BitrateArguments.h"
 #include "Media/Running/EncoderProfiles.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace Zelnor::Media
 {
@@ -139,6 +141,18 @@ struct Row
     Handler handler;
 };
 
+/// libvpx refuses transparency beside the frames that it makes of others, which it does by default.
+void AllowTransparency(const Property& codec, const AVCodec& encoder, CodecOptions& options)
+{
+    constexpr const char* kOption = "auto-alt-ref";
+    const bool isSet = std::any_of(options.begin(), options.end(),
+                                   [](const auto& option) { return option.first == kOption; });
+    if (encoder.name == std::string_view("libvpx") && HasAlpha(PixelFormatIn(codec)) && !isSet)
+    {
+        options.emplace_back(kOption, "0");
+    }
+}
+
 /// What the encoder is told. The other settings describe the stream, or filters, bitrates and passes read
 /// them.
 const Row* FindRow(const std::string& key)
@@ -265,6 +279,7 @@ CodecOptions EncodingOptions(const Property& codec, const AVCodec& encoder, cons
     {
         UniteOptions(*group, context);
     }
+    AllowTransparency(codec, encoder, options);
     if (WantsTwoPasses(codec) && !HasTwoPasses(encoder))
     {
         faults.Add(JobFault::Encoder, place.At(IFormatCodec::TAG_MULTIPASS_ENCODING),

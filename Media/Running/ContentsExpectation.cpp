@@ -178,6 +178,13 @@ private:
             const std::string* const name = FindTag(tags, "filename");
             m_expected.attachments.push_back(name == nullptr ? "" : *name);
         }
+        for (const CarriedStream& carried : m_transcode.contents.carried)
+        {
+            if (carried.form == CarriedStream::CoverTag)
+            {
+                covers.push_back(m_transcode.inputs[carried.input].streams[carried.stream].codec);
+            }
+        }
         m_expected.covers = m_makesCover ? std::nullopt : std::optional(std::move(covers));
     }
 

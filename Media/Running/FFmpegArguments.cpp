@@ -262,6 +262,10 @@ private:
         {
             Add({"-metadata", tag});
         }
+        if (!m_transcode.coverTag.empty())
+        {
+            Add({"-metadata", m_transcode.coverTag});
+        }
         Add({"-max_muxing_queue_size", "4096"});
         if (m_transcode.isPicture)
         {

@@ -94,13 +94,13 @@ std::string DrawSubtitle(const Transcode& transcode, const TranscodeStream& stre
 
 } // namespace
 
-std::string StreamFilters(const MediaStream& source, const Property& codec)
+std::string StreamFilters(const MediaStream& source, const Property& codec, bool isPart)
 {
     if (source.kind != StreamKind::Video)
     {
         return MergedFilters(source, codec);
     }
-    const std::string time = TimeFilters(source, codec);
+    const std::string time = TimeFilters(source, codec, isPart);
     const std::string frames = FrameFilters(source, codec);
     return time + (time.empty() || frames.empty() ? "" : ",") + frames;
 }
@@ -123,7 +123,7 @@ std::string MergeFilters(const Transcode& transcode, const TranscodeStream& stre
     {
         // Before anything is drawn: lines of text are not to be deinterlaced, and a subtitle is drawn on
         // the frames that there will be.
-        const std::string time = TimeFilters(base, codec);
+        const std::string time = TimeFilters(base, codec, transcode.BeginsBetweenFrames());
         filters += time + (time.empty() ? "" : "[base];[base]");
     }
     bool isFirst = true;

@@ -12,7 +12,8 @@ namespace Zelnor::Media
 
 /// The filters that turn a source's stream into what its record of checked settings says: size, aspect, frame
 /// rate and samples; deinterlacing, letterbox and pillarbox where the aspect is another one, GIF's palette.
-std::string StreamFilters(const MediaStream& source, const Core::Property& codec);
+/// \param isPart  of a part of the source: its first frame may come after its beginning
+std::string StreamFilters(const MediaStream& source, const Core::Property& codec, bool isPart = false);
 
 /// Those that follow after streams were merged into it by `MergeFilters`.
 std::string MergedFilters(const MediaStream& source, const Core::Property& codec);

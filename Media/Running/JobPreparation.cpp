@@ -2,7 +2,10 @@
 
 #include "Media/FileKind.h"
 #include "Media/Jobs/FaultList.h"
+#include "Media/Planning/OutputTrial.h"
+#include "Media/Planning/StreamLimit.h"
 #include "Media/Running/Files.h"
+#include "Media/Running/FilterCheck.h"
 #include "Media/Running/TargetFile.h"
 #include "Media/Running/TranscodeContents.h"
 
@@ -145,6 +148,27 @@ private:
     std::unordered_map<std::string, Conf::NodeId> m_targets;
 };
 
+/// Many containers hold one stream of sound, whose muxers refuse others only when they run.
+void CheckAudioCount(const Transcode& transcode, FaultList& faults)
+{
+    const OutputFile output = OutputOf(transcode);
+    std::vector<std::string> videos;
+    std::vector<std::string> audio;
+    for (const OutputStream& stream : output.streams)
+    {
+        const StreamKind kind = output.inputs[stream.input]->streams[stream.stream].kind;
+        if (kind == StreamKind::Video || kind == StreamKind::Audio)
+        {
+            (kind == StreamKind::Video ? videos : audio).push_back(CodecIdOf(output, stream));
+        }
+    }
+    if (audio.size() > 1 && CountHeldAudio(transcode.container, videos, audio) < audio.size())
+    {
+        faults.Add(JobFault::Container, transcode.place,
+                   "the " + TooManyAudioText(transcode.container, audio.size()));
+    }
+}
+
 /// Plans what the target holds beside its streams. \returns what it will not have of its sources
 std::vector<JobFault> PrepareContents(Transcode& transcode, const PreparationOptions& options,
                                       FaultList& faults)
@@ -164,7 +188,7 @@ std::vector<JobFault> PrepareContents(Transcode& transcode, const PreparationOpt
         {
             fault.reason += " (source '" + input.name + "')";
         }
-        if (options.strict)
+        if (options.strict && !loss.isAsked)
         {
             faults.Add(fault);
         }
@@ -188,6 +212,8 @@ std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job
         std::vector<JobFault> losses;
         if (faults.Count() == 0)
         {
+            CheckFilters(transcode, options.ffmpeg, faults);
+            CheckAudioCount(transcode, faults);
             losses = PrepareContents(transcode, options, faults);
             passes = MakeFFmpegArguments(transcode, faults);
         }

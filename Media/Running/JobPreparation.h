@@ -26,9 +26,10 @@ struct PreparedTranscode
 /// What is asked of a job beside what stands in it.
 struct PreparationOptions
 {
-    std::string document = {}; ///< what messages call the job; empty when it is not from a file
-    bool mayReplace = true;    ///< whether its targets may be there already
-    bool strict = false;       ///< whether a loss is a fault
+    std::string document = {};     ///< what messages call the job; empty when it is not from a file
+    bool mayReplace = true;        ///< whether its targets may be there already
+    bool strict = false;           ///< whether a loss is a fault
+    std::string ffmpeg = "ffmpeg"; ///< the program that will run it
 };
 
 /// Asks everything that can be known before the job runs, of every target: topology, sources, encoders,

@@ -287,6 +287,7 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
     preparation.document = options.document;
     preparation.mayReplace = options.overwrite;
     preparation.strict = options.strict;
+    preparation.ffmpeg = options.ffmpeg;
     const std::vector<PreparedTranscode> prepared = PrepareJob(job, preparation);
     ReportLosses(prepared, options);
     RemoveLeftovers(prepared);

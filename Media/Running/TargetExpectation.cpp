@@ -5,6 +5,7 @@
 #include "Media/Running/ContentsExpectation.h"
 
 #include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatFile.h"
 
 #include <cstddef>
 
@@ -26,6 +27,11 @@ ExpectedStream ExpectationOf(const Transcode& transcode, const TranscodeStream& 
         command.isCopied
             ? source.codec
             : avcodec_get_name(CodecNumberOf(stream.codec[Conf::IFormatCodec::TAG_CODEC_ID].GetString()));
+    if (transcode.container == Conf::IFormatFile::FORMAT_LATM && expected.codec == "aac")
+    {
+        // The same sound, packed as this container packs it.
+        expected.codec = "aac_latm";
+    }
     expected.record = stream.codec;
     expected.source = stream.input;
     expected.streams = {stream.stream};

@@ -56,6 +56,9 @@ struct Transcode
     /// Whether ffmpeg goes to the key frame before the part in all inputs. In others it would come out behind
     /// it, so what stands before the part is read and dropped.
     bool SeeksInInputs() const;
+    /// Whether the part's first frame may come after its beginning. Where ffmpeg does not seek in the inputs,
+    /// frames are counted from the beginning of the source, and those of the part are cut out.
+    bool BeginsBetweenFrames() const { return span.start > 0 && SeeksInInputs(); }
     /// Of the target, in microseconds, from the longest input; nothing when it is not known.
     std::optional<std::int64_t> Duration() const;
 };

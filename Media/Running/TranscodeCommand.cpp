@@ -5,6 +5,7 @@
 #include "Media/Options/OptionRules.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Planning/Containers.h"
+#include "Media/Planning/CoverTag.h"
 #include "Media/Planning/EncoderCheck.h"
 #include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/VideoSettings.h"
@@ -192,7 +193,7 @@ private:
         m_command.hasTwoPasses = WantsTwoPasses(m_codec);
         if (source != nullptr && m_stream.merged.empty())
         {
-            m_command.filters = StreamFilters(*source, m_codec);
+            m_command.filters = StreamFilters(*source, m_codec, m_transcode.BeginsBetweenFrames());
         }
         else if (source != nullptr)
         {
@@ -423,6 +424,12 @@ void AddContents(const Transcode& transcode, TranscodeCommand& command)
 {
     for (const CarriedStream& carried : transcode.contents.carried)
     {
+        if (carried.form == CarriedStream::CoverTag)
+        {
+            const MediaStream& cover = transcode.inputs[carried.input].streams[carried.stream];
+            command.coverTag = std::string(kCoverTag) + "=" + CoverTagText(cover, cover.picture);
+            continue;
+        }
         command.carried.push_back(MakeCarried(transcode, carried));
     }
     command.chapters = ChaptersOf(transcode);

@@ -62,6 +62,7 @@ struct TranscodeCommand
     MediaSpan span = {};        ///< the part of the inputs that is converted
     bool seeksInInputs = false; ///< whether what stands before it is not even read
     std::vector<CarriedCommand> carried;
+    std::string coverTag; ///< a cover as "name=text"; empty: none
     std::vector<MediaChapter> chapters;
     CodecOptions muxerOptions;
 };

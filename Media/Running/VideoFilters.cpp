@@ -190,6 +190,18 @@ std::string RateText(const Property& codec)
     return std::to_string(rate.numerator()) + "/" + std::to_string(rate.denominator());
 }
 
+/// Moves the frames of a part to its beginning when they begin within a frame's time after it. Otherwise the
+/// frames would be rounded to the next ones of the new rate, and the last one would fall out.
+std::string AlignFilter(const MediaStream& source, const Property& codec)
+{
+    const Property& facts = source.descriptor->GetProperty();
+    const Property::Ratio rate =
+        (facts.ChildExists(IFormatCodecVideo::TAG_FPS) ? facts : codec)[IFormatCodecVideo::TAG_FPS]
+            .GetRatio();
+    return "setpts=PTS-STARTPTS*lt(STARTT\\," + std::to_string(rate.denominator()) + "/" +
+           std::to_string(rate.numerator()) + "+0.001)";
+}
+
 bool IsGif(const Property& codec)
 {
     return codec[IFormatCodec::TAG_CODEC_ID].GetString() == IFormatCodecVideo::CODEC_ID_GIF;
@@ -221,7 +233,7 @@ std::string InterlaceFilters(const MediaStream& source, Deinterlacing deinterlac
 
 } // namespace
 
-std::string TimeFilters(const MediaStream& source, const Property& codec)
+std::string TimeFilters(const MediaStream& source, const Property& codec, bool isPart)
 {
     std::string filters;
     if (source.isInterlaced)
@@ -230,6 +242,7 @@ std::string TimeFilters(const MediaStream& source, const Property& codec)
     }
     if (codec.ChildExists(IFormatCodecVideo::TAG_FPS))
     {
+        Append(filters, isPart ? AlignFilter(source, codec) : "");
         Append(filters, "fps=" + RateText(codec));
     }
     return filters;

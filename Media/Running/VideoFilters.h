@@ -15,8 +15,9 @@ namespace Zelnor::Media
 {
 
 /// Makes the frames that there will be: deinterlacing and the frame rate. Empty: they stay.
-/// \param codec  the record of checked settings of what the source becomes
-std::string TimeFilters(const MediaStream& source, const Core::Property& codec);
+/// \param codec   the record of checked settings of what the source becomes
+/// \param isPart  the first frame may come a part of a frame's time after the beginning
+std::string TimeFilters(const MediaStream& source, const Core::Property& codec, bool isPart = false);
 
 /// Makes of each frame what the record says: size, aspect, colours and samples, GIF's palette.
 std::string FrameFilters(const MediaStream& source, const Core::Property& codec);

@@ -110,9 +110,9 @@ TEST_F(JobNew, EveryStreamOfThePresetGetsARawStreamBetweenSourceAndTarget)
 
 TEST_F(JobNew, ARealClipMakesAValidJobWithEveryPresetThatShips)
 {
-    const ProcessResult clip =
-        RunProcess({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=s=64x48:d=0.2", "-f", "lavfi",
-                    "-i", "sine=d=0.2", "-ac", "2", "-y", (Folder() / "clip.mkv").string()});
+    const ProcessResult clip = RunProcess(
+        {"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=s=64x48:d=0.2", "-f", "lavfi", "-i",
+         "sine=d=0.2", "-ac", "2", "-pix_fmt", "yuv420p", "-y", (Folder() / "clip.mkv").string()});
     ASSERT_EQ(clip.exitCode, 0) << clip.messages;
     int presets = 0;
     for (const auto& entry : std::filesystem::directory_iterator(ZELNOR_SOURCE_DIR "/Presets"))

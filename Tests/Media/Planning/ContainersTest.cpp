@@ -44,12 +44,12 @@ TEST(Containers, HoldOneImageWhereTheirMuxerIsThatOfImages)
 TEST(Containers, AreOneFileWhereTheirMuxerIsKnownToWriteOne)
 {
     for (const char* const container : {"mp4", "matroska", "webm", "mpegts", "mpeg2ts", "wav", "png", "tif",
-                                        "gif", "srt", "webvtt", "opus", "dvd", "m4a", "wmv"})
+                                        "gif", "srt", "webvtt", "opus", "dvd", "m4a", "wmv", "latm"})
     {
         EXPECT_TRUE(IsOneFile(container)) << container;
     }
     for (const char* const container : {"hls", "dash", "segment", "ssegment", "stream_segment", "tee", "fifo",
-                                        "null", "rtsp", "sap", "uncodedframecrc", "no such", ""})
+                                        "null", "rtp", "rtsp", "sap", "uncodedframecrc", "no such", ""})
     {
         EXPECT_FALSE(IsOneFile(container)) << container;
     }

@@ -343,6 +343,22 @@ TEST(PlanJob, DoesNotNameTheOnlyProgramme)
     EXPECT_THAT(Plan(MakeMediaFile({video}), kVideo).notes, IsEmpty());
 }
 
+TEST(PlanJob, TakesABitrateThatIsAskedForAndNotesThatItIsLittle)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream()});
+    JobRequest request = Request();
+    request.settings = {ParseSetting("video.bitrate=1000")};
+    const PlannedJob job =
+        Plan(source, R"({"video":{"codec_id":"CODEC_ID_H264","bitrate":4000000}})", request);
+    EXPECT_EQ(FirstCodec(job)["bitrate"].GetInt64(), 1000);
+    const long long least = Conf::GetMinVideoBitrate("CODEC_ID_H264", 1280, 720, 25, 0);
+    EXPECT_THAT(job.notes,
+                ElementsAre("Stream 0 gets 1000 bit/s as asked for, although " + std::to_string(least) +
+                            " is the least for 1280x720 at 25 frames per second"));
+    request.settings = {ParseSetting("video[0].bitrate=1000"), ParseSetting("video.preset=fast")};
+    EXPECT_EQ(FirstCodec(Plan(source, kVideo, request))["bitrate"].GetInt64(), 1000);
+}
+
 TEST(PlanJob, RaisesABitrateThatNoSizeWasSetFor)
 {
     const MediaStream large = MakeVideoStream(3840, 2160);
@@ -377,6 +393,8 @@ TEST(PlanJob, HasAKeyFrameAtLeastEveryTenSeconds)
     EXPECT_EQ(interval(Plan(source, kVideo)), 125);
     EXPECT_EQ(interval(Plan(source, R"({"video":{"codec_id":"CODEC_ID_H264","maxIFrameInterval":250}})")),
               250);
+    EXPECT_EQ(interval(Plan(source, R"({"video":{"codec_id":"CODEC_ID_H264","keyOnly":0}})")), 125);
+    EXPECT_EQ(interval(Plan(source, R"({"video":{"codec_id":"CODEC_ID_H264","keyOnly":1}})")), 0);
     EXPECT_EQ(interval(Plan(source, R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})")), 0);
     EXPECT_EQ(interval(Plan(MakeMediaFile({MakeVideoStream()}), kVideo)), 0);
 }

@@ -109,6 +109,34 @@ TEST(OutputContents, AStrictRequestRefusesALoss)
     EXPECT_THAT(Plan(MakeMediaFile({Spoken("deu")}), "mp4", kSound, true).notes, IsEmpty());
 }
 
+TEST(OutputContents, AStrictRequestMayLeaveOutWhatItDoesNotChoose)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), Spoken("deu"), Spoken("eng")});
+    JobRequest request;
+    request.output = "out";
+    request.strict = true;
+    request.streams.chosen = {0, 2};
+    EXPECT_THAT(PlanJob(source, MakePreset("mp4", kVideoAndAudio), request).notes,
+                ElementsAre("in.mkv: audio stream 1: (aac, deu) is left out; the output file has 1 audio "
+                            "stream"));
+}
+
+TEST(OutputContents, WritesACoverAsATagWhereTheContainerHoldsItSo)
+{
+    MediaStream cover = MakeAttachedPicture();
+    const auto plan = [&cover](bool twice) {
+        std::vector<MediaStream> streams = {Spoken(""), cover};
+        streams.insert(streams.end(), twice ? 1 : 0, cover);
+        return Plan(MakeMediaFile(streams), "ogg", R"({"audio":{"codec_id":"CODEC_ID_VORBIS"}})").notes;
+    };
+    EXPECT_THAT(plan(false), ElementsAre("in.mkv: video stream 1: (cover, png) is left out; container ogg "
+                                         "cannot hold covers of more than 96000 bytes"));
+    cover.picture = "\x89PNG\r\n\x1a\n";
+    EXPECT_THAT(plan(false), IsEmpty());
+    EXPECT_THAT(plan(true), ElementsAre("in.mkv: video stream 2: (cover, png) is left out; container ogg "
+                                        "cannot hold more than one cover"));
+}
+
 TEST(OutputContents, WritesALanguageInTheCodeThatTheContainerKnows)
 {
     const MediaFile german = MakeMediaFile({Spoken("deu")});

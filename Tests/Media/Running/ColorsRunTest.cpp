@@ -43,7 +43,8 @@ TEST_F(ColorsRun, OfRgbInHdAreBt709AndSaySo)
     const PlannedJob job = Convert("in.mkv", "mp4", kH264High);
     ExpectYuv(1280, 720, 75, 126, 197);
     EXPECT_EQ(Text(Video().color), "tv bt709  ");
-    EXPECT_THAT(job.notes, IsEmpty());
+    EXPECT_EQ(job.notes, std::vector<std::string>{"The RGB samples of video stream 0 will become 4:2:0, "
+                                                  "whose chroma is coarser"});
 }
 
 TEST_F(ColorsRun, OfRgbInSdAreBt601AndSaySo)
@@ -209,7 +210,9 @@ TEST_F(ColorsRun, NameTheTransparencyThatIsLost)
 {
     Make("color=red@0.5:s=64x48:d=0.04,format=rgba", {"-c:v", "png", "in.mov"});
     const PlannedJob job = Convert("in.mov", "mp4", kH264High);
-    EXPECT_EQ(job.notes, std::vector<std::string>{"The transparency of video stream 0 will be lost"});
+    EXPECT_EQ(job.notes, (std::vector<std::string>{
+                             "The RGB samples of video stream 0 will become 4:2:0, whose chroma is coarser",
+                             "The transparency of video stream 0 will be lost"}));
 }
 
 } // namespace

@@ -134,6 +134,23 @@ TEST_F(RunningPartOfAFile, ItsQualityIsThatOfTheSamePartOfTheSource)
     }
 }
 
+TEST_F(RunningPartOfAFile, MakesExactlyTheFramesOfAPartThatBeginsBetweenTwo)
+{
+    const std::vector<std::string> all = Frames("in.mkv");
+    for (const int begin : {500, 510, 530, 610, 1010})
+    {
+        SCOPED_TRACE(begin);
+        const std::string span =
+            ",\"start\":" + std::to_string(begin * 1000) + ",\"end\":" + std::to_string((begin + 800) * 1000);
+        Run(*Job("in.mkv", 0, span,
+                 R"({"format_codec_video":{"codec_id":"CODEC_ID_FFV1","frameRateRatio":[25,1]}})",
+                 "between.nut"));
+        const int first = (begin + 39) / 40;
+        EXPECT_EQ(Frames("between.nut"),
+                  std::vector<std::string>(all.begin() + first, all.begin() + first + 20));
+    }
+}
+
 TEST_F(RunningPartOfAFile, MakesExactlyTheSamplesOfThePart)
 {
     const auto bytes = [](const std::string& file) {

@@ -131,6 +131,46 @@ TEST_F(KeptContents, Mp3KeepsChaptersTagsAndTheCover)
     EXPECT_TRUE(made.streams[1].isAttachedPicture);
 }
 
+TEST_F(KeptContents, ContainersOfXiphKeepTheCoverAsATag)
+{
+    for (const auto& [container, codec] :
+         {std::pair("ogg", "CODEC_ID_VORBIS"), {"ogg", "CODEC_ID_FLAC"}, {"ogg", "CODEC_ID_OPUS"}})
+    {
+        SCOPED_TRACE(codec);
+        const PlannedJob job = Plan(container, std::string(R"({"audio":{"codec_id":")") + codec + R"("}})");
+        const MediaFile made = Run(job);
+        ASSERT_EQ(made.streams.size(), 2U);
+        EXPECT_TRUE(made.streams[1].isAttachedPicture);
+        const auto cover = [](const MediaStream& stream) { return stream.picture; };
+        EXPECT_FALSE(cover(made.streams[1]).empty());
+        EXPECT_EQ(cover(made.streams[1]), cover(ProbeMedia(s_source).streams.at(5)));
+        std::filesystem::remove(job.output);
+    }
+}
+
+TEST_F(KeptContents, DvKeepsTheTimecode)
+{
+    const TemporaryFolder folder;
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=720x576:r=25:d=0.2", "-f", "lavfi", "-i",
+              "anullsrc=r=48000:cl=stereo", "-shortest", "-aspect", "4:3", "-timecode", "01:02:03:04", "-c:v",
+              "mpeg2video", "-c:a", "pcm_s16le", "in.mov"},
+             folder.Path().string());
+    JobRequest request;
+    request.output = (m_folder / "out").string();
+    const PlannedJob job =
+        PlanJob(ProbeMedia(folder / "in.mov"),
+                MakePreset("dv", R"({"video":{"codec_id":"CODEC_ID_DVVIDEO","width":720,"height":576},)"
+                                 R"("audio":{"codec_id":"CODEC_ID_PCM_S16LE","layout":"STEREO"}})"),
+                request);
+    EXPECT_EQ(Run(job).timecode, "01:02:03:04");
+}
+
+TEST_F(KeptContents, LatmIsAFileOfSound)
+{
+    const MediaFile made = Run(Plan("latm", R"({"audio":{"codec_id":"CODEC_ID_AAC"}})"));
+    EXPECT_EQ(made.streams.at(0).codec, "aac_latm");
+}
+
 TEST_F(KeptContents, MovKeepsTheTimecodeAndTheLanguage)
 {
     const MediaFile made = Run(Plan("mov", kBoth));

@@ -1,0 +1,98 @@
+#include "Media/Planning/HdrPlan.h"
+
+#include "Tests/Support/PictureTest.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kDisplay = "G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)";
+
+/// A clip whose frames alone tell the mastering display and the content light.
+class HdrPlan : public PictureTest
+{
+protected:
+    void MakeHdr() const
+    {
+        Make("color=0x949494:s=64x64:d=0.08",
+             {"-vf",
+              "format=yuv420p10le,setparams=range=tv:colorspace=bt2020nc:color_primaries=bt2020:"
+              "color_trc=smpte2084",
+              "-c:v", "libx265", "-x265-params",
+              std::string("log-level=none:master-display=") + kDisplay + ":max-cll=1000,400", "hdr.mkv"});
+    }
+    /// What is noted of a source made by hand.
+    static std::vector<std::string> Notes(const VideoHdr& hdr, const std::string& container,
+                                          const std::string& transfer = "smpte2084")
+    {
+        MediaStream source = MakeVideoStream();
+        source.hdr = hdr;
+        Core::Property record;
+        record.SetChildT("colorTransfer", transfer);
+        std::vector<std::string> notes;
+        PlanHdr(source, *avcodec_find_encoder_by_name("libx264"), container, "video 0", record, notes);
+        EXPECT_EQ(record.Count(), 1U);
+        return notes;
+    }
+};
+
+TEST_F(HdrPlan, TellsAnEncoderThatWritesItWhatOnlyTheFramesSay)
+{
+    MakeHdr();
+    ASSERT_TRUE(ProbeMedia(Name("hdr.mkv")).streams.at(0).hdr.isOnlyInFrames);
+    const PlannedJob job = Convert(
+        "hdr.mkv", "matroska",
+        R"({"video":{"codec_id":"CODEC_ID_H265","preferred_encoder":"libx265","preset":"ultrafast"}})");
+    EXPECT_THAT(job.notes, IsEmpty());
+    EXPECT_EQ(Video().hdr.masteringDisplay, kDisplay);
+    EXPECT_EQ(Video().hdr.contentLight, "1000,400");
+}
+
+TEST_F(HdrPlan, KeepsTheParametersThatAPresetGivesTheEncoder)
+{
+    MakeHdr();
+    const PlannedJob job =
+        Convert("hdr.mkv", "matroska",
+                R"({"video":{"codec_id":"CODEC_ID_H265","preferred_encoder":"libx265","preset":"ultrafast",)"
+                R"("codec.options.encode":{"x265-params":"max-cll=500,200:bframes=0"}}})");
+    EXPECT_EQ(Video().hdr.masteringDisplay, kDisplay);
+    EXPECT_EQ(Video().hdr.contentLight, "500,200");
+}
+
+TEST_F(HdrPlan, NamesWhatTheEncoderDoesNotWrite)
+{
+    MakeHdr();
+    const PlannedJob job =
+        Convert("hdr.mkv", "matroska", R"({"video":{"codec_id":"CODEC_ID_H264","preset":"ultrafast"}})");
+    EXPECT_THAT(job.notes,
+                ElementsAre("The mastering display and the content light of video stream 0 will be left out; "
+                            "encoder libx264 does not write them"));
+    EXPECT_EQ(Video().hdr.masteringDisplay + Video().hdr.contentLight, "");
+}
+
+TEST_F(HdrPlan, TrustsContainersThatHoldWhatTheSourcesContainerSays)
+{
+    EXPECT_THAT(Notes({kDisplay, "1000,400", "", false}, "mp4"), IsEmpty());
+    EXPECT_THAT(Notes({kDisplay, "", "", false}, "mpegts"),
+                ElementsAre("The mastering display of video 0 will be left out; encoder libx264 does not "
+                            "write it"));
+    EXPECT_THAT(
+        Notes({"", "1000,400", "", true}, "mp4"),
+        ElementsAre("The content light of video 0 will be left out; encoder libx264 does not write it"));
+}
+
+TEST_F(HdrPlan, IsSilentWhereThereIsNothingToKeep)
+{
+    EXPECT_THAT(Notes({}, "mpegts"), IsEmpty());
+    EXPECT_THAT(Notes({kDisplay, "1000,400", "", true}, "mpegts", "bt709"), IsEmpty());
+}
+
+} // namespace
