@@ -3,8 +3,12 @@
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Names.h"
 #include "Tools/zconf/Console/Output.h"
+#include "Tools/zconf/Console/OutputDocument.h"
 
+#include <filesystem>
+#include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -56,6 +60,33 @@ std::string SuggestionFor(const std::string& argument, const CLI::App& command)
     return DidYouMean(argument.substr(0, argument.find('=')), known);
 }
 
+std::filesystem::path PlaceOf(const std::string& name)
+{
+    std::error_code error;
+    const std::filesystem::path place = std::filesystem::weakly_canonical(name, error);
+    return error ? std::filesystem::path(name) : place;
+}
+
+/// An answer must not replace a file that the command was given. \throw ToolError
+void RequireOther(const CLI::App& command, const std::string& document)
+{
+    if (IsStandardStream(document))
+    {
+        return;
+    }
+    for (const CLI::Option* const option : command.get_options())
+    {
+        const bool isFlag = option->get_type_size() == 0;
+        for (const std::string& value : option->results())
+        {
+            if (!isFlag && !option->check_name("-o") && PlaceOf(value) == PlaceOf(document))
+            {
+                throw ToolError("-o would replace '" + document + "', which the command was given");
+            }
+        }
+    }
+}
+
 void AddVersion(CLI::App& app) { app.set_version_flag("--version", "zconf " ZCONF_VERSION); }
 
 } // namespace
@@ -104,8 +135,19 @@ void AddStrictFlag(CLI::App& command, bool& strict)
 
 void OnRun(CLI::App& command, std::function<int()> run)
 {
-    command.callback([run = std::move(run)] {
+    const auto document = std::make_shared<std::string>("-");
+    if (command.get_option_no_throw("-o") == nullptr)
+    {
+        command
+            .add_option("-o,--document", *document,
+                        "The file to write the answer to; \"-\" (the default) is standard output")
+            ->type_name("FILE");
+    }
+    command.callback([&command, document, run = std::move(run)] {
+        RequireOther(command, *document);
+        OutputDocument output(*document);
         const int code = run();
+        output.Commit();
         if (code != kExitSuccess)
         {
             throw CLI::RuntimeError(code);

@@ -36,7 +36,8 @@ std::vector<std::string> CommandNames(const CLI::App& app);
 /// Adds the flag `--strict` to a command that makes, checks or runs a job.
 void AddStrictFlag(CLI::App& command, bool& strict);
 
-/// Sets what `command` does once all arguments are parsed; the result is the exit code.
+/// Sets what `command` does once all arguments are parsed; the result is the exit code. A command without the
+/// option `-o` gets it, for what it writes to standard output.
 void OnRun(CLI::App& command, std::function<int()> run);
 
 } // namespace Zelnor::Tool

@@ -7,19 +7,13 @@
 namespace Zelnor::Tool
 {
 
-namespace
-{
+bool IsStandardStream(const std::string& name) { return name == "-"; }
 
-/// Whether the file can be put in place as a whole: it is a regular one, or not there yet.
 bool IsReplaceable(const std::string& name)
 {
     struct stat status = {};
     return ::stat(name.c_str(), &status) != 0 || S_ISREG(status.st_mode);
 }
-
-} // namespace
-
-bool IsStandardStream(const std::string& name) { return name == "-"; }
 
 void WriteText(const std::string& text) { MakeStandardOutput()->Write(text.data(), text.size()); }
 

@@ -11,6 +11,9 @@ namespace Zelnor::Tool
 /// Whether the file name given on the command line means standard input or output: "-".
 bool IsStandardStream(const std::string& name);
 
+/// Whether the file can be put in place as a whole: it is a regular one, or not there yet.
+bool IsReplaceable(const std::string& name);
+
 /// Writes to standard output.
 void WriteText(const std::string& text);
 

@@ -74,6 +74,12 @@ public:
     }
 };
 
+boost::intrusive_ptr<Core::IDataOutput>& Replacement()
+{
+    static boost::intrusive_ptr<Core::IDataOutput> s_replacement;
+    return s_replacement;
+}
+
 } // namespace
 
 void PrepareStandardStreams()
@@ -120,6 +126,13 @@ void WriteMessage(const std::string& text) noexcept
 
 boost::intrusive_ptr<Core::IDataInput> MakeStandardInput() { return new StandardInput(); }
 
-boost::intrusive_ptr<Core::IDataOutput> MakeStandardOutput() { return new StandardOutput(); }
+boost::intrusive_ptr<Core::IDataOutput> MakeStandardOutput()
+{
+    return IsStandardOutputReplaced() ? Replacement() : new StandardOutput();
+}
+
+void SetStandardOutput(const boost::intrusive_ptr<Core::IDataOutput>& output) { Replacement() = output; }
+
+bool IsStandardOutputReplaced() { return Replacement() != nullptr; }
 
 } // namespace Zelnor::Tool

@@ -29,4 +29,8 @@ boost::intrusive_ptr<Core::IDataInput> MakeStandardInput();
 /// \throw ClosedPipe from `Write`
 boost::intrusive_ptr<Core::IDataOutput> MakeStandardOutput();
 
+/// What takes the place of standard output for the program's own documents; null: nothing does.
+void SetStandardOutput(const boost::intrusive_ptr<Core::IDataOutput>& output);
+bool IsStandardOutputReplaced();
+
 } // namespace Zelnor::Tool

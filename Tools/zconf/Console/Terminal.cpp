@@ -1,5 +1,7 @@
 #include "Tools/zconf/Console/Terminal.h"
 
+#include "Tools/zconf/Console/StandardStreams.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -53,7 +55,10 @@ std::size_t TerminalColumns()
     return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kUsual;
 }
 
-Painter Painter::ForStandardOutput() { return Painter(ColourIsWanted(STDOUT_FILENO)); }
+Painter Painter::ForStandardOutput()
+{
+    return Painter(!IsStandardOutputReplaced() && ColourIsWanted(STDOUT_FILENO));
+}
 
 Painter Painter::ForStandardError() { return Painter(ColourIsWanted(STDERR_FILENO)); }
 
