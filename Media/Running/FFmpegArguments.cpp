@@ -264,7 +264,8 @@ private:
         }
         if (!m_transcode.coverTag.empty())
         {
-            Add({"-metadata", m_transcode.coverTag});
+            // A tag of the file would become one of each stream, and the cover several.
+            Add({"-metadata:s:0", m_transcode.coverTag});
         }
         Add({"-max_muxing_queue_size", "4096"});
         if (m_transcode.isPicture)

@@ -3,6 +3,7 @@
 #include "Media/Planning/ColorPlan.h"
 #include "Media/Planning/VideoSettings.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/RecordText.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -27,6 +28,16 @@ std::string WithoutRange(const std::string& name)
 {
     const std::string prefix = "yuvj";
     return name.rfind(prefix, 0) == 0 ? "yuv" + name.substr(prefix.size()) : name;
+}
+
+/// The format with the transparency that VP8 and VP9 have beside the stream. A tag tells it, and not every
+/// decoder looks at it. Empty: there is none.
+std::string WithAlphaBeside(const MediaStream& found)
+{
+    const std::string prefix = "yuv";
+    const bool isBeside = TextUnder(found.descriptor->GetMetadata(), "alpha_mode") == "1" &&
+                          found.pixelFormat.rfind(prefix, 0) == 0;
+    return isBeside ? "yuva" + found.pixelFormat.substr(prefix.size()) : "";
 }
 
 /// FFmpeg's name of the pixel format that a record asks for; empty when it leaves it open.
@@ -74,7 +85,7 @@ private:
         const std::string wanted = IsCopyOfKnown() ? m_source->pixelFormat : PixelsOf(m_wanted.record);
         // A GIF has a palette, and is decoded without it.
         if (!wanted.empty() && !m_found.pixelFormat.empty() && m_codec != AV_CODEC_ID_GIF &&
-            WithoutRange(wanted) != WithoutRange(m_found.pixelFormat))
+            WithoutRange(wanted) != WithoutRange(m_found.pixelFormat) && wanted != WithAlphaBeside(m_found))
         {
             Add("pixel format", wanted, m_found.pixelFormat);
         }
