@@ -16,7 +16,7 @@ namespace
 {
 
 /// Enough for films that begin with a progressive title frame or two.
-constexpr int kFrames = 5;
+constexpr int kEnoughFrames = 5;
 /// A video that begins late, or cannot be decoded, must not make the probe read the whole file.
 constexpr int kMostPackets = 200;
 constexpr long long kMostBytes = 64LL << 20;
@@ -70,7 +70,7 @@ class Look
 public:
     explicit Look(const AVStream& stream) : m_decoder(Open(stream)) {}
 
-    bool IsDone() const { return m_decoder == nullptr || m_frames >= kFrames; }
+    bool IsDone() const { return m_decoder == nullptr || m_frames >= kEnoughFrames; }
 
     /// \param packet  null at the end of the file
     void Decode(const AVPacket* packet, AVFrame& frame, MediaStream& stream)
