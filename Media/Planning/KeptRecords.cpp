@@ -212,7 +212,8 @@ private:
             return;
         }
         const std::string other = OtherLanguageCode(tag->GetString());
-        if (!other.empty() && !m_trial.HoldsLanguage(tag->GetString()) && m_trial.HoldsLanguage(other))
+        if (!other.empty() && !m_trial.HoldsLanguage(stream, tag->GetString()) &&
+            m_trial.HoldsLanguage(stream, other))
         {
             metadata.SetChildT(IFormatCodec::TAG_LANGUAGE, other);
         }

@@ -319,7 +319,7 @@ private:
         {
             Name(stream.input, stream.stream, "the job leaves out its language, " + known);
         }
-        else if (!m_trial.HoldsLanguage(language))
+        else if (!m_trial.HoldsLanguage(position, language))
         {
             Name(stream.input, stream.stream, Cannot("its language, " + language));
         }

@@ -104,15 +104,22 @@ bool OutputTrial::HoldsTitlesOf(const std::vector<MediaChapter>& chapters)
                                  }));
 }
 
-bool OutputTrial::HoldsLanguage(const std::string& language)
+bool OutputTrial::HoldsLanguage(std::size_t stream, const std::string& language)
 {
     FileContents wanted;
-    wanted.streamTags = {{{IFormatCodec::TAG_LANGUAGE, language}}};
+    wanted.streamTags.assign(m_output.streams.size(), {{IFormatCodec::TAG_LANGUAGE, language}});
     const auto found = Ask(wanted);
-    const std::string* const tag = !found || found->streamTags.empty()
-                                       ? nullptr
-                                       : FindTag(found->streamTags.front(), IFormatCodec::TAG_LANGUAGE);
-    return tag != nullptr && IsSameLanguage(*tag, language);
+    if (!found)
+    {
+        return false;
+    }
+    const auto isKept = [&language](const TagList& tags) {
+        const std::string* const tag = FindTag(tags, IFormatCodec::TAG_LANGUAGE);
+        return tag != nullptr && IsSameLanguage(*tag, language);
+    };
+    const auto position = PositionOf(stream);
+    return position ? *position < found->streamTags.size() && isKept(found->streamTags[*position])
+                    : std::any_of(found->streamTags.begin(), found->streamTags.end(), isKept);
 }
 
 bool OutputTrial::HoldsTimecode(const std::string& timecode)

@@ -28,7 +28,8 @@ public:
 
     bool HoldsChapters(const std::vector<MediaChapter>& chapters);
     bool HoldsTitlesOf(const std::vector<MediaChapter>& chapters);
-    bool HoldsLanguage(const std::string& language);
+    /// MPEG-TS has none for a video. Streams that are not asked get the answer that any of the others gets.
+    bool HoldsLanguage(std::size_t stream, const std::string& language);
     /// Of the first video stream.
     bool HoldsTimecode(const std::string& timecode);
     /// Whether it holds one cover, as a tag.

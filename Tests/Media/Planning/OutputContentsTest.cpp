@@ -148,6 +148,15 @@ TEST(OutputContents, WritesALanguageInTheCodeThatTheContainerKnows)
                 ElementsAre("in.mkv: audio stream 0: container mov cannot hold its language, gsw"));
 }
 
+TEST(OutputContents, AsksForTheLanguageOfEachStreamByItself)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream(), Spoken("deu")});
+    EXPECT_THAT(Plan(source, "mpegts", kVideoAndAudio).notes, IsEmpty());
+    SetTag(*source.streams[0].descriptor, "language", "deu");
+    EXPECT_THAT(Plan(source, "mpegts", kVideoAndAudio).notes,
+                ElementsAre("in.mkv: video stream 0: container mpegts cannot hold its language, deu"));
+}
+
 TEST(OutputContents, WritesChaptersWhereTheContainerHoldsThem)
 {
     MediaFile source = MakeMediaFile({MakeVideoStream()});
