@@ -176,9 +176,10 @@ std::size_t PacketSize(std::string_view bytes)
     case 0xB9: // the end of the program
         return 4;
     case 0xBA: // a pack
-        return bytes.size() < kMpeg2Pack                            ? 0
-               : (static_cast<unsigned char>(bytes[4]) >> 6U) == 1U ? kMpeg2Pack + (bytes[13] & 7U)
-                                                                    : kMpeg1Pack;
+        return bytes.size() < kMpeg2Pack ? 0
+               : (static_cast<unsigned char>(bytes[4]) >> 6U) == 1U
+                   ? kMpeg2Pack + (static_cast<unsigned char>(bytes[13]) & 7U)
+                   : kMpeg1Pack;
     default:
         return bytes.size() < 6 ? 0 : 6 + static_cast<std::size_t>(NumberAt(bytes, 4, 2, Order::Big));
     }
