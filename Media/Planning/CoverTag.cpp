@@ -1,11 +1,11 @@
 #include "Media/Planning/CoverTag.h"
 
+#include "Media/Base64.h"
 #include "Media/Planning/VideoSettings.h"
 
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 extern "C" {
-#include <libavutil/base64.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -42,15 +42,6 @@ std::uint32_t BitsOf(const MediaStream& cover)
     return known == nullptr ? kUsualBits : static_cast<std::uint32_t>(av_get_bits_per_pixel(known));
 }
 
-std::string Base64Text(const std::string& bytes)
-{
-    std::string encoded(AV_BASE64_SIZE(bytes.size()), '\0');
-    av_base64_encode(encoded.data(), static_cast<int>(encoded.size()),
-                     reinterpret_cast<const std::uint8_t*>(bytes.data()), static_cast<int>(bytes.size()));
-    encoded.resize(encoded.size() - 1);
-    return encoded;
-}
-
 } // namespace
 
 std::string CoverTagText(const MediaStream& cover, const std::string& picture)
@@ -63,10 +54,10 @@ std::string CoverTagText(const MediaStream& cover, const std::string& picture)
         const auto child = facts.FindChild(key);
         return child == facts.end() ? 0U : static_cast<std::uint32_t>(child->GetInt64());
     };
-    return Base64Text(FourBytes(kFrontCover) + WithLength(cover.codec == "png" ? "image/png" : "image/jpeg") +
-                      WithLength("") + FourBytes(length(Conf::IFormatCodecVideo::TAG_WIDTH)) +
-                      FourBytes(length(Conf::IFormatCodecVideo::TAG_HEIGHT)) + FourBytes(BitsOf(cover)) +
-                      FourBytes(kNoPalette) + WithLength(picture));
+    return Base64(FourBytes(kFrontCover) + WithLength(cover.codec == "png" ? "image/png" : "image/jpeg") +
+                  WithLength("") + FourBytes(length(Conf::IFormatCodecVideo::TAG_WIDTH)) +
+                  FourBytes(length(Conf::IFormatCodecVideo::TAG_HEIGHT)) + FourBytes(BitsOf(cover)) +
+                  FourBytes(kNoPalette) + WithLength(picture));
 }
 
 } // namespace Zelnor::Media

@@ -1,14 +1,11 @@
 #include "Media/Running/FFmpegArguments.h"
 
+#include "Media/Base64.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/Probe/Demuxers.h"
 #include "Media/Running/TranscodeCommand.h"
 
 #include "Conf/Interfaces/IFormatFile.h"
-
-extern "C" {
-#include <libavutil/base64.h>
-}
 
 #include <algorithm>
 #include <cstddef>
@@ -33,15 +30,6 @@ using Slot = FFmpegPass::Slot;
 
 /// A time as ffmpeg's options take it.
 std::string Microseconds(std::int64_t time) { return std::to_string(time) + "us"; }
-
-std::string Base64(const std::string& text)
-{
-    std::string encoded(AV_BASE64_SIZE(text.size()), '\0');
-    av_base64_encode(encoded.data(), static_cast<int>(encoded.size()),
-                     reinterpret_cast<const std::uint8_t*>(text.data()), static_cast<int>(text.size()));
-    encoded.resize(encoded.size() - 1);
-    return encoded;
-}
 
 /// Builds the arguments of one run.
 class Builder
