@@ -93,6 +93,10 @@ SLOW = 0.3
 # More memory than any test needs, so that a mutant without end does not take the machine's.
 MOST_MEMORY = 12 << 30
 
+# More than any test writes into one file. A mutant that writes without end may do it into memory, where the limit
+# above does not count, and would take the machine's.
+LARGEST_FILE = 1 << 30
+
 
 @dataclasses.dataclass(frozen=True)
 class Mutant:
@@ -210,6 +214,7 @@ def limits():
     os.setsid()
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     resource.setrlimit(resource.RLIMIT_AS, (MOST_MEMORY, MOST_MEMORY))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (LARGEST_FILE, LARGEST_FILE))
 
 
 def run(words, folder, seconds, environment=None, output=subprocess.DEVNULL):

@@ -139,4 +139,50 @@ TEST_F(ColorPlan, SaysThatDolbyVisionIsLeftOut)
     EXPECT_EQ(m_notes, Notes{"The Dolby Vision data (profile 8.4) of video stream 0 will be left out"});
 }
 
+TEST_F(ColorPlan, MapsHighDynamicRangeWhereNoColourCanBeNamed)
+{
+    Is(kHdr, "yuv420p10le");
+    EXPECT_EQ(Plan("CODEC_ID_FFV1", "avi", "yuv420p10le"), "- bt709 bt709 bt709");
+    EXPECT_EQ(Plan("CODEC_ID_MPEG2VIDEO", "dvd", "yuv420p", 720, 576), "- bt470bg bt709 bt709");
+}
+
+TEST_F(ColorPlan, OfAnUnknownFormatIsLeftOpen)
+{
+    Is({"", "bt709", "", ""}, "no format");
+    EXPECT_EQ(Plan("CODEC_ID_MPEG4", "avi", "yuv420p", 640, 360), "- - - -");
+}
+
+TEST_F(ColorPlan, NamesTheMatrixOfADvdWhereItIsKnown)
+{
+    Is({"tv", "bt470bg", "", ""});
+    EXPECT_EQ(Plan("CODEC_ID_MPEG2VIDEO", "dvd", "yuv420p", 720, 576), "- bt470bg - -");
+    EXPECT_EQ(Plan("CODEC_ID_MPEG1VIDEO", "dvd", "yuv420p", 720, 576), "- - - -");
+}
+
+TEST_F(ColorPlan, EitherUnusualColourIsLost)
+{
+    const auto isLost = [this](const char* primaries, const char* transfer) {
+        Is({"tv", "bt709", primaries, transfer});
+        Plan("CODEC_ID_MPEG4", "avi");
+        return !m_notes.empty();
+    };
+    EXPECT_FALSE(isLost("bt709", "bt709"));
+    EXPECT_FALSE(isLost("", ""));
+    EXPECT_TRUE(isLost("bt2020", ""));
+    EXPECT_TRUE(isLost("bt709", "gamma28"));
+    Is({"tv", "bt709", "", "gamma28"});
+    Plan("CODEC_ID_MPEG4", "avi");
+    EXPECT_EQ(m_notes, Notes{"The colours of video stream 0 (primaries unknown, transfer gamma28) cannot be "
+                             "named in the output, so players will show others"});
+}
+
+TEST_F(ColorPlan, AFullRangeThatCannotBeToldIsConverted)
+{
+    Is({"pc", "", "", ""});
+    EXPECT_EQ(Plan("CODEC_ID_MPEG2VIDEO", "mp4"), "tv - - -");
+    EXPECT_EQ(Plan("CODEC_ID_VP9", "avi"), "pc - - -");
+    Is({"", "", "", ""}, "yuvj420p");
+    EXPECT_EQ(Plan("CODEC_ID_VP9", "avi"), "tv - - -");
+}
+
 } // namespace

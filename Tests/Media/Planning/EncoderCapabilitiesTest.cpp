@@ -225,4 +225,78 @@ TEST(EncoderCapabilities, LossyCodecsHaveABitrateButGif)
     EXPECT_FALSE(IsWithoutBitrate(AV_CODEC_ID_MP3));
 }
 
+/// An encoder that lists what a test says, and nothing else.
+AVCodec MadeUpEncoder()
+{
+    AVCodec encoder = {};
+    encoder.name = "made up";
+    encoder.id = AV_CODEC_ID_H264;
+    return encoder;
+}
+
+TEST(EncoderCapabilities, OfFormatsOfOtherHardwareNoneIsNearest)
+{
+    const AVPixelFormat formats[] = {AV_PIX_FMT_VAAPI, AV_PIX_FMT_NONE};
+    AVCodec encoder = MadeUpEncoder();
+    encoder.pix_fmts = formats;
+    EXPECT_FALSE(Supports(encoder, AV_PIX_FMT_VAAPI));
+    EXPECT_EQ(NearestPixelFormat(encoder, AV_PIX_FMT_YUV420P), AV_PIX_FMT_NONE);
+    EXPECT_EQ(NearestPixelFormat(encoder, PIX_FMT_YUV420P), PIX_FMT_NONE);
+}
+
+TEST(EncoderCapabilities, OfNoPixelFormatTheFirstIsNearest)
+{
+    const AVPixelFormat formats[] = {AV_PIX_FMT_YUV422P, AV_PIX_FMT_NONE};
+    AVCodec encoder = MadeUpEncoder();
+    encoder.pix_fmts = formats;
+    EXPECT_EQ(NearestPixelFormat(encoder, PIX_FMT_NONE), PIX_FMT_YUV422P);
+    EXPECT_FALSE(Supports(encoder, AV_PIX_FMT_NONE));
+    EXPECT_EQ(NearestPixelFormat(encoder, static_cast<AVPixelFormat>(AV_PIX_FMT_NB)), AV_PIX_FMT_YUV422P);
+}
+
+TEST(EncoderCapabilities, AnEncoderWithoutAListSupportsAllSamplesLayoutsAndRates)
+{
+    const AVCodec encoder = MadeUpEncoder();
+    EXPECT_TRUE(Supports(encoder, Conf::SAMPLE_FMT_DBLP));
+    EXPECT_EQ(NearestSampleFormat(encoder, Conf::SAMPLE_FMT_DBLP), Conf::SAMPLE_FMT_DBLP);
+    EXPECT_EQ(NearestSampleFormat(encoder, Conf::SAMPLE_FMT_NONE), Conf::SAMPLE_FMT_S16);
+    EXPECT_EQ(FinestSampleFormat(encoder, Conf::SAMPLE_FMT_FLT), Conf::SAMPLE_FMT_FLT);
+    EXPECT_TRUE(Supports(encoder, Conf::CH_LAYOUT_7POINT1));
+    EXPECT_EQ(NearestLayout(encoder, Conf::CH_LAYOUT_7POINT1), Conf::CH_LAYOUT_7POINT1);
+    EXPECT_EQ(NearestLayout(encoder, Conf::CH_LAYOUT_UNKNOWN), Conf::CH_LAYOUT_STEREO);
+    EXPECT_EQ(NearestRate(encoder, 12345), 12345);
+}
+
+TEST(EncoderCapabilities, SamplesAndLayoutsThatTheVocabularyLacksDoNotCount)
+{
+    const AVSampleFormat samples[] = {AV_SAMPLE_FMT_S64, AV_SAMPLE_FMT_S32P, AV_SAMPLE_FMT_NONE};
+    AVChannelLayout layouts[3] = {};
+    ASSERT_EQ(av_channel_layout_from_mask(&layouts[0], AV_CH_LAYOUT_22POINT2), 0);
+    ASSERT_EQ(av_channel_layout_from_mask(&layouts[1], AV_CH_LAYOUT_MONO), 0);
+    AVCodec encoder = MadeUpEncoder();
+    encoder.sample_fmts = samples;
+    encoder.ch_layouts = layouts;
+    EXPECT_EQ(NearestSampleFormat(encoder, Conf::SAMPLE_FMT_S32), Conf::SAMPLE_FMT_S32P);
+    EXPECT_EQ(NearestSampleFormat(encoder, Conf::SAMPLE_FMT_U8), Conf::SAMPLE_FMT_S32P);
+    EXPECT_EQ(NearestLayout(encoder, Conf::CH_LAYOUT_STEREO), Conf::CH_LAYOUT_MONO);
+    EXPECT_EQ(NearestLayout(encoder, Conf::CH_LAYOUT_UNKNOWN), Conf::CH_LAYOUT_MONO);
+}
+
+TEST(EncoderCapabilities, RatesMayStandInAnyOrder)
+{
+    const int rates[] = {32000, 48000, 8000, 44100, 0};
+    AVCodec encoder = MadeUpEncoder();
+    encoder.supported_samplerates = rates;
+    EXPECT_EQ(NearestRate(encoder, 1), 8000);
+    EXPECT_EQ(NearestRate(encoder, 8001), 32000);
+    EXPECT_EQ(NearestRate(encoder, 32001), 44100);
+    EXPECT_EQ(NearestRate(encoder, 48001), 48000);
+}
+
+TEST(EncoderCapabilities, WindowsMediaAudioHasTwoChannelsAtMost)
+{
+    EXPECT_EQ(NearestLayout(Encoder("CODEC_ID_WMAV1"), Conf::CH_LAYOUT_5POINT1), Conf::CH_LAYOUT_STEREO);
+    EXPECT_EQ(NearestLayout(Encoder("CODEC_ID_WMAV2"), Conf::CH_LAYOUT_5POINT1), Conf::CH_LAYOUT_STEREO);
+}
+
 } // namespace

@@ -106,4 +106,43 @@ TEST(EncoderCheck, RefusesWithThePlaceOfTheFirstFault)
     EXPECT_EQ(thrown.Get<MediaException::TagKey>(), "p.video.PIXELFORMAT");
 }
 
+TEST(EncoderCheck, FindsPixelsThatTheEncoderDoesNotHaveOrThatContradictTheNumber)
+{
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"pixelFormat":"yuv422p"})"), Faults());
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"pixelFormat":"yuv420p","PIXELFORMAT":0})"), Faults());
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"pixelFormat":"yuv422p","PIXELFORMAT":0})"),
+              Faults{"pixelFormat: PIXELFORMAT asks for another pixel format"});
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"pixelFormat":"yuv422p","PIXELFORMAT":"x"})"),
+              Faults{"PIXELFORMAT: expected an integer, found 'x'"});
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"pixelFormat":"rgba64le"})"),
+              Faults{"pixelFormat: encoder libx264 does not support pixel format rgba64le"});
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"pixelFormat":"no format"})"),
+              Faults{"pixelFormat: encoder libx264 does not support pixel format no format"});
+}
+
+TEST(EncoderCheck, FindsFieldsThatTheEncoderDoesNotCode)
+{
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"deinterlace":"keep"})"), Faults());
+    EXPECT_EQ(FaultsOf("CODEC_ID_VP8", R"({"deinterlace":"25p"})"), Faults());
+    EXPECT_EQ(FaultsOf("CODEC_ID_VP8", R"({"deinterlace":"keep"})"),
+              Faults{"deinterlace: encoder libvpx does not support interlaced video"});
+    EXPECT_EQ(FaultsOf("CODEC_ID_VP8", R"({"deinterlace":1})"),
+              Faults{"deinterlace: expected a string, found 1"});
+}
+
+TEST(EncoderCheck, FindsRatesThatAreNotPositive)
+{
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"frameRateRatio":[0,1]})"),
+              Faults{"frameRateRatio: encoder libx264 does not support frame rate 0/1"});
+    EXPECT_EQ(FaultsOf("CODEC_ID_H264", R"({"frameRateRatio":[-25,1]})"),
+              Faults{"frameRateRatio: encoder libx264 does not support frame rate -25/1"});
+    EXPECT_EQ(FaultsOf("CODEC_ID_FLAC", R"({"sample_rate":0})"),
+              Faults{"sample_rate: encoder flac does not support sample rate 0"});
+}
+
+TEST(EncoderCheck, SubtitlesHaveNothingToCheck)
+{
+    EXPECT_EQ(FaultsOf("CODEC_ID_SUBRIP", R"({"width":-1,"sample_rate":-1})"), Faults());
+}
+
 } // namespace

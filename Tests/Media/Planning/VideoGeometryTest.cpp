@@ -146,4 +146,11 @@ TEST(VideoGeometry, TheTermsOfAnAspectRatioStayBelow65536)
     }
 }
 
+TEST(VideoGeometry, AnAspectRatioOfWhichOneTermIsZeroIsNotKnown)
+{
+    EXPECT_EQ(AspectOf({1920, 1080, 1, 0}), std::pair(1920U, 1080U));
+    EXPECT_EQ(AspectOf({1920, 1080, 0, 1}), std::pair(1920U, 1080U));
+    EXPECT_EQ(AspectOf({0, 0, 1, 1}), std::pair(1U, 1U));
+}
+
 } // namespace

@@ -354,4 +354,14 @@ TEST(CancelTokens, OfTheSameOriginShareOneState)
     EXPECT_FALSE(other.IsCancelled());
 }
 
+TEST_F(RunningJob, RemovesWhatAKilledRunLeftBesideItsTarget)
+{
+    const std::string left = Name(".zelnor-a1B2c3");
+    std::filesystem::create_directory(left);
+    std::filesystem::permissions(left, std::filesystem::perms::owner_all);
+    WriteFile(left + "/output", "half");
+    EXPECT_TRUE(RunJob(*Job(), With(kWrite)).IsDone());
+    EXPECT_THAT(Made(), ElementsAre("out.wav"));
+}
+
 } // namespace

@@ -105,4 +105,40 @@ TEST(BitrateComparison, NothingIsSaidOfACopy)
     EXPECT_THAT(CompareBitrate(wanted, GoodScan()), IsEmpty());
 }
 
+TEST(BitrateComparison, OnlyNumbersAboveZeroAreBitrates)
+{
+    EXPECT_THAT(Compare({{"b", "192k"}}, 120000, "ac3"), IsEmpty());
+    EXPECT_THAT(Compare({{"b", "0"}}, 120000, "ac3"), IsEmpty());
+    EXPECT_THAT(Compare({{"b", "-1"}}, 120000, "ac3"), IsEmpty());
+    EXPECT_THAT(Compare({}, 120000, "ac3"), IsEmpty());
+}
+
+TEST(BitrateComparison, APeakWithoutABufferMayBeStoredForASecond)
+{
+    const Options options = {{"maxrate", "1000000"}};
+    // 1.1 * (10 s * 1 Mb/s + 1 Mb)
+    EXPECT_THAT(Compare(options, 1512500), IsEmpty());
+    EXPECT_THAT(Compare(options, 1512501), ElementsAre("bitrate: wanted at most 1210 kb/s, found 1210 kb/s"));
+}
+
+TEST(BitrateComparison, NothingIsSaidOfWhatIsTooShort)
+{
+    EXPECT_THAT(Compare({{"maxrate", "1"}}, 1000, "h264", 0), IsEmpty());
+    ExpectedStream wanted = Expecting(MakeMediaFile({MakeAudioStream()}));
+    wanted.codec = "ac3";
+    wanted.options = {{"b", "192000"}};
+    StreamScan scan = GoodScan();
+    scan.bytes = 1;
+    scan.packets = 24;
+    EXPECT_THAT(CompareBitrate(wanted, scan), IsEmpty());
+    scan.packets = 25;
+    EXPECT_THAT(Told(CompareBitrate(wanted, scan)), ElementsAre("bitrate: wanted 192 kb/s, found 0 kb/s"));
+}
+
+TEST(BitrateComparison, AnMp3WithoutABitrateMayHaveAny)
+{
+    EXPECT_THAT(Compare({{"c", "libmp3lame"}}, 80000, "mp3"), IsEmpty());
+    EXPECT_THAT(Compare({{"c", "libmp3lame"}, {"b", "16000"}}, 10000, "mp3"), IsEmpty());
+}
+
 } // namespace

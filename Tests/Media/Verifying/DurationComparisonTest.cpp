@@ -90,4 +90,66 @@ TEST(DurationComparison, SubtitlesAndCoversHaveNoDuration)
     EXPECT_THAT(Compare(MakeMediaFile({MakeAttachedPicture()}), 1), IsEmpty());
 }
 
+/// What is told of a stream of ten seconds of a source that says that it lasts as long, with a change of one
+/// of the three.
+template <class Change>
+std::vector<std::string> CompareChanged(const Change& change)
+{
+    ExpectedFile wanted = ExpectingFile(MakeMediaFile({MakeVideoStream(), MakeSubtitleStream()}), "mp4");
+    MediaStream found = MakeVideoStream();
+    StreamScan scan = GoodScan();
+    change(wanted, found, scan);
+    const std::function<bool()> never;
+    return Told(DurationComparison(wanted, never).Compare(wanted.streams.front(), found, scan));
+}
+
+TEST(DurationComparison, ImagesHaveNoDuration)
+{
+    EXPECT_THAT(CompareChanged([](ExpectedFile& wanted, MediaStream&, StreamScan& scan) {
+                    wanted.isPicture = true;
+                    scan.end = 1;
+                }),
+                IsEmpty());
+    EXPECT_THAT(CompareChanged([](ExpectedFile&, MediaStream& found, StreamScan& scan) {
+                    found.isAttachedPicture = true;
+                    scan.end = 1;
+                }),
+                IsEmpty());
+}
+
+TEST(DurationComparison, NothingIsSaidOfAnEndThatWasNotSeen)
+{
+    EXPECT_THAT(
+        CompareChanged([](ExpectedFile&, MediaStream&, StreamScan& scan) { scan.end = std::nullopt; }),
+        IsEmpty());
+}
+
+TEST(DurationComparison, BelievesTheLongestOfTheStreamsThatAreMerged)
+{
+    EXPECT_THAT(CompareChanged([](ExpectedFile& wanted, MediaStream&, StreamScan& scan) {
+                    wanted.sources.front().streams[0].duration = 4000000;
+                    // A subtitle does not make a video longer.
+                    wanted.sources.front().streams[1].duration = 20000000;
+                    wanted.streams.front().streams = {0, 1};
+                    scan.end = 4000000;
+                }),
+                IsEmpty());
+}
+
+TEST(DurationComparison, ARecordWithoutARateAllowsNoFrameMore)
+{
+    const auto compare = [](const auto& rate) {
+        return CompareChanged([&rate](ExpectedFile& wanted, MediaStream&, StreamScan& scan) {
+            Core::Property& record = wanted.streams.front().record;
+            record.RemoveChild(Conf::IFormatCodecVideo::TAG_FPS);
+            record.SetChildT(Conf::IFormatCodecVideo::TAG_FPS, rate);
+            // A frame of the source, one of the file, and what containers round.
+            scan.end = 10100000;
+        });
+    };
+    EXPECT_THAT(compare(Core::Property::Ratio(25)), IsEmpty());
+    EXPECT_THAT(compare(Core::Property::Ratio(0)), IsEmpty());
+    EXPECT_THAT(compare(std::string("25")), IsEmpty());
+}
+
 } // namespace

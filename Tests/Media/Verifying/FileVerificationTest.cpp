@@ -150,4 +150,73 @@ TEST_F(VerifiedFile, IsNotComparedAnyFurtherWhenItIsCancelled)
     EXPECT_THAT(VerifyFile(Name("out"), "film", wanted, options).differences, IsEmpty());
 }
 
+/// A WAV file that says that it is longer than it is.
+MediaFile CutSource(const TemporaryFolder& folder)
+{
+    using namespace std::string_literals;
+    MediaFile source = MakeMediaFile({MakeAudioStream()}, (folder / "in.wav").string());
+    source.demuxer = "wav";
+    // Two channels of 16 bits at 48 kHz.
+    const std::string format = "fmt \x10\0\0\0\1\0\2\0\x80\xBB\0\0\0\xEE\2\0\4\0\x10\0"s;
+    WriteFile(source.name, "RIFF\x24\0\1\0WAVE"s + format + "data\0\0\1\0"s + std::string(400, '\0'));
+    return source;
+}
+
+TEST_F(VerifiedFile, IsMadeOfASourceThatIsCut)
+{
+    ExpectedFile wanted = Expected();
+    wanted.sources.push_back(CutSource(m_folder));
+    EXPECT_THAT(Told(Verify(wanted).differences), IsEmpty());
+    // Two streams of one source tell it once.
+    wanted.streams[0].source = 1;
+    wanted.streams[0].streams = {0};
+    wanted.streams[1].source = 1;
+    wanted.streams[1].streams = {0};
+    wanted.streams[1].isCopied = false;
+    const auto isCut = testing::Contains("source '" + wanted.sources[1].name +
+                                         "': wanted 65580 bytes, found 444 bytes, it is cut");
+    wanted.sources[1].duration = std::nullopt;
+    EXPECT_THAT(Told(Verify(wanted).differences), isCut.Times(1));
+    wanted.isPicture = true;
+    EXPECT_THAT(Told(Verify(wanted).differences), testing::Not(isCut));
+}
+
+TEST_F(VerifiedFile, MayBeMadeOfThePartOfASourceThatIsThere)
+{
+    ExpectedFile wanted = Expected();
+    wanted.streams.erase(wanted.streams.begin());
+    wanted.sources.push_back(CutSource(m_folder));
+    wanted.streams.front().source = 1;
+    wanted.streams.front().streams = {0};
+    const auto isCut = testing::Contains(testing::HasSubstr("wanted 65580 bytes, found 444 bytes"));
+    wanted.span = {0, 200000};
+    EXPECT_THAT(Told(Verify(wanted).differences), testing::Not(isCut));
+    wanted.sources[1].duration = 100000;
+    EXPECT_THAT(Told(Verify(wanted).differences), isCut);
+    wanted.sources[1].duration = std::nullopt;
+    EXPECT_THAT(Told(Verify(wanted).differences), isCut);
+}
+
+TEST_F(VerifiedFile, MayHoldACoverThatIsCopiedAsAVideo)
+{
+    WriteFile(Name("in"), TinyClip());
+    MakeClip({"-i", Name("in"), "-f", "lavfi", "-i", "color=s=32x32:d=0.04", "-map", "0:a", "-map", "1",
+              "-c:a", "copy", "-c:v", "mjpeg", "-disposition:v", "attached_pic", "-f", "mp4", Name("out")});
+    ExpectedFile wanted = Expected("mp4");
+    wanted.covers = std::nullopt;
+    wanted.streams[1].isCopied = true;
+    EXPECT_THAT(Told(Verify(wanted).differences), IsEmpty());
+    wanted.streams[1].isCopied = false;
+    EXPECT_THAT(Told(Verify(wanted).differences), ElementsAre("stream: wanted video mjpeg, found none"));
+}
+
+TEST_F(VerifiedFile, ThatCannotBeReadIsADifferenceWithoutItsNameWhileItIsMade)
+{
+    const ExpectedFile wanted = Expected();
+    WriteFile(Name("out"), "no Matroska");
+    EXPECT_THAT(
+        Told(Verify(wanted).differences),
+        ElementsAre("file: wanted matroska, found cannot be read: Invalid data found when processing input"));
+}
+
 } // namespace

@@ -122,4 +122,77 @@ TEST(PictureComparison, ACopyMayLoseColoursThatOnlyItsContainerTold)
                 ElementsAre("colour matrix: wanted bt709, found bt470bg"));
 }
 
+TEST(PictureComparison, OfASourceThatIsNotKnownGoesByTheRecord)
+{
+    ExpectedFile file = ExpectingFile(MakeMediaFile({MakeVideoStream()}), "mp4");
+    file.sources.clear();
+    file.streams.front().record.SetChildT(JobKeys::kDeinterlace, JobKeys::kDeinterlaceKeep);
+    MediaStream found = MakeVideoStream();
+    found.pixelFormat = "yuv422p";
+    found.isInterlaced = true;
+    const std::string pixels = "pixel format: wanted yuv420p, found yuv422p";
+    EXPECT_THAT(Told(ComparePicture(file, file.streams.front(), found)),
+                ElementsAre(pixels, "field order: wanted progressive, found interlaced"));
+    file.streams.front().isCopied = true;
+    EXPECT_THAT(Told(ComparePicture(file, file.streams.front(), found)), ElementsAre(pixels));
+}
+
+TEST(PictureComparison, APixelFormatThatTheRecordLeavesOpenMayBeAny)
+{
+    const MediaStream source = MakeVideoStream();
+    RemoveValue(source, TAG_PIX_FMT);
+    MediaStream found = MakeVideoStream();
+    found.pixelFormat = "yuv422p";
+    EXPECT_THAT(Compare({}, found, source), IsEmpty());
+}
+
+TEST(PictureComparison, AGifIsDecodedWithoutItsPalette)
+{
+    MediaStream found = MakeVideoStream(1280, 720, "CODEC_ID_GIF");
+    found.pixelFormat = "bgra";
+    EXPECT_THAT(Compare({{JobKeys::kPixelFormat, "pal8"}}, found, MakeVideoStream(), "gif"), IsEmpty());
+}
+
+TEST(PictureComparison, OfACodecThatFFmpegDoesNotKnowHasPixelsToCompare)
+{
+    MediaStream found = MakeVideoStream();
+    found.codec = "none of FFmpeg's";
+    found.pixelFormat = "yuv422p";
+    EXPECT_THAT(Compare({}, found), ElementsAre("pixel format: wanted yuv420p, found yuv422p"));
+}
+
+TEST(PictureComparison, TransparencyMayStandBesideTheStream)
+{
+    MediaStream found = MakeVideoStream(1280, 720, "CODEC_ID_VP9");
+    found.pixelFormat = "yuv420p";
+    const std::vector<std::pair<std::string, std::string>> keys = {{JobKeys::kPixelFormat, "yuva420p"}};
+    EXPECT_THAT(Compare(keys, found, MakeVideoStream(), "webm"),
+                ElementsAre("pixel format: wanted yuva420p, found yuv420p"));
+    SetTag(*found.descriptor, "alpha_mode", "1");
+    EXPECT_THAT(Compare(keys, found, MakeVideoStream(), "webm"), IsEmpty());
+    found.pixelFormat = "gbrp";
+    EXPECT_THAT(Compare(keys, found, MakeVideoStream(), "webm"),
+                ElementsAre("pixel format: wanted yuva420p, found gbrp"));
+}
+
+TEST(PictureComparison, DvSaysThatItIsInterlacedWhateverItIs)
+{
+    MediaStream found = MakeVideoStream(720, 576, "CODEC_ID_DVVIDEO");
+    found.isInterlaced = true;
+    EXPECT_THAT(Compare({}, found), IsEmpty());
+}
+
+TEST(PictureComparison, FieldsOfUnknownOrderAreInterlaced)
+{
+    EXPECT_THAT(Compare({}, Interlaced("")),
+                ElementsAre("field order: wanted progressive, found interlaced"));
+}
+
+TEST(PictureComparison, PngDoesNotTellItsRange)
+{
+    MediaStream found = MakeVideoStream(1280, 720, "CODEC_ID_PNG");
+    found.color.range = "pc";
+    EXPECT_THAT(Compare({{JobKeys::kColorRange, "tv"}}, found, MakeVideoStream(), "matroska"), IsEmpty());
+}
+
 } // namespace

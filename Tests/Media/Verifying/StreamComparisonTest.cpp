@@ -142,4 +142,141 @@ TEST(StreamComparison, AConvertedVideoStandsUpright)
     EXPECT_THAT(Video(found), ElementsAre("rotation: wanted 0, found 90"));
 }
 
+TEST(StreamComparison, WhatEitherSideDoesNotKnowIsNotCompared)
+{
+    const MediaStream video = MakeVideoStream();
+    RemoveValue(video, IFormatCodecVideo::TAG_FPS);
+    EXPECT_THAT(Video(video), IsEmpty());
+    for (const std::string& key : {IFormatCodecAudio::TAG_SAMPLE_RATE, IFormatCodecAudio::TAG_LAYOUT})
+    {
+        const MediaStream unknown = MakeAudioStream();
+        RemoveValue(unknown, key);
+        EXPECT_THAT(Audio(unknown), IsEmpty()) << key;
+        const ExpectedFile file = ExpectingFile(MakeMediaFile({unknown}), "mp4");
+        const MediaStream found = MakeAudioStream(CH_LAYOUT_MONO, 48000);
+        EXPECT_EQ(CompareStream(file, file.streams.front(), {found, GoodScan()}).empty(),
+                  key == IFormatCodecAudio::TAG_LAYOUT)
+            << key;
+    }
+    const MediaStream text = MakeAudioStream();
+    SetValue(text, IFormatCodecAudio::TAG_SAMPLE_RATE, std::string("44100"));
+    EXPECT_THAT(Audio(text), IsEmpty());
+}
+
+TEST(StreamComparison, AVideoWhoseSizeTheJobLeavesOpenMayHaveAnySize)
+{
+    const auto compare = [](const MediaStream& source) {
+        const ExpectedFile file = ExpectingFile(MakeMediaFile({source}), "mp4");
+        const MediaStream found = MakeVideoStream(640, 360);
+        return Told(CompareStream(file, file.streams.front(), {found, GoodScan()}));
+    };
+    EXPECT_THAT(compare(MakeVideoStream()), ElementsAre("size: wanted 1280x720, found 640x360"));
+    for (const std::string& key : {IFormatCodecVideo::TAG_WIDTH, IFormatCodecVideo::TAG_HEIGHT})
+    {
+        const MediaStream source = MakeVideoStream();
+        RemoveValue(source, key);
+        EXPECT_THAT(compare(source), IsEmpty()) << key;
+    }
+    for (const std::string& key : {IFormatCodecVideo::TAG_WIDTH, IFormatCodecVideo::TAG_HEIGHT,
+                                   IFormatCodecVideo::TAG_ASPECTX, IFormatCodecVideo::TAG_ASPECTY})
+    {
+        const MediaStream source = MakeVideoStream();
+        SetValue(source, key, 0LL);
+        EXPECT_THAT(compare(source), IsEmpty()) << key;
+    }
+}
+
+TEST(StreamComparison, TellsAVideoOfUnknownSize)
+{
+    const MediaStream found = MakeVideoStream();
+    RemoveValue(found, IFormatCodecVideo::TAG_WIDTH);
+    EXPECT_THAT(Video(found), ElementsAre("size: wanted 1280x720, found 0x0"));
+}
+
+TEST(StreamComparison, AnImageHasNoFrameRate)
+{
+    MediaStream found = MakeVideoStream();
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(50));
+    StreamScan scan = GoodScan();
+    scan.packets = 500;
+    ASSERT_THAT(Video(found, scan), ElementsAre("frame rate: wanted 25.000, found 50.000"));
+    ExpectedFile picture = ExpectingFile(MakeMediaFile({MakeVideoStream()}), "mp4");
+    picture.isPicture = true;
+    EXPECT_THAT(CompareStream(picture, picture.streams.front(), {found, scan}), IsEmpty());
+    found.isAttachedPicture = true;
+    EXPECT_THAT(Video(found, scan), IsEmpty());
+}
+
+TEST(StreamComparison, AVideoWhoseRateTheJobLeavesOpenMayHaveAnyRate)
+{
+    const MediaStream source = MakeVideoStream();
+    RemoveValue(source, IFormatCodecVideo::TAG_FPS);
+    const ExpectedFile file = ExpectingFile(MakeMediaFile({source}), "mp4");
+    const MediaStream found = MakeVideoStream();
+    EXPECT_THAT(CompareStream(file, file.streams.front(), {found, GoodScan()}), IsEmpty());
+}
+
+TEST(StreamComparison, AContainerThatIsNotKnownHereHasNoFrameRate)
+{
+    const MediaStream found = MakeVideoStream();
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(50));
+    StreamScan scan = GoodScan();
+    scan.packets = 500;
+    EXPECT_THAT(Video(found, scan, "none of FFmpeg's"), IsEmpty());
+}
+
+TEST(StreamComparison, ARateThatCannotBeMeasuredIsTheOneThatTheFileSays)
+{
+    const MediaStream found = MakeVideoStream();
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(50));
+    const std::string told = "frame rate: wanted 25.000, found 50.000";
+    StreamScan scan = GoodScan();
+    scan.packets = 1;
+    EXPECT_THAT(Video(found, scan), ElementsAre(told));
+    scan = GoodScan();
+    scan.end = std::nullopt;
+    EXPECT_THAT(Video(found, scan), ElementsAre(told));
+    scan.end = scan.begin;
+    EXPECT_THAT(Video(found, scan), ElementsAre(told));
+}
+
+TEST(StreamComparison, AGifMayHaveFewerFramesButNotMore)
+{
+    const ExpectedFile file =
+        ExpectingFile(MakeMediaFile({MakeVideoStream(1280, 720, "CODEC_ID_GIF")}), "gif");
+    const MediaStream found = MakeVideoStream(1280, 720, "CODEC_ID_GIF");
+    SetValue(found, IFormatCodecVideo::TAG_FPS, Core::Property::Ratio(50));
+    const auto compare = [&](std::int64_t packets) {
+        StreamScan scan = GoodScan();
+        scan.packets = packets;
+        return Told(CompareStream(file, file.streams.front(), {found, scan}));
+    };
+    EXPECT_THAT(compare(1), IsEmpty());
+    EXPECT_THAT(compare(100), IsEmpty());
+    EXPECT_THAT(compare(500), ElementsAre("frame rate: wanted 25.000, found 50.000"));
+}
+
+TEST(StreamComparison, TellsAnotherProfileOfAacButNotOfOtherCodecs)
+{
+    const auto compare = [](const char* codecId) {
+        const MediaStream source = MakeAudioStream(CH_LAYOUT_STEREO, 48000, codecId);
+        SetValue(source, IFormatCodec::TAG_PROFILE, std::string("aac_he"));
+        const MediaStream found = MakeAudioStream(CH_LAYOUT_STEREO, 48000, codecId);
+        SetValue(found, IFormatCodec::TAG_PROFILE, std::string("aac_low"));
+        const ExpectedFile file = ExpectingFile(MakeMediaFile({source}), "matroska");
+        return Told(CompareStream(file, file.streams.front(), {found, GoodScan()}));
+    };
+    EXPECT_THAT(compare("CODEC_ID_AAC"), ElementsAre("profile: wanted aac_he, found aac_low"));
+    EXPECT_THAT(compare("CODEC_ID_DTS"), IsEmpty());
+}
+
+TEST(StreamComparison, ASubtitleMayHaveNothingToDecode)
+{
+    const ExpectedFile file = ExpectingFile(MakeMediaFile({MakeSubtitleStream()}), "matroska");
+    const MediaStream found = MakeSubtitleStream();
+    StreamScan scan = GoodScan();
+    scan.frames = 0;
+    EXPECT_THAT(CompareStream(file, file.streams.front(), {found, scan}), IsEmpty());
+}
+
 } // namespace

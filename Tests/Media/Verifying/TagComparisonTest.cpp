@@ -78,4 +78,25 @@ TEST(TagComparison, TellsATagOfAStreamThatIsLost)
     EXPECT_THAT(StreamTag({"title", "T"}, {}), ElementsAre("tag title: wanted 'T', found none"));
 }
 
+TEST(TagComparison, OneOfSeveralTagsOfANameIsEnough)
+{
+    for (const auto& [first, second] : {std::pair("Film", "Other"), std::pair("Other", "Film")})
+    {
+        const MediaFile found = MakeMediaFile({MakeAudioStream()});
+        SetTag(*found.descriptor, "TITLE", first);
+        SetTag(*found.descriptor, "title", second);
+        EXPECT_THAT(CompareFileTags(Wanting({"title", "Film"}), found), IsEmpty());
+    }
+}
+
+TEST(TagComparison, ANumberIsNotATag)
+{
+    const MediaFile found = MakeMediaFile({MakeAudioStream()});
+    Core::Property metadata = found.descriptor->GetMetadata();
+    metadata.SetChildT("title", 7LL);
+    found.descriptor->SetMetadata(metadata);
+    EXPECT_THAT(Told(CompareFileTags(Wanting({"title", "7"}), found)),
+                ElementsAre("tag title: wanted '7', found none"));
+}
+
 } // namespace
