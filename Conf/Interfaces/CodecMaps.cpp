@@ -2,11 +2,11 @@
 
 #include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Private/CodecIndex.h"
 #include "Conf/Private/Registry.h"
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 
 namespace Zelnor::Conf
 {
@@ -30,31 +30,26 @@ const std::string& AVCodecIDToTextID(AVCodecID id, const MapCodecs& map)
 
 AVCodecID AVCodecIDFromTextID(const std::string& textId, const MapCodecs& map)
 {
-    const auto found =
-        std::find_if(map.begin(), map.end(), [&](const auto& entry) { return entry.second == textId; });
-    if (found == map.end())
+    const std::optional<AVCodecID> id = FindCodecID(textId, map);
+    if (!id)
     {
         ZELNOR_THROW(kStubUnit, FormatException() << TagDescription("Provided codec textID ('" + textId +
                                                                     "') is not found in list"));
     }
-    return found->first;
+    return *id;
 }
 
-const std::string& CodecIDToTextID(AVCodecID id) { return AVCodecIDToTextID(id, mapCodecs); }
+const std::string& CodecIDToTextID(AVCodecID id)
+{
+    const std::string* const text = FindCodecText(id);
+    return text == nullptr ? AVCodecIDToTextID(id, mapCodecs) : *text;
+}
 
 AVCodecID CodecIDFromTextID(const std::string& textId) { return AVCodecIDFromTextID(textId, mapCodecs); }
 
 std::optional<MediaType> GetCodecMediaType(const std::string& textId)
 {
-    // Names of implementations stand beside the codecs as constants that are their own text.
-    constexpr std::string_view kCodecPrefix = "CODEC_ID_";
-    if (textId.compare(0, kCodecPrefix.size(), kCodecPrefix) != 0)
-    {
-        return std::nullopt;
-    }
-    const auto found = std::find_if(std::begin(codecMediaTypes), std::end(codecMediaTypes),
-                                    [&](const TypedText& row) { return *row.text == textId; });
-    return found == std::end(codecMediaTypes) ? std::nullopt : std::optional(found->mediaType);
+    return GetCodecFacts(textId).mediaType;
 }
 
 bool IsAudioBitrateRequired(const std::string& textId)
@@ -64,8 +59,7 @@ bool IsAudioBitrateRequired(const std::string& textId)
     {
         return false;
     }
-    if (std::none_of(std::begin(audioCodecs), std::end(audioCodecs),
-                     [&](const auto& codec) { return codec.second == textId; }))
+    if (!GetCodecFacts(textId).isAudioRow)
     {
         ZELNOR_THROW(kStubUnit, FormatException() << TagDescription(
                                     "Provided audio codec id is not found in list: " + textId));

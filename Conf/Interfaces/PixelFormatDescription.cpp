@@ -1,8 +1,13 @@
 #include "Conf/Interfaces/PixelFormatDescription.h"
 
+#include "Conf/Private/TextIndex.h"
 #include "Core/Interfaces/Exception.h"
 
+#include <array>
+#include <cstddef>
+#include <iterator>
 #include <stdexcept>
+#include <string_view>
 
 namespace Zelnor
 {
@@ -48,6 +53,59 @@ std::int32_t ChromaSize(std::int32_t size, unsigned char log2Chroma)
 
 bool IsChroma(int plane) { return plane == 1 || plane == 2; }
 
+/// The names and the values of the records, in their order.
+constexpr std::string_view kNames[] = {
+#define ZELNOR_PIXEL_FORMAT(enumerator, value, name, components, log2ChromaW, log2ChromaH, flags,            \
+                            colorRange)                                                                      \
+    name,
+#include "Conf/Interfaces/Vocabulary/PixelFormats.def"
+};
+constexpr PixFmt kValues[] = {
+#define ZELNOR_PIXEL_FORMAT(enumerator, value, name, components, log2ChromaW, log2ChromaH, flags,            \
+                            colorRange)                                                                      \
+    enumerator,
+#include "Conf/Interfaces/Vocabulary/PixelFormats.def"
+};
+
+struct Rows
+{
+    static constexpr std::string_view GetText(std::size_t row) { return kNames[row]; }
+};
+
+constexpr Conf::TextIndex<Rows, 128> kRowsByName(std::size(kNames));
+
+/// Values from `PIX_FMT_NONE` to this one have a place in the table below.
+constexpr PixFmt kLastValue = PIX_FMT_YUVJ411P;
+constexpr std::size_t kFreePlace = std::size(kValues);
+
+/// A value that is less than `PIX_FMT_NONE` is as far beyond the table as one that is too large.
+constexpr std::size_t PlaceOf(PixFmt pixFmt)
+{
+    return static_cast<std::uint32_t>(pixFmt) - static_cast<std::uint32_t>(PIX_FMT_NONE);
+}
+
+constexpr auto IndexValues()
+{
+    std::array<std::uint8_t, PlaceOf(kLastValue) + 1> rows = {};
+    for (std::uint8_t& row : rows)
+    {
+        row = kFreePlace;
+    }
+    for (std::size_t row = std::size(kValues); row > 0; --row)
+    {
+        rows[PlaceOf(kValues[row - 1])] = static_cast<std::uint8_t>(row - 1);
+    }
+    return rows;
+}
+
+constexpr auto kRowsByValue = IndexValues();
+
+std::size_t FindRow(PixFmt pixFmt)
+{
+    const std::size_t place = PlaceOf(pixFmt);
+    return place < std::size(kRowsByValue) ? kRowsByValue[place] : kFreePlace;
+}
+
 } // namespace
 
 const std::vector<PixFmtDescription> PixFmtDescription::s_pixelFormatRecords = RecordsMaker();
@@ -71,28 +129,26 @@ PixFmtDescription::PixFmtDescription(PixFmt pixFmt_, const char* name_, unsigned
 
 // The lines of the throws below are part of the contract with the product's error reports.
 
+// Rows are compared with the number of records: before those are made, there are none.
+
 const PixFmtDescription* PixFmtDescription::Find(PixFmt pixFmt)
 {
-    for (const PixFmtDescription& record : s_pixelFormatRecords)
+    const std::size_t row = FindRow(pixFmt);
+    if (row >= s_pixelFormatRecords.size())
     {
-        if (record.pixFmt == pixFmt)
-        {
-            return &record;
-        }
+        ZELNOR_THROW_AT_LINE(kUnit, 60, std::logic_error(""));
     }
-    ZELNOR_THROW_AT_LINE(kUnit, 60, std::logic_error(""));
+    return &s_pixelFormatRecords[row];
 }
 
 const PixFmtDescription* PixFmtDescription::Find(const std::string& name)
 {
-    for (const PixFmtDescription& record : s_pixelFormatRecords)
+    const std::size_t row = kRowsByName.Find(name);
+    if (row >= s_pixelFormatRecords.size())
     {
-        if (record.name == name)
-        {
-            return &record;
-        }
+        ZELNOR_THROW_AT_LINE(kUnit, 68, std::logic_error(""));
     }
-    ZELNOR_THROW_AT_LINE(kUnit, 68, std::logic_error(""));
+    return &s_pixelFormatRecords[row];
 }
 
 std::int32_t PixFmtDescription::GetPlanWidth(std::int32_t width, int plane) const

@@ -12,6 +12,7 @@
 #include "Conf/Interfaces/IPreset.h"
 #include "Conf/Interfaces/IPropertyConstraint.h"
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
+#include "Conf/Private/CodecIndex.h"
 #include "Conf/Private/Registry.h"
 
 #include <algorithm>
@@ -152,26 +153,34 @@ MapCodecs MapOf(const std::pair<AVCodecID, std::string> (&rows)[N])
     return map;
 }
 
+/// The same of maps, of which each one's IDs mostly follow those of the one before.
+MapCodecs Join(std::initializer_list<const MapCodecs*> maps)
+{
+    MapCodecs all;
+    for (const MapCodecs* const map : maps)
+    {
+        for (const auto& [id, text] : *map)
+        {
+            all.try_emplace(all.end(), id, text);
+        }
+    }
+    return all;
+}
+
 } // namespace
 
 const MapCodecs mapVideoCodecs = MapOf(videoCodecs);
 const MapCodecs mapAudioCodecs = MapOf(audioCodecs);
 const MapCodecs mapSubtitleCodecs = MapOf(subtitleCodecs);
 const MapCodecs mapUnknownCodecs = MapOf(unknownCodecs);
-const MapCodecs mapCodecs =
-    concat(concat(mapVideoCodecs, mapAudioCodecs), concat(mapSubtitleCodecs, mapUnknownCodecs));
+const MapCodecs mapCodecs = Join({&mapVideoCodecs, &mapAudioCodecs, &mapSubtitleCodecs, &mapUnknownCodecs});
 
-constexpr TypedText codecMediaTypes[] = {
-#define ZELNOR_SELF(name) {&IFormatCodecVideo::name, MEDIA_TYPE_VIDEO},
-#define ZELNOR_CODEC(name) {&IFormatCodecVideo::name, MEDIA_TYPE_VIDEO},
-#define ZELNOR_CODEC_AS(name, enumerator) {&IFormatCodecVideo::name, MEDIA_TYPE_VIDEO},
-#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-#define ZELNOR_SELF(name) {&IFormatCodecAudio::name, MEDIA_TYPE_AUDIO},
-#define ZELNOR_CODEC(name) {&IFormatCodecAudio::name, MEDIA_TYPE_AUDIO},
-#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-#define ZELNOR_CODEC(name) {&IFormatCodecSubtitle::name, MEDIA_TYPE_SUBTITLE},
-#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-};
+namespace
+{
+
+[[maybe_unused]] const bool areCodecTextsRemembered = RememberCodecTexts();
+
+} // namespace
 
 // Lists
 

@@ -58,24 +58,6 @@ struct TypedText
     MediaType mediaType;
 };
 
-// clang-format off
-constexpr std::size_t kCodecMediaTypes = 0
-#define ZELNOR_SELF(name) + 1
-#define ZELNOR_CODEC(name) + 1
-#define ZELNOR_CODEC_AS(name, enumerator) + 1
-#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-#define ZELNOR_SELF(name) + 1
-#define ZELNOR_CODEC(name) + 1
-#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-#define ZELNOR_CODEC(name) + 1
-#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-;
-// clang-format on
-
-/// The constants of the three kinds of codecs that may name a codec, those that FFmpeg does not know
-/// included.
-extern const TypedText codecMediaTypes[kCodecMediaTypes];
-
 /// The order decides which text a media type is given.
 extern const TypedText mapStringToMediaType[4];
 

@@ -64,6 +64,66 @@ TEST(PixFmtDescription, EveryEnumeratorIsNamedAfterItsRecord)
 #include "Conf/Interfaces/Vocabulary/PixelFormats.def"
 }
 
+/// How a walk through the records would find it.
+template <class Matches>
+const PixFmtDescription* Walk(Matches&& matches)
+{
+    const auto& records = PixFmtDescription::s_pixelFormatRecords;
+    const auto found = std::find_if(records.begin(), records.end(), matches);
+    return found == records.end() ? nullptr : &*found;
+}
+
+template <class Key>
+const PixFmtDescription* Ask(const Key& key)
+{
+    try
+    {
+        return PixFmtDescription::Find(key);
+    }
+    catch (const std::logic_error&)
+    {
+        return nullptr;
+    }
+}
+
+TEST(PixFmtDescription, EveryValueFindsWhatAWalkFinds)
+{
+    std::vector<int> values = {std::numeric_limits<int>::min(), std::numeric_limits<int>::min() + 1,
+                               std::numeric_limits<int>::max() - 1, std::numeric_limits<int>::max()};
+    for (int value = -300; value < 700; ++value)
+    {
+        values.push_back(value);
+    }
+    for (const int value : values)
+    {
+        const auto pixFmt = static_cast<PixFmt>(value);
+        EXPECT_EQ(Ask(pixFmt), Walk([&](const auto& record) { return record.pixFmt == pixFmt; })) << value;
+    }
+}
+
+TEST(PixFmtDescription, NamesAndNearMissesFindWhatAWalkFinds)
+{
+    std::vector<std::string> names = {"", "Y", std::string(100'000, 'Y'), std::string(7, '\0'),
+                                      "PIX_FMT_YUV420P"};
+    for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
+    {
+        names.push_back(record.name);
+        names.push_back(record.name.substr(1));
+        names.push_back(record.name.substr(0, record.name.size() - 1));
+        names.push_back(record.name + '\0');
+        for (std::size_t i = 0; i < record.name.size(); ++i)
+        {
+            std::string other = record.name;
+            other[i] = static_cast<char>(other[i] ^ 0x20);
+            names.push_back(other);
+        }
+    }
+    for (const std::string& name : names)
+    {
+        EXPECT_EQ(Ask(name), Walk([&](const auto& record) { return record.name == name; })) << name;
+    }
+}
+
 TEST(PixFmtDescription, ValueAndNameFindTheRecordItself)
 {
     for (const PixFmtDescription& record : PixFmtDescription::s_pixelFormatRecords)
