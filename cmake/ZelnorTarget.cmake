@@ -60,7 +60,9 @@ function(zelnor_library target output)
                VERSION "${PROJECT_VERSION}"
                SOVERSION "${PROJECT_VERSION_MAJOR}")
   set(exports "${PROJECT_SOURCE_DIR}/cmake/ZelnorExports.map")
-  target_link_options(${target} PRIVATE "-Wl,--version-script=${exports}")
+  # Our functions call each other as they are, without the loader looking for others of the same names. Not what is data:
+  # programs have copies of that, which the library must use as well.
+  target_link_options(${target} PRIVATE "-Wl,--version-script=${exports}" -Wl,-Bsymbolic-functions)
   if(NOT ZELNOR_SANITIZE)
     # A library lacks nothing; a sanitizer's own functions come with the program.
     target_link_options(${target} PRIVATE -Wl,-z,defs)
