@@ -93,4 +93,13 @@ TEST(JobFile, ARecordOfALinkIsNamedWhenTheOnesOfTheNodesAreGood)
                   "edges[1]: data.a: expected an integer, a string, a rational, null or a group, found true");
 }
 
+TEST(JobFile, OfAnotherFormIsRefusedByTheGraph)
+{
+    ExpectRefused("[]", "The root node must be an object.");
+    EXPECT_THROW(Read("{}"), JobException);
+    EXPECT_THROW(Read(R"({"vertices":{},"edges":[]})"), JobException);
+    EXPECT_THROW(Read(R"({"vertices":[],"edges":1})"), JobException);
+    EXPECT_THROW(Read(R"({"vertices":[1],"edges":[]})"), JobException);
+}
+
 } // namespace

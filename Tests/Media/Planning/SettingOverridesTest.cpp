@@ -182,4 +182,56 @@ TEST_F(Overrides, ThatAnEncoderDoesNotHaveAreRefusedWithTheirPlace)
               "an option 'report'");
 }
 
+TEST_F(Overrides, NameAStreamByItsWholePosition)
+{
+    EXPECT_EQ(RefusalOf("audio[.bitrate=1"),
+              "audio[.bitrate: expected the position of a stream, as audio[1]");
+    EXPECT_EQ(RefusalOf("video.frameRateRatio=1/x"),
+              "video.frameRateRatio: expected a rate as [30000, 1001], found '1/x'");
+}
+
+TEST_F(Overrides, ThatNobodyHasParsedAreCheckedAsWell)
+{
+    m_request.settings = {{"video.width", Property("", 0LL)}};
+    EXPECT_EQ(ExpectThrow<PlanException>([&] { Apply({}); }).description,
+              "video.width: expected an integer from 1 to 65535, found 0");
+}
+
+TEST_F(Overrides, OfTheCodecLeaveItsSettingsOut)
+{
+    const Property video = Apply({"video.pixelFormat=yuv420p10le", "video.codec.options.encode.crf=20",
+                                  "video.codec_id=CODEC_ID_MPEG4"})["$$STREAMS$$"][0];
+    EXPECT_EQ(video["codec_id"].GetString(), "CODEC_ID_MPEG4");
+    EXPECT_FALSE(video.ChildExists("pixelFormat"));
+    EXPECT_FALSE(video.ChildExists("codec.options.encode"));
+    EXPECT_THAT(m_notes, ElementsAre("The preset's profile, preset, PIXELFORMAT, pixelFormat, "
+                                     "codec.options.encode for video belong to CODEC_ID_H264, and are not "
+                                     "used for CODEC_ID_MPEG4"));
+}
+
+TEST_F(Overrides, SayNothingOfAGroupWithoutOptions)
+{
+    Property preset = MakePreset("mp4", kStreams)->GetProperty();
+    Property& video = preset["$$STREAMS$$"][0];
+    for (const char* const key : {"profile", "preset", "PIXELFORMAT"})
+    {
+        video.RemoveChild(key);
+    }
+    video.SetChild("codec.options.encode");
+    m_request.codecs = {"CODEC_ID_MPEG4"};
+    EXPECT_FALSE(
+        ApplyOverrides(preset, m_request, m_notes)["$$STREAMS$$"][0].ChildExists("codec.options.encode"));
+    EXPECT_THAT(m_notes, IsEmpty());
+}
+
+TEST_F(Overrides, AreOfOneStreamOrOfAllOfItsType)
+{
+    const std::vector<SettingOverride> one = {ParseSetting("audio[1].bitrate=96000")};
+    EXPECT_TRUE(IsOverridden(one, "audio", 1, "bitrate"));
+    EXPECT_FALSE(IsOverridden(one, "audio", 0, "bitrate"));
+    EXPECT_FALSE(IsOverridden(one, "audio", 1, "sample_rate"));
+    EXPECT_FALSE(IsOverridden(one, "video", 1, "bitrate"));
+    EXPECT_TRUE(IsOverridden({ParseSetting("audio.bitrate=96000")}, "audio", 7, "bitrate"));
+}
+
 } // namespace

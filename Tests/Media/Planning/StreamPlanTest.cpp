@@ -59,4 +59,13 @@ TEST(RankStreams, LeavesAttachedPicturesOut)
     EXPECT_THAT(Ranking({MakeAttachedPicture(), MakeVideoStream(64, 48)}, StreamKind::Video), ElementsAre(1));
 }
 
+TEST(RankStreams, PutsSoundOfUnknownChannelsLast)
+{
+    const MediaStream unknown = MakeAudioStream();
+    RemoveValue(unknown, Conf::IFormatCodecAudio::TAG_LAYOUT);
+    SetValue(unknown, Conf::IFormatCodec::TAG_BITRATE, 320000LL);
+    EXPECT_THAT(Ranking({unknown, MakeAudioStream(Conf::CH_LAYOUT_MONO)}, StreamKind::Audio),
+                ElementsAre(1, 0));
+}
+
 } // namespace

@@ -80,4 +80,12 @@ TEST(TargetName, OfAnotherContainerIsRefused)
     EXPECT_NE(refusal("out.mp4", "mov"), "");
 }
 
+TEST(TargetName, OfAContainerWithoutExtensionsHasThatOfNoOther)
+{
+    EXPECT_EQ(ExpectThrow<PlanException>([] { NameFor("out.mkv", "framehash"); }).description,
+              "'out.mkv' is named like a file of the container matroska, and the container to make is "
+              "framehash; another preset makes the one, another extension fits the other");
+    EXPECT_EQ(NameFor("out.jpeg", "image2"), "out.jpeg");
+}
+
 } // namespace

@@ -77,4 +77,22 @@ TEST(ParityOf, IsTheFieldThatIsShownFirst)
     EXPECT_EQ(ParityOf(source), "tff");
 }
 
+TEST(IsSameMatrix, TakesOneOfTheTwoNamesForNoOther)
+{
+    EXPECT_FALSE(IsSameMatrix("bt470bg", "bt709"));
+    EXPECT_FALSE(IsSameMatrix("", "smpte170m"));
+}
+
+TEST(IsHdr, KnowsBothTransfers)
+{
+    EXPECT_TRUE(IsHdr("smpte2084"));
+    EXPECT_TRUE(IsHdr("arib-std-b67"));
+    EXPECT_FALSE(IsHdr("bt709"));
+}
+
+TEST(DeinterlacingIn, PassesOverWhatIsNotAWord)
+{
+    EXPECT_EQ(DeinterlacingIn(VideoRecord(R"("deinterlace":1)")), Deinterlacing::EveryFrame);
+}
+
 } // namespace

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
 #include <string>
 #include <vector>
 
@@ -119,6 +123,45 @@ TEST_F(FrameLook, LetsTheFailureOfAStreamPass)
         {}
     }
     EXPECT_FALSE(isMet);
+}
+
+/// What the frames of a file tell of its one video, of which nothing else is known.
+MediaStream SeenIn(const std::string& name)
+{
+    AVFormatContext* context = nullptr;
+    EXPECT_EQ(avformat_open_input(&context, name.c_str(), nullptr, nullptr), 0);
+    std::vector<MediaStream> streams(1);
+    streams[0].kind = StreamKind::Video;
+    LookAtFrames(*context, streams);
+    avformat_close_input(&context);
+    return streams[0];
+}
+
+TEST_F(FrameLook, FindsColoursThatOnlyTheFramesTell)
+{
+    Video("scale=64:48",
+          {"-c:v", "mpeg2video", "-colorspace", "smpte170m", "-color_primaries", "bt470bg", "-color_trc",
+           "bt709", "-frames:v", "2"},
+          "color.m2v");
+    const VideoColor color = SeenIn(m_folder / "color.m2v").color;
+    EXPECT_EQ(color.range, "tv");
+    EXPECT_EQ(color.matrix, "smpte170m");
+    EXPECT_EQ(color.primaries, "bt470bg");
+    EXPECT_EQ(color.transfer, "bt709");
+}
+
+TEST_F(FrameLook, LooksAtTheFirstFramesAlone)
+{
+    Video("scale=64:48,interlace", {"-c:v", "mpeg2video", "-flags", "+ildct+ilme", "-frames:v", "4"},
+          "i.m2v");
+    const std::string interlaced = ReadFile(m_folder / "i.m2v");
+    const auto isInterlaced = [&](const char* progressive) {
+        Video("scale=64:48", {"-c:v", "mpeg2video", "-frames:v", progressive}, "p.m2v");
+        WriteFile(m_folder / "film.m2v", ReadFile(m_folder / "p.m2v") + interlaced);
+        return SeenIn(m_folder / "film.m2v").isInterlaced;
+    };
+    EXPECT_TRUE(isInterlaced("4"));
+    EXPECT_FALSE(isInterlaced("10"));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "Media/Probe/MediaProbe.h"
 
 #include "Tests/Support/Clip.h"
+#include "Tests/Support/FormatContext.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include "Conf/Interfaces/IFormatCodecVideo.h"
@@ -130,6 +131,60 @@ TEST(FrameRates, OfOneFrameAreNotKnown)
               "-deadline", "realtime", "-live", "1", folder / "in.webm"});
     WriteFile(folder / "in.webm", WithoutFrameDuration(ReadFile(folder / "in.webm")));
     EXPECT_EQ(ProbedRate(folder / "in.webm"), "unknown");
+}
+
+/// The rate of a stream of which a demuxer tells these two.
+std::string ToldRate(AVRational real, AVRational average, AVMediaType type = AVMEDIA_TYPE_VIDEO)
+{
+    const FormatContext context = MakeFormatContext();
+    AVStream* const stream = avformat_new_stream(context.get(), nullptr);
+    stream->codecpar->codec_type = type;
+    stream->time_base = {1, 1000};
+    stream->r_frame_rate = real;
+    stream->avg_frame_rate = average;
+    const AVRational rate = FrameRateOf(*context, *stream);
+    return std::to_string(rate.num) + "/" + std::to_string(rate.den);
+}
+
+TEST(FrameRates, AboveThoseOfAnyCameraAreNotBelieved)
+{
+    EXPECT_EQ(ToldRate({300, 1}, {300, 1}), "300/1");
+    EXPECT_EQ(ToldRate({301, 1}, {301, 1}), "0/1");
+    EXPECT_EQ(ToldRate({1000, 1}, {100, 1}), "100/1");
+    EXPECT_EQ(ToldRate({0, 1}, {0, 0}), "0/1");
+    EXPECT_EQ(ToldRate({-25, 1}, {-25, 1}), "0/1");
+    EXPECT_EQ(ToldRate({25, 1}, {25, 1}, AVMEDIA_TYPE_AUDIO), "0/1");
+}
+
+TEST(FrameRates, AreRoundedByTheLengthOfTheStreamOrElseOfItsFile)
+{
+    const FormatContext context = MakeFormatContext();
+    AVStream* const stream = avformat_new_stream(context.get(), nullptr);
+    stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
+    stream->time_base = {1, 1000};
+    // Nearer to 30000/1001 than what a clock of milliseconds rounds in three seconds, but not in an hour.
+    stream->r_frame_rate = stream->avg_frame_rate = {29976, 1000};
+    const auto isStandard = [&] { return FrameRateOf(*context, *stream).den == 1001; };
+    stream->duration = AV_NOPTS_VALUE;
+    context->duration = AV_NOPTS_VALUE;
+    EXPECT_TRUE(isStandard());
+    context->duration = 3600LL * AV_TIME_BASE;
+    EXPECT_FALSE(isStandard());
+    stream->duration = 3000;
+    EXPECT_TRUE(isStandard());
+}
+
+TEST(FrameRates, AreNotMeasuredWhereTheyAreTold)
+{
+    const FormatContext context = MakeFormatContext();
+    AVStream* const stream = avformat_new_stream(context.get(), nullptr);
+    stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
+    stream->r_frame_rate = stream->avg_frame_rate = {25, 1};
+    avformat_new_stream(context.get(), nullptr)->codecpar->codec_type = AVMEDIA_TYPE_AUDIO;
+    for (const AVRational rate : MeasureFrameRates(*context))
+    {
+        EXPECT_EQ(rate.num, 0);
+    }
 }
 
 } // namespace

@@ -248,4 +248,17 @@ TEST_F(VerifiedRun, MeasuresTheQualityOfAVideo)
     EXPECT_LT(other[0].quality[0].ssim, 0.5);
 }
 
+TEST_F(VerifiedRun, IsNotVerifiedLaterByAJobThatSaysTooLittle)
+{
+    WriteFile(Name("out.wav"), SilentWav());
+    const GraphPtr job =
+        Loaded(R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":")" +
+               Name("in.wav") +
+               R"("}}}},{"id":2,"data":{"data":{"streamRaw":{"id":0}}}},{"id":3,"data":{"data":{"target":{
+            "container":"wav","chapters":1,"filePath":")" +
+               Name("out.wav") + R"("}}}}],"edges":[{"from":1,"to":2},{"from":2,"to":3,"data":{"data":{
+            "format_codec_audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}}]})");
+    EXPECT_EQ(ExpectThrow<JobException>([&] { VerifyJob(*job); }).Get<MediaException::TagKey>(), "chapters");
+}
+
 } // namespace

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
 #include <optional>
 #include <string>
 
@@ -86,6 +90,24 @@ TEST(SizeEstimate, OfOneImageIsNotTold)
     EXPECT_EQ(EstimateSize(MakeTranscode(MakeMediaFile({MakeVideoStream()}),
                                          VideoRecord(R"("codec_id":"CODEC_ID_PNG")"), "image2")),
               std::nullopt);
+}
+
+TEST(SizeEstimate, IsNotToldWhereABitrateIsNotANumber)
+{
+    const MediaStream source = MakeAudioStream();
+    SetValue(source, "bitrate", std::string("64000"));
+    EXPECT_EQ(SizeOf(source, AudioRecord(R"("codec_id":"CODEC_ID_AAC","lossless":1)")), std::nullopt);
+}
+
+TEST(SizeEstimate, TakesTheBitrateThatAnEncoderHasByItself)
+{
+    const auto size = SizeOf(MakeAudioStream(), AudioRecord(R"("codec_id":"CODEC_ID_AC3")"));
+    const AVCodec* const encoder = avcodec_find_encoder_by_name("ac3");
+    ASSERT_NE(encoder, nullptr);
+    AVCodecContext* context = avcodec_alloc_context3(encoder);
+    const std::int64_t bitrate = context->bit_rate;
+    avcodec_free_context(&context);
+    EXPECT_EQ(size, bitrate > 0 ? std::optional<std::int64_t>(bitrate * 10 / 8) : std::nullopt);
 }
 
 } // namespace

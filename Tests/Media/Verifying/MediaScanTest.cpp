@@ -95,4 +95,13 @@ TEST_F(ScannedFile, AFileThatIsNoMediaIsRefused)
     EXPECT_THROW(MeasurePackets("/dev/null", {}), ProbeException);
 }
 
+TEST_F(ScannedFile, OfFramesWithoutALengthEndsAFrameAfterTheLast)
+{
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=10:d=0.5", "-c:v", "mjpeg", Name("in.asf")});
+    const MediaScan scan = MeasurePackets(Name("in.asf"), {});
+    ASSERT_EQ(scan.streams.size(), 1U);
+    EXPECT_EQ(scan.streams[0].end, 500000);
+    EXPECT_EQ(scan.streams[0].frameLength, 100000);
+}
+
 } // namespace

@@ -279,4 +279,11 @@ TEST(StreamComparison, ASubtitleMayHaveNothingToDecode)
     EXPECT_THAT(CompareStream(file, file.streams.front(), {found, scan}), IsEmpty());
 }
 
+TEST(StreamComparison, TellsAnotherPixelFormat)
+{
+    MediaStream found = MakeVideoStream();
+    found.pixelFormat = "yuv422p";
+    EXPECT_THAT(Video(found), ElementsAre("pixel format: wanted yuv420p, found yuv422p"));
+}
+
 } // namespace
