@@ -268,10 +268,10 @@ private:
         return stream.isBitmap && FindEncoder(CodecIdOf(stream)) == nullptr;
     }
 
+    /// Of those that the preset says nothing about.
     bool IsCopiedSubtitle(const MediaStream& stream) const
     {
-        return PresetSubtitle(stream).record == nullptr && HasNoEncoder(stream) &&
-               CertainlyHolds(m_container, CodecNumberOf(CodecIdOf(stream)));
+        return HasNoEncoder(stream) && CertainlyHolds(m_container, CodecNumberOf(CodecIdOf(stream)));
     }
 
     /// The codec of a subtitle that the preset says nothing about; empty when the container cannot hold one.

@@ -3,6 +3,8 @@
 #include "Media/Probe/FFmpegNames.h"
 #include "Tests/Support/FormatContext.h"
 
+#include "Conf/Interfaces/IFormatCodecVideo.h"
+
 #include <gtest/gtest.h>
 
 extern "C" {
@@ -155,6 +157,43 @@ TEST(StreamTime, IsOnlyWhatIsKnown)
     EXPECT_EQ(Microseconds(0, {1, 2}), std::nullopt);
     EXPECT_EQ(Microseconds(3, {0, 2}), std::nullopt);
     EXPECT_EQ(Microseconds(3, {1, 0}), std::nullopt);
+}
+
+TEST_F(StreamDescription, OfAVideoWithoutAnAspectRatioHasSquarePixels)
+{
+    MakeVideo();
+    for (const AVRational aspect : {AVRational{0, 1}, AVRational{0, 0}})
+    {
+        Codec().sample_aspect_ratio = aspect;
+        const MediaStream described = Describe();
+        const auto frame =
+            boost::dynamic_pointer_cast<Conf::IFormatCodecVideo>(described.descriptor)->GetFrameInfo();
+        EXPECT_EQ(frame.ax, 1U);
+        EXPECT_EQ(frame.ay, 1U);
+    }
+}
+
+TEST_F(StreamDescription, OfATimeWithoutAClockHasNoStart)
+{
+    MakeVideo();
+    m_stream->start_time = 500;
+    m_stream->time_base = {1, 1000};
+    EXPECT_EQ(Describe().start, 500000);
+    m_stream->time_base = {0, 1000};
+    EXPECT_EQ(Describe().start, std::nullopt);
+    m_stream->time_base = {1, 0};
+    EXPECT_EQ(Describe().start, std::nullopt);
+}
+
+TEST_F(StreamDescription, TakesTheBitsThatTheCodecTells)
+{
+    MakeVideo();
+    EXPECT_EQ(Describe().bitsPerSample, 8U);
+    for (const int bits : {1, 6, 10})
+    {
+        Codec().bits_per_raw_sample = bits;
+        EXPECT_EQ(Describe().bitsPerSample, static_cast<unsigned int>(bits));
+    }
 }
 
 } // namespace

@@ -104,4 +104,25 @@ TEST(BitrateArguments, OfAnEncoderThatCannotVaryAreAFault)
               std::vector<std::string>{"bitrate_mode: encoder ac3 does not support a variable bitrate"});
 }
 
+/// The bitrate that the encoder of a video of that quality is asked for.
+std::string VideoBitrateOf(const std::string& mode, int quality)
+{
+    const Bitrate outcome = BitrateOf(
+        "libx264", VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":1000000,"width":640,"height":360,)"
+                               R"("frameRateRatio":[25,1],"bitrate_mode":")" +
+                               mode + R"(","quality":)" + std::to_string(quality)));
+    EXPECT_TRUE(outcome.faults.empty());
+    return outcome.options.empty() ? "" : outcome.options.front().second;
+}
+
+TEST(BitrateArguments, OfAVideoThatVariesFollowItsQuality)
+{
+    EXPECT_EQ(VideoBitrateOf("VBR", 0), "1000000");
+    EXPECT_EQ(VideoBitrateOf("VBR", 1), std::to_string(Conf::NormBitrate(1000000, 1)));
+    EXPECT_EQ(VideoBitrateOf("VBR", 31), std::to_string(Conf::NormBitrate(1000000, 31)));
+    EXPECT_NE(VideoBitrateOf("VBR", 31), "1000000");
+    EXPECT_EQ(VideoBitrateOf("VBR", -1), "1000000");
+    EXPECT_EQ(VideoBitrateOf("CBR", 31), "1000000");
+}
+
 } // namespace

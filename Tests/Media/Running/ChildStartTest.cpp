@@ -160,6 +160,12 @@ TEST_F(ProgramPath, IsSearchedInItsOrder)
     EXPECT_EQ(Run(Folder("two") + ":" + Folder("one")), "two\n");
 }
 
+TEST_F(ProgramPath, MayHaveItsProgramInTheMiddle)
+{
+    MakeProgram("two/zelnor-test-tool", kTwo);
+    EXPECT_EQ(Run(Folder("one") + ":" + Folder("two") + ":" + Folder("missing")), "two\n");
+}
+
 TEST_F(ProgramPath, MayHaveAProgramThatMayNotBeRunBeforeOneThatMay)
 {
     MakeProgram("one/zelnor-test-tool", kOne, 0644);

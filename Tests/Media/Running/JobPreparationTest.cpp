@@ -4,6 +4,7 @@
 #include "Media/Planning/Containers.h"
 #include "Media/Running/JobCheck.h"
 #include "Media/Running/JobRun.h"
+#include "Tests/Support/Clip.h"
 #include "Tests/Support/Expect.h"
 #include "Tests/Support/RunFixtures.h"
 
@@ -213,6 +214,20 @@ TEST_F(PreparedJob, DoesNotReplaceATargetThatIsDoneUnderAnotherName)
     EXPECT_EQ(thrown.description,
               "Cannot write '" + Name("two.wav") + "': it is a file that the job reads or has made");
     EXPECT_EQ(ReadFile(Name("one.wav")), "made\n");
+}
+
+TEST_F(PreparedJob, RefusesALossWhereItIsStrict)
+{
+    MakeClip({"-i", Name("a.wav"), "-metadata", "my_own_key=x", "-f", "flac", Name("in.flac")});
+    const GraphPtr job = WavJob(Name("in.flac"), {Name("out.wav")});
+    RunOptions options;
+    options.ffmpeg = MakeScript(m_folder, "cp '" + Name("a.wav") + "' \"$target\"");
+    options.strict = true;
+    EXPECT_EQ(ExpectThrow<JobException>([&] { RunJob(*job, options); }).description,
+              "node 3: container wav cannot hold the tags 'my_own_key'");
+    EXPECT_FALSE(fs::exists(Name("out.wav")));
+    options.strict = false;
+    EXPECT_TRUE(RunJob(*job, options).IsDone());
 }
 
 } // namespace

@@ -169,4 +169,53 @@ TEST(FindColorFault, NamesWhatCannotBeConverted)
     EXPECT_EQ(FindColorFault(source, VideoRecord(R"("colorMatrix":"ycgco","colorRange":"pc")"), key), "");
 }
 
+TEST(TimeFilters, MoveTheFramesOfAPartToItsBeginning)
+{
+    const MediaStream source = MakeVideoStream();
+    const std::string fps = R"("frameRateRatio":[50,1])";
+    EXPECT_EQ(TimeFilters(source, VideoRecord(fps), true),
+              "setpts=PTS-STARTPTS*lt(STARTT\\,1/25+0.001),fps=50/1");
+    RemoveValue(source, "frameRateRatio");
+    EXPECT_EQ(TimeFilters(source, VideoRecord(fps), true),
+              "setpts=PTS-STARTPTS*lt(STARTT\\,1/50+0.001),fps=50/1");
+    EXPECT_EQ(TimeFilters(source, VideoRecord(""), true), "");
+}
+
+TEST(FrameFilters, KeepHighDynamicRangeThatNothingIsSaidOf)
+{
+    const MediaStream source = Colored({"tv", "bt2020nc", "bt2020", "smpte2084"}, "yuv420p10le");
+    EXPECT_EQ(FrameFilters(source, VideoRecord(R"("codec_id":"CODEC_ID_HEVC")")), "");
+}
+
+TEST(FrameFilters, ConvertEveryMatrixThatTheFilterKnows)
+{
+    for (const std::string matrix : {"bt709", "fcc", "smpte170m", "smpte240m"})
+    {
+        const std::string filters =
+            FrameFilters(Colored({"tv", "bt2020nc", "", ""}),
+                         VideoRecord(R"("codec_id":"CODEC_ID_H264","colorMatrix":")" + matrix + '"'));
+        EXPECT_NE(filters.find(":out_color_matrix=" + matrix), std::string::npos) << filters;
+    }
+}
+
+TEST(BitmapFilters, TakeTheMatrixOfTheVideoWhereTheFilterKnowsIt)
+{
+    MediaStream video = MakeVideoStream(720, 576);
+    video.color.matrix = "bt709";
+    EXPECT_EQ(BitmapFilters(MakeBitmapSubtitle(), video), "scale=720:576:out_color_matrix=bt709");
+    video.color.matrix = "ycgco";
+    EXPECT_EQ(BitmapFilters(MakeBitmapSubtitle(), video), "scale=720:576");
+}
+
+TEST(FindColorFault, TakesTheNamesOfOneMatrixForTheSame)
+{
+    std::string key;
+    EXPECT_EQ(
+        FindColorFault(Colored({"tv", "bt470bg", "", ""}), VideoRecord(R"("colorMatrix":"smpte170m")"), key),
+        "");
+    EXPECT_EQ(FindColorFault(Colored({"tv", "bt709", "", ""}), VideoRecord(R"("colorMatrix":"ycgco")"), key),
+              "colours of bt709 cannot be converted to ycgco");
+    EXPECT_EQ(key, "colorMatrix");
+}
+
 } // namespace

@@ -176,4 +176,86 @@ TEST(SourceTruncationOf, ATransportStreamThatEndsBetweenPacketsIsWhole)
     EXPECT_FALSE(FindIn("mpegts", stream + std::string(100, '\0')).has_value());
 }
 
+TEST(SourceTruncationOf, WhatLooksLikeAnOggPageIsPassedOver)
+{
+    EXPECT_TRUE(FindIn("ogg", "xOggS" + std::string(60, '\0')).has_value());
+    EXPECT_TRUE(FindIn("ogg", "OggS" + std::string(60, '\0')).has_value());
+}
+
+TEST(SourceTruncationOf, AWavWithoutALengthIsNotJudged)
+{
+    using namespace std::string_literals;
+    for (const std::string& length : {"\0\0\0\0"s, "\xFF\xFF\xFF\xFF"s, "\0\0\xFF\x7F"s})
+    {
+        EXPECT_FALSE(FindIn("wav", "RIFF\x24\x08\0\0WAVEdata"s + length + "abcd").has_value());
+    }
+    EXPECT_FALSE(FindIn("wav", "RF64\xFF\xFF\xFF\xFFWAVEdata\0\1\0\0"s).has_value());
+}
+
+TEST(SourceTruncationOf, AWavOfChunksWithoutEndIsNotJudged)
+{
+    using namespace std::string_literals;
+    const auto wav = [](int chunks) {
+        std::string bytes = "RIFF\0\0\1\0WAVE"s;
+        for (int i = 0; i < chunks; ++i)
+        {
+            bytes += "junk\1\0\0\0x\0"s;
+        }
+        return bytes + "data\0\0\1\0"s;
+    };
+    EXPECT_TRUE(FindIn("wav", wav(999)).has_value());
+    EXPECT_FALSE(FindIn("wav", wav(1000)).has_value());
+}
+
+TEST(SourceTruncationOf, AnAviOrAsfOfUnknownLengthIsNotJudged)
+{
+    using namespace std::string_literals;
+    EXPECT_FALSE(FindIn("avi", "RIFF\0\0\0\0AVI "s).has_value());
+    EXPECT_FALSE(FindIn("avi", "RIFF\0\0\xFF\x7F"
+                               "AVI "s)
+                     .has_value());
+    EXPECT_TRUE(FindIn("avi", "RIFF\0\x10\0\0AVI "s).has_value());
+    // A header of 24 bytes, after which the data begin.
+    const std::string header = std::string(16, 'h') + "\x18\0\0\0\0\0\0\0"s;
+    const std::string data = "\x36\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\x00\xAA\x00\x62\xCE\x6C"s;
+    EXPECT_TRUE(FindIn("asf", header + data + "\0\1\0\0\0\0\0\0"s).has_value());
+    EXPECT_FALSE(FindIn("asf", header + data + "\0\0\0\0\0\0\0\x40"s).has_value());
+    EXPECT_FALSE(FindIn("asf", header + std::string(24, 'x')).has_value());
+}
+
+TEST(SourceTruncationOf, AProgramStreamIsFollowedToItsEnd)
+{
+    using namespace std::string_literals;
+    const std::string pack = "\0\0\1\xBA"s + std::string(1, '\x44') + std::string(9, '\0');
+    const std::string packet = "\0\0\1\xE0\0\4"s;
+    EXPECT_FALSE(FindIn("mpeg", pack + packet + "abcd" + "\0\0\1\xB9"s).has_value());
+    EXPECT_TRUE(FindIn("mpeg", pack + packet + "ab").has_value());
+    // What is too short to tell its length is not judged.
+    EXPECT_FALSE(FindIn("mpeg", pack + "\0\0\1\xE0"s).has_value());
+    EXPECT_FALSE(FindIn("mpeg", pack + packet + "abcd" + "\0\0\1"s).has_value());
+    EXPECT_FALSE(FindIn("mpeg", "\0\0\1\xBA"s).has_value());
+}
+
+TEST(SourceTruncationOf, ATransportStreamBeginsAndEndsWithPackets)
+{
+    std::string stream;
+    for (int i = 0; i < 10; ++i)
+    {
+        stream += "G" + std::string(187, '\1');
+    }
+    EXPECT_TRUE(FindIn("mpegts", stream + "G").has_value());
+    EXPECT_FALSE(FindIn("mpegts", stream.substr(0, 188 * 9) + std::string(188, '\1') + "G").has_value());
+    // Those of a disc have a time of four bytes before them, of which the file may end.
+    std::string disc;
+    for (int i = 0; i < 10; ++i)
+    {
+        disc += "time" + ("G" + std::string(187, '\1'));
+    }
+    EXPECT_FALSE(FindIn("mpegts", disc).has_value());
+    const auto cut = FindIn("mpegts", disc + "tim");
+    ASSERT_TRUE(cut.has_value());
+    EXPECT_EQ(cut->wanted, "packets of 192 bytes");
+    EXPECT_EQ(cut->found, "one of 3 bytes");
+}
+
 } // namespace
