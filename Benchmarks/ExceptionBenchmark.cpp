@@ -1,27 +1,48 @@
-// What a failure costs: the throw itself, the call stack on it, and naming that stack anew each time.
+// A failure: thrown and caught 20 calls deep, with the call stack as text.
 
-#include "Core/Interfaces/CallStack.h"
+#include "Benchmarks/Support/Sizes.h"
 #include "Core/Interfaces/Exception.h"
-#include "Core/Interfaces/Property.h"
 
-#include <benchmark/benchmark.h>
+#include <boost/stacktrace.hpp>
 
 #include <execinfo.h>
 
 #include <array>
-#include <cstdlib>
 #include <stdexcept>
+#include <string>
 
+namespace Zelnor::Benchmarks
+{
 namespace
 {
 
-void ThrowStandard(benchmark::State& state)
+constexpr const char* kUnit = "Benchmarks/ExceptionBenchmark";
+constexpr int kDepth = 20;
+
+/// Not a constant, so that the compiler does not know that each of them throws.
+using Work = void (*volatile)();
+
+/// Calls `work` from as many calls as `depth` says.
+[[gnu::noinline]] void Descend(int depth, Work& work)
 {
+    if (depth == 0)
+    {
+        work();
+        return;
+    }
+    Descend(depth - 1, work);
+    // Something is left to do, so that the call stays a call.
+    benchmark::ClobberMemory();
+}
+
+void ThrowAndCatch(benchmark::State& state, void (*thrower)())
+{
+    Work work = thrower;
     for (auto _ : state)
     {
         try
         {
-            throw std::logic_error("a description");
+            Descend(kDepth, work);
         }
         catch (const std::exception& e)
         {
@@ -29,46 +50,31 @@ void ThrowStandard(benchmark::State& state)
         }
     }
 }
-BENCHMARK(ThrowStandard);
 
-void ThrowOfAProperty(benchmark::State& state)
+void Throw(benchmark::State& state)
 {
-    const Zelnor::Core::Property property("p", 1);
-    for (auto _ : state)
-    {
-        try
-        {
-            benchmark::DoNotOptimize(property.GetString());
-        }
-        catch (const Zelnor::Exception& e)
-        {
-            benchmark::DoNotOptimize(&e);
-        }
-    }
+    ThrowAndCatch(state, [] { ZELNOR_THROW(kUnit, std::invalid_argument("a description")); });
 }
-BENCHMARK(ThrowOfAProperty)->ThreadRange(1, 2);
+BENCHMARK(Throw)->Name("Throw/Zelnor");
 
-void CallStack(benchmark::State& state)
+/// The frames of the call stack and those of the throw are walked; no text is made.
+void ThrowUnwinding(benchmark::State& state)
 {
-    for (auto _ : state)
-    {
-        benchmark::DoNotOptimize(Zelnor::GetCallStack());
-    }
-}
-BENCHMARK(CallStack)->ThreadRange(1, 2);
-
-/// The peer: the C library's own, which names every frame at every call (and demangles nothing).
-void BacktraceSymbols(benchmark::State& state)
-{
-    for (auto _ : state)
-    {
+    ThrowAndCatch(state, [] {
         std::array<void*, 64> frames;
-        const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
-        char** const names = backtrace_symbols(frames.data(), count);
-        benchmark::DoNotOptimize(names);
-        std::free(names);
-    }
+        benchmark::DoNotOptimize(backtrace(frames.data(), static_cast<int>(frames.size())));
+        throw std::invalid_argument("a description");
+    });
 }
-BENCHMARK(BacktraceSymbols);
+BENCHMARK(ThrowUnwinding)->Name("Throw/unwinding alone");
+
+void ThrowBoostStacktrace(benchmark::State& state)
+{
+    ThrowAndCatch(state, [] {
+        throw std::invalid_argument("a description" + to_string(boost::stacktrace::stacktrace()));
+    });
+}
+BENCHMARK(ThrowBoostStacktrace)->Name("Throw/Boost.Stacktrace");
 
 } // namespace
+} // namespace Zelnor::Benchmarks
