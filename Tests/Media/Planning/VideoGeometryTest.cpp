@@ -153,4 +153,11 @@ TEST(VideoGeometry, AnAspectRatioOfWhichOneTermIsZeroIsNotKnown)
     EXPECT_EQ(AspectOf({0, 0, 1, 1}), std::pair(1U, 1U));
 }
 
+TEST(VideoGeometry, OneTermOfAnAspectRatioIsNotOne)
+{
+    EXPECT_EQ(Chosen({720, 576, 64, 45}, Numbers({{"frame_aspect_x", 4}, {"frame_aspect_y", 0}})),
+              "720x576 ax=64 ay=45");
+    EXPECT_EQ(Chosen({720, 576, 64, 45}, Numbers({{"aspect_x", 2}, {"aspect_y", 0}})), "720x576 ax=64 ay=45");
+}
+
 } // namespace

@@ -6,7 +6,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <functional>
+#include <string>
 
 namespace
 {
@@ -150,6 +152,45 @@ TEST(DurationComparison, ARecordWithoutARateAllowsNoFrameMore)
     EXPECT_THAT(compare(Core::Property::Ratio(25)), IsEmpty());
     EXPECT_THAT(compare(Core::Property::Ratio(0)), IsEmpty());
     EXPECT_THAT(compare(std::string("25")), IsEmpty());
+}
+
+TEST(DurationComparison, ACoverThatBecomesAVideoHasNoDuration)
+{
+    EXPECT_THAT(CompareChanged([](ExpectedFile& wanted, MediaStream&, StreamScan& scan) {
+                    wanted.sources.front().streams[0].isAttachedPicture = true;
+                    scan.end = 1;
+                }),
+                IsEmpty());
+}
+
+TEST(DurationComparison, AStreamMayBeginLaterThanItsFile)
+{
+    EXPECT_THAT(CompareChanged([](ExpectedFile&, MediaStream&, StreamScan& scan) {
+                    scan.begin = 2000000;
+                    scan.end = 12000000;
+                }),
+                IsEmpty());
+}
+
+TEST(DurationComparison, WhatIsCancelledFindsNoCut)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "in.mkv").string();
+    WriteFile(name, TinyClip());
+    MediaFile source = ProbeMedia(name);
+    source.duration = 60000000;
+    source.durationIsEstimated = false;
+    const ExpectedFile wanted = ExpectingFile(source, "mp4");
+    const auto isCutFound = [&](bool isCancelled) {
+        const std::function<bool()> cancels = [isCancelled] { return isCancelled; };
+        const auto told = Told(DurationComparison(wanted, cancels)
+                                   .Compare(wanted.streams.front(), source.streams.front(), GoodScan()));
+        return std::any_of(told.begin(), told.end(), [](const std::string& each) {
+            return each.find("it is cut") != std::string::npos;
+        });
+    };
+    EXPECT_TRUE(isCutFound(false));
+    EXPECT_FALSE(isCutFound(true));
 }
 
 } // namespace

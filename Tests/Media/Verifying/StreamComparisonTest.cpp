@@ -286,4 +286,18 @@ TEST(StreamComparison, TellsAnotherPixelFormat)
     EXPECT_THAT(Video(found), ElementsAre("pixel format: wanted yuv420p, found yuv422p"));
 }
 
+TEST(StreamComparison, TellsAnotherBitrate)
+{
+    ExpectedFile file = ExpectingFile(MakeMediaFile({MakeVideoStream()}), "mp4");
+    file.streams.front().options = {{"maxrate", "100000"}, {"bufsize", "100000"}};
+    const MediaStream found = MakeVideoStream();
+    EXPECT_THAT(Told(CompareStream(file, file.streams.front(), {found, GoodScan()})),
+                ElementsAre("bitrate: wanted at most 121 kb/s, found 200 kb/s"));
+}
+
+TEST(StreamComparison, ADifferenceWithoutAPlaceIsASentenceAsWell)
+{
+    EXPECT_EQ((TargetDifference{{}, "size", "1x1", "2x2"}.Sentence()), "size: wanted 1x1, found 2x2");
+}
+
 } // namespace
