@@ -7,6 +7,12 @@
 namespace Zelnor::Media::JobKeys
 {
 
+// Of a source's record.
+
+/// The list of its streams that no target has because somebody chose so, by their indexes. Nothing else that
+/// the targets lack is meant by it.
+constexpr const char* kLeftOut = "leftOut";
+
 // Of a target's record.
 
 /// Where in its sources the target begins: microseconds from their beginning, an integer; 0 without it.

@@ -177,30 +177,37 @@ bool TellsRange(AVCodecID codec, const std::string& container)
 }
 
 void PlanColor(const MediaStream& source, const AVCodec& encoder, const std::string& container,
-               const std::string& stream, Property& record, std::vector<std::string>& notes)
+               Property& record)
 {
-    const Plan plan(source, encoder, container, record);
     const VideoColor wanted = ColorIn(record);
-    SetColor(plan.Make(), record);
+    SetColor(Plan(source, encoder, container, record).Make(), record);
     // What is asked for wins.
     SetColor(wanted, record);
-    if (IsHdr(source.color.transfer) && !IsHdr(ColorIn(record).transfer))
+}
+
+std::vector<std::string> ColorLosses(const MediaStream& source, const Property& record,
+                                     const AVCodec& encoder, const std::string& container)
+{
+    std::vector<std::string> losses;
+    const VideoColor& color = source.color;
+    const std::string target = ColorIn(record).transfer;
+    // Without a word, the samples stay what they are.
+    if (IsHdr(color.transfer) && !target.empty() && !IsHdr(target))
     {
-        notes.push_back("The high dynamic range (" + source.color.transfer + ") of " + stream +
-                        " cannot be held by the output, so it will be mapped to standard dynamic range "
-                        "(bt709)");
+        losses.push_back("its high dynamic range (" + color.transfer +
+                         ") is mapped to standard dynamic range (" + target + ")");
     }
-    else if (plan.IsLost())
+    else if (Plan(source, encoder, container, record).IsLost())
     {
-        notes.push_back("The colours of " + stream + " (primaries " + OrUnknown(source.color.primaries) +
-                        ", transfer " + OrUnknown(source.color.transfer) +
-                        ") cannot be named in the output, so players will show others");
+        losses.push_back("its colours (primaries " + OrUnknown(color.primaries) + ", transfer " +
+                         OrUnknown(color.transfer) +
+                         ") cannot be named in the output, so players will show others");
     }
     if (!source.hdr.dolbyVision.empty())
     {
-        notes.push_back("The Dolby Vision data (profile " + source.hdr.dolbyVision + ") of " + stream +
-                        " will be left out");
+        losses.push_back("its Dolby Vision data (profile " + source.hdr.dolbyVision + ") are left out");
     }
+    return losses;
 }
 
 } // namespace Zelnor::Media

@@ -24,11 +24,15 @@ bool TellsRange(AVCodecID codec, const std::string& container);
 
 /// Chooses what the record leaves open of the output's colours. They are the source's where the output can
 /// hold them, else they are converted: from RGB, to the matrix that players expect, from high to standard
-/// dynamic range. `notes` get what the user should know about it.
-///
+/// dynamic range.
 /// \param record  the output's, with its size and pixel format
-/// \param stream  what notes call the stream: "video stream 0"
 void PlanColor(const MediaStream& source, const AVCodec& encoder, const std::string& container,
-               const std::string& stream, Core::Property& record, std::vector<std::string>& notes);
+               Core::Property& record);
+
+/// Names what of the source's colours viewers will not see: "its high dynamic range (smpte2084) is mapped to
+/// standard dynamic range (bt709)".
+/// \param record  what the video becomes
+std::vector<std::string> ColorLosses(const MediaStream& source, const Core::Property& record,
+                                     const AVCodec& encoder, const std::string& container);
 
 } // namespace Zelnor::Media

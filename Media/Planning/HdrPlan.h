@@ -11,16 +11,19 @@ extern "C" {
 }
 
 #include <string>
-#include <vector>
 
 namespace Zelnor::Media
 {
 
 /// Tells the encoder of a video that stays in high dynamic range the display that the source was mastered on
-/// and its content light. Where neither the encoder nor the container can hold them, a note names them.
-/// \param stream  "video stream 0"
+/// and its content light.
 /// \param record  with its colours
-void PlanHdr(const MediaStream& source, const AVCodec& encoder, const std::string& container,
-             const std::string& stream, Core::Property& record, std::vector<std::string>& notes);
+void PlanHdr(const MediaStream& source, const AVCodec& encoder, Core::Property& record);
+
+/// Names the mastering display and the content light that neither the encoder nor the container will hold;
+/// empty where nothing is lost.
+/// \param record  what the video becomes
+std::string HdrLoss(const MediaStream& source, const Core::Property& record, const AVCodec& encoder,
+                    const std::string& container);
 
 } // namespace Zelnor::Media

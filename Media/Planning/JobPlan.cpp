@@ -8,6 +8,7 @@
 #include "Media/Planning/SettingOverrides.h"
 #include "Media/Planning/StreamLimit.h"
 #include "Media/Planning/StreamPlan.h"
+#include "Media/Planning/StreamsLeftOut.h"
 #include "Media/Planning/TargetName.h"
 #include "Media/Presets/PresetFile.h"
 #include "Media/Presets/PresetNames.h"
@@ -54,6 +55,46 @@ void LeaveOutDrawn(const MediaFile& source, const JobRequest& request, StreamPla
                                  " will be drawn into the video, so it will not be kept beside it");
         }
     }
+}
+
+/// The streams that the request leaves out by what it chooses. What it does not speak of, such as sound that
+/// a preset has no place for, is not among them.
+std::vector<unsigned int> LeftOutByChoice(const MediaFile& source, const JobRequest& request,
+                                          const StreamPlan& plan)
+{
+    std::vector<unsigned int> leftOut;
+    for (const MediaStream& stream : source.streams)
+    {
+        const bool isUsed =
+            std::any_of(plan.streams.begin(), plan.streams.end(),
+                        [&](const PlannedStream& each) { return each.source == stream.index; });
+        const bool isMerged =
+            std::any_of(request.merges.begin(), request.merges.end(),
+                        [&](const StreamMerge& each) { return each.overlay == stream.index; });
+        const bool isSpokenOf = !request.streams.chosen.empty() ||
+                                (!request.streams.audioLanguages.empty() && stream.kind == StreamKind::Audio);
+        if (isSpokenOf && !isUsed && !isMerged && CanBeLeftOut(stream))
+        {
+            leftOut.push_back(stream.index);
+        }
+    }
+    return leftOut;
+}
+
+Property SourceRecord(const MediaFile& source, const std::vector<unsigned int>& leftOut)
+{
+    Property record = ITranscodingMetaGraph::MakeInFileDescription(source.name);
+    if (!leftOut.empty())
+    {
+        Property& list = record.SetChild(JobKeys::kLeftOut);
+        for (const unsigned int index : leftOut)
+        {
+            Property entry("");
+            entry = static_cast<long long>(index);
+            list.Add(entry);
+        }
+    }
+    return record;
 }
 
 /// Without decoding, a video can only begin with a key frame.
@@ -210,9 +251,10 @@ void CheckSource(const MediaFile& source)
 /// Writes into the records what of the source can be kept. \returns what cannot, as sentences
 /// \throw PlanException for the first of them when the request is strict
 std::vector<std::string> KeepContents(const MediaFile& source, const JobRequest& request,
-                                      const std::string& container, StreamPlan& plan, Property& target)
+                                      const std::vector<unsigned int>& leftOut, const std::string& container,
+                                      StreamPlan& plan, Property& target)
 {
-    OutputFile output = {{&source}, container, &target, {}, !request.streams.chosen.empty()};
+    OutputFile output = {{&source}, container, &target, {}, {leftOut}};
     std::vector<Property*> codecs;
     for (PlannedStream& stream : plan.streams)
     {
@@ -264,6 +306,7 @@ PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Con
     StreamPlan plan = PlanStreams(source, settings, container, request.streams, request.settings);
     CheckMerges(source, plan, request.merges);
     LeaveOutDrawn(source, request, plan);
+    const std::vector<unsigned int> leftOut = LeftOutByChoice(source, request, plan);
     LimitStreams(source, request.streams, container, plan);
     NoteCopiedBeginning(source, request, plan);
     notes.insert(notes.end(), plan.notes.begin(), plan.notes.end());
@@ -272,9 +315,9 @@ PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Con
     Property target = ITranscodingMetaGraph::MakeOutFileDescription(preset, job.output, losslessDvd);
     TakeOver(settings, container, target);
     SetSpan(source, request, target, job.notes);
-    const std::vector<std::string> losses = KeepContents(source, request, container, plan, target);
+    const std::vector<std::string> losses = KeepContents(source, request, leftOut, container, plan, target);
     job.notes.insert(job.notes.end(), losses.begin(), losses.end());
-    const Conf::NodeId from = job.graph->AddNode(ITranscodingMetaGraph::MakeInFileDescription(source.name));
+    const Conf::NodeId from = job.graph->AddNode(SourceRecord(source, leftOut));
     const Conf::NodeId to = job.graph->AddNode(target);
     for (const PlannedStream& stream : plan.streams)
     {

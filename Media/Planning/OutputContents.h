@@ -35,7 +35,13 @@ struct OutputFile
     std::string container;
     const Core::Property* target; ///< its record
     std::vector<OutputStream> streams;
-    bool areStreamsChosen = false; ///< somebody named the source's streams that it has
+    /// Of each input, the streams that somebody chose to leave out; those of inputs behind its end are none.
+    std::vector<std::vector<unsigned int>> leftOut = {};
+
+    /// Whether the input's stream becomes one of the streams, or is merged into one.
+    bool Uses(std::size_t input, unsigned int index) const;
+    /// Whether somebody chose to leave it out.
+    bool LeavesOut(std::size_t input, unsigned int index) const;
 };
 
 /// Something of a source that the output file will not have.
@@ -44,7 +50,7 @@ struct Loss
     std::size_t input = 0;
     std::optional<unsigned int> stream; ///< of that source; nothing: of the file
     std::string reason;                 ///< "(ac3, deu) is left out; the output file has 1 audio stream"
-    bool isAsked = false; ///< somebody asked for it: it is told, and does not make a strict job fail
+    bool isAsked = false;               ///< somebody asked for it: it does not make a strict job fail
 };
 
 /// A stream that goes into the output file as it is, beside those that are converted.

@@ -1,5 +1,6 @@
 #include "Media/Planning/OutputTrial.h"
 
+#include "Media/Planning/Containers.h"
 #include "Media/Planning/CoverTag.h"
 #include "Media/Planning/LanguageCodes.h"
 #include "Media/Planning/WorkTags.h"
@@ -66,6 +67,12 @@ bool OutputTrial::IsKnown()
         m_isKnown = m_trial->Ask({}).has_value();
     }
     return m_isKnown;
+}
+
+std::string OutputTrial::Cannot(const std::string& hold)
+{
+    const bool isKnown = IsKnown() || IsPicture(m_output.container);
+    return "container " + m_output.container + (isKnown ? " cannot hold " : " is not known to hold ") + hold;
 }
 
 std::optional<FileContents> OutputTrial::Ask(const FileContents& wanted)

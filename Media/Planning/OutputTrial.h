@@ -21,6 +21,8 @@ public:
 
     /// Whether anything can be asked. Else FFmpeg is given the tags, and does with them what it does.
     bool IsKnown();
+    /// "container mp4 cannot hold attachments", or is not known to.
+    std::string Cannot(const std::string& hold);
     /// Nothing when the muxer refuses it.
     std::optional<FileContents> Ask(const FileContents& wanted);
     /// The position among the asked streams, which are the video and audio streams; nothing for others.

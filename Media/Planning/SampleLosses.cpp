@@ -1,7 +1,13 @@
 #include "Media/Planning/SampleLosses.h"
 
+#include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/VideoSettings.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/RecordText.h"
+
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Interfaces/IFormatFile.h"
+#include "Conf/Interfaces/ServiceRecords.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -16,6 +22,9 @@ namespace Zelnor::Media
 
 namespace
 {
+
+using Conf::IFormatCodecAudio;
+using Core::Property;
 
 /// How many pixels share one sample of chroma, as powers of two; nothing where there is no chroma.
 struct Chroma
@@ -42,8 +51,7 @@ std::string NameOf(const Chroma& chroma)
     return "4:" + std::to_string(across) + ":" + std::to_string(chroma.height == 0 ? across : 0);
 }
 
-void NoteLostChroma(AVPixelFormat source, AVPixelFormat target, const std::string& stream,
-                    std::vector<std::string>& notes)
+void AddChromaLoss(AVPixelFormat source, AVPixelFormat target, std::vector<std::string>& losses)
 {
     const Chroma from = ChromaOf(source);
     const Chroma to = ChromaOf(target);
@@ -53,14 +61,23 @@ void NoteLostChroma(AVPixelFormat source, AVPixelFormat target, const std::strin
     }
     if (!to.exists)
     {
-        notes.push_back("The colours of " + stream + " will be lost");
+        losses.emplace_back("its colours are left out");
     }
     else if (to.width > from.width || to.height > from.height)
     {
-        notes.push_back("The " + (IsRgb(source) ? std::string("RGB samples") : NameOf(from) + " chroma") +
-                        " of " + stream + " will become " + NameOf(to) +
-                        (IsRgb(source) ? ", whose chroma is coarser" : ""));
+        losses.push_back(IsRgb(source) ? "its RGB samples become " + NameOf(to) + ", whose chroma is coarser"
+                                       : "its " + NameOf(from) + " chroma becomes " + NameOf(to));
     }
+}
+
+/// The format of the output's samples.
+AVPixelFormat PixelFormatOf(const Property& record, const AVCodec& encoder, AVPixelFormat source)
+{
+    const AVPixelFormat own = PixelFormatIn(record);
+    // A palette is made of the colours that there are.
+    return encoder.id == AV_CODEC_ID_GIF ? AV_PIX_FMT_PAL8
+           : own != AV_PIX_FMT_NONE      ? own
+                                         : NearestPixelFormat(encoder, source);
 }
 
 /// The bits of precision that samples of the format can have.
@@ -119,51 +136,94 @@ int WrittenBits(const AVCodec& encoder, AVSampleFormat format)
     return isOpen && context->bits_per_raw_sample > 0 ? context->bits_per_raw_sample : PrecisionOf(format);
 }
 
+AVSampleFormat SampleFormatOf(const Property& record, const AVCodec& encoder, AVSampleFormat source)
+{
+    const std::string own = TextUnder(record, IFormatCodecAudio::TAG_SAMPLE_FORMAT);
+    if (!own.empty())
+    {
+        return ToFFmpeg(Conf::SampleFmtRecord::Find(own)->format);
+    }
+    const auto known = FromFFmpeg(source);
+    return known ? ToFFmpeg(NearestSampleFormat(encoder, *known)) : AV_SAMPLE_FMT_NONE;
+}
+
+/// "floating-point samples" or "24 bits a sample"
+std::string TextOf(AVSampleFormat format, int bits)
+{
+    return IsFloat(format) ? "floating-point samples" : std::to_string(bits) + " bits a sample";
+}
+
 } // namespace
 
-void NoteLostPixels(const MediaStream& source, const Core::Property& record, const std::string& stream,
-                    std::vector<std::string>& notes)
+bool HoldsAlpha(const AVCodec& encoder, const std::string& container)
 {
-    const AVPixelFormat from = PixelFormatOf(source);
-    const AVPixelFormat to = PixelFormatIn(record);
-    // A palette is made of the colours that there are.
-    if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE || to == AV_PIX_FMT_PAL8)
+    return (encoder.id != AV_CODEC_ID_VP8 && encoder.id != AV_CODEC_ID_VP9) ||
+           container == Conf::IFormatFile::FORMAT_MATROSKA || container == Conf::IFormatFile::FORMAT_WEBM;
+}
+
+int ChannelsIn(const Property& record)
+{
+    const std::string layout = TextUnder(record, IFormatCodecAudio::TAG_LAYOUT);
+    try
     {
-        return;
+        return layout.empty() ? 0 : Conf::LayoutRecord::Find(layout)->channels;
     }
-    if (DepthOf(to) < DepthOf(from))
+    catch (const Exception&)
     {
-        notes.push_back("The " + std::to_string(DepthOf(from)) + " bits a sample of " + stream +
-                        " will become " + std::to_string(DepthOf(to)));
-    }
-    NoteLostChroma(from, to, stream, notes);
-    if (HasAlpha(from) && !HasAlpha(to))
-    {
-        notes.push_back("The transparency of " + stream + " will be lost");
+        return 0;
     }
 }
 
-void NoteLostSoundBits(const MediaStream& source, const AVCodec& encoder, AVSampleFormat format,
-                       const std::string& stream, std::vector<std::string>& notes)
+std::vector<std::string> PixelLosses(const MediaStream& source, const Property& record,
+                                     const AVCodec& encoder, const std::string& container)
 {
+    std::vector<std::string> losses;
+    const AVPixelFormat from = PixelFormatOf(source);
+    const AVPixelFormat to = PixelFormatOf(record, encoder, from);
+    if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE || to == AV_PIX_FMT_PAL8)
+    {
+        return losses;
+    }
+    if (DepthOf(to) < DepthOf(from))
+    {
+        losses.push_back("its " + std::to_string(DepthOf(from)) + " bits a sample become " +
+                         std::to_string(DepthOf(to)));
+    }
+    AddChromaLoss(from, to, losses);
+    if (HasAlpha(from) && !(HasAlpha(to) && HoldsAlpha(encoder, container)))
+    {
+        losses.emplace_back("its transparency is left out");
+    }
+    return losses;
+}
+
+std::vector<std::string> SoundLosses(const MediaStream& source, const Property& record,
+                                     const AVCodec& encoder)
+{
+    std::vector<std::string> losses;
+    const int channels = ChannelsIn(record);
+    if (channels != 0 && channels < static_cast<int>(source.channels))
+    {
+        losses.push_back("its " + std::to_string(source.channels) + " channels become " +
+                         std::to_string(channels));
+    }
     const AVCodecDescriptor* const codec = avcodec_descriptor_get_by_name(source.codec.c_str());
     const AVSampleFormat known = av_get_sample_fmt(source.sampleFormat.c_str());
+    const AVSampleFormat format = SampleFormatOf(record, encoder, known);
     if (codec == nullptr || IsLossy(codec->id) || IsLossy(encoder.id) || known == AV_SAMPLE_FMT_NONE ||
         format == AV_SAMPLE_FMT_NONE)
     {
-        return;
+        return losses;
     }
-    const bool isFloat = IsFloat(known);
-    const int from =
-        !isFloat && source.bitsPerSample != 0 ? static_cast<int>(source.bitsPerSample) : PrecisionOf(known);
+    const int from = !IsFloat(known) && source.bitsPerSample != 0 ? static_cast<int>(source.bitsPerSample)
+                                                                  : PrecisionOf(known);
     const int to = IsFloat(format) ? PrecisionOf(format) : WrittenBits(encoder, format);
     if (to < from)
     {
-        notes.push_back(
-            "The " +
-            (isFloat ? std::string("floating-point samples") : std::to_string(from) + " bits a sample") +
-            " of " + stream + " will become " + std::to_string(to) + (isFloat ? " bits" : ""));
+        losses.push_back("its " + TextOf(known, from) + " become " + std::to_string(to) +
+                         (IsFloat(known) ? " bits" : ""));
     }
+    return losses;
 }
 
 } // namespace Zelnor::Media

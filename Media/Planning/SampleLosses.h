@@ -16,13 +16,21 @@ extern "C" {
 namespace Zelnor::Media
 {
 
-/// Notes the bits, the chroma and the transparency that the samples of the output lack.
-/// \param stream  "video stream 0"
-void NoteLostPixels(const MediaStream& source, const Core::Property& record, const std::string& stream,
-                    std::vector<std::string>& notes);
+/// What the samples of an output's stream lack of its source's: "its 10 bits a sample become 8". A record
+/// that leaves their format open gets the one that FFmpeg takes, which loses the least. \param record  what
+/// the stream becomes, a video's
+std::vector<std::string> PixelLosses(const MediaStream& source, const Core::Property& record,
+                                     const AVCodec& encoder, const std::string& container);
 
-/// Notes the bits that the samples of the output lack. Those of lossy codecs are not counted.
-void NoteLostSoundBits(const MediaStream& source, const AVCodec& encoder, AVSampleFormat format,
-                       const std::string& stream, std::vector<std::string>& notes);
+/// The same of sound. The bits of lossy codecs are not counted.
+std::vector<std::string> SoundLosses(const MediaStream& source, const Core::Property& record,
+                                     const AVCodec& encoder);
+
+/// Whether the container has a place for the transparency of the encoder's videos. That of VP8 and VP9 stands
+/// beside the stream.
+bool HoldsAlpha(const AVCodec& encoder, const std::string& container);
+
+/// How many channels the record asks for; 0 where it does not, or names an unknown layout.
+int ChannelsIn(const Core::Property& record);
 
 } // namespace Zelnor::Media

@@ -92,13 +92,6 @@ bool NeedsUsualPixels(const Property& target)
             word == IFormatCodecVideo::TAG_X264_PROFILE_HIGH);
 }
 
-/// Transparency of VP8 and VP9 stands beside the stream, for which other containers have no place.
-bool LosesAlpha(const AVCodec& encoder, const std::string& container)
-{
-    return (encoder.id == AV_CODEC_ID_VP8 || encoder.id == AV_CODEC_ID_VP9) &&
-           container != Conf::IFormatFile::FORMAT_MATROSKA && container != Conf::IFormatFile::FORMAT_WEBM;
-}
-
 /// The source's samples, as near as the encoder can; by FFmpeg's name where the vocabulary has none.
 void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, const std::string& container,
                        IFormatCodecVideo& target)
@@ -110,7 +103,7 @@ void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, const 
     const AVPixelFormat format = PixelFormatOf(source);
     const bool isGif = encoder.id == AV_CODEC_ID_GIF;
     const bool isUsual = format == AV_PIX_FMT_NONE || NeedsUsualPixels(target.GetProperty()) ||
-                         (HasAlpha(format) && LosesAlpha(encoder, container));
+                         (HasAlpha(format) && !HoldsAlpha(encoder, container));
     if (!isUsual && !isGif && !FromFFmpeg(format))
     {
         const AVPixelFormat nearest = NearestPixelFormat(encoder, format);
@@ -128,11 +121,6 @@ void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, const 
     {
         target.SetPixelFormat(nearest);
     }
-}
-
-std::string NameOf(const MediaStream& source)
-{
-    return std::string(Media::NameOf(source.kind)) + " stream " + std::to_string(source.index);
 }
 
 void ChooseFrameRate(const AVCodec& encoder, const TargetStream& stream, IFormatCodecVideo& target)
@@ -186,12 +174,6 @@ void ChooseDeinterlacing(const AVCodec& encoder, const TargetStream& stream, Pro
     const bool isEveryField = source > 0 && target >= source * 2;
     record.SetChildT(JobKeys::kDeinterlace, std::string(isEveryField ? JobKeys::kDeinterlaceEveryField
                                                                      : JobKeys::kDeinterlaceEveryFrame));
-    if (!isEveryField)
-    {
-        stream.notes.push_back("The interlaced frames of " + NameOf(stream.source) +
-                               " will become progressive ones, one of two fields; 'deinterlace' 50p keeps "
-                               "the motion of all fields, 'keep' the fields");
-    }
 }
 
 void FillBitrate(const AVCodec& encoder, const Conf::FrameInfo& frame, Property& record)
@@ -326,9 +308,8 @@ Property MakeVideo(const TargetStream& stream)
     ChooseFrameRate(encoder, stream, *target);
     Property record = target->GetProperty();
     ChooseDeinterlacing(encoder, stream, record);
-    PlanColor(stream.source, encoder, stream.container, NameOf(stream.source), record, stream.notes);
-    PlanHdr(stream.source, encoder, stream.container, NameOf(stream.source), record, stream.notes);
-    NoteLostPixels(stream.source, record, NameOf(stream.source), stream.notes);
+    PlanColor(stream.source, encoder, stream.container, record);
+    PlanHdr(stream.source, encoder, record);
     RequireAccepted(record, encoder, stream.place);
     FillBitrate(encoder, target->GetFrameInfo(), record);
     RaiseBitrate(stream, encoder, target->GetFrameInfo(), record);
@@ -396,8 +377,6 @@ Property MakeAudio(const TargetStream& stream)
                          static_cast<long long>(NearestRate(encoder, RateOf(source))));
     }
     RequireAccepted(record, encoder, stream.place);
-    NoteLostSoundBits(stream.source, encoder, ToFFmpeg(SampleFormatOf(*target)), NameOf(stream.source),
-                      stream.notes);
     FillBitrateMode(record);
     CarryTags(stream, record);
     return record;

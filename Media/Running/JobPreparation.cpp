@@ -177,6 +177,10 @@ std::vector<JobFault> PrepareContents(Transcode& transcode, const PreparationOpt
     PlanContentsOf(transcode, faults);
     for (const Loss& loss : transcode.contents.losses)
     {
+        if (loss.isAsked)
+        {
+            continue;
+        }
         const MediaFile& input = transcode.inputs[loss.input];
         JobFault fault = {JobFault::Loss, {}, transcode.place, loss.reason};
         if (loss.stream)
@@ -188,7 +192,7 @@ std::vector<JobFault> PrepareContents(Transcode& transcode, const PreparationOpt
         {
             fault.reason += " (source '" + input.name + "')";
         }
-        if (options.strict && !loss.isAsked)
+        if (options.strict)
         {
             faults.Add(fault);
         }

@@ -6,6 +6,7 @@
 #include "Media/MediaException.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Probe/StreamKinds.h"
+#include "Media/Running/SourceKeys.h"
 #include "Media/ValueText.h"
 
 #include "Conf/Interfaces/FormatLists.h"
@@ -192,13 +193,27 @@ private:
         }
         stream.input = input;
         stream.stream = static_cast<unsigned int>(id->GetInt64());
+        CheckTaken(place.At(id->GetName()), source, stream.stream);
         stream.place.streamKind = NameOf(file.streams[stream.stream].kind);
         for (const Property* const index : merged)
         {
             if (HasStream(place.At(ITranscodingMetaGraph::MERGE_WITH), file, index->GetInt64()))
             {
                 stream.merged.push_back(static_cast<unsigned int>(index->GetInt64()));
+                CheckTaken(place.At(ITranscodingMetaGraph::MERGE_WITH), source, stream.merged.back());
             }
+        }
+    }
+
+    /// A stream is taken or left out.
+    void CheckTaken(const Place& place, NodeId source, unsigned int index)
+    {
+        const std::vector<unsigned int>& leftOut = m_leftOut[source];
+        if (std::find(leftOut.begin(), leftOut.end(), index) != leftOut.end())
+        {
+            m_faults.Add(JobFault::Setting, place,
+                         "'" + std::string(JobKeys::kLeftOut) + "' of node " + std::to_string(source) +
+                             " says that stream " + std::to_string(index) + " is left out");
         }
     }
 
@@ -257,6 +272,10 @@ private:
         if (isNew)
         {
             entry->second = Open(source);
+            if (entry->second)
+            {
+                m_leftOut[source] = ReadLeftOut(m_graph[source], *entry->second, NodePlace(source), m_faults);
+            }
         }
         if (!entry->second)
         {
@@ -268,6 +287,7 @@ private:
             return static_cast<std::size_t>(known - m_sources.begin());
         }
         transcode.inputs.push_back(*entry->second);
+        transcode.leftOut.push_back(m_leftOut[source]);
         m_sources.push_back(source);
         return m_sources.size() - 1;
     }
@@ -332,6 +352,8 @@ private:
     FaultList& m_faults;
     /// What was found in each source; nothing for those that cannot be read.
     std::unordered_map<NodeId, std::optional<MediaFile>> m_files;
+    /// The streams of each source that somebody chose to leave out.
+    std::unordered_map<NodeId, std::vector<unsigned int>> m_leftOut;
     /// The nodes of the transcode's inputs.
     std::vector<NodeId> m_sources;
 };

@@ -47,6 +47,8 @@ struct Transcode
     Place place = {};    ///< the target's node
     /// What the target gets beside its streams; nothing until `PlanContents` was asked.
     OutputContents contents = {};
+    /// Of each input, the streams that somebody chose to leave out.
+    std::vector<std::vector<unsigned int>> leftOut = {};
 
     /// Of a stream that has an input.
     const MediaStream& SourceOf(const TranscodeStream& stream) const

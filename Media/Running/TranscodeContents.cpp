@@ -8,7 +8,7 @@ namespace Zelnor::Media
 
 OutputFile OutputOf(const Transcode& transcode)
 {
-    OutputFile output = {{}, transcode.container, &transcode.target, {}};
+    OutputFile output = {{}, transcode.container, &transcode.target, {}, transcode.leftOut};
     for (const MediaFile& input : transcode.inputs)
     {
         output.inputs.push_back(&input);

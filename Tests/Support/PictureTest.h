@@ -47,6 +47,12 @@ protected:
         return job;
     }
 
+    /// The note that names what the source's first stream loses.
+    std::string Loss(const std::string& source, const std::string& reason) const
+    {
+        return Name(source) + ": video stream 0: " + reason;
+    }
+
     /// What the probe says of the video that was made.
     Media::MediaStream Video() const
     {

@@ -244,7 +244,7 @@ INSTANTIATE_TEST_SUITE_P(Breaks, JobCheckAndRun, testing::ValuesIn(kBreaks),
 class JobCheckFiles : public MediaTest
 {
 protected:
-    JobCheckFiles() { Write("in.mkv", TinyClip()); }
+    JobCheckFiles() { Write("in.mkv", TinySound()); }
 };
 
 TEST_F(JobCheckFiles, AllFaultsAreListedTopologyFirst)
@@ -301,7 +301,7 @@ TEST_F(JobCheckFiles, AnswersScriptsInJson)
       "fault": "setting",
       "link": [3, 2],
       "stream_kind": "audio",
-      "stream": 1,
+      "stream": 0,
       "key": "bitrate",
       "text": "expected an integer from 1 to 2147483647, found '\u001B'"
     }, {

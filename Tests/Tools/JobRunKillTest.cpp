@@ -24,7 +24,7 @@ class JobRunKill : public MediaTest
 protected:
     JobRunKill()
     {
-        Write("in.mkv", TinyClip());
+        Write("in.mkv", TinySound());
         ExpectQuietSuccess(New("mp3", "in.mkv", "out.mp3"));
         Write("out.mp3", "old");
     }

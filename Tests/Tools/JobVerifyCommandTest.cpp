@@ -16,7 +16,7 @@ class JobVerify : public MediaTest
 protected:
     JobVerify()
     {
-        Write("in.mkv", TinyClip());
+        Write("in.mkv", TinySound());
         ExpectQuietSuccess(New("mp3", "in.mkv", "out.mp3"));
     }
 
@@ -57,7 +57,7 @@ TEST_F(JobVerify, ListsTheDifferencesWithAnExitCodeOfTheirOwn)
     EXPECT_EQ(result.exitCode, 4);
     EXPECT_EQ(result.messages, "");
     EXPECT_EQ(result.output, "out.mp3: 1 difference\n"
-                             "  link 3 -> 2, audio stream 1: sample rate: wanted 44100 Hz, found 48000 Hz\n");
+                             "  link 3 -> 2, audio stream 0: sample rate: wanted 44100 Hz, found 48000 Hz\n");
 }
 
 TEST_F(JobVerify, WritesJson)
@@ -73,7 +73,7 @@ TEST_F(JobVerify, WritesJson)
       "differences": [{
           "link": [3, 2],
           "stream_kind": "audio",
-          "stream": 1,
+          "stream": 0,
           "what": "sample rate",
           "wanted": "44100 Hz",
           "found": "48000 Hz"
@@ -94,7 +94,7 @@ TEST_F(JobVerify, ARunRefusesADifferenceAndLeavesTheOldFile)
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.messages,
               "zconf: 'out.mp3' is not what the job says:\n"
-              "  link 3 -> 2, audio stream 1: sample rate: wanted 44100 Hz, found 48000 Hz\n");
+              "  link 3 -> 2, audio stream 0: sample rate: wanted 44100 Hz, found 48000 Hz\n");
     EXPECT_EQ(Read("out.mp3"), "old");
 }
 
@@ -159,6 +159,7 @@ TEST_F(JobVerify, AFullVerificationShowsItsProgress)
 
 TEST_F(JobVerify, MeasuresTheQualityOfAVideo)
 {
+    Write("in.mkv", TinyClip());
     ExpectQuietSuccess(New("mp4-h264-aac", "in.mkv", "out.mp4"));
     ASSERT_EQ(RunJob().exitCode, 0);
     const ProcessResult result = Verify({"--quality"});

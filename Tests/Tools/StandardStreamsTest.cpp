@@ -16,7 +16,7 @@ protected:
     StandardStreams()
     {
         Write("job.json", kValid);
-        Write("in.mp4", TinyClip());
+        Write("in.mp4", TinySound());
     }
 };
 

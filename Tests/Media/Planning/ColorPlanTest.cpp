@@ -31,8 +31,8 @@ protected:
         Property record =
             VideoRecord(R"("codec_id":")" + codecId + R"(","pixelFormat":")" + pixelFormat + R"(","width":)" +
                         std::to_string(width) + R"(,"height":)" + std::to_string(height) + more);
-        m_notes.clear();
-        PlanColor(m_source, *FindEncoder(codecId), container, "video stream 0", record, m_notes);
+        PlanColor(m_source, *FindEncoder(codecId), container, record);
+        m_notes = ColorLosses(m_source, record, *FindEncoder(codecId), container);
         const VideoColor color = ColorIn(record);
         const auto text = [](const std::string& name) { return name.empty() ? "-" : name; };
         return text(color.range) + " " + text(color.matrix) + " " + text(color.primaries) + " " +
@@ -97,8 +97,8 @@ TEST_F(ColorPlan, MapsHighDynamicRangeToWhatEightBitsCanHoldAndSaysSo)
 {
     Is(kHdr, "yuv420p10le");
     EXPECT_EQ(Plan("CODEC_ID_H264", "mp4"), "tv bt709 bt709 bt709");
-    EXPECT_EQ(m_notes, Notes{"The high dynamic range (smpte2084) of video stream 0 cannot be held by the "
-                             "output, so it will be mapped to standard dynamic range (bt709)"});
+    EXPECT_EQ(m_notes,
+              Notes{"its high dynamic range (smpte2084) is mapped to standard dynamic range (bt709)"});
     EXPECT_EQ(Plan("CODEC_ID_PNG", "png", "rgb24"), "- - bt709 bt709");
 }
 
@@ -106,7 +106,7 @@ TEST_F(ColorPlan, NamesColoursThatTheOutputCannotName)
 {
     Is({"tv", "bt2020nc", "bt2020", "bt709"});
     Plan("CODEC_ID_MPEG4", "avi");
-    EXPECT_EQ(m_notes, Notes{"The colours of video stream 0 (primaries bt2020, transfer bt709) cannot be "
+    EXPECT_EQ(m_notes, Notes{"its colours (primaries bt2020, transfer bt709) cannot be "
                              "named in the output, so players will show others"});
 }
 
@@ -136,7 +136,7 @@ TEST_F(ColorPlan, SaysThatDolbyVisionIsLeftOut)
 {
     m_source.hdr.dolbyVision = "8.4";
     Plan("CODEC_ID_H264", "mp4");
-    EXPECT_EQ(m_notes, Notes{"The Dolby Vision data (profile 8.4) of video stream 0 will be left out"});
+    EXPECT_EQ(m_notes, Notes{"its Dolby Vision data (profile 8.4) are left out"});
 }
 
 TEST_F(ColorPlan, MapsHighDynamicRangeWhereNoColourCanBeNamed)
@@ -172,8 +172,9 @@ TEST_F(ColorPlan, EitherUnusualColourIsLost)
     EXPECT_TRUE(isLost("bt709", "gamma28"));
     Is({"tv", "bt709", "", "gamma28"});
     Plan("CODEC_ID_MPEG4", "avi");
-    EXPECT_EQ(m_notes, Notes{"The colours of video stream 0 (primaries unknown, transfer gamma28) cannot be "
-                             "named in the output, so players will show others"});
+    EXPECT_EQ(m_notes,
+              Notes{"its colours (primaries unknown, transfer gamma28) cannot be named in the output, so "
+                    "players will show others"});
 }
 
 TEST_F(ColorPlan, AFullRangeThatCannotBeToldIsConverted)

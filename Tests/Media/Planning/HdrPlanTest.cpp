@@ -1,5 +1,6 @@
 #include "Media/Planning/HdrPlan.h"
 
+#include "Tests/Support/JobFixtures.h"
 #include "Tests/Support/PictureTest.h"
 
 #include <gmock/gmock.h>
@@ -29,18 +30,18 @@ protected:
               "-c:v", "libx265", "-x265-params",
               std::string("log-level=none:master-display=") + kDisplay + ":max-cll=1000,400", "hdr.mkv"});
     }
-    /// What is noted of a source made by hand.
-    static std::vector<std::string> Notes(const VideoHdr& hdr, const std::string& container,
-                                          const std::string& transfer = "smpte2084")
+    /// What a source made by hand loses.
+    static std::string LossOf(const VideoHdr& hdr, const std::string& container,
+                              const std::string& transfer = "smpte2084")
     {
         MediaStream source = MakeVideoStream();
         source.hdr = hdr;
         Core::Property record;
         record.SetChildT("colorTransfer", transfer);
-        std::vector<std::string> notes;
-        PlanHdr(source, *avcodec_find_encoder_by_name("libx264"), container, "video 0", record, notes);
+        const AVCodec& encoder = *avcodec_find_encoder_by_name("libx264");
+        PlanHdr(source, encoder, record);
         EXPECT_EQ(record.Count(), 1U);
-        return notes;
+        return HdrLoss(source, record, encoder, container);
     }
 };
 
@@ -72,27 +73,38 @@ TEST_F(HdrPlan, NamesWhatTheEncoderDoesNotWrite)
     MakeHdr();
     const PlannedJob job =
         Convert("hdr.mkv", "matroska", R"({"video":{"codec_id":"CODEC_ID_H264","preset":"ultrafast"}})");
-    EXPECT_THAT(job.notes,
-                ElementsAre("The mastering display and the content light of video stream 0 will be left out; "
-                            "encoder libx264 does not write them"));
+    EXPECT_THAT(job.notes, ElementsAre(Loss(
+                               "hdr.mkv", "its mastering display and its content light are left out; encoder "
+                                          "libx264 does not write them")));
     EXPECT_EQ(Video().hdr.masteringDisplay + Video().hdr.contentLight, "");
 }
 
 TEST_F(HdrPlan, TrustsContainersThatHoldWhatTheSourcesContainerSays)
 {
-    EXPECT_THAT(Notes({kDisplay, "1000,400", "", false}, "mp4"), IsEmpty());
-    EXPECT_THAT(Notes({kDisplay, "", "", false}, "mpegts"),
-                ElementsAre("The mastering display of video 0 will be left out; encoder libx264 does not "
-                            "write it"));
-    EXPECT_THAT(
-        Notes({"", "1000,400", "", true}, "mp4"),
-        ElementsAre("The content light of video 0 will be left out; encoder libx264 does not write it"));
+    EXPECT_EQ(LossOf({kDisplay, "1000,400", "", false}, "mp4"), "");
+    EXPECT_EQ(LossOf({kDisplay, "", "", false}, "mpegts"),
+              "its mastering display is left out; encoder libx264 does not write it");
+    EXPECT_EQ(LossOf({"", "1000,400", "", true}, "mp4"),
+              "its content light is left out; encoder libx264 does not write it");
 }
 
 TEST_F(HdrPlan, IsSilentWhereThereIsNothingToKeep)
 {
-    EXPECT_THAT(Notes({}, "mpegts"), IsEmpty());
-    EXPECT_THAT(Notes({kDisplay, "1000,400", "", true}, "mpegts", "bt709"), IsEmpty());
+    EXPECT_EQ(LossOf({}, "mpegts"), "");
+    EXPECT_EQ(LossOf({kDisplay, "1000,400", "", true}, "mpegts", "bt709"), "");
+}
+
+TEST_F(HdrPlan, NamesWhatAJobDoesNotTellTheEncoder)
+{
+    const AVCodec& x265 = *avcodec_find_encoder_by_name("libx265");
+    MediaStream source = MakeVideoStream();
+    source.hdr = {kDisplay, "1000,400", "", true};
+    source.color.transfer = "smpte2084";
+    EXPECT_EQ(HdrLoss(source, VideoRecord(""), x265, "matroska"),
+              "its mastering display and its content light are left out; encoder libx265 is not told them");
+    EXPECT_EQ(HdrLoss(source, VideoRecord(R"("codec.options.encode":{"x265-params":"max-cll=1000,400"})"),
+                      x265, "matroska"),
+              "its mastering display is left out; encoder libx265 is not told it");
 }
 
 } // namespace

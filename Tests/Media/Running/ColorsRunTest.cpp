@@ -43,8 +43,8 @@ TEST_F(ColorsRun, OfRgbInHdAreBt709AndSaySo)
     const PlannedJob job = Convert("in.mkv", "mp4", kH264High);
     ExpectYuv(1280, 720, 75, 126, 197);
     EXPECT_EQ(Text(Video().color), "tv bt709  ");
-    EXPECT_EQ(job.notes, std::vector<std::string>{"The RGB samples of video stream 0 will become 4:2:0, "
-                                                  "whose chroma is coarser"});
+    EXPECT_EQ(job.notes, std::vector<std::string>{
+                             Loss("in.mkv", "its RGB samples become 4:2:0, whose chroma is coarser")});
 }
 
 TEST_F(ColorsRun, OfRgbInSdAreBt601AndSaySo)
@@ -154,11 +154,11 @@ TEST_F(HighDynamicRange, IsMappedToStandardInEightBitsAndNamed)
     const PlannedJob job = Convert("hdr.mkv", "mp4", kH264High);
     EXPECT_EQ(Video().pixelFormat, "yuv420p");
     EXPECT_EQ(Text(Video().color), "tv bt709 bt709 bt709");
-    EXPECT_EQ(job.notes,
-              (std::vector<std::string>{
-                  "The high dynamic range (smpte2084) of video stream 0 cannot be held by the output, so it "
-                  "will be mapped to standard dynamic range (bt709)",
-                  "The 10 bits a sample of video stream 0 will become 8"}));
+    EXPECT_EQ(
+        job.notes,
+        (std::vector<std::string>{
+            Loss("hdr.mkv", "its high dynamic range (smpte2084) is mapped to standard dynamic range (bt709)"),
+            Loss("hdr.mkv", "its 10 bits a sample become 8")}));
     // Brighter than the code values taken as they are (127 + 16), and not clipped.
     const int luma = Samples("yuv420p").at(120 * 320 + 160);
     EXPECT_GT(luma, 160);
@@ -211,8 +211,8 @@ TEST_F(ColorsRun, NameTheTransparencyThatIsLost)
     Make("color=red@0.5:s=64x48:d=0.04,format=rgba", {"-c:v", "png", "in.mov"});
     const PlannedJob job = Convert("in.mov", "mp4", kH264High);
     EXPECT_EQ(job.notes, (std::vector<std::string>{
-                             "The RGB samples of video stream 0 will become 4:2:0, whose chroma is coarser",
-                             "The transparency of video stream 0 will be lost"}));
+                             Loss("in.mov", "its RGB samples become 4:2:0, whose chroma is coarser"),
+                             Loss("in.mov", "its transparency is left out")}));
 }
 
 } // namespace

@@ -17,8 +17,9 @@ using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
 using testing::IsEmpty;
 
-const std::string kLoss = "The interlaced frames of video stream 0 will become progressive ones, one of two "
-                          "fields; 'deinterlace' 50p keeps the motion of all fields, 'keep' the fields";
+const std::string kLoss =
+    "one of two fields of its interlaced frames is left out; 'deinterlace' 50p keeps the "
+    "motion of all fields, 'keep' the fields";
 
 std::string Dvd(const std::string& more = "")
 {
@@ -55,7 +56,7 @@ TEST_F(InterlacedRun, OfDvIsNotCombed)
     MakeInterlaced("dv.avi", {"-pix_fmt", "yuv420p", "-c:v", "dvvideo"});
     const PlannedJob job = Convert("dv.avi", "matroska", Mpeg4());
     EXPECT_EQ(Codec(job)["deinterlace"].GetString(), "25p");
-    EXPECT_EQ(job.notes, std::vector<std::string>{kLoss});
+    EXPECT_EQ(job.notes, std::vector<std::string>{Loss("dv.avi", kLoss)});
     EXPECT_LT(Combing(720, 576), kCombed);
     EXPECT_EQ(FrameCount(720, 576), 10U);
     EXPECT_FALSE(Video().isInterlaced);

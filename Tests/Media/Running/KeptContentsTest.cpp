@@ -286,15 +286,15 @@ TEST_F(KeptContents, ALossIsToldBeforeARunAndRefusedWhereTheRunIsStrict)
     options.document = "job.json";
     const Thrown thrown = ExpectThrow<JobException>([&] { RunJob(*job.graph, options); });
     EXPECT_EQ(thrown.description,
-              "job.json: node 2, audio stream 2: (pcm_s16le, eng) is left out; the output "
-              "file has 1 audio stream");
-    EXPECT_EQ(thrown.Get<MediaException::TagStream>(), 2U);
+              "job.json: node 2, video stream 0: (mpeg4) is left out; the output file has no video");
+    EXPECT_EQ(thrown.Get<MediaException::TagStream>(), 0U);
     EXPECT_THAT(told, IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(job.output));
     options.strict = false;
     RunJob(*job.graph, options);
     EXPECT_THAT(
-        told, ElementsAre("node 2, audio stream 2: (pcm_s16le, eng) is left out; the output file has 1 audio "
+        told, ElementsAre("node 2, video stream 0: (mpeg4) is left out; the output file has no video",
+                          "node 2, audio stream 2: (pcm_s16le, eng) is left out; the output file has 1 audio "
                           "stream",
                           "node 2, subtitle stream 3: (subrip, deu) is left out; container mp3 cannot hold "
                           "text subtitles",

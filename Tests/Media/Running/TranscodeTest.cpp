@@ -78,6 +78,14 @@ TEST_F(TranscodeOfJob, MergesOnlyNumbersOfStreamsInAGroup)
               Texts{"node 2, $$MERGE_WITH$$: expected the number of a stream, found nothing"});
 }
 
+TEST_F(TranscodeOfJob, DoesNotTakeWhatItLeavesOut)
+{
+    EXPECT_EQ(FaultsWith(R"(,"leftOut":{"":0})", ""),
+              Texts{"node 2, id: 'leftOut' of node 1 says that stream 0 is left out"});
+    EXPECT_EQ(FaultsWith(R"(,"leftOut":{"":9})", ""),
+              Texts{"node 1, leftOut: '" + (m_folder / "in.wav").string() + "' does not have a stream 9"});
+}
+
 TEST_F(TranscodeOfJob, DoesNotEndAtASource)
 {
     const GraphPtr job = Loaded(R"({"vertices":[{"id":1,"data":{"data":{"source":{}}}},)"

@@ -57,8 +57,8 @@ TEST_F(Transparency, OfVp8IsNamedWhereTheContainerHasNoPlaceForIt)
 {
     const PlannedJob job = Convert("in.mov", "avi", R"({"video":{"codec_id":"CODEC_ID_VP8"}})");
     EXPECT_THAT(job.notes,
-                ElementsAre("The RGB samples of video stream 0 will become 4:2:0, whose chroma is coarser",
-                            "The transparency of video stream 0 will be lost"));
+                ElementsAre(Loss("in.mov", "its RGB samples become 4:2:0, whose chroma is coarser"),
+                            Loss("in.mov", "its transparency is left out")));
     EXPECT_EQ(Video().pixelFormat, "yuv420p");
 }
 
