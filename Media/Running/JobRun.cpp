@@ -5,6 +5,7 @@
 #include "Media/Running/JobPreparation.h"
 #include "Media/Running/TargetExpectation.h"
 #include "Media/Running/TargetFile.h"
+#include "Media/Running/VerificationProgress.h"
 #include "Media/Running/WorkFolder.h"
 #include "Media/Text.h"
 #include "Media/Verifying/FileVerification.h"
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <memory>
 #include <set>
 #include <system_error>
 #include <unordered_set>
@@ -169,8 +171,8 @@ private:
         options.isCancelled = [this] { return m_options.cancel.IsCancelled(); };
         if (options.depth == VerificationDepth::Full)
         {
-            ReportVerification(0);
-            options.onProgress = [this](std::int64_t done) { ReportVerification(done); };
+            const auto progress = std::make_shared<VerificationProgress>(m_progress, m_options.onProgress);
+            options.onProgress = [progress](std::int64_t done) { progress->Report(done); };
         }
         TargetVerification verification =
             VerifyFile(target.GetWorkName(), result.file, ExpectationOf(m_prepared.transcode), options);
@@ -197,30 +199,6 @@ private:
         }
     }
 
-    /// As often as ffmpeg tells its progress.
-    void ReportVerification(std::int64_t done)
-    {
-        constexpr std::chrono::milliseconds kPause(500);
-        const auto now = std::chrono::steady_clock::now();
-        if (m_progress.isVerifying && now < m_lastReport + kPause)
-        {
-            return;
-        }
-        m_lastReport = now;
-        m_progress.isVerifying = true;
-        m_progress.done = std::max<std::int64_t>(done, 0);
-        m_progress.speed = 0;
-        if (m_progress.duration && *m_progress.duration > 0)
-        {
-            m_progress.part = std::min(
-                static_cast<double>(m_progress.done) / static_cast<double>(*m_progress.duration), 1.0);
-        }
-        if (m_options.onProgress)
-        {
-            m_options.onProgress(m_progress);
-        }
-    }
-
     void Report(const FFmpegProgress& progress)
     {
         m_progress.done = progress.done;
@@ -243,7 +221,6 @@ private:
     KeptFiles& m_kept;
     RunProgress m_progress;
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
-    std::chrono::steady_clock::time_point m_lastReport;
 };
 
 /// Removes what killed runs have left beside the targets.

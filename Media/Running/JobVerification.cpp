@@ -5,10 +5,13 @@
 #include "Media/Running/QualityMeasurement.h"
 #include "Media/Running/TargetExpectation.h"
 #include "Media/Running/TranscodeContents.h"
+#include "Media/Running/VerificationProgress.h"
 #include "Media/Verifying/FileVerification.h"
 
 #include <sys/stat.h>
 
+#include <cstdint>
+#include <memory>
 #include <utility>
 
 namespace Zelnor::Media
@@ -25,8 +28,9 @@ std::string WhyNotVerified(const std::string& name)
     return isOther ? "'" + name + "' cannot be verified, because it is " + FileKindText(status.st_mode) : "";
 }
 
+/// \param progress  what is told of the target's position among the others
 TargetVerification VerifyTarget(const Transcode& transcode, const TranscodeCommand& command,
-                                const VerifyOptions& options)
+                                const VerifyOptions& options, RunProgress progress)
 {
     const std::string reason = WhyNotVerified(transcode.output);
     if (!reason.empty())
@@ -40,6 +44,13 @@ TargetVerification VerifyTarget(const Transcode& transcode, const TranscodeComma
     file.depth =
         options.depth == VerificationDepth::Full ? VerificationDepth::Full : VerificationDepth::Quick;
     file.isCancelled = [&options] { return options.cancel.IsCancelled(); };
+    if (file.depth == VerificationDepth::Full)
+    {
+        progress.file = transcode.output;
+        progress.duration = transcode.Duration();
+        const auto report = std::make_shared<VerificationProgress>(std::move(progress), options.onProgress);
+        file.onProgress = [report](std::int64_t done) { report->Report(done); };
+    }
     TargetVerification verification =
         VerifyFile(transcode.output, transcode.output, ExpectationOf(transcode, command), file);
     if (options.quality && !options.cancel.IsCancelled())
@@ -72,7 +83,11 @@ std::vector<TargetVerification> VerifyJob(const Conf::ITranscodingMetaGraph& job
     std::vector<TargetVerification> verifications;
     for (std::size_t i = 0; i < transcodes.size() && !options.cancel.IsCancelled(); ++i)
     {
-        TargetVerification verification = VerifyTarget(transcodes[i], commands[i], options);
+        RunProgress progress;
+        progress.target = i;
+        progress.targetCount = transcodes.size();
+        TargetVerification verification =
+            VerifyTarget(transcodes[i], commands[i], options, std::move(progress));
         if (!options.cancel.IsCancelled())
         {
             verifications.push_back(std::move(verification));

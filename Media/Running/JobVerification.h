@@ -6,6 +6,7 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/Export.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,9 @@ struct VerifyOptions
     std::string ffmpeg = "ffmpeg"; ///< the program that measures the quality
     std::string document = {};     ///< what messages call the job; empty: they begin with the place
     CancelToken cancel = {};       ///< targets that come after it was cancelled are left out
+    /// Called on the thread that called `VerifyJob`, at the beginning of each target and about twice a
+    /// second, where everything is decoded.
+    std::function<void(const RunProgress&)> onProgress = {};
 };
 
 /// Compares the targets of a job, as they are now, with the job and its sources: streams and their order,

@@ -9,7 +9,9 @@ namespace
 
 using namespace Zelnor;
 using namespace Zelnor::Testing;
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 class JobVerify : public MediaTest
 {
@@ -155,6 +157,47 @@ TEST_F(JobVerify, AFullVerificationShowsItsProgress)
     // How often depends on the machine's speed.
     EXPECT_THAT(full.output, HasSubstr("\"verifying\":true"));
     EXPECT_THAT(RunJob({"--progress=json", "--overwrite"}).output, testing::Not(HasSubstr("verifying")));
+}
+
+TEST_F(JobVerify, ShowsItsProgressWhereEverythingIsDecoded)
+{
+    EXPECT_EQ(RunJob().exitCode, 0);
+    const ProcessResult full = Verify({"--full", "--progress=json"});
+    EXPECT_EQ(full.exitCode, 0);
+    EXPECT_EQ(full.messages, "");
+    // The beginning is always told; how often after that depends on the machine's speed.
+    EXPECT_THAT(full.output, StartsWith(R"({"event":"progress","target":0,"targets":1,"file":"out.mp3",)"
+                                        R"("pass":0,"passes":1,"done":0.0,"duration":)"));
+    EXPECT_THAT(full.output, HasSubstr("\"part\":0.0,\"verifying\":true}\n"));
+    EXPECT_THAT(full.output, EndsWith("{\"event\":\"verified\",\"file\":\"out.mp3\",\"differences\":[],"
+                                      "\"notes\":[],\"quality\":[]}\n"));
+    EXPECT_EQ(
+        Verify({"--progress=json"}).output,
+        "{\"event\":\"verified\",\"file\":\"out.mp3\",\"differences\":[],\"notes\":[],\"quality\":[]}\n");
+    ExpectFailure(Verify({"--full", "--progress=json", "--json"}),
+                  "--json and --progress json both write to standard output");
+}
+
+TEST_F(JobVerify, ShowsABarOnATerminal)
+{
+    EXPECT_EQ(RunJob().exitCode, 0);
+    ProcessOptions options;
+    options.terminal = true;
+    const ProcessResult result = Zconf({"job", "verify", "--full", "job.json"}, options);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.output, HasSubstr("] verifying  0%"));
+}
+
+TEST_F(JobVerify, TellsDifferencesAmongItsProgress)
+{
+    MakeOther();
+    std::filesystem::rename(Folder() / "other.mp3", Folder() / "out.mp3");
+    const ProcessResult result = Verify({"--progress=json"});
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_EQ(
+        result.output,
+        "{\"event\":\"verified\",\"file\":\"out.mp3\",\"differences\":[\"link 3 -> 2, audio stream 0: sample "
+        "rate: wanted 44100 Hz, found 48000 Hz\"],\"notes\":[],\"quality\":[]}\n");
 }
 
 TEST_F(JobVerify, MeasuresTheQualityOfAVideo)

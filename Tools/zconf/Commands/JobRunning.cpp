@@ -27,8 +27,6 @@ namespace Zelnor::Tool
 namespace
 {
 
-constexpr const char* kJson = "json";
-
 /// Ends this process by the signal that stopped its work, as the shell expects.
 [[noreturn]] void EndBy(int signal)
 {
@@ -208,11 +206,7 @@ void AddRunOptions(CLI::App& command, RunSettings& settings)
     command.add_flag("--overwrite", settings.overwrite, "Replace output files that exist");
     command.add_option("--ffmpeg", settings.ffmpeg, "The ffmpeg program (default: the one in PATH)")
         ->type_name("FILE");
-    command
-        .add_option("--progress", settings.progress,
-                    "Write progress for programs to standard output, a JSON object on each line")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({kJson}));
+    AddProgressOption(command, settings.progress);
     AddVerifyOption(command, settings.verify);
     command.add_flag("--keep-unverified", settings.keepUnverified,
                      "Keep an output file that is not what the job says beside its place, as "
@@ -222,11 +216,7 @@ void AddRunOptions(CLI::App& command, RunSettings& settings)
 
 int RunTargets(const Media::JobFile& job, const RunSettings& settings)
 {
-    const bool isProgressJson = settings.progress == kJson;
-    if (isProgressJson && settings.json)
-    {
-        throw ToolError("--json and --progress json both write to standard output");
-    }
+    const bool isProgressJson = IsProgressJson(settings.progress, settings.json);
     RunReport report(isProgressJson);
     const int exitCode = Run(job, settings, report);
     if (settings.json)

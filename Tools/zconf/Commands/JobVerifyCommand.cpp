@@ -5,6 +5,8 @@
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Output.h"
+#include "Tools/zconf/Console/ProgressDisplay.h"
+#include "Tools/zconf/Console/ProgressJson.h"
 #include "Tools/zconf/Console/Terminal.h"
 #include "Tools/zconf/Console/Text.h"
 
@@ -29,6 +31,7 @@ struct JobVerifyArguments
     bool full = false;
     bool quality = false;
     bool json = false;
+    std::string progress; ///< "json": progress for programs on standard output
 };
 
 std::string QualityText(const Media::VideoQuality& quality)
@@ -65,6 +68,20 @@ void WriteTarget(const Media::TargetVerification& target)
     }
 }
 
+void WriteEvent(const Media::TargetVerification& target) { WriteText(VerifiedJson(target)); }
+
+/// Tells how far it is, where everything is decoded: to people on standard error, or to a program on standard
+/// output.
+std::vector<Media::TargetVerification> Verify(const Conf::ITranscodingMetaGraph& job,
+                                              Media::VerifyOptions options, bool isProgressJson)
+{
+    ProgressDisplay display;
+    options.onProgress = [&display, isProgressJson](const Media::RunProgress& progress) {
+        isProgressJson ? WriteText(ProgressJson(progress)) : display.Show(progress);
+    };
+    return Media::VerifyJob(job, options);
+}
+
 int RunJobVerify(const JobVerifyArguments& options)
 {
     const Media::JobFile job = OpenJob(options.job);
@@ -73,9 +90,16 @@ int RunJobVerify(const JobVerifyArguments& options)
     verify.quality = options.quality;
     verify.ffmpeg = options.ffmpeg;
     verify.document = job.name;
-    const std::vector<Media::TargetVerification> targets = Media::VerifyJob(*job.graph, verify);
-    options.json ? WriteVerificationJson(targets)
-                 : static_cast<void>(std::for_each(targets.begin(), targets.end(), &WriteTarget));
+    const bool isProgressJson = IsProgressJson(options.progress, options.json);
+    const std::vector<Media::TargetVerification> targets = Verify(*job.graph, verify, isProgressJson);
+    if (options.json)
+    {
+        WriteVerificationJson(targets);
+    }
+    else
+    {
+        std::for_each(targets.begin(), targets.end(), isProgressJson ? &WriteEvent : &WriteTarget);
+    }
     const bool isVerified = std::all_of(targets.begin(), targets.end(),
                                         [](const auto& target) { return target.differences.empty(); });
     return isVerified ? kExitSuccess : kExitDifferent;
@@ -101,6 +125,7 @@ void AddJobVerifyCommand(CLI::App& job)
         ->add_option("--ffmpeg", options->ffmpeg,
                      "The ffmpeg program that --quality runs (default: the one in PATH)")
         ->type_name("FILE");
+    AddProgressOption(*command, options->progress);
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return RunJobVerify(*options); });
 }

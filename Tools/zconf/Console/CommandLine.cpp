@@ -127,6 +127,24 @@ void AddDocumentOption(CLI::App& command, std::string& name, const std::string& 
         ->type_name("FILE");
 }
 
+void AddProgressOption(CLI::App& command, std::string& format)
+{
+    command
+        .add_option("--progress", format,
+                    "Write progress for programs to standard output, a JSON object on each line")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"json"}));
+}
+
+bool IsProgressJson(const std::string& format, bool isResultJson)
+{
+    if (!format.empty() && isResultJson)
+    {
+        throw ToolError("--json and --progress json both write to standard output");
+    }
+    return !format.empty();
+}
+
 void AddStrictFlag(CLI::App& command, bool& strict)
 {
     command.add_flag("--strict", strict,

@@ -34,6 +34,10 @@ void AddDocumentOption(CLI::App& command, std::string& name, const std::string& 
 std::vector<std::string> CommandNames(const CLI::App& app);
 
 /// Adds the flag `--strict` to a command that makes, checks or runs a job.
+/// How far the work is, for programs: `format` is "json" then.
+void AddProgressOption(CLI::App& command, std::string& format);
+/// Whether a program is told the progress. \throw ToolError when the result is to be JSON, too
+bool IsProgressJson(const std::string& format, bool isResultJson);
 void AddStrictFlag(CLI::App& command, bool& strict);
 
 /// Sets what `command` does once all arguments are parsed; the result is the exit code. A command without the

@@ -60,6 +60,24 @@ public:
         m_writer.EndArray();
     }
 
+    void Add(const char* key, const std::vector<Media::VideoQuality>& videos)
+    {
+        m_writer.Key(key);
+        m_writer.StartArray();
+        for (const Media::VideoQuality& video : videos)
+        {
+            m_writer.StartObject();
+            Add("place", video.place.TextInDocument());
+            if (video.psnr)
+            {
+                Add("psnr", *video.psnr);
+            }
+            Add("ssim", video.ssim);
+            m_writer.EndObject();
+        }
+        m_writer.EndArray();
+    }
+
     std::string End()
     {
         m_writer.EndObject();
@@ -125,6 +143,21 @@ std::string FailedJson(const std::string& file, const std::vector<std::string>& 
     Line line("failed");
     line.Add("file", file);
     line.Add("messages", messages);
+    return line.End();
+}
+
+std::string VerifiedJson(const Media::TargetVerification& target)
+{
+    std::vector<std::string> differences;
+    for (const Media::TargetDifference& difference : target.differences)
+    {
+        differences.push_back(difference.Sentence());
+    }
+    Line line("verified");
+    line.Add("file", target.file);
+    line.Add("differences", differences);
+    line.Add("notes", target.notes);
+    line.Add("quality", target.quality);
     return line.End();
 }
 

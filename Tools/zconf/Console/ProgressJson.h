@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Media/Running/JobRun.h"
+#include "Media/Verifying/Verification.h"
 
 #include <string>
 #include <vector>
@@ -23,5 +24,9 @@ std::string CancelledJson(const Media::TargetResult& target);
 
 /// {"event":"failed","file":"out.mp4","messages":["..."]}
 std::string FailedJson(const std::string& file, const std::vector<std::string>& messages);
+
+/// {"event":"verified","file":"out.mp4","differences":["..."],"notes":["..."],"quality":[{"place":"link 3 ->
+/// 2, video stream 0","psnr":42.1,"ssim":0.99}]}; images that are equal do not have a PSNR
+std::string VerifiedJson(const Media::TargetVerification& target);
 
 } // namespace Zelnor::Tool
