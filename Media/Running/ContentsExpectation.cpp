@@ -171,7 +171,7 @@ private:
             const MediaStream& stream = m_transcode.inputs[carried.input].streams[carried.stream];
             if (carried.form != CarriedStream::Attachment)
             {
-                covers.push_back(stream.codec);
+                AddCover(stream, covers);
                 continue;
             }
             const TagList tags = TagsIn(carried.metadata);
@@ -182,10 +182,19 @@ private:
         {
             if (carried.form == CarriedStream::CoverTag)
             {
-                covers.push_back(m_transcode.inputs[carried.input].streams[carried.stream].codec);
+                AddCover(m_transcode.inputs[carried.input].streams[carried.stream], covers);
             }
         }
         m_expected.covers = m_makesCover ? std::nullopt : std::optional(std::move(covers));
+    }
+
+    void AddCover(const MediaStream& cover, std::vector<std::string>& codecs)
+    {
+        codecs.push_back(cover.codec);
+        if (!cover.picture.empty())
+        {
+            m_expected.pictures.push_back(cover.picture);
+        }
     }
 
     const Transcode& m_transcode;

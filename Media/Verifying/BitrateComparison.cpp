@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace Zelnor::Media
@@ -72,16 +73,32 @@ std::optional<double> ToleranceOf(const ExpectedStream& stream)
     return isConstant ? std::optional(kFraming) : std::nullopt;
 }
 
+/// Whether x264 fills its stream up to one constant bitrate. It does so only where the peak is the average.
+bool IsFilledByX264(const ExpectedStream& stream)
+{
+    constexpr std::array<std::string_view, 2> kLists = {"x264-params", "x264opts"};
+    const std::string wanted = ":nal-hrd=cbr:";
+    const bool isAsked =
+        TextOf(stream, "nal-hrd") == "cbr" ||
+        std::any_of(kLists.begin(), kLists.end(), [&](std::string_view list) {
+            return (":" + std::string(TextOf(stream, list)) + ":").find(wanted) != std::string::npos;
+        });
+    const auto average = OptionOf(stream, "b");
+    return isAsked && TextOf(stream, "c") == "libx264" && average && average == OptionOf(stream, "maxrate");
+}
+
 /// The least that the bits of a stream of that length may be: FFmpeg's encoders of MPEG video fill up what
 /// would run over the buffer.
 double LeastBits(const ExpectedStream& stream, double seconds)
 {
     constexpr double kTolerance = 0.95;
     constexpr std::array<std::string_view, 3> kFilling = {"mpeg1video", "mpeg2video", "mpeg4"};
-    const auto least = OptionOf(stream, "minrate");
+    const bool isFilled = IsFilledByX264(stream);
+    const auto least = OptionOf(stream, isFilled ? "maxrate" : "minrate");
     const auto buffer = OptionOf(stream, "bufsize");
-    return least && buffer && IsIn(kFilling, TextOf(stream, "c")) ? kTolerance * (*least * seconds - *buffer)
-                                                                  : 0;
+    return least && buffer && (isFilled || IsIn(kFilling, TextOf(stream, "c")))
+               ? kTolerance * (*least * seconds - *buffer)
+               : 0;
 }
 
 /// The most that the bits of a stream of that length may be.

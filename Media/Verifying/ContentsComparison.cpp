@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -46,6 +47,28 @@ void CompareChapters(const ExpectedFile& wanted, const std::vector<MediaChapter>
     }
 }
 
+/// Covers go into a file as they are. Where one is missing, that is said already.
+void ComparePictures(const ExpectedFile& wanted, std::vector<std::string> found,
+                     std::vector<TargetDifference>& differences)
+{
+    if (found.size() < wanted.pictures.size())
+    {
+        return;
+    }
+    for (const std::string& picture : wanted.pictures)
+    {
+        const auto same = std::find(found.begin(), found.end(), picture);
+        if (same == found.end())
+        {
+            differences.push_back({wanted.place, "covers",
+                                   "the source's image of " + std::to_string(picture.size()) + " bytes",
+                                   "another one"});
+            continue;
+        }
+        found.erase(same);
+    }
+}
+
 std::string Listed(std::vector<std::string> names)
 {
     std::sort(names.begin(), names.end());
@@ -68,6 +91,7 @@ std::vector<TargetDifference> CompareContents(const ExpectedFile& wanted, const 
         CompareChapters(wanted, found.chapters, differences);
     }
     std::vector<std::string> covers;
+    std::vector<std::string> pictures;
     std::vector<std::string> attachments;
     for (std::size_t i = 0; i < found.streams.size(); ++i)
     {
@@ -75,6 +99,7 @@ std::vector<TargetDifference> CompareContents(const ExpectedFile& wanted, const 
         if (stream.isAttachedPicture && !isTaken[i])
         {
             covers.push_back(stream.codec);
+            pictures.push_back(stream.picture);
         }
         else if (stream.kind == StreamKind::Attachment)
         {
@@ -95,6 +120,7 @@ std::vector<TargetDifference> CompareContents(const ExpectedFile& wanted, const 
     if (wanted.covers)
     {
         compare("covers", Listed(*wanted.covers), Listed(covers));
+        ComparePictures(wanted, std::move(pictures), differences);
     }
     compare("attachments", Listed(names), Listed(attachments));
     if (!wanted.timecode.empty())

@@ -49,6 +49,7 @@ struct ExpectedFile
     std::string timecode = {}; ///< of the first frame; empty: none is expected
     /// FFmpeg's names of their codecs; nothing when it is not known.
     std::optional<std::vector<std::string>> covers = std::nullopt;
+    std::vector<std::string> pictures = {};    ///< the bytes of those covers whose bytes are known
     std::vector<std::string> attachments = {}; ///< their names
 
     const MediaStream& SourceOf(const ExpectedStream& stream) const

@@ -109,6 +109,13 @@ private:
         {
             Add("field order", OrderOf(*m_source), m_found.fieldOrder);
         }
+        // Which field is coded first may change; of which one is shown first, the first letter is what
+        // FFmpeg's encoders and muxers agree on.
+        else if (isKept && m_found.isInterlaced && !m_source->fieldOrder.empty() &&
+                 !m_found.fieldOrder.empty() && ParityOf(*m_source) != ParityOf(m_found))
+        {
+            Add("field order", OrderOf(*m_source), m_found.fieldOrder);
+        }
     }
 
     void CompareColors()

@@ -41,6 +41,27 @@ TEST(BitrateComparison, TellsAStreamAboveItsPeakAndWhatTheBufferHolds)
     EXPECT_THAT(Compare(options, 1650001), ElementsAre("bitrate: wanted at most 1320 kb/s, found 1320 kb/s"));
 }
 
+TEST(BitrateComparison, X264FillsUpAConstantBitrateWhereItIsTold)
+{
+    const auto of = [](const std::string& option, const std::string& value, std::int64_t bytes,
+                       const std::string& peak = "1000000") {
+        return Compare(
+            {{"c", "libx264"}, {"b", "1000000"}, {"maxrate", peak}, {"bufsize", "1000000"}, {option, value}},
+            bytes);
+    };
+    // 0.95 * (10 s * 1 Mb/s - 1 Mb)
+    EXPECT_THAT(of("nal-hrd", "cbr", 1068750), IsEmpty());
+    EXPECT_THAT(of("nal-hrd", "cbr", 1068749),
+                ElementsAre("bitrate: wanted at least 855 kb/s, found 855 kb/s"));
+    EXPECT_THAT(of("x264-params", "ref=4:nal-hrd=cbr", 1000),
+                ElementsAre("bitrate: wanted at least 855 kb/s, found 1 kb/s"));
+    EXPECT_THAT(of("x264opts", "nal-hrd=cbr:ref=4", 1000),
+                ElementsAre("bitrate: wanted at least 855 kb/s, found 1 kb/s"));
+    EXPECT_THAT(of("x264-params", "nal-hrd=vbr", 1000), IsEmpty());
+    EXPECT_THAT(of("nal-hrd", "cbr", 1000, "2000000"), IsEmpty());
+    EXPECT_THAT(of("preset", "fast", 1000), IsEmpty());
+}
+
 TEST(BitrateComparison, AnAverageIsReachedOnlyAfterAWhile)
 {
     const Options options = {{"b", "1000000"}};

@@ -77,6 +77,24 @@ TEST(ContentsComparison, TellsCoversThatAreLostAddedOrOfAnotherCodec)
     EXPECT_THAT(Compare(wanted, with), ElementsAre("covers: wanted mjpeg, png, found png"));
 }
 
+TEST(ContentsComparison, TellsACoverOfOtherBytes)
+{
+    ExpectedFile wanted = Wanting();
+    wanted.covers = std::vector<std::string>{"png", "png"};
+    MediaFile found = MakeMediaFile({MakeVideoStream(), MakeAttachedPicture(), MakeAttachedPicture()});
+    found.streams[1].picture = "front";
+    found.streams[2].picture = "back";
+    wanted.pictures = {"back", "front"};
+    EXPECT_THAT(Compare(wanted, found), IsEmpty());
+    wanted.pictures = {"front", "front"};
+    EXPECT_THAT(Compare(wanted, found),
+                ElementsAre("covers: wanted the source's image of 5 bytes, found another one"));
+    // Of a large cover, the bytes are not known.
+    wanted.pictures = {"back"};
+    found.streams[1].picture = "";
+    EXPECT_THAT(Compare(wanted, found), IsEmpty());
+}
+
 TEST(ContentsComparison, AStreamOfTheJobThatBecomesACoverIsNotOneMore)
 {
     ExpectedFile wanted = Wanting();

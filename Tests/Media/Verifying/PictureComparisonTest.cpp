@@ -80,6 +80,18 @@ TEST(PictureComparison, TellsFieldsThatShouldBeKept)
     EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, progressive, progressive), IsEmpty());
 }
 
+TEST(PictureComparison, TellsWhichFieldComesFirst)
+{
+    const auto kept = [](const std::string& source, const std::string& found) {
+        return Compare({{JobKeys::kDeinterlace, "keep"}}, Interlaced(found), Interlaced(source));
+    };
+    EXPECT_THAT(kept("bb", "tt"), ElementsAre("field order: wanted bb, found tt"));
+    EXPECT_THAT(kept("tt", "bt"), ElementsAre("field order: wanted tt, found bt"));
+    EXPECT_THAT(kept("tt", "tb"), IsEmpty());
+    EXPECT_THAT(kept("", "bb"), IsEmpty());
+    EXPECT_THAT(kept("bb", ""), IsEmpty());
+}
+
 TEST(PictureComparison, TellsOtherColoursAndThoseThatAreLost)
 {
     MediaStream found = MakeVideoStream();
