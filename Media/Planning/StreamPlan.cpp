@@ -3,6 +3,7 @@
 #include "Media/MediaException.h"
 #include "Media/Planning/AudioChoice.h"
 #include "Media/Planning/Containers.h"
+#include "Media/Planning/DvdSettings.h"
 #include "Media/Planning/NearestCodec.h"
 #include "Media/Planning/SettingOverrides.h"
 #include "Media/Planning/TargetCodec.h"

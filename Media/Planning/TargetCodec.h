@@ -33,10 +33,4 @@ Core::Property MakeTargetCodec(const TargetStream& stream);
 /// The record of a stream that goes into the output unchanged.
 Core::Property MakeCopiedCodec(const MediaStream& source);
 
-/// The settings of a stream that every DVD player plays, for a source that a DVD cannot hold as it is.
-/// \param wanted  a preset's settings for it, or null; where they are for the same codec, all of them that a
-/// DVD
-///                leaves open are taken over
-Core::Property DvdSettings(const MediaStream& source, const Core::Property* wanted = nullptr);
-
 } // namespace Zelnor::Media

@@ -2,6 +2,7 @@
 
 #include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
+#include "Media/Planning/DvdSettings.h"
 #include "Media/Planning/VideoSettings.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Tests/Support/Expect.h"
