@@ -1,10 +1,11 @@
 #include "Core/Interfaces/Property.h"
 
+#include "Core/Private/EqualText.h"
+#include "Core/Private/PropertyChildren.h"
+
 #include <boost/container/small_vector.hpp>
 
-#include <algorithm>
 #include <array>
-#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -18,27 +19,6 @@ namespace
 /// and need no allocation.
 template <class T>
 using Pending = boost::container::small_vector<T, 16>;
-
-auto ByName(const std::string& name)
-{
-    return [&name](const Property& child) { return child.GetName() == name; };
-}
-
-/// Precondition: `index` is less than the number of `children`.
-template <class List>
-auto AtPosition(List& children, unsigned long index)
-{
-    const unsigned long count = children.size();
-    return index < count / 2 ? std::next(children.begin(), static_cast<std::ptrdiff_t>(index))
-                             : std::prev(children.end(), static_cast<std::ptrdiff_t>(count - index));
-}
-
-/// The empty list that a property that is not a group iterates over.
-std::list<Property>& NoChildren()
-{
-    static std::list<Property> none;
-    return none;
-}
 
 } // namespace
 
@@ -64,19 +44,25 @@ Property::Property(std::string&& name, const Ratio& value) : m_name(std::move(na
 
 Property::Property(const Property& other) : m_name(other.m_name)
 {
-    if (other.GetChildren() == nullptr)
+    if (other.IsGroup())
     {
-        m_value = other.m_value;
-        return;
+        CopyChildrenFrom(other);
     }
-    CopyChildrenFrom(other);
+    else
+    {
+        CopyValueFrom(other);
+    }
 }
 
 Property::Property(Property&& other) noexcept
     : m_name(std::move(other.m_name)), m_value(std::move(other.m_value))
-{}
+{
+    other.NameChanged();
+}
 
-Property::~Property() { DestroyChildren(); }
+Property::~Property() = default;
+
+void Property::DestroyChildren::operator()(Children* children) const noexcept { Children::Destroy(children); }
 
 Property Property::None(const std::string& name)
 {
@@ -85,50 +71,79 @@ Property Property::None(const std::string& name)
     return none;
 }
 
+void Property::CopyValueFrom(const Property& other)
+{
+    switch (other.GetType())
+    {
+    case PROPERTY_TYPE_NONE:
+        m_value.emplace<std::monostate>();
+        break;
+    case PROPERTY_TYPE_INT64:
+        m_value.emplace<long long>(*std::get_if<long long>(&other.m_value));
+        break;
+    case PROPERTY_TYPE_STRING:
+        m_value.emplace<std::string>(*std::get_if<std::string>(&other.m_value));
+        break;
+    case PROPERTY_TYPE_RATIO:
+        m_value.emplace<Ratio>(*std::get_if<Ratio>(&other.m_value));
+        break;
+    case PROPERTY_TYPE_GROUP:
+        break;
+    }
+}
+
 void Property::CopyChildrenFrom(const Property& other)
 {
     struct Copy
     {
         const Children* from;
-        Children* to;
+        Property* to;
     };
-    Pending<Copy> pending{{other.GetChildren(), GetChildren()}};
+    Pending<Copy> pending;
+    const auto plan = [&pending](const Children* from, Property& to) {
+        if (from != nullptr && from->Count() != 0)
+        {
+            pending.push_back({from, &to});
+        }
+    };
+    plan(other.GetChildren(), *this);
     while (!pending.empty())
     {
         const Copy copy = pending.back();
         pending.pop_back();
-        for (const Property& child : *copy.from)
+        copy.to->m_value = Children::Create(copy.from->Count());
+        Children& children = *copy.to->GetChildren();
+        for (const Property* child = copy.from->GetFirst(); child != nullptr; child = child->m_next)
         {
-            const Children* const grandchildren = child.GetChildren();
-            if (grandchildren == nullptr)
+            if (child->IsGroup())
             {
-                copy.to->push_back(child);
-                continue;
+                plan(child->GetChildren(), children.Append(child->m_name));
             }
-            Property& group = copy.to->emplace_back(child.m_name);
-            if (!grandchildren->empty())
+            else
             {
-                pending.push_back({grandchildren, group.GetChildren()});
+                children.Append(*child);
             }
         }
     }
 }
 
-void Property::DestroyChildren() noexcept
+Property::Children* Property::GetChildren() const noexcept
 {
-    Children* const children = GetChildren();
-    if (children == nullptr)
+    const Group* const group = std::get_if<Group>(&m_value);
+    return group == nullptr ? nullptr : group->get();
+}
+
+Property* Property::GetLastChild() const noexcept
+{
+    const Children* const children = GetChildren();
+    return children == nullptr ? nullptr : children->GetLast();
+}
+
+void Property::NameChanged() noexcept
+{
+    if (m_siblings != nullptr)
     {
-        return;
-    }
-    // Every group passes its children up before it is destroyed, so that destructors never nest.
-    while (!children->empty())
-    {
-        if (Children* const grandchildren = children->front().GetChildren())
-        {
-            children->splice(children->end(), *grandchildren);
-        }
-        children->pop_front();
+        m_siblings->ForgetNames();
     }
 }
 
@@ -144,7 +159,11 @@ Property& Property::operator=(const Property& other)
 Property& Property::operator=(Property&& other) noexcept
 {
     Property taken(std::move(other));
-    m_name.swap(taken.m_name);
+    if (m_name != taken.m_name)
+    {
+        m_name.swap(taken.m_name);
+        NameChanged();
+    }
     m_value.swap(taken.m_value);
     return *this;
 }
@@ -231,25 +250,31 @@ Property::Ratio Property::GetRatio() &&
 unsigned long Property::Count() const
 {
     const Children* const children = GetChildren();
-    return children == nullptr ? 0 : children->size();
+    return children == nullptr ? 0 : children->Count();
 }
 
-bool Property::ChildExists(const std::string& name) const { return FindChild(name) != end(); }
+bool Property::ChildExists(const std::string& name) const { return Find(name) != nullptr; }
 
-Property::iterator Property::FindChild(const std::string& name)
+Property::iterator Property::FindChild(const std::string& name) { return {Find(name), this}; }
+
+Property::const_iterator Property::FindChild(const std::string& name) const { return {Find(name), this}; }
+
+Property* Property::Find(const std::string& name) const noexcept
 {
-    return std::find_if(begin(), end(), ByName(name));
+    const Children* const children = GetChildren();
+    return children == nullptr ? nullptr : children->Find(name);
 }
 
-Property::const_iterator Property::FindChild(const std::string& name) const
+Property* Property::FindToSet(const std::string& name)
 {
-    return std::find_if(begin(), end(), ByName(name));
+    Children* const children = GetChildren();
+    return children == nullptr ? nullptr : children->FindToSet(name);
 }
 
 Property& Property::operator[](const std::string& name) &
 {
-    const iterator found = FindChild(name);
-    if (found == end())
+    Property* const found = Find(name);
+    if (found == nullptr)
     {
         ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
     }
@@ -258,8 +283,8 @@ Property& Property::operator[](const std::string& name) &
 
 const Property& Property::operator[](const std::string& name) const&
 {
-    const const_iterator found = FindChild(name);
-    if (found == end())
+    const Property* const found = Find(name);
+    if (found == nullptr)
     {
         ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
     }
@@ -268,8 +293,8 @@ const Property& Property::operator[](const std::string& name) const&
 
 Property Property::operator[](const std::string& name) &&
 {
-    const iterator found = FindChild(name);
-    if (found == end())
+    Property* const found = Find(name);
+    if (found == nullptr)
     {
         ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
     }
@@ -282,7 +307,7 @@ Property& Property::operator[](unsigned long index) &
     {
         ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(index));
     }
-    return *AtPosition(*GetChildren(), index);
+    return *GetChildren()->At(index);
 }
 
 const Property& Property::operator[](unsigned long index) const&
@@ -291,7 +316,7 @@ const Property& Property::operator[](unsigned long index) const&
     {
         ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(index));
     }
-    return *AtPosition(*GetChildren(), index);
+    return *GetChildren()->At(index);
 }
 
 Property Property::operator[](unsigned long index) &&
@@ -300,36 +325,28 @@ Property Property::operator[](unsigned long index) &&
     {
         ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(index));
     }
-    return std::move(*AtPosition(*GetChildren(), index));
+    return std::move(*GetChildren()->At(index));
 }
 
 Property::iterator Property::begin()
 {
     Children* const children = GetChildren();
-    return children == nullptr ? NoChildren().begin() : children->begin();
+    return {children == nullptr ? nullptr : children->GetFirst(), this};
 }
 
-Property::iterator Property::end()
-{
-    Children* const children = GetChildren();
-    return children == nullptr ? NoChildren().end() : children->end();
-}
+Property::iterator Property::end() { return {nullptr, this}; }
 
 Property::const_iterator Property::begin() const
 {
     const Children* const children = GetChildren();
-    return children == nullptr ? NoChildren().cbegin() : children->cbegin();
+    return {children == nullptr ? nullptr : children->GetFirst(), this};
 }
 
-Property::const_iterator Property::end() const
-{
-    const Children* const children = GetChildren();
-    return children == nullptr ? NoChildren().cend() : children->cend();
-}
+Property::const_iterator Property::end() const { return {nullptr, this}; }
 
 Property& Property::SetChild(const std::string& name)
 {
-    if (GetChildren() == nullptr)
+    if (!IsGroup())
     {
         ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
     }
@@ -338,7 +355,7 @@ Property& Property::SetChild(const std::string& name)
 
 Property& Property::SetChild(const std::string& name, const Property& value)
 {
-    if (GetChildren() == nullptr)
+    if (!IsGroup())
     {
         ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
     }
@@ -347,7 +364,7 @@ Property& Property::SetChild(const std::string& name, const Property& value)
 
 Property& Property::SetChild(const std::string& name, Property&& value)
 {
-    if (GetChildren() == nullptr)
+    if (!IsGroup())
     {
         ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
     }
@@ -360,96 +377,147 @@ Property& Property::SetChild(const std::string& name, Property&& value)
 
 Property& Property::PutChild(const std::string& name, Property&& value)
 {
-    Children& children = *GetChildren();
     // Copied before anything is moved: `name` may be the name of this property, of a child, or inside
     // `value`.
     std::string key(name);
-    const iterator found = FindChild(key);
-    if (found == children.end())
+    Property* const found = FindToSet(key);
+    if (found == &value)
     {
-        Children appended;
-        appended.push_back(std::move(value));
-        appended.back().m_name = std::move(key);
-        children.splice(children.end(), appended);
-        return children.back();
+        return *found;
     }
+    if (found == nullptr)
+    {
+        MakeRoom();
+        // Renamed before it is appended, since children are known by their names.
+        Property child(std::move(value));
+        child.m_name = std::move(key);
+        return Append(std::move(child));
+    }
+    // The name stays as it is. The old value is destroyed last: `value` may be a part of it.
     Property taken(std::move(value));
-    taken.m_name = std::move(key);
-    return *found = std::move(taken);
+    found->m_value.swap(taken.m_value);
+    return *found;
 }
+
+void Property::MakeRoom()
+{
+    // Most groups have few children.
+    constexpr std::size_t kFewChildren = 2;
+    Group& group = *std::get_if<Group>(&m_value);
+    if (group == nullptr)
+    {
+        group = Children::Create(kFewChildren);
+    }
+    group->MakeRoom();
+}
+
+template <class... Arguments>
+Property& Property::Append(Arguments&&... arguments)
+{
+    MakeRoom();
+    return GetChildren()->Append(std::forward<Arguments>(arguments)...);
+}
+
+Property& Property::AppendValue(const std::string& name, long long value) { return Append(name, value); }
+
+Property& Property::AppendValue(const std::string& name, const std::string& value)
+{
+    return Append(name, value);
+}
+
+Property& Property::AppendValue(const std::string& name, const Ratio& value) { return Append(name, value); }
+
+Property& Property::AppendValue(Property&& child) { return Append(std::move(child)); }
 
 void Property::Add(const Property& child)
 {
-    Children* const children = GetChildren();
-    if (children == nullptr)
+    if (!IsGroup())
     {
         ZELNOR_THROW(details::kPropertyUnit, NotApplicable("Add"));
     }
-    children->push_back(Property(child));
+    // Copied before it is appended: it may be this property.
+    Append(Property(child));
 }
 
 void Property::Add(Property&& child)
 {
-    Children* const children = GetChildren();
-    if (children == nullptr)
+    if (!IsGroup())
     {
         ZELNOR_THROW(details::kPropertyUnit, NotApplicable("Add"));
     }
     if (&child == this)
     {
-        children->push_back(Property(child));
+        Append(Property(child));
         return;
     }
-    children->push_back(std::move(child));
+    Append(std::move(child));
 }
 
 void Property::RemoveChild(const std::string& name)
 {
-    const iterator found = FindChild(name);
-    if (found == end())
+    Property* const found = Find(name);
+    if (found == nullptr)
     {
         ZELNOR_THROW(details::kPropertyUnit, NoSuchChild(name));
     }
-    GetChildren()->erase(found);
+    GetChildren()->Remove(*found);
 }
 
 bool Property::HasEqualValue(const Property& other) const
 {
-    return m_value.index() == other.m_value.index() && m_name == other.m_name &&
-           (GetChildren() == nullptr ? m_value == other.m_value : Count() == other.Count());
+    if (m_value.index() != other.m_value.index() || !IsEqualText(m_name, other.m_name))
+    {
+        return false;
+    }
+    switch (GetType())
+    {
+    case PROPERTY_TYPE_INT64:
+        return *std::get_if<long long>(&m_value) == *std::get_if<long long>(&other.m_value);
+    case PROPERTY_TYPE_STRING:
+        return IsEqualText(*std::get_if<std::string>(&m_value), *std::get_if<std::string>(&other.m_value));
+    case PROPERTY_TYPE_RATIO:
+        return *std::get_if<Ratio>(&m_value) == *std::get_if<Ratio>(&other.m_value);
+    case PROPERTY_TYPE_GROUP:
+        return Count() == other.Count();
+    case PROPERTY_TYPE_NONE:
+        break;
+    }
+    return true;
 }
 
 bool Property::operator==(const Property& other) const
 {
     struct Pair
     {
-        const Property* left;
-        const Property* right;
+        const Children* left;
+        const Children* right;
     };
-    if (!HasEqualValue(other))
-    {
-        return false;
-    }
-    Pending<Pair> pending{{this, &other}};
-    while (!pending.empty())
+    Pending<Pair> pending;
+    const auto isEqual = [&pending](const Property& left, const Property& right) {
+        if (!left.HasEqualValue(right))
+        {
+            return false;
+        }
+        if (left.GetChildren() != nullptr && left.Count() != 0)
+        {
+            pending.push_back({left.GetChildren(), right.GetChildren()});
+        }
+        return true;
+    };
+    bool areEqual = isEqual(*this, other);
+    while (areEqual && !pending.empty())
     {
         const Pair pair = pending.back();
         pending.pop_back();
-        auto right = pair.right->begin();
-        for (const Property& left : *pair.left)
+        const Property* left = pair.left->GetFirst();
+        for (const Property* right = pair.right->GetFirst(); areEqual && left != nullptr;
+             right = right->m_next)
         {
-            if (!left.HasEqualValue(*right))
-            {
-                return false;
-            }
-            if (left.Count() != 0)
-            {
-                pending.push_back({&left, &*right});
-            }
-            ++right;
+            areEqual = isEqual(*left, *right);
+            left = left->m_next;
         }
     }
-    return true;
+    return areEqual;
 }
 
 MethodIsNotApplicable Property::NotApplicable(const char* method) const

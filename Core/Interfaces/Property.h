@@ -7,10 +7,13 @@
 #include <boost/rational.hpp>
 
 #include <cstddef>
+#include <iterator>
 #include <limits>
-#include <list>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 #include <variant>
 
 /// \file
@@ -49,10 +52,13 @@ namespace Zelnor::Core
 /// `MethodIsNotApplicable` with the property's name, its type and the method.
 class ZELNOR_API Property
 {
+    template <class P>
+    class Iterator;
+
 public:
     using Ratio = boost::rational<long long>;
-    using iterator = std::list<Property>::iterator;
-    using const_iterator = std::list<Property>::const_iterator;
+    using iterator = Iterator<Property>;
+    using const_iterator = Iterator<const Property>;
 
     /// Without a value, a group without children. Without a name, the name is empty.
     Property();
@@ -107,7 +113,8 @@ public:
     Property& operator[](const std::string& name) &;
     const Property& operator[](const std::string& name) const&;
     Property operator[](const std::string& name) &&;
-    /// The child at that position, counted from 0. The list is walked from the nearer end.
+    /// The child at that position, counted from 0. Once children were removed, the list is walked from the
+    /// nearer end.
     Property& operator[](unsigned long index) &;
     const Property& operator[](unsigned long index) const&;
     Property operator[](unsigned long index) &&;
@@ -145,18 +152,47 @@ public:
     bool operator!=(const Property& other) const { return !(*this == other); }
 
 private:
-    using Children = std::list<Property>;
+    friend class PropertyReader;
+    class Children;
+    struct DestroyChildren
+    {
+        void operator()(Children* children) const noexcept;
+    };
+    /// Null as long as the group has no children.
+    using Group = std::unique_ptr<Children, DestroyChildren>;
     /// A scalar has no children, so children and value share the storage.
-    using Value = std::variant<Children, std::monostate, long long, std::string, Ratio>;
+    using Value = std::variant<Group, std::monostate, long long, std::string, Ratio>;
     /// The type of each alternative of `Value`, in the same order.
     static constexpr PropertyTypes kTypes[] = {PROPERTY_TYPE_GROUP, PROPERTY_TYPE_NONE, PROPERTY_TYPE_INT64,
                                                PROPERTY_TYPE_STRING, PROPERTY_TYPE_RATIO};
     static_assert(std::variant_size_v<Value> == sizeof kTypes / sizeof *kTypes);
 
+    struct Named
+    {};
+    /// \param arguments  those of one of the constructors of `T`, an alternative of `Value`
+    template <class T, class... Arguments>
+    Property(Named, std::string_view name, std::in_place_type_t<T> type, Arguments&&... arguments);
+
+    bool IsGroup() const noexcept { return m_value.index() == 0; }
+    /// Null when this is not a group, and when it has no children.
+    ZELNOR_LOCAL Children* GetChildren() const noexcept;
+    Property* GetLastChild() const noexcept;
+    ZELNOR_LOCAL Property* Find(const std::string& name) const noexcept;
+    /// The same. A group with many children remembers their names for the next time.
+    Property* FindToSet(const std::string& name);
+    ZELNOR_LOCAL void CopyValueFrom(const Property& other);
     void CopyChildrenFrom(const Property& other);
-    void DestroyChildren() noexcept;
-    Children* GetChildren() noexcept { return std::get_if<Children>(&m_value); }
-    const Children* GetChildren() const noexcept { return std::get_if<Children>(&m_value); }
+    ZELNOR_LOCAL void NameChanged() noexcept;
+    /// Makes memory for one more child ready. Precondition: this is a group.
+    ZELNOR_LOCAL void MakeRoom();
+    /// Appends a child that is constructed from the arguments. Precondition: this is a group.
+    template <class... Arguments>
+    Property& Append(Arguments&&... arguments);
+    /// The same, for the templates below.
+    Property& AppendValue(const std::string& name, long long value);
+    Property& AppendValue(const std::string& name, const std::string& value);
+    Property& AppendValue(const std::string& name, const Ratio& value);
+    Property& AppendValue(Property&& child);
     /// Precondition: this is a group, and `value` is neither this property nor one that contains it.
     Property& PutChild(const std::string& name, Property&& value);
     bool HasEqualValue(const Property& other) const;
@@ -172,6 +208,67 @@ private:
 
     std::string m_name;
     Value m_value;
+    /// The children that this is one of, and its neighbours there; null for a property that is not a child.
+    Children* m_siblings = nullptr;
+    Property* m_previous = nullptr;
+    Property* m_next = nullptr;
+};
+
+template <class P>
+class Property::Iterator
+{
+public:
+    using iterator_category = std::bidirectional_iterator_tag;
+    using value_type = Property;
+    using difference_type = std::ptrdiff_t;
+    using pointer = P*;
+    using reference = P&;
+
+    Iterator() = default;
+    /// From an iterator to a constant one.
+    template <class Q, std::enable_if_t<std::is_same_v<const Q, P>, int> = 0>
+    Iterator(const Iterator<Q>& other) : m_child(other.m_child), m_group(other.m_group)
+    {}
+
+    reference operator*() const { return *m_child; }
+    pointer operator->() const { return m_child; }
+    Iterator& operator++()
+    {
+        m_child = m_child->m_next;
+        return *this;
+    }
+    Iterator operator++(int)
+    {
+        const Iterator before = *this;
+        ++*this;
+        return before;
+    }
+    Iterator& operator--()
+    {
+        m_child = m_child == nullptr ? m_group->GetLastChild() : m_child->m_previous;
+        return *this;
+    }
+    Iterator operator--(int)
+    {
+        const Iterator before = *this;
+        --*this;
+        return before;
+    }
+    friend bool operator==(const Iterator& left, const Iterator& right)
+    {
+        return left.m_child == right.m_child;
+    }
+    friend bool operator!=(const Iterator& left, const Iterator& right) { return !(left == right); }
+
+private:
+    friend Property;
+    friend Iterator<const Property>;
+
+    Iterator(P* child, const Property* group) : m_child(child), m_group(group) {}
+
+    /// Null at the end.
+    P* m_child = nullptr;
+    const Property* m_group = nullptr;
 };
 
 template <class T>
@@ -194,8 +291,7 @@ constexpr bool Property::IsTooLarge([[maybe_unused]] const T& value)
 template <class T>
 Property& Property::CreateChildT(const std::string& name, const T& value)
 {
-    Children* const children = GetChildren();
-    if (children == nullptr)
+    if (!IsGroup())
     {
         // The line is part of the contract with the product's error reports.
         ZELNOR_THROW_AT_LINE(details::kPropertyUnit, 243, NotApplicable("CreateChildT"));
@@ -208,13 +304,24 @@ Property& Property::CreateChildT(const std::string& name, const T& value)
                          TooLarge("CreateChildT", name, static_cast<unsigned long long>(value)));
         }
     }
-    return children->emplace_back(name, value);
+    if constexpr (std::is_integral_v<T>)
+    {
+        return AppendValue(name, static_cast<long long>(value));
+    }
+    else if constexpr (std::is_same_v<T, std::string> || std::is_same_v<T, Ratio>)
+    {
+        return AppendValue(name, value);
+    }
+    else
+    {
+        return AppendValue(Property(name, value));
+    }
 }
 
 template <class T>
 Property& Property::SetChildT(const std::string& name, const T& value)
 {
-    if (GetChildren() == nullptr)
+    if (!IsGroup())
     {
         // The line is part of the contract with the product's error reports.
         ZELNOR_THROW_AT_LINE(details::kPropertyUnit, 260, NotApplicable("SetChildT"));
@@ -227,8 +334,8 @@ Property& Property::SetChildT(const std::string& name, const T& value)
                          TooLarge("SetChildT", name, static_cast<unsigned long long>(value)));
         }
     }
-    const iterator found = FindChild(name);
-    if (found == end())
+    Property* const found = FindToSet(name);
+    if (found == nullptr)
     {
         return CreateChildT(name, value);
     }

@@ -1,0 +1,146 @@
+#pragma once
+
+// Private to the library, not installed: what a group keeps its children in.
+
+#include "Core/Interfaces/Property.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace Zelnor::Core
+{
+
+/// The children of a group: a linked list whose nodes stand in blocks of memory, the first block behind this
+/// object. A child keeps its address as long as it exists. The places of removed children are used again.
+///
+/// As long as no child is removed, the children stand in the blocks in their order and are found by their
+/// positions: a processor follows links several times as slowly.
+class ZELNOR_LOCAL Property::Children
+{
+public:
+    /// With room for that many children.
+    static Group Create(std::size_t capacity);
+    static void Destroy(Children* children) noexcept;
+
+    Children(const Children&) = delete;
+    Children& operator=(const Children&) = delete;
+
+    std::size_t Count() const { return m_count; }
+    /// Null if there are none.
+    Property* GetFirst() const { return m_first; }
+    Property* GetLast() const { return m_last; }
+    /// Precondition: `index` is less than `Count()`.
+    Property* At(std::size_t index) const;
+    /// The first child of that name; null if there is none.
+    Property* Find(std::string_view name) const;
+    /// The same, and where there are many children their names are indexed.
+    Property* FindToSet(std::string_view name);
+
+    /// Gets memory for one more child.
+    void MakeRoom()
+    {
+        if (m_free == nullptr && m_unused == PlacesOf(*m_lastBlock) + m_lastBlock->capacity)
+        {
+            AddBlock();
+        }
+    }
+    /// Appends a child that is constructed from the arguments. Precondition: there is room for it.
+    template <class... Arguments>
+    Property& Append(Arguments&&... arguments);
+    void Remove(Property& child) noexcept;
+    /// To be called when the name of a child has changed.
+    void ForgetNames() noexcept;
+
+private:
+    struct Block
+    {
+        Block* previous;
+        Block* next;
+        /// Number of places in the blocks before.
+        std::size_t begin;
+        std::size_t capacity;
+    };
+
+    /// What stands in the place of a removed child.
+    struct Free
+    {
+        Free* next;
+    };
+
+    /// Finds the children from the first up to `last` by their names.
+    struct Names
+    {
+        /// The first child of each name. The texts are those of the children.
+        std::unordered_map<std::string_view, Property*> first;
+        const Property* last = nullptr;
+        bool areRepeated = false;
+    };
+
+    explicit Children(std::size_t capacity) noexcept;
+    ~Children() = default;
+
+    static Property* PlacesOf(const Block& block);
+    static void DestroyOne(Children* children, Children*& pending) noexcept;
+    void AddBlock();
+    void FreeBlocksBehindFirst() noexcept;
+    /// Names of different tags are different.
+    using Tag = unsigned char;
+    static constexpr std::size_t kTags = 32;
+    static Tag TagOf(std::string_view name);
+    Property& Link(Property* child) noexcept;
+    static Property* FindFrom(Property* child, std::string_view name);
+    Property* FindTagged(std::string_view name) const;
+    Property* FindNamed(std::string_view name) const;
+    void IndexNames();
+    void ForgetNameOf(const Property& child) noexcept;
+    void ReleasePlace(Property& child) noexcept;
+
+    Property* m_first = nullptr;
+    Property* m_last = nullptr;
+    std::size_t m_count = 0;
+    /// Whether the children stand in the blocks in their order, without a gap.
+    bool m_isDense = true;
+    /// Whether `m_tags` are those of the first children. If not, the names are compared one by one.
+    bool m_isTagged = true;
+    /// The place behind the last one of the last block that was used.
+    Property* m_unused;
+    Free* m_free = nullptr;
+    /// Exists only where children are many and have been set by their names.
+    std::unique_ptr<Names> m_names;
+    Children* m_nextToDestroy = nullptr;
+    Tag m_tags[kTags];
+    Block* m_lastBlock = &m_firstBlock;
+    /// The last member: its places follow.
+    Block m_firstBlock;
+};
+
+template <class T, class... Arguments>
+Property::Property(Named, std::string_view name, std::in_place_type_t<T> type, Arguments&&... arguments)
+    : m_name(name), m_value(type, std::forward<Arguments>(arguments)...)
+{}
+
+template <class... Arguments>
+Property& Property::Children::Append(Arguments&&... arguments)
+{
+    if (m_free != nullptr)
+    {
+        // Constructed elsewhere, since a constructor that fails would have written over the list of places.
+        Property child(std::forward<Arguments>(arguments)...);
+        void* const place = std::exchange(m_free, m_free->next);
+        return Link(::new (place) Property(std::move(child)));
+    }
+    if (m_unused == PlacesOf(*m_lastBlock) + m_lastBlock->capacity)
+    {
+        AddBlock();
+    }
+    Property* const child =
+        ::new (static_cast<void*>(m_unused)) Property(std::forward<Arguments>(arguments)...);
+    ++m_unused;
+    return Link(child);
+}
+
+} // namespace Zelnor::Core

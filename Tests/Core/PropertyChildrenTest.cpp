@@ -1,0 +1,258 @@
+// How a group finds its children: by tags, by positions and by an index, each of which edits may make
+// invalid.
+
+#include "Core/Interfaces/Property.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Zelnor::Core
+{
+
+namespace
+{
+
+/// Enough for every way of looking children up.
+constexpr int kMany = 300;
+
+std::string NameOf(int i) { return "name " + std::to_string(i); }
+
+Property MakeMany()
+{
+    Property group("group");
+    for (long long i = 0; i < kMany; ++i)
+    {
+        group.SetChildT(NameOf(static_cast<int>(i)), i);
+    }
+    return group;
+}
+
+/// What a group of integers should hold.
+using Model = std::vector<std::pair<std::string, long long>>;
+
+Model::iterator FindIn(Model& model, const std::string& name)
+{
+    return std::find_if(model.begin(), model.end(), [&name](const auto& row) { return row.first == name; });
+}
+
+void ExpectHolds(const Property& group, Model& model)
+{
+    ASSERT_EQ(group.Count(), model.size());
+    auto row = model.begin();
+    for (const Property& child : group)
+    {
+        ASSERT_EQ(child.GetName(), row->first);
+        ASSERT_EQ(child.GetInt64(), row->second);
+        ++row;
+    }
+    for (unsigned long i = 0; i < model.size(); i += 7)
+    {
+        ASSERT_EQ(group[i].GetName(), model[i].first);
+        ASSERT_EQ(group[model[i].first].GetInt64(), FindIn(model, model[i].first)->second);
+    }
+    ASSERT_FALSE(group.ChildExists("a name that no child has"));
+}
+
+/// One edit of both. Few names, so that many are repeated.
+void Edit(std::mt19937& random, int names, Property& group, Model& model)
+{
+    const auto pick = [&random](int count) {
+        return static_cast<int>(random() % static_cast<unsigned>(count));
+    };
+    const std::string name = NameOf(pick(names));
+    const long long value = pick(1000);
+    const auto found = FindIn(model, name);
+    switch (pick(8))
+    {
+    case 0:
+    case 1:
+    case 2:
+        group.SetChildT(name, value);
+        found == model.end() ? model.emplace_back(name, value) : (found->second = value, *found);
+        break;
+    case 3:
+        group.CreateChildT(name, value);
+        model.emplace_back(name, value);
+        break;
+    case 4:
+        group.SetChild(name, Property("another name", value));
+        found == model.end() ? model.emplace_back(name, value) : (found->second = value, *found);
+        break;
+    case 5:
+    case 6:
+        if (found != model.end())
+        {
+            group.RemoveChild(name);
+            model.erase(found);
+        }
+        break;
+    case 7:
+        if (found != model.end() && pick(4) == 0)
+        {
+            const std::string other = NameOf(pick(names));
+            group[name] = Property(other, value);
+            *found = {other, value};
+        }
+        break;
+    }
+}
+
+} // namespace
+
+TEST(PropertyChildren, AreFoundByNameAmongMany)
+{
+    const Property group = MakeMany();
+    for (long long i = 0; i < kMany; ++i)
+    {
+        EXPECT_EQ(group[NameOf(static_cast<int>(i))].GetInt64(), i);
+        EXPECT_EQ(group[static_cast<unsigned long>(i)].GetInt64(), i);
+    }
+    EXPECT_FALSE(group.ChildExists(NameOf(kMany)));
+}
+
+TEST(PropertyChildren, OfOneNameAreFoundFromTheFirstOnAlsoWhenItIsRemoved)
+{
+    Property group = MakeMany();
+    group.CreateChildT(NameOf(5), 1000LL);
+    group.CreateChildT(NameOf(5), 1001LL);
+    group.SetChildT("last", 0LL);
+    for (const long long value : {5LL, 1000LL, 1001LL})
+    {
+        EXPECT_EQ(group[NameOf(5)].GetInt64(), value);
+        EXPECT_EQ(group.SetChildT(NameOf(5), value).GetInt64(), value);
+        group.RemoveChild(NameOf(5));
+    }
+    EXPECT_FALSE(group.ChildExists(NameOf(5)));
+    const Property& appended = group.SetChildT(NameOf(5), 2LL);
+    EXPECT_EQ(&appended, &*std::prev(group.end()));
+}
+
+TEST(PropertyChildren, AreFoundByTheNamesThatAssignmentsGiveThem)
+{
+    Property group = MakeMany();
+    group[NameOf(0)] = Property("renamed", -1);
+    group[NameOf(kMany - 1)] = Property(NameOf(0), -2);
+    EXPECT_EQ(group["renamed"].GetInt64(), -1);
+    EXPECT_EQ(group.SetChildT(NameOf(0), 7LL).GetName(), NameOf(0));
+    EXPECT_EQ(std::prev(group.end())->GetInt64(), 7);
+    EXPECT_FALSE(group.ChildExists(NameOf(kMany - 1)));
+    EXPECT_EQ(group.Count(), static_cast<unsigned long>(kMany));
+}
+
+TEST(PropertyChildren, LoseTheirNamesWhenTheyAreMovedFrom)
+{
+    Property few("group");
+    few.SetChildT("a", 1LL);
+    for (Property group : {few, MakeMany()})
+    {
+        const std::string name = group.begin()->GetName();
+        const Property taken(std::move(*group.begin()));
+        EXPECT_EQ(taken.GetName(), name);
+        EXPECT_FALSE(group.ChildExists(name));
+        EXPECT_EQ(&group[""], &*group.begin());
+        const Property& appended = group.SetChildT(name, 3LL);
+        EXPECT_EQ(&appended, &*std::prev(group.end()));
+    }
+}
+
+TEST(PropertyChildren, UseThePlacesOfRemovedOnesAndKeepTheirOrder)
+{
+    Property group = MakeMany();
+    Model model;
+    for (const Property& child : group)
+    {
+        model.emplace_back(child.GetName(), child.GetInt64());
+    }
+    for (int i = 0; i < kMany; i += 3)
+    {
+        group.RemoveChild(NameOf(i));
+        model.erase(FindIn(model, NameOf(i)));
+    }
+    for (int i = 0; i < kMany; ++i)
+    {
+        const std::string name = "new " + std::to_string(i);
+        group.SetChildT(name, static_cast<long long>(i));
+        model.emplace_back(name, i);
+    }
+    ExpectHolds(group, model);
+}
+
+TEST(PropertyChildren, BeginAnewAfterTheLastOneIsRemoved)
+{
+    Property group = MakeMany();
+    while (group.Count() != 0)
+    {
+        group.RemoveChild(std::prev(group.end())->GetName());
+    }
+    EXPECT_EQ(group.begin(), group.end());
+    group.SetChildT("a", 1LL);
+    group.SetChildT("b", 2LL);
+    group.RemoveChild("a");
+    group.RemoveChild("b");
+    EXPECT_EQ(group, Property("group"));
+    group.SetChildT("c", 3LL);
+    EXPECT_EQ(group[0ul].GetName(), "c");
+    EXPECT_EQ(group["c"].GetInt64(), 3);
+}
+
+TEST(PropertyChildren, AreTheSameAsInAPlainListWhateverIsEdited)
+{
+    for (const int names : {3, 20, 150, 1000})
+    {
+        std::mt19937 random(static_cast<unsigned>(names));
+        Property group("group");
+        Model model;
+        for (int i = 0; i < 3000; ++i)
+        {
+            Edit(random, names, group, model);
+            if (i % 50 == 0)
+            {
+                ExpectHolds(group, model);
+            }
+        }
+        ExpectHolds(Property(group), model);
+        EXPECT_EQ(Property(group), group);
+    }
+}
+
+TEST(PropertyChildren, CanBeWalkedBackwards)
+{
+    const Property group = MakeMany();
+    long long expected = kMany;
+    for (Property::const_iterator child = group.end(); child != group.begin();)
+    {
+        --child;
+        EXPECT_EQ(child->GetInt64(), --expected);
+    }
+    Property::const_iterator child = group.begin();
+    EXPECT_EQ(child++->GetInt64(), 0);
+    EXPECT_EQ(child--->GetInt64(), 1);
+    EXPECT_EQ(child, group.begin());
+}
+
+TEST(PropertyChildren, AnIteratorBecomesAConstantOne)
+{
+    Property group = MakeMany();
+    const Property::iterator found = group.FindChild(NameOf(3));
+    const Property::const_iterator same = found;
+    EXPECT_EQ(same, found);
+    EXPECT_NE(same, group.begin());
+    EXPECT_EQ(&*same, &*found);
+}
+
+TEST(PropertyChildren, TheEndOfAnEmptyGroupStaysItsEnd)
+{
+    Property group("group");
+    Property::iterator end = group.end();
+    group.SetChildT("a", 1LL);
+    EXPECT_EQ(std::next(group.begin()), end);
+    EXPECT_EQ((--end)->GetName(), "a");
+}
+
+} // namespace Zelnor::Core
