@@ -1,10 +1,13 @@
 #include "Conf/Private/GrahpImpl.h"
+#include "Conf/Private/GraphReader.h"
 #include "Conf/Private/GraphUnit.h"
+#include "Conf/Private/JsonInput.h"
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/JsonStream.h"
 #include "Core/Interfaces/PropertyEvents.h"
 #include "Core/Interfaces/PropertySerializer.h"
 
+#include <rapidjson/reader.h>
 #include <rapidjson/writer.h>
 
 #include <algorithm>
@@ -17,70 +20,30 @@ namespace Zelnor::Conf
 namespace
 {
 
-using Core::JsonDocument;
 using Core::JsonMemory;
-using Core::JsonValue;
 using Core::Property;
 
 rapidjson::SizeType Length(std::string_view text) { return static_cast<rapidjson::SizeType>(text.size()); }
 
-/// The member `key` of an object, or null.
-JsonValue* FindMember(JsonValue& object, std::string_view key)
+/// Whether the whole input is one JSON document.
+template <class Handler>
+bool Parse(Core::IDataInput& in, Handler& handler)
 {
-    const auto found = object.FindMember(JsonValue(rapidjson::StringRef(key.data(), Length(key))));
-    return found == object.MemberEnd() ? nullptr : &found->value;
-}
-
-/// Whether the whole input is one JSON document with an object at its root.
-bool ParseObject(Core::IDataInput& in, JsonDocument& document)
-{
-    Core::JsonZelnorStreamIn stream(in);
     // The default parser recurses for every bracket, so that a document could overflow the stack.
-    document.ParseStream<rapidjson::kParseIterativeFlag>(stream);
-    // RapidJSON mistakes a NUL byte for the end.
-    return !document.HasParseError() && stream.AtEnd() && document.IsObject();
-}
-
-/// The array `key` of an object, or null.
-JsonValue* FindArray(JsonValue& object, std::string_view key)
-{
-    JsonValue* const member = FindMember(object, key);
-    return member != nullptr && member->IsArray() ? member : nullptr;
-}
-
-std::string NotAnObject(std::string_view array, rapidjson::SizeType index, const JsonValue& found)
-{
-    // In the order of rapidjson::Type.
-    static constexpr const char* kKinds[] = {"null",     "false",    "true",    "an object",
-                                             "an array", "a string", "a number"};
-    return std::string(array) + "[" + std::to_string(index) + "] must be an object, found " +
-           kKinds[found.GetType()];
-}
-
-/// The integer `key` of an object; 0 if it is not a 64-bit integer.
-long long ReadInteger(JsonValue& object, std::string_view key)
-{
-    const JsonValue* const member = FindMember(object, key);
-    return member != nullptr && member->IsInt64() ? member->GetInt64() : 0;
-}
-
-/// The record of a node or link, still wrapped in the group "data".
-Property ReadWrapped(JsonValue& element, std::string_view key)
-{
-    Property record{std::string(key)};
-    JsonValue null;
-    JsonValue* const member = FindMember(element, key);
-    Core::PropertySerializer::Load(record, member == nullptr ? null : *member);
-    return record;
-}
-
-Property Unwrap(Property&& record)
-{
-    if (record.Count() == 0)
+    constexpr unsigned kIteratively = rapidjson::kParseIterativeFlag;
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory> reader;
+    JsonInput input(in);
+    // RapidJSON mistakes a NUL byte for the end, so the end is compared.
+    if (input.IsWhole())
     {
-        return std::move(record);
+        const std::size_t size = static_cast<std::size_t>(input.End() - input.Begin());
+        rapidjson::InsituStringStream text(input.Begin());
+        reader.Parse<kIteratively | rapidjson::kParseInsituFlag>(text, handler);
+        return !reader.HasParseError() && text.Tell() == size;
     }
-    return std::move(*record.begin());
+    JsonCursor cursor(input);
+    reader.Parse<kIteratively>(cursor, handler);
+    return !reader.HasParseError() && cursor.AtEnd();
 }
 
 bool IsEmptyRecord(const Property& record)
@@ -95,6 +58,56 @@ BadJson BadStructure(const std::string& what)
     exception << ProfileException::TagJsonBadStructure(what);
     return exception;
 }
+
+/// Throws the refusal of the first record of an array that cannot be taken.
+template <class List>
+void RethrowRefusal(const List& list)
+{
+    if (list.refusedRecord != nullptr)
+    {
+        std::rethrow_exception(list.refusedRecord);
+    }
+}
+
+/// RapidJSON's writer, which sends strings byte by byte: it looks for what must be escaped and counts on
+/// every byte for room in the stream. Most strings need no escape, and saving takes two thirds of the time.
+class Writer
+    : public rapidjson::Writer<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory>
+{
+public:
+    using Base =
+        rapidjson::Writer<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory>;
+    using Base::Base;
+
+    bool Key(const char* text, rapidjson::SizeType length, bool copy = false)
+    {
+        return String(text, length, copy);
+    }
+    bool String(const char* text, rapidjson::SizeType length, bool copy = false)
+    {
+        if (NeedsEscapes({text, length}))
+        {
+            return Base::String(text, length, copy);
+        }
+        Prefix(rapidjson::kStringType);
+        os_->Put('"');
+        os_->Put(text, length);
+        os_->Put('"');
+        return true;
+    }
+
+private:
+    static bool NeedsEscapes(std::string_view text)
+    {
+        unsigned found = 0;
+        for (const char c : text)
+        {
+            found |= static_cast<unsigned>(static_cast<unsigned char>(c) < 0x20) |
+                     static_cast<unsigned>(c == '"') | static_cast<unsigned>(c == '\\');
+        }
+        return found != 0;
+    }
+};
 
 /// Streams the document, so that saving needs only a buffer.
 class DocumentWriter
@@ -131,70 +144,63 @@ public:
     }
 
 private:
-    using Writer =
-        rapidjson::Writer<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory>;
-
     Core::JsonZelnorStreamOut m_stream;
     Writer m_writer;
 };
 
 } // namespace
 
-void ITranscodingMetaGraph::GrahpImpl::LoadNode(JsonValue& element)
-{
-    // The record is read before the identifier: one that is refused leaves the counter as it was.
-    Property record = ReadWrapped(element, DATA);
-    const NodeId id = ReadInteger(element, ID);
-    m_nodeCounter = std::max(m_nodeCounter, id);
-    AppendNode(id, Unwrap(std::move(record)));
-}
-
-void ITranscodingMetaGraph::GrahpImpl::LoadLink(JsonValue& element)
-{
-    Property record = ReadWrapped(element, DATA);
-    // The link gets the next identifier; callers rely on that.
-    m_linkCounter = std::max(m_linkCounter, ReadInteger(element, ID));
-    AddLink(ReadInteger(element, FROM), ReadInteger(element, TO), Unwrap(std::move(record)));
-}
-
 void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
 {
     m_nodeCounter = 0;
     m_linkCounter = 0;
-    JsonDocument document;
-    if (!ParseObject(in, document))
+    Reader reader;
+    if (!Parse(in, reader) || !reader.IsObject())
     {
         ZELNOR_THROW(kGraphUnit, BadStructure("The root node must be an object."));
     }
-    JsonValue* const vertices = FindArray(document, VERTICES);
-    JsonValue* const edges = FindArray(document, EDGES);
-    if (vertices == nullptr || edges == nullptr)
+    if (!reader.vertices.isArray || !reader.edges.isArray)
     {
         ZELNOR_THROW(kGraphUnit, BadStructure("The root object must have two nested arrays named " +
                                               std::string(VERTICES) + " and " + std::string(EDGES)));
     }
-    m_nodes.reserve(m_nodes.size() + vertices->Size());
-    for (rapidjson::SizeType i = 0; i < vertices->Size(); ++i)
+    m_nodes.reserve(m_nodes.size() + reader.vertices.items.size());
+    for (std::unique_ptr<Node>& node : reader.vertices.items)
     {
-        if (!(*vertices)[i].IsObject())
-        {
-            ZELNOR_THROW(kGraphUnit, BadStructure(NotAnObject(VERTICES, i, (*vertices)[i])));
-        }
-        LoadNode((*vertices)[i]);
+        m_nodeCounter = std::max(m_nodeCounter, node->meta.id);
+        AppendNode(std::move(node));
     }
-    for (rapidjson::SizeType i = 0; i < edges->Size(); ++i)
+    RethrowRefusal(reader.vertices);
+    if (!reader.vertices.notAnObject.empty())
     {
-        if (!(*edges)[i].IsObject())
-        {
-            ZELNOR_THROW(kGraphUnit, BadStructure(NotAnObject(EDGES, i, (*edges)[i])));
-        }
-        LoadLink((*edges)[i]);
+        ZELNOR_THROW(kGraphUnit, BadStructure(reader.vertices.notAnObject));
     }
+    LinkList& links = reader.edges.items.links;
+    for (const auto& [from, to] : reader.edges.items.ends)
+    {
+        // The link gets the next identifier; callers rely on that.
+        m_linkCounter = std::max(m_linkCounter, links.front().meta.id);
+        AddLink(from, to, links, links.begin());
+    }
+    RethrowRefusal(reader.edges);
+    if (!reader.edges.notAnObject.empty())
+    {
+        ZELNOR_THROW(kGraphUnit, BadStructure(reader.edges.notAnObject));
+    }
+}
+
+bool ITranscodingMetaGraph::GrahpImpl::CanBeSaved(const Property& record)
+{
+    return Core::GetSaveRefusal(record, {DATA}).empty();
 }
 
 std::string ITranscodingMetaGraph::GrahpImpl::GetSaveRefusal() const
 {
     std::string refusal;
+    if (m_unsavable == 0)
+    {
+        return refusal;
+    }
     for (auto node = m_nodes.begin(); refusal.empty() && node != m_nodes.end(); ++node)
     {
         refusal = Core::GetSaveRefusal((*node)->meta.data, {DATA});

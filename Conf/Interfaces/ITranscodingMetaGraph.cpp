@@ -114,13 +114,15 @@ NodeId ITranscodingMetaGraph::GrahpImpl::AddNode(const Property& data)
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    AppendNode(m_nodeCounter + 1, Property(data));
+    const bool canBeSaved = CanBeSaved(data);
+    AppendNode(std::make_unique<Node>(Node{0, {m_nodeCounter + 1, data, canBeSaved}, {}, {}}));
+    m_unsavable += canBeSaved ? 0 : 1;
     return ++m_nodeCounter;
 }
 
-void ITranscodingMetaGraph::GrahpImpl::AppendNode(NodeId id, Property&& data)
+void ITranscodingMetaGraph::GrahpImpl::AppendNode(std::unique_ptr<Node> node)
 {
-    auto node = std::make_unique<Node>(Node{m_nodes.size(), {id, std::move(data)}, {}, {}});
+    node->position = m_nodes.size();
     MakeRoomForOne(m_nodes);
     IndexBeforeAppend(*node);
     m_nodes.push_back(std::move(node));
@@ -155,6 +157,7 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveNode(NodeId id)
         const Link& link = *links.front().link;
         ZELNOR_THROW(kGraphUnit, LinkFailure<LinkExists>(link.source->meta.id, link.target->meta.id));
     }
+    m_unsavable -= node.meta.canBeSaved ? 0 : 1;
     m_nodes.erase(m_nodes.begin() + static_cast<std::ptrdiff_t>(vertex));
     for (VertexT moved = vertex; moved < m_nodes.size(); ++moved)
     {
@@ -199,7 +202,15 @@ ITranscodingMetaGraph::GrahpImpl::FindLink(const Node& source, const Node& targe
     return found == ends.end() ? nullptr : &*found;
 }
 
-LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, Property data)
+LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, const Property& data)
+{
+    LinkList added;
+    added.push_back(Link{nullptr, nullptr, {0, data, CanBeSaved(data)}});
+    return AddLink(from, to, added, added.begin());
+}
+
+LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, LinkList& links,
+                                                 LinkList::iterator link)
 {
     Node& source = NodeById(from);
     Node& target = NodeById(to);
@@ -211,12 +222,13 @@ LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, Propert
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    LinkList added;
-    added.push_back(Link{&source, &target, {m_linkCounter + 1, std::move(data)}});
     MakeRoomForOne(source.outgoing);
     MakeRoomForOne(target.incoming);
-    m_links.splice(m_links.end(), added);
-    const LinkList::iterator link = std::prev(m_links.end());
+    link->source = &source;
+    link->target = &target;
+    link->meta.id = m_linkCounter + 1;
+    m_links.splice(m_links.end(), links, link);
+    m_unsavable += link->meta.canBeSaved ? 0 : 1;
     source.outgoing.push_back({&target, link});
     target.incoming.push_back({&source, link});
     return ++m_linkCounter;
@@ -237,6 +249,7 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveLink(NodeId from, NodeId to)
         ends->erase(std::find_if(ends->begin(), ends->end(),
                                  [link](const LinkEnd& end) { return end.link == link; }));
     }
+    m_unsavable -= link->meta.canBeSaved ? 0 : 1;
     m_links.erase(link);
 }
 

@@ -3,6 +3,7 @@
 #include "Core/Interfaces/DataStream.h"
 #include "Core/Interfaces/Export.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -75,6 +76,21 @@ public:
             Flush();
         }
         m_buffer[m_used++] = c;
+    }
+    /// The same for `count` bytes.
+    void Put(const Ch* bytes, std::size_t count)
+    {
+        while (count > m_buffer.size() - m_used)
+        {
+            const std::size_t fitting = m_buffer.size() - m_used;
+            std::copy_n(bytes, fitting, m_buffer.data() + m_used);
+            m_used = m_buffer.size();
+            Flush();
+            bytes += fitting;
+            count -= fitting;
+        }
+        std::copy_n(bytes, count, m_buffer.data() + m_used);
+        m_used += count;
     }
     void Flush();
 

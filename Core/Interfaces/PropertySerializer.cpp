@@ -2,16 +2,17 @@
 
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/PropertyEvents.h"
-#include "Core/Interfaces/Utf8.h"
+#include "Core/Interfaces/PropertyReader.h"
+#include "Core/Private/PropertyReaderImpl.h"
+#include "Core/Private/RecordPath.h"
 
 #include <boost/container/small_vector.hpp>
 
 #include <algorithm>
+#include <bitset>
 #include <iterator>
 #include <limits>
 #include <new>
-#include <numeric>
-#include <optional>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -24,276 +25,100 @@ namespace
 
 constexpr const char* kUnit = "Core/Interfaces/PropertySerializer";
 
-constexpr const char* kTooDeep = "groups are nested deeper than 512";
-
-/// A place in the document: the names and positions on the path from the outermost record.
-struct Place
+/// Cheap; names of one record often differ at their ends.
+std::size_t HashOf(std::string_view name)
 {
-    const Place* parent;
-    std::string_view name;
-    /// Position in an array; used instead of a name.
-    std::optional<std::size_t> index;
-    /// How many groups are open here, including the place's own.
-    int groups;
-};
-
-/// The text of a path through a document: "data.inputs[2].bitrate".
-class Path
-{
-public:
-    void AddName(std::string_view name)
-    {
-        // Documents nest at most 512 groups, but names may have any length.
-        constexpr std::size_t kLongest = 256;
-        m_text += m_isEmpty ? "" : ".";
-        m_text += name.size() > kLongest ? std::string(BeginningOf(name, kLongest)) + "..." : name;
-        m_isEmpty = false;
-    }
-
-    void AddIndex(std::size_t index)
-    {
-        m_text += '[' + std::to_string(index) + ']';
-        m_isEmpty = false;
-    }
-
-    /// "data.inputs[2].bitrate: a rational with the denominator 0"
-    std::string Refusal(const std::string& reason) const
-    {
-        return (m_text.empty() ? "record" : m_text) + ": " + reason;
-    }
-
-private:
-    static std::string_view BeginningOf(std::string_view name, std::size_t size)
-    {
-        const auto continuesCharacter = [](char c) { return IsUtf8Continuation(c); };
-        while (size > 0 && continuesCharacter(name[size]))
-        {
-            --size;
-        }
-        return name.substr(0, size);
-    }
-
-    std::string m_text;
-    bool m_isEmpty = true;
-};
-
-Path PathTo(const Place* place)
-{
-    boost::container::small_vector<const Place*, 16> places;
-    for (; place != nullptr; place = place->parent)
-    {
-        places.push_back(place);
-    }
-    Path path;
-    for (auto step = places.rbegin(); step != places.rend(); ++step)
-    {
-        if ((*step)->index)
-        {
-            path.AddIndex(*(*step)->index);
-        }
-        else
-        {
-            path.AddName((*step)->name);
-        }
-    }
-    return path;
+    const auto at = [name](std::size_t i) { return std::size_t{static_cast<unsigned char>(name[i])}; };
+    return name.empty() ? 0
+                        : name.size() + 37 * at(0) + 111 * at(name.size() / 2) + 287 * at(name.size() - 1) +
+                              631 * at(name.size() / 4);
 }
 
+/// An object or array of a document that is being walked.
 template <class Json>
-std::string_view TextOf(const Json& json)
+struct OpenJson
 {
-    return {json.GetString(), json.GetStringLength()};
-}
+    const Json* json;
+    /// How many of its values have been sent.
+    rapidjson::SizeType sent = 0;
+};
 
+/// Sends the events of a value that is not an object or array, or else its first one.
 template <class Json>
-const char* KindOf(const Json& json)
+void Begin(const Json& json, PropertyReader& reader)
 {
     switch (json.GetType())
     {
     case rapidjson::kNullType:
-        return "null";
+        reader.Null();
+        break;
     case rapidjson::kFalseType:
-        return "false";
     case rapidjson::kTrueType:
-        return "true";
+        reader.Bool(json.GetBool());
+        break;
     case rapidjson::kObjectType:
-        return "an object";
+        reader.StartObject();
+        break;
     case rapidjson::kArrayType:
-        return "an array";
+        reader.StartArray();
+        break;
     case rapidjson::kStringType:
-        return "a string";
+        reader.String(json.GetString(), json.GetStringLength(), false);
+        break;
     case rapidjson::kNumberType:
+        json.IsInt64()    ? reader.Int64(json.GetInt64())
+        : json.IsUint64() ? reader.Uint64(json.GetUint64())
+                          : reader.Double(0);
         break;
     }
-    return json.IsInt64()    ? "an integer"
-           : json.IsUint64() ? "an integer beyond the signed 64-bit range"
-                             : "a number that is not a 64-bit integer";
 }
 
-/// The rational of two integers, if there is one: the denominator is not zero, and the reduced form fits.
-/// Reduced here, since `boost::rational` stops the process on some pairs.
-std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t denominator)
+/// Sends the next value of an object or array, or its end.
+/// \returns the value; null at the end
+template <class Json>
+const Json* SendNext(OpenJson<Json>& open, PropertyReader& reader)
 {
-    const auto magnitude = [](std::int64_t n) {
-        return n < 0 ? std::uint64_t{0} - static_cast<std::uint64_t>(n) : static_cast<std::uint64_t>(n);
+    const Json& json = *open.json;
+    const bool isObject = json.IsObject();
+    const rapidjson::SizeType count = isObject ? json.MemberCount() : json.Size();
+    if (open.sent == count)
+    {
+        isObject ? reader.EndObject(count) : reader.EndArray(count);
+        return nullptr;
+    }
+    if (!isObject)
+    {
+        return &json[open.sent++];
+    }
+    const auto member = json.MemberBegin() + static_cast<std::ptrdiff_t>(open.sent++);
+    reader.Key(member->name.GetString(), member->name.GetStringLength(), false);
+    return &member->value;
+}
+
+/// Does what `Accept` of the value does, but does not recurse.
+template <class Json>
+void Send(const Json& root, PropertyReader& reader)
+{
+    boost::container::small_vector<OpenJson<Json>, 16> open;
+    const auto begin = [&](const Json& json) {
+        Begin(json, reader);
+        if (json.IsObject() || json.IsArray())
+        {
+            open.push_back({&json});
+        }
     };
-    if (denominator == 0)
+    begin(root);
+    while (!open.empty())
     {
-        return std::nullopt;
-    }
-    if (numerator == 0)
-    {
-        return Property::Ratio(0);
-    }
-    constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
-    const std::uint64_t divisor = std::gcd(magnitude(numerator), magnitude(denominator));
-    const std::uint64_t top = magnitude(numerator) / divisor;
-    const std::uint64_t bottom = magnitude(denominator) / divisor;
-    const bool negative = (numerator < 0) != (denominator < 0);
-    if (bottom > kMost || top > kMost + (negative ? 1 : 0))
-    {
-        return std::nullopt;
-    }
-    return Property::Ratio(static_cast<long long>(negative ? std::uint64_t{0} - top : top),
-                           static_cast<long long>(bottom));
-}
-
-/// Builds properties from JSON values, each in its final place. Recurses once for each nested group, at most
-/// `kMaxDepth` times. Its operations return whether the JSON was a record; if not, `GetRefusal()` says why.
-template <class Json>
-class Reader
-{
-public:
-    /// Appends the record in `json`, an object with one member, to `group`.
-    bool Record(const Json& json, const Place* parent, Property& group)
-    {
-        if (!json.IsObject() || json.MemberCount() != 1)
+        if (const Json* const next = SendNext(open.back(), reader))
         {
-            const std::string found =
-                json.IsObject() ? "an object with " + std::to_string(json.MemberCount()) + " members"
-                                : KindOf(json);
-            return Refuse(parent, "expected a record (an object with one member), found " + found);
+            begin(*next);
         }
-        return Member(*json.MemberBegin(), parent, group);
-    }
-
-    const std::string& GetRefusal() const { return m_refusal; }
-
-private:
-    bool Refuse(const Place* place, const std::string& reason)
-    {
-        m_refusal = PathTo(place).Refusal(reason);
-        return false;
-    }
-
-    bool Member(const typename Json::Member& member, const Place* parent, Property& group)
-    {
-        Place place{parent, TextOf(member.name), {}, parent == nullptr ? 0 : parent->groups};
-        const Json& json = member.value;
-        std::string name(place.name);
-        switch (json.GetType())
+        else
         {
-        case rapidjson::kNullType:
-            group.Add(Property::None(name));
-            return true;
-        case rapidjson::kStringType:
-            group.Add(Property(std::move(name), std::string(TextOf(json))));
-            return true;
-        case rapidjson::kObjectType:
-            group.Add(Property(std::move(name)));
-            return Object(json, place, *std::prev(group.end()));
-        case rapidjson::kArrayType:
-            group.Add(Property(std::move(name)));
-            return Array(json, place, *std::prev(group.end()));
-        case rapidjson::kNumberType:
-            if (json.IsInt64())
-            {
-                group.Add(Property(std::move(name), static_cast<long long>(json.GetInt64())));
-                return true;
-            }
-            break;
-        case rapidjson::kFalseType:
-        case rapidjson::kTrueType:
-            break;
+            open.pop_back();
         }
-        return Refuse(&place,
-                      std::string("expected an integer, a string, a rational, null or a group, found ") +
-                          KindOf(json));
     }
-
-    bool Object(const Json& json, Place& place, Property& group)
-    {
-        if (++place.groups > PropertySerializer::kMaxDepth)
-        {
-            return Refuse(&place, kTooDeep);
-        }
-        const auto members = json.GetObject();
-        return std::all_of(members.begin(), members.end(),
-                           [&](const auto& member) { return Member(member, &place, group); });
-    }
-
-    bool Array(const Json& json, Place& place, Property& property)
-    {
-        const auto elements = json.GetArray();
-        const auto isNumber = [](const Json& element) { return element.IsNumber(); };
-        if (elements.Size() == 2 && std::any_of(elements.begin(), elements.end(), isNumber))
-        {
-            return Ratio(elements[0], elements[1], place, property);
-        }
-        if (++place.groups > PropertySerializer::kMaxDepth)
-        {
-            return Refuse(&place, kTooDeep);
-        }
-        std::size_t index = 0;
-        return std::all_of(elements.begin(), elements.end(), [&](const Json& element) {
-            const Place inside{&place, {}, index++, place.groups};
-            return Record(element, &inside, property);
-        });
-    }
-
-    bool Ratio(const Json& top, const Json& bottom, const Place& place, Property& property)
-    {
-        for (const Json* part : {&top, &bottom})
-        {
-            if (!part->IsInt64())
-            {
-                return Refuse(&place, std::string("expected two 64-bit integers, found ") + KindOf(*part));
-            }
-        }
-        const std::optional<Property::Ratio> ratio = MakeRatio(top.GetInt64(), bottom.GetInt64());
-        if (!ratio)
-        {
-            return Refuse(&place, bottom.GetInt64() == 0
-                                      ? "a rational with the denominator 0"
-                                      : "a rational whose reduced form does not fit 64 bits");
-        }
-        property = *ratio;
-        return true;
-    }
-
-    std::string m_refusal;
-};
-
-/// Up to this many children, comparing each with each is faster than a hash table.
-constexpr unsigned long kFewChildren = 12;
-
-/// Replaces `property` by the record. \returns why it cannot; empty when it could
-template <class Json>
-std::string LoadRecord(Property& property, const Json& json)
-{
-    if (json.IsNull())
-    {
-        property = Property(property.GetName());
-        return {};
-    }
-    Property holder;
-    Reader<Json> reader;
-    if (!reader.Record(json, nullptr, holder))
-    {
-        return reader.GetRefusal();
-    }
-    property = std::move(*holder.begin());
-    return {};
 }
 
 /// Counts what a document takes from its pool for the events that it is sent; a little more for strings.
@@ -384,7 +209,7 @@ const char* FindReason(const Property& record, int wrappers, Levels& open)
 
 /// The description of why `record`, wrapped in that many groups, whose names are in `path`, cannot be saved;
 /// empty if it can.
-std::string FindRefusal(const Property& record, int wrappers, Path path)
+std::string FindRefusal(const Property& record, int wrappers, RecordPath path)
 {
     Levels open;
     const char* const reason = FindReason(record, wrappers, open);
@@ -412,29 +237,35 @@ std::string FindRefusal(const Property& record, int wrappers, Path path)
 
 bool HasDistinctNames(const Property& group)
 {
-    if (group.Count() <= kFewChildren)
+    // Up to this many children, comparing some is faster than a hash table for all.
+    constexpr unsigned long kFewChildren = 64;
+    if (group.Count() > kFewChildren)
     {
-        for (auto child = group.begin(); child != group.end(); ++child)
-        {
-            for (auto earlier = group.begin(); earlier != child; ++earlier)
-            {
-                if (earlier->GetName() == child->GetName())
-                {
-                    return false;
-                }
-            }
-        }
-        return true;
+        std::unordered_set<std::string_view> names;
+        names.reserve(group.Count());
+        return std::all_of(group.begin(), group.end(),
+                           [&names](const Property& child) { return names.insert(child.GetName()).second; });
     }
-    std::unordered_set<std::string_view> names;
-    names.reserve(group.Count());
-    return std::all_of(group.begin(), group.end(),
-                       [&names](const Property& child) { return names.insert(child.GetName()).second; });
+    // A name whose bit is not set has not occurred. The others are compared.
+    std::bitset<1024> occurred;
+    for (auto child = group.begin(); child != group.end(); ++child)
+    {
+        const std::string& name = child->GetName();
+        const std::size_t bit = HashOf(name) % occurred.size();
+        if (occurred[bit] && std::any_of(group.begin(), child, [&name](const Property& earlier) {
+                return earlier.GetName() == name;
+            }))
+        {
+            return false;
+        }
+        occurred.set(bit);
+    }
+    return true;
 }
 
 std::string GetSaveRefusal(const Property& record, std::initializer_list<std::string_view> wrappers)
 {
-    Path path;
+    RecordPath path;
     for (const std::string_view wrapper : wrappers)
     {
         path.AddName(wrapper);
@@ -452,7 +283,9 @@ void CheckDepth(const Property& record, int wrappers)
 
 void PropertySerializer::Load(Property& property, rapidjson::Value& json)
 {
-    if (const std::string refusal = LoadRecord(property, json); !refusal.empty())
+    PropertyReader reader;
+    Send(json, reader);
+    if (const std::string refusal = reader.m_impl->Take(property); !refusal.empty())
     {
         ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
@@ -460,7 +293,17 @@ void PropertySerializer::Load(Property& property, rapidjson::Value& json)
 
 void PropertySerializer::Load(Property& property, const JsonValue& json)
 {
-    if (const std::string refusal = LoadRecord(property, json); !refusal.empty())
+    PropertyReader reader;
+    Send(json, reader);
+    if (const std::string refusal = reader.m_impl->Take(property); !refusal.empty())
+    {
+        ZELNOR_THROW(kUnit, RefusalException(refusal));
+    }
+}
+
+void PropertySerializer::Load(Property& property, PropertyReader& reader)
+{
+    if (const std::string refusal = reader.m_impl->Take(property); !refusal.empty())
     {
         ZELNOR_THROW(kUnit, RefusalException(refusal));
     }

@@ -9,6 +9,8 @@
 namespace Zelnor::Core
 {
 
+class PropertyReader;
+
 /// Converts records to and from JSON. A record is an object with one member, its name and its value:
 ///
 /// - a 64-bit integer is an integer,
@@ -33,6 +35,8 @@ public:
     ///   256 bytes. `property` stays as it was.
     static void Load(Property& property, rapidjson::Value& json);
     static void Load(Property& property, const JsonValue& json);
+    /// The same for the record that `reader` has read, which begins anew. Precondition: it is complete.
+    static void Load(Property& property, PropertyReader& reader);
 
     /// Writes the record of `property` to `json`; strings are copied into `allocator`.
     /// \throw PropertyException when `Load` would not accept the result, with the same description; `json`

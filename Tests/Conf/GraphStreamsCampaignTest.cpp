@@ -131,7 +131,7 @@ TEST(GraphStreamsCampaign, AnInputThatClaimsTooMuchIsRefusedAtEveryRead)
     }
 }
 
-TEST(GraphStreamsCampaign, AnEndlessInputIsReadNoFurtherThanItMayBeADocument)
+TEST(GraphStreamsCampaign, AnEndlessInputIsReadOneMebibyteAheadAtMost)
 {
     /// Repeats a letter after the document, or instead of one.
     class Endless final : public OnStack<Core::IDataInput>
@@ -159,7 +159,7 @@ TEST(GraphStreamsCampaign, AnEndlessInputIsReadNoFurtherThanItMayBeADocument)
         {
             Endless input(beginning, letter);
             ExpectThrow<BadJson>([&] { ITranscodingMetaGraph::Create()->Load(&input); });
-            EXPECT_LE(input.calls, 2u);
+            EXPECT_LE(input.calls, 64u);
         }
     }
 }

@@ -268,6 +268,23 @@ TEST(JsonZelnorStreamOut, WritesEveryByteAroundTheBufferBorders)
     }
 }
 
+TEST(JsonZelnorStreamOut, WritesManyBytesAsItWritesEach)
+{
+    for (const std::size_t size :
+         {std::size_t{0}, std::size_t{1}, kBuffer - 1, kBuffer, kBuffer + 1, 3 * kBuffer + 5})
+    {
+        Output output;
+        JsonZelnorStreamOut stream(output);
+        const std::string bytes = Bytes(size);
+        stream.Put('<');
+        stream.Put(bytes.data(), bytes.size());
+        stream.Put('>');
+        stream.Flush();
+        EXPECT_EQ(output.bytes, '<' + bytes + '>') << size;
+        EXPECT_LE(output.largest, kBuffer);
+    }
+}
+
 TEST(JsonZelnorStreamOut, GetsTheWholeDocumentOfAWriter)
 {
     Output output;

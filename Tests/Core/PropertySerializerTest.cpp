@@ -178,6 +178,22 @@ TEST(PropertySerializer, FindsARepeatedNameAmongManyChildren)
     }
 }
 
+TEST(HasDistinctNames, ComparesNamesThatOnlyLookAlike)
+{
+    // So many of one length and with equal ends that some must share a bit of any small filter.
+    for (const int count : {2, 13, 50, 64, 65, 2000})
+    {
+        Property group("group");
+        for (int i = 0; i < count; ++i)
+        {
+            group.CreateChildT("name" + std::to_string(10'000 + i) + "end", 1LL);
+        }
+        EXPECT_TRUE(HasDistinctNames(group)) << count;
+        group.CreateChildT("name10001end", 1LL);
+        EXPECT_FALSE(HasDistinctNames(group)) << count;
+    }
+}
+
 TEST(PropertySerializer, KeepsStringsByteForByte)
 {
     std::string bytes;
