@@ -152,6 +152,8 @@ public:
                                     unsigned int index);
 
 private:
+    friend ZELNOR_API bool PathExistInGraph(const boost::intrusive_ptr<const ITranscodingMetaGraph>& graph,
+                                            NodeId from, NodeId to);
     friend ZELNOR_API std::vector<TopologyFault> GetTopologyFaults(const ITranscodingMetaGraph& graph);
 
     class GrahpImpl; // kept: the name as it is
