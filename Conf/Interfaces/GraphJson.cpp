@@ -69,8 +69,8 @@ void RethrowRefusal(const List& list)
     }
 }
 
-/// RapidJSON's writer, which sends strings byte by byte: it looks for what must be escaped and counts on
-/// every byte for room in the stream. Most strings need no escape, and saving takes two thirds of the time.
+/// RapidJSON's writer sends strings byte by byte: it looks for what must be escaped, and asks for room in the
+/// stream. Most strings need no escape and are sent at once here, which saves a tenth of the instructions.
 class Writer
     : public rapidjson::Writer<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory>
 {

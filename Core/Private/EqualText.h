@@ -9,8 +9,7 @@
 namespace Zelnor::Core
 {
 
-/// Whether both are the same. Names are short, and for these a call of the C library takes longer than the
-/// comparison: records are compared in 0.7 and searched in 0.8 of the time.
+/// Whether both are the same. Most names are shorter than a call of the C library is long.
 inline bool IsEqualText(std::string_view left, std::string_view right)
 {
     const std::size_t size = left.size();
@@ -24,11 +23,11 @@ inline bool IsEqualText(std::string_view left, std::string_view right)
         std::memcpy(&other, right.data() + at, sizeof other);
         return word ^ other;
     };
-    // Two words that overlap cover every size from one word to two.
     if (size > 16)
     {
         return std::memcmp(left.data(), right.data(), size) == 0;
     }
+    // Two words that overlap cover every size from one word to two.
     if (size >= 8)
     {
         return (differs(std::uint64_t{}, 0) | differs(std::uint64_t{}, size - 8)) == 0;

@@ -87,7 +87,7 @@ void UseAGraph(const std::string& document, std::size_t kilobytes)
 
 TEST_F(SmallStack, IsEnoughForRecordsOfAnyJob) { UseAGraph(DeepDocument(20), 64); }
 
-/// Records are read level by level, so the deepest ones need more.
+/// Records are saved level by level, so the deepest ones need more.
 TEST_F(SmallStack, IsEnoughWithAMebibyteForTheDeepestRecords)
 {
     UseAGraph(DeepDocument(Core::PropertySerializer::kMaxDepth - 1), 1024);
