@@ -26,10 +26,10 @@ using Conf::IFormatCodec;
 /// As an argument of a program, in base 64, they must be shorter than 128 KiB.
 constexpr std::size_t kLongestChaptersText = 90000;
 
-class Planner
+class ContentsPlanner
 {
 public:
-    explicit Planner(const OutputFile& output) : m_output(output), m_trial(output) {}
+    explicit ContentsPlanner(const OutputFile& output) : m_output(output), m_trial(output) {}
 
     OutputContents Make()
     {
@@ -220,7 +220,7 @@ bool IsSoundChanged(const OutputFile& output)
     });
 }
 
-OutputContents PlanContents(const OutputFile& output) { return Planner(output).Make(); }
+OutputContents PlanContents(const OutputFile& output) { return ContentsPlanner(output).Make(); }
 
 std::string ChaptersText(const std::vector<MediaChapter>& chapters)
 {

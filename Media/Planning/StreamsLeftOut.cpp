@@ -21,10 +21,10 @@ namespace
 
 using Conf::IFormatCodec;
 
-class Namer
+class LeftOutNamer
 {
 public:
-    Namer(const OutputFile& output, const std::vector<CarriedStream>& carried, OutputTrial& trial)
+    LeftOutNamer(const OutputFile& output, const std::vector<CarriedStream>& carried, OutputTrial& trial)
         : m_output(output), m_carried(carried), m_trial(trial)
     {}
 
@@ -192,7 +192,7 @@ bool HasCoverTag(const std::vector<CarriedStream>& carried)
 std::vector<Loss> StreamsLeftOut(const OutputFile& output, const std::vector<CarriedStream>& carried,
                                  OutputTrial& trial)
 {
-    return Namer(output, carried, trial).Name();
+    return LeftOutNamer(output, carried, trial).Name();
 }
 
 } // namespace Zelnor::Media

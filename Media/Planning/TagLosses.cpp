@@ -27,10 +27,10 @@ std::string ListText(const std::vector<std::string>& names)
     return text + (names.size() > kMost ? " and " + std::to_string(names.size() - kMost) + " more" : "");
 }
 
-class Namer
+class TagNamer
 {
 public:
-    Namer(const OutputFile& output, OutputTrial& trial) : m_output(output), m_trial(trial) {}
+    TagNamer(const OutputFile& output, OutputTrial& trial) : m_output(output), m_trial(trial) {}
 
     std::vector<Loss> Name()
     {
@@ -193,7 +193,7 @@ TagList MetadataTags(const Core::Property& record)
 
 std::vector<Loss> TagLosses(const OutputFile& output, OutputTrial& trial)
 {
-    return Namer(output, trial).Name();
+    return TagNamer(output, trial).Name();
 }
 
 } // namespace Zelnor::Media
