@@ -34,14 +34,14 @@ Property MakeMany()
 }
 
 /// What a group of integers should hold.
-using Model = std::vector<std::pair<std::string, long long>>;
+using ChildRows = std::vector<std::pair<std::string, long long>>;
 
-Model::iterator FindIn(Model& model, const std::string& name)
+ChildRows::iterator FindIn(ChildRows& model, const std::string& name)
 {
     return std::find_if(model.begin(), model.end(), [&name](const auto& row) { return row.first == name; });
 }
 
-void ExpectHolds(const Property& group, Model& model)
+void ExpectHolds(const Property& group, ChildRows& model)
 {
     ASSERT_EQ(group.Count(), model.size());
     auto row = model.begin();
@@ -60,7 +60,7 @@ void ExpectHolds(const Property& group, Model& model)
 }
 
 /// One edit of both. Few names, so that many are repeated.
-void Edit(std::mt19937& random, int names, Property& group, Model& model)
+void Edit(std::mt19937& random, int names, Property& group, ChildRows& model)
 {
     const auto pick = [&random](int count) {
         return static_cast<int>(random() % static_cast<unsigned>(count));
@@ -164,7 +164,7 @@ TEST(PropertyChildren, LoseTheirNamesWhenTheyAreMovedFrom)
 TEST(PropertyChildren, UseThePlacesOfRemovedOnesAndKeepTheirOrder)
 {
     Property group = MakeMany();
-    Model model;
+    ChildRows model;
     for (const Property& child : group)
     {
         model.emplace_back(child.GetName(), child.GetInt64());
@@ -207,7 +207,7 @@ TEST(PropertyChildren, AreTheSameAsInAPlainListWhateverIsEdited)
     {
         std::mt19937 random(static_cast<unsigned>(names));
         Property group("group");
-        Model model;
+        ChildRows model;
         for (int i = 0; i < 3000; ++i)
         {
             Edit(random, names, group, model);
