@@ -25,7 +25,7 @@ enum Family : std::uint8_t
 
 /// The maps have the numbers of their families, and this is all of them together.
 constexpr std::size_t kAllCodecs = 4;
-constexpr std::size_t kMaps = 5;
+constexpr std::size_t kOwnMaps = 5;
 
 struct Row
 {
@@ -141,7 +141,7 @@ TextSlot& SlotOf(AVCodecID id)
     return g_texts[slot];
 }
 
-/// The number of one of our own maps, and `kMaps` for any other.
+/// The number of one of our own maps, and `kOwnMaps` for any other.
 std::size_t NumberOf(const MapCodecs& map)
 {
     if (&map == &mapCodecs)
@@ -151,7 +151,7 @@ std::size_t NumberOf(const MapCodecs& map)
     const MapCodecs* const families[] = {&mapVideoCodecs, &mapAudioCodecs, &mapSubtitleCodecs,
                                          &mapUnknownCodecs};
     const auto found = std::find(std::begin(families), std::end(families), &map);
-    return found == std::end(families) ? kMaps : static_cast<std::size_t>(found - families);
+    return found == std::end(families) ? kOwnMaps : static_cast<std::size_t>(found - families);
 }
 
 } // namespace
@@ -169,7 +169,7 @@ CodecFacts GetCodecFacts(const std::string& textId)
 std::optional<AVCodecID> FindCodecID(const std::string& textId, const MapCodecs& map)
 {
     const std::size_t number = NumberOf(map);
-    if (number == kMaps)
+    if (number == kOwnMaps)
     {
         const auto found =
             std::find_if(map.begin(), map.end(), [&](const auto& entry) { return entry.second == textId; });

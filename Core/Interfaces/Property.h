@@ -156,7 +156,7 @@ private:
     class Children;
     struct DestroyChildren
     {
-        void operator()(Children* children) const noexcept;
+        ZELNOR_LOCAL void operator()(Children* children) const noexcept;
     };
     /// Null as long as the group has no children.
     using Group = std::unique_ptr<Children, DestroyChildren>;
@@ -171,7 +171,8 @@ private:
     {};
     /// \param arguments  those of one of the constructors of `T`, an alternative of `Value`
     template <class T, class... Arguments>
-    Property(Named, std::string_view name, std::in_place_type_t<T> type, Arguments&&... arguments);
+    ZELNOR_LOCAL Property(Named, std::string_view name, std::in_place_type_t<T> type,
+                          Arguments&&... arguments);
 
     bool IsGroup() const noexcept { return m_value.index() == 0; }
     /// Null when this is not a group, and when it has no children.
@@ -187,7 +188,7 @@ private:
     ZELNOR_LOCAL void MakeRoom();
     /// Appends a child that is constructed from the arguments. Precondition: this is a group.
     template <class... Arguments>
-    Property& Append(Arguments&&... arguments);
+    ZELNOR_LOCAL Property& Append(Arguments&&... arguments);
     /// The same, for the templates below.
     Property& AppendValue(const std::string& name, long long value);
     Property& AppendValue(const std::string& name, const std::string& value);

@@ -19,13 +19,13 @@ using namespace Zelnor::Testing;
 using namespace std::string_literals;
 using Core::Property;
 
-constexpr int kNodes = 12'000;
+constexpr int kLargeNodes = 12'000;
 
 /// Several MiB, with everything that may stand at the border of two pieces.
 GraphPtr MakeLarge()
 {
     GraphPtr graph = ITranscodingMetaGraph::Create();
-    for (long long i = 1; i <= kNodes; ++i)
+    for (long long i = 1; i <= kLargeNodes; ++i)
     {
         Property record("record " + std::to_string(i));
         record.SetChildT("number", i * 1'000'003'000'007LL);
@@ -60,7 +60,7 @@ TEST(GraphLargeDocument, IsReadAsItWasWrittenWhateverThePieces)
         TestInput in(Document(), piece);
         graph->Load(&in);
         EXPECT_TRUE(graph->TopologyIsValid());
-        EXPECT_EQ((*graph)[kNodes], (*MakeLarge())[kNodes]);
+        EXPECT_EQ((*graph)[kLargeNodes], (*MakeLarge())[kLargeNodes]);
         // The links are counted from 2, as in every document.
         EXPECT_EQ(JsonOf(*graph).size(), JsonOf(*Loaded(Document())).size());
         EXPECT_TRUE(JsonOf(*graph) == JsonOf(*Loaded(Document())));
@@ -87,7 +87,7 @@ TEST(GraphLargeDocument, IsRefusedWhenSomethingFollows)
     const GraphPtr graph = ITranscodingMetaGraph::Create();
     TestInput blanks(Document() + std::string(40'000, ' '));
     graph->Load(&blanks);
-    EXPECT_EQ(graph->GetNodesCount(), kNodes);
+    EXPECT_EQ(graph->GetNodesCount(), kLargeNodes);
 }
 
 TEST(GraphLargeDocument, IsRefusedWhenItIsCutOff)
