@@ -92,19 +92,6 @@ bool NeedsUsualPixels(const Property& target)
 }
 
 /// The source's samples, as near as the encoder can; by FFmpeg's name where the vocabulary has none.
-/// By its number in the vocabulary if it has one, else by FFmpeg's name.
-void SetPixelFormat(AVPixelFormat format, IFormatCodecVideo& target)
-{
-    if (const std::optional<PixFmt> known = FromFFmpeg(format))
-    {
-        target.SetPixelFormat(*known);
-        return;
-    }
-    Property record = target.GetProperty();
-    record.SetChildT(JobKeys::kPixelFormat, std::string(av_get_pix_fmt_name(format)));
-    target.SetProperty(record);
-}
-
 void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, const std::string& container,
                        IFormatCodecVideo& target)
 {
@@ -119,9 +106,11 @@ void ChoosePixelFormat(const AVCodec& encoder, const MediaStream& source, const 
     if (!isUsual && !isGif && !FromFFmpeg(format))
     {
         const AVPixelFormat nearest = NearestPixelFormat(encoder, format);
-        if (nearest != AV_PIX_FMT_NONE)
+        if (nearest != AV_PIX_FMT_NONE && !FromFFmpeg(nearest))
         {
-            SetPixelFormat(nearest, target);
+            Property record = target.GetProperty();
+            record.SetChildT(JobKeys::kPixelFormat, std::string(av_get_pix_fmt_name(nearest)));
+            target.SetProperty(record);
             return;
         }
     }

@@ -57,9 +57,19 @@ void Hold(Descriptor& descriptor, const Property& child)
 TEST(DescriptorMemory, TheGeometryIsSetAsAWholeOrNotAtAll)
 {
     const auto video = IFormatCodecVideo::Create();
-    EXPECT_GE(ExpectAllOrNothing(*video, InitPal), 4);
+    EXPECT_GE(ExpectAllOrNothing(*video, InitPal), 1);
     EXPECT_EQ(video->GetFrameInfo().width, 720u);
     EXPECT_EQ(video->GetFrameInfo().ay, 45u);
+}
+
+TEST(DescriptorMemory, TheBeginningOfTheGeometryIsTakenBackWhenItsEndFails)
+{
+    // A block has room for eight children, and five are there: only the fourth of the geometry needs memory.
+    const auto video = IFormatCodecVideo::Create();
+    video->SetPixelFormat(PIX_FMT_YUV420P);
+    ASSERT_EQ(video->GetProperty().Count(), 5u);
+    EXPECT_EQ(ExpectAllOrNothing(*video, InitPal), 1);
+    EXPECT_EQ(video->GetProperty().Count(), 9u);
 }
 
 TEST(DescriptorMemory, TheGeometryIsSetAsAWholeOrNotAtAllWhenSomeOfItIsThere)
@@ -71,7 +81,7 @@ TEST(DescriptorMemory, TheGeometryIsSetAsAWholeOrNotAtAllWhenSomeOfItIsThere)
         Property old(key);
         old.SetChildT("a group where a number belongs", std::string(100, 'x'));
         Hold(*video, old);
-        EXPECT_GE(ExpectAllOrNothing(*video, InitPal), 3) << key;
+        EXPECT_GE(ExpectAllOrNothing(*video, InitPal), 1) << key;
         EXPECT_EQ(video->GetFrameInfo().height, 576u);
         EXPECT_EQ(video->GetProperty().Count(), 8u);
     }
@@ -92,14 +102,14 @@ TEST(DescriptorMemory, TheGeometryIsChangedWithoutTouchingWhatElseTheRecordHolds
 TEST(DescriptorMemory, SampleInfoIsSetAsAWholeOrNotAtAll)
 {
     const auto audio = IFormatCodecAudio::Create();
-    EXPECT_GE(ExpectAllOrNothing(*audio, SetCdQuality), 3);
+    EXPECT_GE(ExpectAllOrNothing(*audio, SetCdQuality), 1);
     EXPECT_EQ(audio->GetSampleInfo().sampleRate, 44100);
     for (const std::string& key : {IFormatCodecAudio::TAG_SAMPLE_FORMAT, IFormatCodecAudio::TAG_LAYOUT,
                                    IFormatCodecAudio::TAG_SAMPLE_RATE})
     {
         const auto other = IFormatCodecAudio::Create();
         Hold(*other, Property(key, std::string(100, 'x')));
-        EXPECT_GE(ExpectAllOrNothing(*other, SetCdQuality), 2) << key;
+        EXPECT_GE(ExpectAllOrNothing(*other, SetCdQuality), 1) << key;
         EXPECT_EQ(other->GetSampleInfo().channelLayout->layout, CH_LAYOUT_STEREO_DOWNMIX);
         EXPECT_EQ(other->GetProperty().Count(), 7u);
     }

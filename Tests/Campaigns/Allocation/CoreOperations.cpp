@@ -5,6 +5,7 @@
 #include "Core/Interfaces/JsonStream.h"
 #include "Core/Interfaces/PrintPropertyValue.h"
 #include "Core/Interfaces/PropertyEvents.h"
+#include "Core/Interfaces/PropertyReader.h"
 #include "Core/Interfaces/PropertySerializer.h"
 #include "Core/Interfaces/Utf8.h"
 #include "Core/Interfaces/ioPath.h"
@@ -240,6 +241,15 @@ void AddSerializer(Operations& rows)
 {
     rows.push_back(LoadRow<rapidjson::Document>("the caller's document", SampleJson()));
     rows.push_back(LoadRow<Core::JsonDocument>("a document of JsonMemory", SampleJson()));
+    rows.push_back(Call("Core::PropertyReader::PropertyReader", [json = SampleJson()] {
+        Core::PropertyReader record;
+        rapidjson::StringStream stream(json.c_str());
+        rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, Core::JsonMemory> reader;
+        reader.Parse<rapidjson::kParseIterativeFlag>(stream, record);
+        Property property;
+        PropertySerializer::Load(property, record);
+        return property;
+    }));
     rows.push_back(Row(
         "Core::PropertySerializer::Save", [] { return std::make_shared<rapidjson::Document>(); },
         [sample = Sample()](auto& document) {

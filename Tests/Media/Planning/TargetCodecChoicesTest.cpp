@@ -70,13 +70,6 @@ TEST_F(TargetCodecChoices, PixelsWithoutANumberAreNamed)
     EXPECT_NE(PixelsOf("gbrap12le", "gif"), AV_PIX_FMT_NONE);
 }
 
-TEST_F(TargetCodecChoices, PixelsWithoutANumberKeepTheirChromaWhereTheNearestHasOne)
-{
-    Ask("CODEC_ID_MPEG2VIDEO");
-    EXPECT_EQ(PixelsOf("yuv444p12le", "matroska"), AV_PIX_FMT_YUV422P);
-    EXPECT_EQ(PixelsOf("yuv420p12le", "matroska"), AV_PIX_FMT_YUV420P);
-}
-
 TEST_F(TargetCodecChoices, ADvdKeepsItsFieldsAtTheSourcesRateAlone)
 {
     MediaStream source = MakeVideoStream(720, 576, "CODEC_ID_MPEG2VIDEO");
