@@ -305,7 +305,7 @@ Property& Property::CreateChildT(const std::string& name, const T& value)
                          TooLarge("CreateChildT", name, static_cast<unsigned long long>(value)));
         }
     }
-    if constexpr (std::is_integral_v<T>)
+    if constexpr ((std::is_integral_v<T> || std::is_enum_v<T>)&&std::is_convertible_v<T, long long>)
     {
         return AppendValue(name, static_cast<long long>(value));
     }

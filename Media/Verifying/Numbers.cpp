@@ -19,8 +19,8 @@ std::string DecimalText(double value)
 
 std::string SecondsText(std::int64_t microseconds)
 {
-    constexpr double kSecond = 1e6;
-    return DecimalText(static_cast<double>(microseconds) / kSecond) + " s";
+    constexpr double kMicrosecondsInASecond = 1e6;
+    return DecimalText(static_cast<double>(microseconds) / kMicrosecondsInASecond) + " s";
 }
 
 std::string BitrateText(double bitsPerSecond)
