@@ -95,14 +95,26 @@ const std::string* Ask(AVCodecID id, const MapCodecs& map)
     }
 }
 
-/// Each ID of ours with its neighbours, and the ends of the type.
+/// Each ID of ours with its neighbours. No others than the enumeration can hold: as many bits as its largest
+/// enumerator has.
 std::set<int> IdsAndNeighbours()
 {
-    std::set<int> ids = {-2147483647 - 1, -1, 1024, 1025, 2147483647};
+    int end = 1;
+    while (end <= static_cast<int>(mapCodecs.rbegin()->first))
+    {
+        end *= 2;
+    }
+    std::set<int> ids = {0, 1024, 1025, end - 1};
     for (const auto& entry : mapCodecs)
     {
         const int id = static_cast<int>(entry.first);
-        ids.insert({id - 1, id, id + 1, id ^ 0x10000, id ^ 0x400});
+        for (const int other : {id - 1, id, id + 1, id ^ 0x10000, id ^ 0x400})
+        {
+            if (other >= 0 && other < end)
+            {
+                ids.insert(other);
+            }
+        }
     }
     return ids;
 }
