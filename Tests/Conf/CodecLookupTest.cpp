@@ -99,12 +99,13 @@ const std::string* Ask(AVCodecID id, const MapCodecs& map)
 /// enumerator has.
 std::set<int> IdsAndNeighbours()
 {
-    int end = 1;
-    while (end <= static_cast<int>(mapCodecs.rbegin()->first))
+    // Some generations of FFmpeg make identifiers of four letters.
+    long long end = 1;
+    while (end <= static_cast<long long>(mapCodecs.rbegin()->first))
     {
         end *= 2;
     }
-    std::set<int> ids = {0, 1024, 1025, end - 1};
+    std::set<int> ids = {0, 1024, 1025, static_cast<int>(end - 1)};
     for (const auto& entry : mapCodecs)
     {
         const int id = static_cast<int>(entry.first);
