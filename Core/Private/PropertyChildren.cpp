@@ -174,11 +174,11 @@ Property* Property::Children::Find(std::string_view name) const
 
 Property::Children::Tag Property::Children::TagOf(std::string_view name)
 {
+    const auto at = [name](std::size_t i) { return std::size_t{static_cast<unsigned char>(name[i])}; };
     // Names that begin alike, as "codec.options.encode" and "codec.options.analyze", mostly end differently.
-    return name.empty() ? 0
-                        : static_cast<Tag>(name.size() + 7u * static_cast<unsigned char>(name.front()) +
-                                           13u * static_cast<unsigned char>(name[name.size() / 2]) +
-                                           31u * static_cast<unsigned char>(name.back()));
+    return name.empty() ? Tag{0}
+                        : static_cast<Tag>(name.size() + 7 * at(0) + 13 * at(name.size() / 2) +
+                                           31 * at(name.size() - 1));
 }
 
 Property* Property::Children::FindTagged(std::string_view name) const
