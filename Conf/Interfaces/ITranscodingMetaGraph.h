@@ -105,7 +105,7 @@ public:
     /// Adds the nodes and links of a JSON document to the graph, which usually is a new one. Both counters
     /// start from 0 again. Nodes keep their identifiers; if several are equal, operations use the first node.
     /// A link gets the identifier after the largest one read, so that the links 1, 2, 3 of a document become
-    /// 2, 3, 4. After a failure, the nodes and links added before it remain.
+    /// 2, 3, 4. After a failure, the nodes and links added before it remain. Up to 1 MiB is read ahead.
     ///
     /// \throw BadJson "The root node must be an object.", also when the input is not JSON
     /// \throw BadJson "The root object must have two nested arrays named vertices and edges"

@@ -169,37 +169,17 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::StartArray()
     return InRecord([](auto& record) { record.StartArray(); });
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::Reader::EndObject(rapidjson::SizeType members)
+template <class Send>
+bool ITranscodingMetaGraph::GrahpImpl::Reader::End(Send&& send)
 {
     switch (m_state)
     {
     case RECORD:
-        return InRecord([members](auto& record) { record.EndObject(members); });
+        return InRecord(send);
     case VERTEX:
     case EDGE:
         FinishElement();
         break;
-    case SKIPPED:
-        if (--m_skipped == 0)
-        {
-            m_state = m_outer;
-        }
-        break;
-    case BEFORE:
-    case ROOT:
-    case VERTICES_LIST:
-    case EDGES_LIST:
-        break;
-    }
-    return true;
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::EndArray(rapidjson::SizeType elements)
-{
-    switch (m_state)
-    {
-    case RECORD:
-        return InRecord([elements](auto& record) { record.EndArray(elements); });
     case VERTICES_LIST:
     case EDGES_LIST:
         m_state = ROOT;
@@ -212,11 +192,19 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::EndArray(rapidjson::SizeType elem
         break;
     case BEFORE:
     case ROOT:
-    case VERTEX:
-    case EDGE:
         break;
     }
     return true;
+}
+
+bool ITranscodingMetaGraph::GrahpImpl::Reader::EndObject(rapidjson::SizeType members)
+{
+    return End([members](auto& record) { record.EndObject(members); });
+}
+
+bool ITranscodingMetaGraph::GrahpImpl::Reader::EndArray(rapidjson::SizeType elements)
+{
+    return End([elements](auto& record) { record.EndArray(elements); });
 }
 
 bool ITranscodingMetaGraph::GrahpImpl::Reader::Key(const char* text, rapidjson::SizeType length, bool copy)

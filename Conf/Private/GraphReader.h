@@ -97,6 +97,9 @@ private:
     bool Scalar(const char* kind, std::optional<NodeId> integer, Send&& send);
     template <class Send>
     bool InRecord(Send&& send);
+    /// The end of an object or array; which of them it is follows from the state.
+    template <class Send>
+    bool End(Send&& send);
     void RootKey(std::string_view key);
     void ElementKey(std::string_view key);
     bool Skip();

@@ -22,7 +22,8 @@ namespace Zelnor::Core
 /// \endcode
 ///
 /// Every event returns true, also after something that is not of that form: which of several faults is
-/// reported is known only at the end. Nothing recurses, whatever the document nests.
+/// reported is known only at the end. Nothing recurses, whatever the document nests. Running out of memory is
+/// `std::bad_alloc`; after it the reader can only be destroyed. Taking the record makes it ready for another.
 class ZELNOR_API PropertyReader
 {
 public:
