@@ -152,23 +152,23 @@ void AppendRecord(const Property& record, std::string& text)
 void ITranscodingMetaGraph::GrahpImpl::SaveInToDot(Core::IDataOutput& out) const
 {
     std::string text = "digraph G {\n";
-    for (const auto& node : m_nodes)
-    {
-        text += std::to_string(node->position) + "[label=\"Node Id: " + std::to_string(node->meta.id) + '\n';
-        AppendRecord(node->meta.data, text);
+    const std::vector<VertexT> positions = GetPositions();
+    ForEachNode([&](VertexT vertex) {
+        text +=
+            std::to_string(positions[vertex]) + "[label=\"Node Id: " + std::to_string(IdOf(vertex)) + '\n';
+        AppendRecord(m_nodes[vertex].data, text);
         text += "\"];\n";
-    }
-    for (const Link& link : m_links)
-    {
-        text += std::to_string(link.source->position) + "->" + std::to_string(link.target->position) + ' ';
-        if (!IsTrivial(link.meta.data, DATA))
+    });
+    ForEachLink([&](EdgeT edge, const AdjacencyList::Link& link) {
+        text += std::to_string(positions[link.source]) + "->" + std::to_string(positions[link.target]) + ' ';
+        if (!IsTrivial(m_links[edge].data, DATA))
         {
             text += "[label=\"";
-            AppendRecord(link.meta.data, text);
+            AppendRecord(m_links[edge].data, text);
             text += "\"]";
         }
         text += ";\n";
-    }
+    });
     text += "}\n";
     out.Write(text.data(), text.size());
 }

@@ -165,22 +165,22 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
                                               std::string(VERTICES) + " and " + std::string(EDGES)));
     }
     m_nodes.reserve(m_nodes.size() + reader.vertices.items.size());
-    for (std::unique_ptr<Node>& node : reader.vertices.items)
+    for (Reader::Vertex& vertex : reader.vertices.items)
     {
-        m_nodeCounter = std::max(m_nodeCounter, node->meta.id);
-        AppendNode(std::move(node));
+        m_nodeCounter = std::max(m_nodeCounter, vertex.id);
+        AppendNode(vertex.id, {std::move(vertex.data)});
     }
     RethrowRefusal(reader.vertices);
     if (!reader.vertices.notAnObject.empty())
     {
         ZELNOR_THROW(kGraphUnit, BadStructure(reader.vertices.notAnObject));
     }
-    LinkList& links = reader.edges.items.links;
-    for (const auto& [from, to] : reader.edges.items.ends)
+    m_links.reserve(m_links.size() + reader.edges.items.size());
+    for (Reader::Edge& edge : reader.edges.items)
     {
         // The link gets the next identifier; callers rely on that.
-        m_linkCounter = std::max(m_linkCounter, links.front().meta.id);
-        AddLink(from, to, links, links.begin());
+        m_linkCounter = std::max(m_linkCounter, edge.id);
+        AddLink(edge.from, edge.to, LinkRecord{std::move(edge.data)});
     }
     RethrowRefusal(reader.edges);
     if (!reader.edges.notAnObject.empty())
@@ -201,14 +201,14 @@ std::string ITranscodingMetaGraph::GrahpImpl::GetSaveRefusal() const
     {
         return refusal;
     }
-    for (auto node = m_nodes.begin(); refusal.empty() && node != m_nodes.end(); ++node)
-    {
-        refusal = Core::GetSaveRefusal((*node)->meta.data, {DATA});
-    }
-    for (auto link = m_links.begin(); refusal.empty() && link != m_links.end(); ++link)
-    {
-        refusal = Core::GetSaveRefusal(link->meta.data, {DATA});
-    }
+    const auto look = [&refusal](const auto& record) {
+        if (refusal.empty() && !record.canBeSaved)
+        {
+            refusal = Core::GetSaveRefusal(record.data, {DATA});
+        }
+    };
+    std::for_each(m_nodes.begin(), m_nodes.end(), look);
+    std::for_each(m_links.begin(), m_links.end(), look);
     return refusal;
 }
 
@@ -223,24 +223,22 @@ void ITranscodingMetaGraph::GrahpImpl::Save(Core::IDataOutput& out) const
     DocumentWriter writer(out);
     writer.BeginObject();
     writer.BeginArray(VERTICES);
-    for (const auto& node : m_nodes)
-    {
+    ForEachNode([&](VertexT vertex) {
         writer.BeginObject();
-        writer.Integer(ID, node->meta.id);
-        writer.Record(DATA, node->meta.data);
+        writer.Integer(ID, IdOf(vertex));
+        writer.Record(DATA, m_nodes[vertex].data);
         writer.EndObject();
-    }
+    });
     writer.EndArray();
     writer.BeginArray(EDGES);
-    for (const Link& link : m_links)
-    {
+    ForEachLink([&](EdgeT edge, const AdjacencyList::Link& link) {
         writer.BeginObject();
-        writer.Integer(ID, link.meta.id);
-        writer.Integer(FROM, link.source->meta.id);
-        writer.Integer(TO, link.target->meta.id);
-        writer.Record(DATA, link.meta.data);
+        writer.Integer(ID, m_links[edge].id);
+        writer.Integer(FROM, IdOf(link.source));
+        writer.Integer(TO, IdOf(link.target));
+        writer.Record(DATA, m_links[edge].data);
         writer.EndObject();
-    }
+    });
     writer.EndArray();
     writer.EndObject();
 }

@@ -21,9 +21,9 @@ namespace Zelnor::Conf
 /// visit each of them several times.
 struct Topology
 {
-    using VertexT = std::size_t;
+    using VertexT = AdjacencyList::Slot;
 
-    VertexT Count() const { return inputs.size(); }
+    VertexT Count() const { return static_cast<VertexT>(inputs.size()); }
     bool IsUnlinked(VertexT vertex) const
     {
         return inputs[vertex] == 0 && begins[vertex] == begins[vertex + 1];
@@ -33,7 +33,7 @@ struct Topology
     std::vector<VertexT> begins;
     std::vector<VertexT> targets;
     /// Number of links to each node.
-    std::vector<std::size_t> inputs;
+    std::vector<VertexT> inputs;
 };
 
 namespace
@@ -62,7 +62,7 @@ VertexT FindUnlinked(const Topology& topology, VertexT vertex)
 /// lies on cycles or behind them.
 bool HasCycle(const Topology& topology)
 {
-    std::vector<std::size_t> inputsLeft = topology.inputs;
+    Vertices inputsLeft = topology.inputs;
     Vertices free;
     for (VertexT vertex = 0; vertex < topology.Count(); ++vertex)
     {
@@ -151,11 +151,11 @@ public:
         }
     }
 
-    std::size_t Count() const { return m_count; }
-    std::size_t PartOf(VertexT vertex) const { return m_part[vertex]; }
+    VertexT Count() const { return m_count; }
+    VertexT PartOf(VertexT vertex) const { return m_part[vertex]; }
 
 private:
-    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    static constexpr VertexT kNone = AdjacencyList::kNone;
 
     void Visit(VertexT root)
     {
@@ -211,16 +211,16 @@ private:
     }
 
     const Topology& m_topology;
-    std::vector<std::size_t> m_order;
-    std::vector<std::size_t> m_low;
-    std::vector<std::size_t> m_part;
+    Vertices m_order;
+    Vertices m_low;
+    Vertices m_part;
     Vertices m_path;
     /// For each node of the path, which of its links is to be followed next.
-    std::vector<std::size_t> m_next;
+    Vertices m_next;
     /// The nodes whose part is not complete yet.
     Vertices m_open;
-    std::size_t m_entered = 0;
-    std::size_t m_count = 0;
+    VertexT m_entered = 0;
+    VertexT m_count = 0;
 };
 
 /// The first node that `vertex` links to in its own strong part.
@@ -320,48 +320,53 @@ std::vector<NodeId> IdsOf(const std::vector<NodeId>& ids, const Vertices& vertic
 
 } // namespace
 
+auto ITranscodingMetaGraph::GrahpImpl::GetPositions() const -> std::vector<VertexT>
+{
+    std::vector<VertexT> positions(m_adjacency.Nodes().size(), AdjacencyList::kNone);
+    VertexT position = 0;
+    ForEachNode([&](VertexT vertex) { positions[vertex] = position++; });
+    return positions;
+}
+
 Topology ITranscodingMetaGraph::GrahpImpl::GetTopology() const
 {
+    const std::vector<AdjacencyList::Link>& links = m_adjacency.Links();
+    const std::vector<VertexT> positions = GetPositions();
     Topology topology;
-    topology.begins.reserve(m_nodes.size() + 1);
-    topology.targets.reserve(m_links.size());
-    topology.inputs.reserve(m_nodes.size());
-    for (const auto& node : m_nodes)
-    {
-        topology.begins.push_back(topology.targets.size());
-        for (const LinkEnd& end : node->outgoing)
+    topology.begins.reserve(m_adjacency.CountNodes() + 1);
+    topology.targets.reserve(m_adjacency.CountLinks());
+    topology.inputs.resize(m_adjacency.CountNodes());
+    ForEachNode([&](VertexT vertex) {
+        topology.begins.push_back(static_cast<VertexT>(topology.targets.size()));
+        for (EdgeT edge = m_adjacency.Nodes()[vertex].firstOutgoing; edge != AdjacencyList::kNone;
+             edge = links[edge].nextOutgoing)
         {
-            topology.targets.push_back(end.other->position);
+            topology.targets.push_back(positions[links[edge].target]);
+            ++topology.inputs[topology.targets.back()];
         }
-        topology.inputs.push_back(node->incoming.size());
-    }
-    topology.begins.push_back(topology.targets.size());
+    });
+    topology.begins.push_back(static_cast<VertexT>(topology.targets.size()));
     return topology;
 }
 
 bool ITranscodingMetaGraph::GrahpImpl::TopologyIsValid() const
 {
-    if (m_nodes.size() < kFewestNodes)
+    const std::size_t nodes = m_adjacency.CountNodes();
+    // Fewer links cannot connect all nodes.
+    if (nodes < kFewestNodes || m_adjacency.CountLinks() < nodes - 1)
     {
         return false;
     }
-    // Where every link leads to a later node, as in most jobs, there is no cycle, and one walk over the nodes
-    // as they are stored is enough. Copying the links first takes three times as long.
-    ConnectedParts parts(m_nodes.size());
+    // Where every link leads to a later node, as in most jobs, there is no cycle, and one walk over the links
+    // as they are stored is enough.
+    const std::size_t empty = m_adjacency.Nodes().size() - nodes;
+    ConnectedParts parts(m_adjacency.Nodes().size());
     bool areAscending = true;
-    for (const auto& node : m_nodes)
-    {
-        if (node->incoming.empty() && node->outgoing.empty())
-        {
-            return false;
-        }
-        for (const LinkEnd& end : node->outgoing)
-        {
-            areAscending = areAscending && end.other->position > node->position;
-            parts.Connect(node->position, end.other->position);
-        }
-    }
-    return parts.Count() == 1 && (areAscending || !HasCycle(GetTopology()));
+    ForEachLink([&](EdgeT, const AdjacencyList::Link& link) {
+        areAscending = areAscending && link.target > link.source;
+        parts.Connect(link.source, link.target);
+    });
+    return parts.Count() - empty == 1 && (areAscending || !HasCycle(GetTopology()));
 }
 
 bool ITranscodingMetaGraph::GrahpImpl::PathExists(NodeId from, NodeId to) const
@@ -370,23 +375,32 @@ bool ITranscodingMetaGraph::GrahpImpl::PathExists(NodeId from, NodeId to) const
     {
         return true;
     }
-    const Node& first = NodeById(from);
+    const VertexT first = VertexById(from);
+    const VertexT last = m_adjacency.FindNode(to);
+    if (last == AdjacencyList::kNone)
+    {
+        return false;
+    }
+    const std::vector<AdjacencyList::Node>& nodes = m_adjacency.Nodes();
+    const std::vector<AdjacencyList::Link>& links = m_adjacency.Links();
     // Nodes are marked when they are queued, not when they are visited: many paths may lead to one node.
-    std::vector<bool> queued(m_nodes.size(), false);
-    queued[first.position] = true;
-    std::vector<const Node*> queue{&first};
+    std::vector<bool> queued(nodes.size(), false);
+    queued[first] = true;
+    std::vector<VertexT> queue{first};
     for (std::size_t next = 0; next < queue.size(); ++next)
     {
-        for (const LinkEnd& end : queue[next]->outgoing)
+        for (EdgeT edge = nodes[queue[next]].firstOutgoing; edge != AdjacencyList::kNone;
+             edge = links[edge].nextOutgoing)
         {
-            if (end.other->meta.id == to)
+            const VertexT target = links[edge].target;
+            if (target == last)
             {
                 return true;
             }
-            if (!queued[end.other->position])
+            if (!queued[target])
             {
-                queued[end.other->position] = true;
-                queue.push_back(end.other);
+                queued[target] = true;
+                queue.push_back(target);
             }
         }
     }

@@ -66,46 +66,14 @@ void AppendAllOrNothing(std::vector<T>& list, Append&& append)
 
 ITranscodingMetaGraph::GrahpImpl::VertexT ITranscodingMetaGraph::GrahpImpl::VertexById(NodeId id) const
 {
-    if (m_firstById)
+    const VertexT vertex = m_adjacency.FindNode(id);
+    if (vertex == AdjacencyList::kNone)
     {
-        const auto found = m_firstById->find(id);
-        if (found != m_firstById->end())
-        {
-            return found->second->position;
-        }
+        NodeNotFound exception;
+        exception << ProfileException::TagRequestedNodeId(id);
+        ZELNOR_THROW(kGraphUnit, exception);
     }
-    else if (const std::optional<VertexT> found = FindAscending(id))
-    {
-        return *found;
-    }
-    NodeNotFound exception;
-    exception << ProfileException::TagRequestedNodeId(id);
-    ZELNOR_THROW(kGraphUnit, exception);
-}
-
-std::optional<ITranscodingMetaGraph::GrahpImpl::VertexT>
-ITranscodingMetaGraph::GrahpImpl::FindAscending(NodeId id) const
-{
-    if (m_nodes.empty() || id < m_nodes.front()->meta.id)
-    {
-        return std::nullopt;
-    }
-    // The position of the node if no node after the first was removed. The node is never at a later one.
-    const unsigned long long guess =
-        static_cast<unsigned long long>(id) - static_cast<unsigned long long>(m_nodes.front()->meta.id);
-    if (guess < m_nodes.size() && m_nodes[guess]->meta.id == id)
-    {
-        return guess;
-    }
-    const auto end =
-        m_nodes.begin() + static_cast<std::ptrdiff_t>(std::min<unsigned long long>(guess, m_nodes.size()));
-    const auto found = std::lower_bound(
-        m_nodes.begin(), end, id, [](const auto& node, NodeId wanted) { return node->meta.id < wanted; });
-    if (found == end || (*found)->meta.id != id)
-    {
-        return std::nullopt;
-    }
-    return static_cast<VertexT>(found - m_nodes.begin());
+    return vertex;
 }
 
 NodeId ITranscodingMetaGraph::GrahpImpl::AddNode(const Property& data)
@@ -114,208 +82,161 @@ NodeId ITranscodingMetaGraph::GrahpImpl::AddNode(const Property& data)
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    const bool canBeSaved = CanBeSaved(data);
-    AppendNode(std::make_unique<Node>(Node{0, {m_nodeCounter + 1, data, canBeSaved}, {}, {}}));
-    m_unsavable += canBeSaved ? 0 : 1;
+    AppendNode(m_nodeCounter + 1, {data, CanBeSaved(data)});
     return ++m_nodeCounter;
 }
 
-void ITranscodingMetaGraph::GrahpImpl::AppendNode(std::unique_ptr<Node> node)
+void ITranscodingMetaGraph::GrahpImpl::AppendNode(NodeId id, NodeRecord&& node)
 {
-    node->position = m_nodes.size();
-    MakeRoomForOne(m_nodes);
-    IndexBeforeAppend(*node);
-    m_nodes.push_back(std::move(node));
-}
-
-void ITranscodingMetaGraph::GrahpImpl::IndexBeforeAppend(const Node& node)
-{
-    if (!m_firstById)
+    if (m_adjacency.NodesAreFull())
     {
-        if (m_nodes.empty() || m_nodes.back()->meta.id < node.meta.id)
-        {
-            return;
-        }
-        Index index;
-        index.reserve(m_nodes.size() + 1);
-        for (const auto& earlier : m_nodes)
-        {
-            index.emplace(earlier->meta.id, earlier.get());
-        }
-        m_firstById = std::move(index);
+        ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    m_firstById->emplace(node.meta.id, &node);
+    MakeRoomForOne(m_nodes);
+    m_adjacency.AddNode(id);
+    m_unsavable += node.canBeSaved ? 0 : 1;
+    m_nodes.push_back(std::move(node));
 }
 
 void ITranscodingMetaGraph::GrahpImpl::RemoveNode(NodeId id)
 {
     const VertexT vertex = VertexById(id);
-    const Node& node = *m_nodes[vertex];
-    const LinkEnds& links = node.outgoing.empty() ? node.incoming : node.outgoing;
-    if (!links.empty())
+    const AdjacencyList::Node& node = m_adjacency.Nodes()[vertex];
+    if (node.IsLinked())
     {
-        const Link& link = *links.front().link;
-        ZELNOR_THROW(kGraphUnit, LinkFailure<LinkExists>(link.source->meta.id, link.target->meta.id));
+        const EdgeT first =
+            node.firstOutgoing != AdjacencyList::kNone ? node.firstOutgoing : node.firstIncoming;
+        const AdjacencyList::Link& link = m_adjacency.Links()[first];
+        ZELNOR_THROW(kGraphUnit, LinkFailure<LinkExists>(IdOf(link.source), IdOf(link.target)));
     }
-    m_unsavable -= node.meta.canBeSaved ? 0 : 1;
-    m_nodes.erase(m_nodes.begin() + static_cast<std::ptrdiff_t>(vertex));
-    for (VertexT moved = vertex; moved < m_nodes.size(); ++moved)
+    m_unsavable -= m_nodes[vertex].canBeSaved ? 0 : 1;
+    m_nodes[vertex] = {};
+    m_adjacency.RemoveNode(vertex);
+    if (m_adjacency.ShouldCompactNodes())
     {
-        m_nodes[moved]->position = moved;
+        m_adjacency.CompactNodes(
+            [this](VertexT old, VertexT slot) { m_nodes[slot] = std::move(m_nodes[old]); });
+        m_nodes.resize(m_adjacency.CountNodes());
     }
-    IndexAfterRemoval(id);
-}
-
-void ITranscodingMetaGraph::GrahpImpl::IndexAfterRemoval(NodeId id)
-{
-    if (!m_firstById)
-    {
-        return;
-    }
-    const auto disorder = [](const auto& left, const auto& right) { return left->meta.id >= right->meta.id; };
-    if (std::adjacent_find(m_nodes.begin(), m_nodes.end(), disorder) == m_nodes.end())
-    {
-        m_firstById.reset();
-        return;
-    }
-    const auto next =
-        std::find_if(m_nodes.begin(), m_nodes.end(), [id](const auto& node) { return node->meta.id == id; });
-    if (next == m_nodes.end())
-    {
-        m_firstById->erase(id);
-    }
-    else
-    {
-        m_firstById->find(id)->second = next->get();
-    }
-}
-
-const ITranscodingMetaGraph::GrahpImpl::LinkEnd*
-ITranscodingMetaGraph::GrahpImpl::FindLink(const Node& source, const Node& target)
-{
-    // The shorter list is searched, so that links of a node with many links are found quickly.
-    const bool fromSource = source.outgoing.size() <= target.incoming.size();
-    const LinkEnds& ends = fromSource ? source.outgoing : target.incoming;
-    const Node* const other = fromSource ? &target : &source;
-    const auto found =
-        std::find_if(ends.begin(), ends.end(), [other](const LinkEnd& end) { return end.other == other; });
-    return found == ends.end() ? nullptr : &*found;
 }
 
 LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, const Property& data)
 {
-    LinkList added;
-    added.push_back(Link{nullptr, nullptr, {0, data, CanBeSaved(data)}});
-    return AddLink(from, to, added, added.begin());
+    return AddLink(from, to, LinkRecord{data, CanBeSaved(data)});
 }
 
-LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, LinkList& links,
-                                                 LinkList::iterator link)
+LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, LinkRecord&& link)
 {
-    Node& source = NodeById(from);
-    Node& target = NodeById(to);
-    if (FindLink(source, target) != nullptr)
+    const VertexT source = VertexById(from);
+    const VertexT target = VertexById(to);
+    if (m_adjacency.FindLink(source, target) != AdjacencyList::kNone)
     {
         ZELNOR_THROW(kGraphUnit, LinkFailure<LinkExists>(from, to));
     }
-    if (m_linkCounter == std::numeric_limits<LinkId>::max())
+    if (m_linkCounter == std::numeric_limits<LinkId>::max() || m_adjacency.LinksAreFull())
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    MakeRoomForOne(source.outgoing);
-    MakeRoomForOne(target.incoming);
-    link->source = &source;
-    link->target = &target;
-    link->meta.id = m_linkCounter + 1;
-    m_links.splice(m_links.end(), links, link);
-    m_unsavable += link->meta.canBeSaved ? 0 : 1;
-    source.outgoing.push_back({&target, link});
-    target.incoming.push_back({&source, link});
-    return ++m_linkCounter;
+    MakeRoomForOne(m_links);
+    m_adjacency.AddLink(source, target);
+    m_unsavable += link.canBeSaved ? 0 : 1;
+    m_links.push_back(std::move(link));
+    return m_links.back().id = ++m_linkCounter;
 }
 
 void ITranscodingMetaGraph::GrahpImpl::RemoveLink(NodeId from, NodeId to)
 {
-    Node& source = NodeById(from);
-    Node& target = NodeById(to);
-    const LinkEnd* const found = FindLink(source, target);
-    if (found == nullptr)
+    const VertexT source = VertexById(from);
+    const EdgeT edge = m_adjacency.FindLink(source, VertexById(to));
+    if (edge == AdjacencyList::kNone)
     {
         ZELNOR_THROW(kGraphUnit, LinkFailure<LinkNotFound>(from, to));
     }
-    const LinkList::iterator link = found->link;
-    for (LinkEnds* const ends : {&source.outgoing, &target.incoming})
+    m_unsavable -= m_links[edge].canBeSaved ? 0 : 1;
+    m_links[edge] = {};
+    m_adjacency.RemoveLink(edge);
+    if (m_adjacency.ShouldCompactLinks())
     {
-        ends->erase(std::find_if(ends->begin(), ends->end(),
-                                 [link](const LinkEnd& end) { return end.link == link; }));
+        m_adjacency.CompactLinks([this](EdgeT old, EdgeT slot) { m_links[slot] = std::move(m_links[old]); });
+        m_links.resize(m_adjacency.CountLinks());
     }
-    m_unsavable -= link->meta.canBeSaved ? 0 : 1;
-    m_links.erase(link);
 }
 
-const Property& ITranscodingMetaGraph::GrahpImpl::GetNode(NodeId id) const { return NodeById(id).meta.data; }
+const Property& ITranscodingMetaGraph::GrahpImpl::GetNode(NodeId id) const
+{
+    return RecordOf(VertexById(id));
+}
 
 const Property& ITranscodingMetaGraph::GrahpImpl::GetLink(NodeId from, NodeId to) const
 {
-    const Node& source = NodeById(from);
-    const LinkEnd* const found = FindLink(source, NodeById(to));
-    if (found == nullptr)
+    const VertexT source = VertexById(from);
+    const EdgeT edge = m_adjacency.FindLink(source, VertexById(to));
+    if (edge == AdjacencyList::kNone)
     {
         ZELNOR_THROW(kGraphUnit, LinkFailure<LinkNotFound>(from, to));
     }
-    return found->link->meta.data;
+    return m_links[edge].data;
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Nodes(std::vector<NodeId>& out) const
 {
-    const auto append = [&](const auto& node) { out.push_back(node->meta.id); };
-    AppendAllOrNothing(out, [&] { std::for_each(m_nodes.begin(), m_nodes.end(), append); });
+    AppendAllOrNothing(out, [&] { ForEachNode([&](VertexT vertex) { out.push_back(IdOf(vertex)); }); });
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Links(std::vector<std::pair<NodeId, NodeId>>& out) const
 {
-    const auto append = [&](const Link& link) {
-        out.emplace_back(link.source->meta.id, link.target->meta.id);
-    };
-    AppendAllOrNothing(out, [&] { std::for_each(m_links.begin(), m_links.end(), append); });
+    AppendAllOrNothing(out, [&] {
+        ForEachLink([&](EdgeT, const AdjacencyList::Link& link) {
+            out.emplace_back(IdOf(link.source), IdOf(link.target));
+        });
+    });
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Inputs(NodeId id, std::vector<NodeId>& out) const
 {
-    AppendOthers(NodeById(id).incoming, out);
+    const std::vector<AdjacencyList::Link>& links = m_adjacency.Links();
+    const EdgeT first = m_adjacency.Nodes()[VertexById(id)].firstIncoming;
+    AppendAllOrNothing(out, [&] {
+        for (EdgeT edge = first; edge != AdjacencyList::kNone; edge = links[edge].nextIncoming)
+        {
+            out.push_back(IdOf(links[edge].source));
+        }
+    });
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Outputs(NodeId id, std::vector<NodeId>& out) const
 {
-    AppendOthers(NodeById(id).outgoing, out);
+    const std::vector<AdjacencyList::Link>& links = m_adjacency.Links();
+    const EdgeT first = m_adjacency.Nodes()[VertexById(id)].firstOutgoing;
+    AppendAllOrNothing(out, [&] {
+        for (EdgeT edge = first; edge != AdjacencyList::kNone; edge = links[edge].nextOutgoing)
+        {
+            out.push_back(IdOf(links[edge].target));
+        }
+    });
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Inputs(std::vector<NodeId>& out) const
 {
-    AppendNodesWithout(&Node::incoming, out);
+    AppendNodesWithout(&AdjacencyList::Node::firstIncoming, out);
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Outputs(std::vector<NodeId>& out) const
 {
-    AppendNodesWithout(&Node::outgoing, out);
+    AppendNodesWithout(&AdjacencyList::Node::firstOutgoing, out);
 }
 
-void ITranscodingMetaGraph::GrahpImpl::AppendOthers(const LinkEnds& ends, std::vector<NodeId>& out)
-{
-    const auto append = [&](const LinkEnd& end) { out.push_back(end.other->meta.id); };
-    AppendAllOrNothing(out, [&] { std::for_each(ends.begin(), ends.end(), append); });
-}
-
-void ITranscodingMetaGraph::GrahpImpl::AppendNodesWithout(LinkEnds Node::*ends,
+void ITranscodingMetaGraph::GrahpImpl::AppendNodesWithout(EdgeT AdjacencyList::Node::*first,
                                                           std::vector<NodeId>& out) const
 {
-    const auto append = [&](const auto& node) {
-        if (((*node).*ends).empty())
-        {
-            out.push_back(node->meta.id);
-        }
-    };
-    AppendAllOrNothing(out, [&] { std::for_each(m_nodes.begin(), m_nodes.end(), append); });
+    AppendAllOrNothing(out, [&] {
+        ForEachNode([&](VertexT vertex) {
+            if (m_adjacency.Nodes()[vertex].*first == AdjacencyList::kNone)
+            {
+                out.push_back(IdOf(vertex));
+            }
+        });
+    });
 }
 
 // The interface

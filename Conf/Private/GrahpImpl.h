@@ -3,15 +3,12 @@
 // Private to the library, not installed: the implementation of ITranscodingMetaGraph.
 
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
+#include "Conf/Private/AdjacencyList.h"
 
 #include <atomic>
 #include <cstddef>
-#include <list>
-#include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -76,63 +73,36 @@ public:
 private:
     /// Reads a document.
     class Reader;
-    /// Position of a node in the storage.
-    using VertexT = std::size_t;
+    using VertexT = AdjacencyList::Slot;
+    using EdgeT = AdjacencyList::Slot;
 
-    template <class T>
-    struct Meta
+    struct NodeRecord
     {
-        T id{};
         Core::Property data;
         bool canBeSaved = true;
     };
 
-    struct Node;
-
-    struct Link
+    struct LinkRecord
     {
-        Node* source;
-        Node* target;
-        Meta<LinkId> meta;
+        Core::Property data;
+        bool canBeSaved = true;
+        LinkId id = 0;
     };
-
-    using LinkList = std::list<Link>;
-
-    /// A link from the point of view of one of its nodes. Searches need only the other node.
-    struct LinkEnd
-    {
-        const Node* other;
-        LinkList::iterator link;
-    };
-
-    using LinkEnds = std::vector<LinkEnd>;
-
-    /// Keeps its address, so that links can point to it while its position changes.
-    struct Node
-    {
-        VertexT position;
-        Meta<NodeId> meta;
-        LinkEnds outgoing;
-        LinkEnds incoming;
-    };
-
-    using NodeList = std::vector<std::unique_ptr<Node>>;
-    /// The first node of each identifier.
-    using Index = std::unordered_map<NodeId, const Node*>;
 
     VertexT VertexById(NodeId id) const;
-    Node& NodeById(NodeId id) { return *m_nodes[VertexById(id)]; }
-    const Node& NodeById(NodeId id) const { return *m_nodes[VertexById(id)]; }
-    std::optional<VertexT> FindAscending(NodeId id) const;
-    void AppendNode(std::unique_ptr<Node> node);
-    /// Moves a link from another list into the graph and gives it its ends and identifier.
-    LinkId AddLink(NodeId from, NodeId to, LinkList& links, LinkList::iterator link);
-    void IndexBeforeAppend(const Node& node);
-    void IndexAfterRemoval(NodeId id);
-    static const LinkEnd* FindLink(const Node& source, const Node& target);
+    const Core::Property& RecordOf(VertexT vertex) const { return m_nodes[vertex].data; }
+    NodeId IdOf(VertexT vertex) const { return m_adjacency.Nodes()[vertex].id; }
+    /// The slots of the nodes and links there are.
+    template <class Visit>
+    void ForEachNode(Visit&& visit) const;
+    template <class Visit>
+    void ForEachLink(Visit&& visit) const;
+    void AppendNode(NodeId id, NodeRecord&& node);
+    /// Gives the link the next identifier, and takes its record only if nothing fails.
+    LinkId AddLink(NodeId from, NodeId to, LinkRecord&& link);
 
-    static void AppendOthers(const LinkEnds& ends, std::vector<NodeId>& out);
-    void AppendNodesWithout(LinkEnds Node::*ends, std::vector<NodeId>& out) const;
+    /// \param first  the first link of the list that is to be empty
+    void AppendNodesWithout(EdgeT AdjacencyList::Node::*first, std::vector<NodeId>& out) const;
 
     /// Whether a graph with that record can be saved. So can every record of a document.
     static bool CanBeSaved(const Core::Property& record);
@@ -141,19 +111,46 @@ private:
 
     Topology GetTopology() const;
 
-    NodeList m_nodes;
-    /// In the order of creation.
-    LinkList m_links;
+    /// The positions of the nodes among those there are, by slots.
+    std::vector<VertexT> GetPositions() const;
+
+    AdjacencyList m_adjacency;
+    // By slots.
+    std::vector<NodeRecord> m_nodes;
+    std::vector<LinkRecord> m_links;
     /// Number of records that cannot be saved. They are judged when they are added, since saving a graph
     /// visits each of them once more otherwise, which takes a fifth of its time.
     std::size_t m_unsavable = 0;
     NodeId m_nodeCounter = 0;
     LinkId m_linkCounter = 0;
-    /// Exists only while identifiers do not ascend in storage order, which only a document can cause. In all
-    /// other graphs the order is enough to find a node. Const operations never change it.
-    std::optional<Index> m_firstById;
     /// Atomic, so that several threads may still save a graph that nobody changes.
     mutable std::atomic<int> m_streams{0};
 };
+
+template <class Visit>
+void ITranscodingMetaGraph::GrahpImpl::ForEachNode(Visit&& visit) const
+{
+    const std::vector<AdjacencyList::Node>& nodes = m_adjacency.Nodes();
+    for (VertexT vertex = 0; vertex < nodes.size(); ++vertex)
+    {
+        if (!nodes[vertex].IsRemoved())
+        {
+            visit(vertex);
+        }
+    }
+}
+
+template <class Visit>
+void ITranscodingMetaGraph::GrahpImpl::ForEachLink(Visit&& visit) const
+{
+    const std::vector<AdjacencyList::Link>& links = m_adjacency.Links();
+    for (EdgeT edge = 0; edge < links.size(); ++edge)
+    {
+        if (!links[edge].IsRemoved())
+        {
+            visit(edge, links[edge]);
+        }
+    }
+}
 
 } // namespace Zelnor::Conf

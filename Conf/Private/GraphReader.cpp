@@ -10,21 +10,6 @@ namespace Zelnor::Conf
 
 using Core::Property;
 
-namespace
-{
-
-/// The record of a node or link stands in a group "data".
-Property Unwrap(Property&& record)
-{
-    if (record.Count() == 0)
-    {
-        return std::move(record);
-    }
-    return std::move(*record.begin());
-}
-
-} // namespace
-
 // Events
 
 /// \param send  passes the event on to the record
@@ -35,13 +20,15 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::Scalar(const char* kind, std::opt
     switch (m_state)
     {
     case RECORD:
-        return InRecord(send);
+        send(m_record);
+        break;
     case VERTEX:
     case EDGE:
         if (m_isRecordNext)
         {
-            m_outer = std::exchange(m_state, RECORD);
-            return InRecord(send);
+            // All there is of the record.
+            send(m_record);
+            break;
         }
         if (m_integer != nullptr)
         {
@@ -56,17 +43,6 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::Scalar(const char* kind, std::opt
     case ROOT:
     case SKIPPED:
         break;
-    }
-    return true;
-}
-
-template <class Send>
-bool ITranscodingMetaGraph::GrahpImpl::Reader::InRecord(Send&& send)
-{
-    send(m_record);
-    if (m_record.IsComplete())
-    {
-        m_state = m_outer;
     }
     return true;
 }
@@ -133,7 +109,8 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::StartObject()
     case SKIPPED:
         return Skip();
     }
-    return InRecord([](auto& record) { record.StartObject(); });
+    m_record.StartObject();
+    return true;
 }
 
 bool ITranscodingMetaGraph::GrahpImpl::Reader::StartArray()
@@ -166,7 +143,8 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::StartArray()
     case SKIPPED:
         return Skip();
     }
-    return InRecord([](auto& record) { record.StartArray(); });
+    m_record.StartArray();
+    return true;
 }
 
 template <class Send>
@@ -175,7 +153,12 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::End(Send&& send)
     switch (m_state)
     {
     case RECORD:
-        return InRecord(send);
+        send(m_record);
+        if (m_record.IsComplete())
+        {
+            m_state = m_outer;
+        }
+        break;
     case VERTEX:
     case EDGE:
         FinishElement();
@@ -293,14 +276,12 @@ void ITranscodingMetaGraph::GrahpImpl::Reader::FinishElement()
         const NodeId id = m_element.id.value_or(0);
         if (isVertex)
         {
-            vertices.items.push_back(std::make_unique<Node>(Node{0, {id, std::move(record)}, {}, {}}));
-            ++vertices.elements;
+            vertices.items.push_back({id, std::move(record)});
         }
         else
         {
-            edges.items.ends.emplace_back(m_element.from.value_or(0), m_element.to.value_or(0));
-            edges.items.links.push_back(Link{nullptr, nullptr, {id, std::move(record)}});
-            ++edges.elements;
+            edges.items.push_back(
+                {id, m_element.from.value_or(0), m_element.to.value_or(0), std::move(record)});
         }
     }
     catch (const Core::PropertyException&)
@@ -314,9 +295,9 @@ Property ITranscodingMetaGraph::GrahpImpl::Reader::TakeRecord()
     Property record{std::string(DATA)};
     if (m_element.hasRecord)
     {
-        Core::PropertySerializer::Load(record, m_record);
+        Core::PropertySerializer::LoadUnwrapped(record, m_record);
     }
-    return Unwrap(std::move(record));
+    return record;
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Reader::RefuseElement(const char* kind)
@@ -324,7 +305,7 @@ void ITranscodingMetaGraph::GrahpImpl::Reader::RefuseElement(const char* kind)
     const auto refuse = [kind](auto& list, std::string_view name) {
         if (!list.IsRefused())
         {
-            list.notAnObject = std::string(name) + "[" + std::to_string(list.elements) +
+            list.notAnObject = std::string(name) + "[" + std::to_string(list.items.size()) +
                                "] must be an object, found " + kind;
         }
     };

@@ -33,8 +33,7 @@ public:
         bool isFound = false;
         bool isArray = false;
         /// Up to the first element that is refused.
-        T items;
-        std::size_t elements = 0;
+        std::vector<T> items;
         /// Why that element is not an object; empty if it is one.
         std::string notAnObject;
         /// Why its record is refused.
@@ -43,17 +42,24 @@ public:
         bool IsRefused() const { return refusedRecord != nullptr || !notAnObject.empty(); }
     };
 
-    /// Links whose ends are not known yet, and these ends.
-    struct LooseLinks
+    struct Vertex
     {
-        LinkList links;
-        std::vector<std::pair<NodeId, NodeId>> ends;
+        NodeId id;
+        Core::Property data;
+    };
+
+    struct Edge
+    {
+        LinkId id;
+        NodeId from;
+        NodeId to;
+        Core::Property data;
     };
 
     /// Whether the document was an object.
     bool IsObject() const { return m_isObject; }
-    List<NodeList> vertices;
-    List<LooseLinks> edges;
+    List<Vertex> vertices;
+    List<Edge> edges;
 
     // RapidJSON's handler. All return true.
     bool Null();
@@ -95,8 +101,6 @@ private:
 
     template <class Send>
     bool Scalar(const char* kind, std::optional<NodeId> integer, Send&& send);
-    template <class Send>
-    bool InRecord(Send&& send);
     /// The end of an object or array; which of them it is follows from the state.
     template <class Send>
     bool End(Send&& send);

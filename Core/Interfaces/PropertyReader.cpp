@@ -309,44 +309,49 @@ void PropertyReader::Impl::EndArray(std::size_t elements)
 
 void PropertyReader::Impl::FinishGroup(const Frame& frame)
 {
-    if (m_isRefused)
-    {
-        return;
-    }
     const std::size_t first = frame.owner + 1;
-    if (first == m_staged.size())
+    if (m_isRefused || frame.owner == 0 || first == m_staged.size())
     {
         return;
     }
-    Property::Group group = Property::Children::Create(m_staged.size() - first);
-    for (std::size_t i = first; i < m_staged.size(); ++i)
-    {
-        AppendTo(*group, m_staged[i]);
-    }
+    Property::Group group = MakeGroup(first);
     m_staged.resize(first);
     m_staged.back().group = std::move(group);
     m_texts.Rewind(frame.texts);
 }
 
-void PropertyReader::Impl::AppendTo(Property::Children& children, Staged& staged)
+Property::Group PropertyReader::Impl::MakeGroup(std::size_t first)
+{
+    Property::Group group = Property::Children::Create(m_staged.size() - first);
+    for (std::size_t i = first; i < m_staged.size(); ++i)
+    {
+        Make(m_staged[i], [&group](auto&&... arguments) {
+            group->Append(std::forward<decltype(arguments)>(arguments)...);
+        });
+    }
+    return group;
+}
+
+template <class Construct>
+void PropertyReader::Impl::Make(Staged& staged, Construct&& construct)
 {
     constexpr Property::Named named;
     switch (staged.type)
     {
     case PROPERTY_TYPE_NONE:
-        children.Append(named, staged.name, std::in_place_type<std::monostate>);
+        construct(named, staged.name, std::in_place_type<std::monostate>);
         break;
     case PROPERTY_TYPE_INT64:
-        children.Append(named, staged.name, std::in_place_type<long long>, staged.number);
+        construct(named, staged.name, std::in_place_type<long long>, staged.number);
         break;
     case PROPERTY_TYPE_STRING:
-        children.Append(named, staged.name, std::in_place_type<std::string>, staged.text);
+        construct(named, staged.name, std::in_place_type<std::string>, staged.text);
         break;
     case PROPERTY_TYPE_RATIO:
-        children.Append(named, staged.name, std::in_place_type<Property::Ratio>, staged.ratio);
+        construct(named, staged.name, std::in_place_type<Property::Ratio>, staged.ratio);
         break;
     case PROPERTY_TYPE_GROUP:
-        children.Append(named, staged.name, std::in_place_type<Property::Group>, std::move(staged.group));
+        construct(named, staged.name, std::in_place_type<Property::Group>, std::move(staged.group));
         break;
     }
 }
@@ -421,7 +426,7 @@ RecordPath PropertyReader::Impl::PathToElement() const
 
 // The record
 
-std::string PropertyReader::Impl::Take(Property& property)
+std::string PropertyReader::Impl::Take(Property& property, bool unwrap)
 {
     if (!m_isRefused && m_isNull)
     {
@@ -429,9 +434,14 @@ std::string PropertyReader::Impl::Take(Property& property)
     }
     else if (!m_isRefused)
     {
-        const Property::Group holder = Property::Children::Create(1);
-        AppendTo(*holder, m_staged.front());
-        property = std::move(*holder->GetFirst());
+        const bool hasChildren = m_staged.size() > 1;
+        if (hasChildren && !unwrap)
+        {
+            m_staged.front().group = MakeGroup(1);
+        }
+        Make(m_staged[hasChildren && unwrap ? 1 : 0], [&property](auto&&... arguments) {
+            property = Property(std::forward<decltype(arguments)>(arguments)...);
+        });
     }
     std::string refusal = std::move(m_refusal);
     Clear();

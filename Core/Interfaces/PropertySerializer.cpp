@@ -285,7 +285,7 @@ void PropertySerializer::Load(Property& property, rapidjson::Value& json)
 {
     PropertyReader reader;
     Send(json, reader);
-    if (const std::string refusal = reader.m_impl->Take(property); !refusal.empty())
+    if (const std::string refusal = reader.m_impl->Take(property, false); !refusal.empty())
     {
         ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
@@ -295,7 +295,7 @@ void PropertySerializer::Load(Property& property, const JsonValue& json)
 {
     PropertyReader reader;
     Send(json, reader);
-    if (const std::string refusal = reader.m_impl->Take(property); !refusal.empty())
+    if (const std::string refusal = reader.m_impl->Take(property, false); !refusal.empty())
     {
         ZELNOR_THROW(kUnit, RefusalException(refusal));
     }
@@ -303,7 +303,15 @@ void PropertySerializer::Load(Property& property, const JsonValue& json)
 
 void PropertySerializer::Load(Property& property, PropertyReader& reader)
 {
-    if (const std::string refusal = reader.m_impl->Take(property); !refusal.empty())
+    if (const std::string refusal = reader.m_impl->Take(property, false); !refusal.empty())
+    {
+        ZELNOR_THROW(kUnit, RefusalException(refusal));
+    }
+}
+
+void PropertySerializer::LoadUnwrapped(Property& property, PropertyReader& reader)
+{
+    if (const std::string refusal = reader.m_impl->Take(property, true); !refusal.empty())
     {
         ZELNOR_THROW(kUnit, RefusalException(refusal));
     }

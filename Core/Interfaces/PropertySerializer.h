@@ -37,6 +37,9 @@ public:
     static void Load(Property& property, const JsonValue& json);
     /// The same for the record that `reader` has read, which begins anew. Precondition: it is complete.
     static void Load(Property& property, PropertyReader& reader);
+    /// The same for a record that may stand in a group of its own: of a group with children `property`
+    /// becomes the first child.
+    static void LoadUnwrapped(Property& property, PropertyReader& reader);
 
     /// Writes the record of `property` to `json`; strings are copied into `allocator`.
     /// \throw PropertyException when `Load` would not accept the result, with the same description; `json`

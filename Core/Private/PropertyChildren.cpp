@@ -56,7 +56,7 @@ void Property::Children::DestroyOne(Children* children, Children*& pending) noex
             Children* const grandchildren = group->release();
             grandchildren->m_nextToDestroy = std::exchange(pending, grandchildren);
         }
-        child->~Property();
+        child->Property::~Property(); // not virtually: there are no others here
         child = next;
     }
     children->FreeBlocksBehindFirst();

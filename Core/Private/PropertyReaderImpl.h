@@ -64,7 +64,8 @@ private:
 };
 
 /// The children of the groups that are open are staged one behind the other; when a group ends, they become
-/// properties, in one block of memory of the right size.
+/// properties, in one block of memory of the right size. Those of the outermost group stay until the record
+/// is taken, since often only the first of them is.
 ///
 /// A fault of an object or array counts before those of what it contains, but is known only at its end, when
 /// it replaces them. So one that was opened after a fault cannot change the refusal, and is only counted.
@@ -81,8 +82,9 @@ public:
 
     bool IsComplete() const { return m_hasValue && m_frames.empty() && m_ignored == 0; }
     /// Replaces `property` by the record, and begins anew.
+    /// \param unwrap  whether of a group with children the first child is taken instead
     /// \returns why it cannot; empty when it could
-    std::string Take(Property& property);
+    std::string Take(Property& property, bool unwrap);
 
 private:
     struct Staged
@@ -134,7 +136,11 @@ private:
     void StartGroup(Frame::Kind kind);
     void FinishGroup(const Frame& frame);
     void FinishRatio(const Frame& frame);
-    static void AppendTo(Property::Children& children, Staged& staged);
+    /// A group of what is staged from there on.
+    Property::Group MakeGroup(std::size_t first);
+    /// Calls `construct` with the arguments of the constructor.
+    template <class Construct>
+    static void Make(Staged& staged, Construct&& construct);
     void Refuse(const RecordPath& path, const std::string& reason);
     void RefuseMember(const std::string& reason);
     RecordPath PathToFrame() const;

@@ -34,6 +34,15 @@ Property Load(PropertyReader& record)
     return property;
 }
 
+Property LoadUnwrapped(const std::string& text)
+{
+    PropertyReader record;
+    Send(text, record);
+    Property property("before", 1);
+    PropertySerializer::LoadUnwrapped(property, record);
+    return property;
+}
+
 std::string RefusalOf(const std::string& text)
 {
     PropertyReader record;
@@ -64,6 +73,35 @@ TEST(PropertyReader, BuildsARecordFromEvents)
     expected.SetChild("f");
     expected.CreateChildT("g", std::numeric_limits<long long>::min());
     EXPECT_EQ(Load(record), expected);
+}
+
+TEST(PropertyReader, UnwrappedLeavesTheFirstChildOfAGroup)
+{
+    Property expected("inner");
+    expected.CreateChildT("b", 5LL);
+    EXPECT_EQ(LoadUnwrapped(R"({"data":{"inner":{"b":5}}})"), expected);
+    EXPECT_EQ(LoadUnwrapped(R"({"data":{"inner":{"b":5},"other":{"c":[1,2]}}})"), expected);
+    EXPECT_EQ(LoadUnwrapped(R"({"data":[{"inner":{"b":5}},{"inner":6}]})"), expected);
+    EXPECT_EQ(LoadUnwrapped(R"({"data":{"inner":[1,2]}})"), Property("inner", Property::Ratio(1, 2)));
+    EXPECT_EQ(LoadUnwrapped(R"({"data":{"inner":null}})"), Property::None("inner"));
+}
+
+TEST(PropertyReader, UnwrappedKeepsWhatIsNotAGroupWithChildren)
+{
+    EXPECT_EQ(LoadUnwrapped(R"({"data":{}})"), Property("data"));
+    EXPECT_EQ(LoadUnwrapped(R"({"data":[]})"), Property("data"));
+    EXPECT_EQ(LoadUnwrapped(R"({"data":"text"})"), Property("data", std::string("text")));
+    EXPECT_EQ(LoadUnwrapped(R"({"data":[3,4]})"), Property("data", Property::Ratio(3, 4)));
+    EXPECT_EQ(LoadUnwrapped("null"), Property("before"));
+}
+
+TEST(PropertyReader, UnwrappedRefusesWhatTheWholeRecordRefuses)
+{
+    PropertyReader record;
+    Send(R"({"data":{"inner":{"b":5},"other":1.5}})", record);
+    Property property("before", 1);
+    ExpectThrow<PropertyException>([&] { PropertySerializer::LoadUnwrapped(property, record); });
+    EXPECT_EQ(property, Property("before", 1));
 }
 
 TEST(PropertyReader, IsCompleteAfterTheLastEventOfOneValue)

@@ -241,14 +241,21 @@ void AddSerializer(Operations& rows)
 {
     rows.push_back(LoadRow<rapidjson::Document>("the caller's document", SampleJson()));
     rows.push_back(LoadRow<Core::JsonDocument>("a document of JsonMemory", SampleJson()));
-    rows.push_back(Call("Core::PropertyReader::PropertyReader", [json = SampleJson()] {
+    const auto read = [json = SampleJson()](auto&& load) {
         Core::PropertyReader record;
         rapidjson::StringStream stream(json.c_str());
         rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, Core::JsonMemory> reader;
         reader.Parse<rapidjson::kParseIterativeFlag>(stream, record);
         Property property;
-        PropertySerializer::Load(property, record);
+        load(property, record);
         return property;
+    };
+    rows.push_back(Call("Core::PropertyReader::PropertyReader", [read] {
+        return read([](auto& property, auto& record) { PropertySerializer::Load(property, record); });
+    }));
+    rows.push_back(Call("Core::PropertySerializer::LoadUnwrapped", [read] {
+        return read(
+            [](auto& property, auto& record) { PropertySerializer::LoadUnwrapped(property, record); });
     }));
     rows.push_back(Row(
         "Core::PropertySerializer::Save", [] { return std::make_shared<rapidjson::Document>(); },
