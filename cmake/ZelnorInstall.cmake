@@ -1,82 +1,155 @@
 # What `cmake --install` puts where. Nothing in an installed tree names the place it was installed to, so a tree may be
-# moved as a whole. The components Conf (with Core), Media and Tools can be installed one by one, each on top of those
-# before it.
+# moved as a whole. The components are the packages that a distribution makes of it: the libraries Core and Conf, the
+# media library, the tool, and what compiling against all of them needs.
 
 include(CMakePackageConfigHelpers)
 
+set(runtime "libzelnor${PROJECT_VERSION_MAJOR}")
+set(media_runtime "libzelnor-media${PROJECT_VERSION_MAJOR}")
+set(development libzelnor-dev)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Zelnor")
 set(headers_dir "${CMAKE_INSTALL_INCLUDEDIR}/zelnor")
 
-install(
-  TARGETS ZelnorCore ZelnorConf
-  EXPORT ZelnorTargets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Conf
-  FILE_SET HEADERS DESTINATION "${headers_dir}" COMPONENT Conf
-  FILE_SET generated DESTINATION "${headers_dir}" COMPONENT Conf
-  INCLUDES DESTINATION "${headers_dir}")
-install(
-  EXPORT ZelnorTargets
-  NAMESPACE Zelnor::
-  DESTINATION "${package_dir}"
-  COMPONENT Conf)
-
-if(TARGET ZelnorMedia)
+# zelnor_install_libraries(<export> <component> <library>...)
+function(zelnor_install_libraries export component)
   install(
-    TARGETS ZelnorMedia
-    EXPORT ZelnorMediaTargets
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Media
-    FILE_SET HEADERS DESTINATION "${headers_dir}" COMPONENT Media
+    TARGETS ${ARGN}
+    EXPORT ${export}
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${development}
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${component} NAMELINK_COMPONENT ${development}
+    FILE_SET HEADERS DESTINATION "${headers_dir}" COMPONENT ${development}
+    FILE_SET generated DESTINATION "${headers_dir}" COMPONENT ${development}
     INCLUDES DESTINATION "${headers_dir}")
+  zelnor_install_export(${export})
+endfunction()
+
+function(zelnor_install_export export)
   install(
-    EXPORT ZelnorMediaTargets
+    EXPORT ${export}
     NAMESPACE Zelnor::
     DESTINATION "${package_dir}"
-    COMPONENT Media)
+    COMPONENT ${development})
+endfunction()
+
+zelnor_install_libraries(ZelnorTargets ${runtime} ZelnorCore ZelnorConf)
+if(TARGET ZelnorMedia)
+  zelnor_install_libraries(ZelnorMediaTargets ${media_runtime} ZelnorMedia)
   install(
     DIRECTORY "${PROJECT_SOURCE_DIR}/Presets"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/zelnor"
-    COMPONENT Media
+    COMPONENT ${media_runtime}
     FILES_MATCHING
     PATTERN "*.json")
 endif()
-
 if(TARGET zconf)
-  install(TARGETS zconf EXPORT ZelnorToolsTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Tools)
-  install(
-    EXPORT ZelnorToolsTargets
-    NAMESPACE Zelnor::
-    DESTINATION "${package_dir}"
-    COMPONENT Tools)
+  install(TARGETS zconf EXPORT ZelnorToolsTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT zconf)
+  zelnor_install_export(ZelnorToolsTargets)
 endif()
+
+# Documents
+
+foreach(file IN ITEMS README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md LICENSE)
+  install(FILES "${PROJECT_SOURCE_DIR}/${file}" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT ${development})
+endforeach()
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/Docs"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  COMPONENT ${development}
+  FILES_MATCHING
+  PATTERN "*.md"
+  PATTERN "*.svg")
 
 # CMake package
 
-configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZelnorConfig.cmake.in"
-                              "${PROJECT_BINARY_DIR}/ZelnorConfig.cmake" INSTALL_DESTINATION "${package_dir}")
+set(zelnor_media_file "libZelnorMedia.so.${PROJECT_VERSION}")
+set(zelnor_static_dependencies "")
+if(zelnor_library_kind STREQUAL "STATIC")
+  set(zelnor_media_file libZelnorMedia.a)
+  # What archives are linked with; shared libraries bring it along.
+  if(ZELNOR_LOG)
+    string(APPEND zelnor_static_dependencies "find_dependency(glog)\n")
+  endif()
+  string(
+    APPEND
+    zelnor_static_dependencies
+    "if(Zelnor_Media_FOUND)
+  find_dependency(PkgConfig)
+  pkg_check_modules(ZELNOR_LIBAV REQUIRED QUIET IMPORTED_TARGET libavformat libavcodec libavutil)
+endif()\n")
+endif()
+configure_package_config_file(
+  "${PROJECT_SOURCE_DIR}/cmake/ZelnorConfig.cmake.in" "${PROJECT_BINARY_DIR}/ZelnorConfig.cmake"
+  INSTALL_DESTINATION "${package_dir}"
+  PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZelnorConfigVersion.cmake"
                                  COMPATIBILITY SameMajorVersion)
 install(
   FILES "${PROJECT_BINARY_DIR}/ZelnorConfig.cmake" "${PROJECT_BINARY_DIR}/ZelnorConfigVersion.cmake"
   DESTINATION "${package_dir}"
-  COMPONENT Conf)
+  COMPONENT ${development})
 
-# pkg-config
+# pkg-config. A package is required where pkg-config knows it, and else named as the compiler needs it.
 
 file(RELATIVE_PATH ZELNOR_PC_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 string(REGEX REPLACE "/$" "" ZELNOR_PC_PREFIX "${ZELNOR_PC_PREFIX}")
 file(RELATIVE_PATH ZELNOR_PC_LIBDIR "${CMAKE_INSTALL_PREFIX}" "${CMAKE_INSTALL_FULL_LIBDIR}")
 file(RELATIVE_PATH ZELNOR_PC_INCLUDEDIR "${CMAKE_INSTALL_PREFIX}" "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
 
-# zelnor_pkg_config(<package> <component>)
-function(zelnor_pkg_config package component)
+find_package(PkgConfig QUIET)
+# zelnor_pkg_config_knows(<package> <result>): its version, or nothing.
+function(zelnor_pkg_config_knows package result)
+  set(version "")
+  if(PkgConfig_FOUND)
+    pkg_get_variable(directory ${package} pcfiledir)
+    if(directory)
+      execute_process(
+        COMMAND "${PKG_CONFIG_EXECUTABLE}" --modversion ${package}
+        OUTPUT_VARIABLE version
+        OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+    endif()
+  endif()
+  set(${result} "${version}" PARENT_SCOPE)
+endfunction()
+
+set(ZELNOR_PC_CONF_REQUIRES "")
+set(ZELNOR_PC_CONF_LIBS "")
+set(ZELNOR_PC_CONF_CFLAGS "")
+# The headers of the generation that ours belong to.
+zelnor_pkg_config_knows(libavcodec version)
+if(ZELNOR_FFMPEG_MAJOR AND version MATCHES "^${ZELNOR_FFMPEG_MAJOR}[.]")
+  math(EXPR next "${ZELNOR_FFMPEG_MAJOR} + 1")
+  set(ZELNOR_PC_CONF_REQUIRES "libavcodec >= ${ZELNOR_FFMPEG_MAJOR}, libavcodec < ${next}")
+elseif(NOT ZELNOR_AVCODEC_INCLUDE_DIR IN_LIST CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
+  set(ZELNOR_PC_CONF_CFLAGS " -I${ZELNOR_AVCODEC_INCLUDE_DIR}")
+endif()
+if(zelnor_library_kind STREQUAL "STATIC" AND ZELNOR_LOG)
+  zelnor_pkg_config_knows(libglog version)
+  if(version)
+    list(APPEND ZELNOR_PC_CONF_REQUIRES "libglog")
+    list(JOIN ZELNOR_PC_CONF_REQUIRES ", " ZELNOR_PC_CONF_REQUIRES)
+  else()
+    set(ZELNOR_PC_CONF_LIBS "-lglog")
+  endif()
+endif()
+
+function(zelnor_pkg_config package)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/${package}.pc.in" "${PROJECT_BINARY_DIR}/${package}.pc" @ONLY)
   install(
     FILES "${PROJECT_BINARY_DIR}/${package}.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
-    COMPONENT ${component})
+    COMPONENT ${development})
 endfunction()
 
-zelnor_pkg_config(zelnor-conf Conf)
+zelnor_pkg_config(zelnor-conf)
 if(TARGET ZelnorMedia)
-  zelnor_pkg_config(zelnor-media Media)
+  zelnor_pkg_config(zelnor-media)
+endif()
+
+# Removing what was installed
+
+if(PROJECT_IS_TOP_LEVEL AND NOT TARGET uninstall)
+  add_custom_target(
+    uninstall
+    COMMAND "${CMAKE_COMMAND}" "-DBUILD_DIR=${PROJECT_BINARY_DIR}" -P "${PROJECT_SOURCE_DIR}/cmake/ZelnorUninstall.cmake"
+    VERBATIM)
 endif()

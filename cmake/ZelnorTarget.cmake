@@ -7,9 +7,13 @@ endif()
 
 # zelnor_target(<target>): language, warnings, sanitizers and reproducible paths.
 function(zelnor_target target)
+  set(standard 17)
+  if(CMAKE_CXX_STANDARD GREATER standard AND NOT CMAKE_CXX_STANDARD EQUAL 98)
+    set(standard ${CMAKE_CXX_STANDARD})
+  endif()
   set_target_properties(
     ${target}
-    PROPERTIES CXX_STANDARD 17
+    PROPERTIES CXX_STANDARD ${standard}
                CXX_STANDARD_REQUIRED ON
                CXX_EXTENSIONS OFF
                CXX_VISIBILITY_PRESET hidden
@@ -27,6 +31,9 @@ function(zelnor_target target)
             -ffp-contract=off
             # No path of the building machine in a binary.
             "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  if(NOT ZELNOR_LOG)
+    target_compile_definitions(${target} PRIVATE ZELNOR_WITHOUT_LOG)
+  endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Unique symbols pin a library in memory after dlclose.
     target_compile_options(${target} PRIVATE -fno-gnu-unique)
@@ -50,16 +57,29 @@ function(zelnor_target target)
   endif()
 endfunction()
 
-# zelnor_library(<target> <output name>): a shared library of the package. Its file set HEADERS holds what is installed.
+# Shared, unless the packager decides otherwise.
+set(zelnor_library_kind SHARED)
+if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+  set(zelnor_library_kind STATIC)
+endif()
+
+# zelnor_library(<target> <output name>): a library of the package. Its file set HEADERS holds what is installed.
 function(zelnor_library target output)
   zelnor_target(${target})
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  if(zelnor_library_kind STREQUAL "STATIC")
+    # A module of somebody else may be what it is linked into.
+    set_target_properties(${target} PROPERTIES OUTPUT_NAME "${output}" POSITION_INDEPENDENT_CODE ON)
+    return()
+  endif()
   set_target_properties(
     ${target}
     PROPERTIES OUTPUT_NAME "${output}"
-               INSTALL_RPATH "$ORIGIN"
+               INSTALL_RPATH "${zelnor_library_rpath}"
                VERSION "${PROJECT_VERSION}"
                SOVERSION "${PROJECT_VERSION_MAJOR}")
-  set(exports "${PROJECT_SOURCE_DIR}/cmake/ZelnorExports.map")
+  set(exports "${PROJECT_BINARY_DIR}/ZelnorExports.map")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/ZelnorExports.map.in" "${exports}" @ONLY)
   # Our functions call each other as they are, without the loader looking for others of the same names. Not what is data:
   # programs have copies of that, which the library must use as well.
   target_link_options(${target} PRIVATE "-Wl,--version-script=${exports}" -Wl,-Bsymbolic-functions)
@@ -68,7 +88,6 @@ function(zelnor_library target output)
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${exports}")
-  target_compile_features(${target} PUBLIC cxx_std_17)
 endfunction()
 
 # zelnor_precompile(<target> <header>...): parses once what takes long to parse in every source of the target.

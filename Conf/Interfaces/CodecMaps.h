@@ -31,7 +31,7 @@ namespace details
 {
 
 // Sizes of the tables: one for each codec of the vocabulary that FFmpeg has an ID for, and one for
-// CODEC_ID_NONE.
+// CODEC_ID_NONE. Then the sizes they would have if FFmpeg had an ID for each.
 // clang-format off
 constexpr std::size_t kVideoCodecs = 1
 #define ZELNOR_CODEC(name) + ZELNOR_HAS_AV_##name
@@ -50,7 +50,43 @@ constexpr std::size_t kUnknownCodecs = 1
 #define ZELNOR_CODEC(name) + ZELNOR_HAS_AV_##name
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
 ;
+constexpr std::size_t kAllVideoCodecs = 1
+#define ZELNOR_CODEC(name) + 1
+#define ZELNOR_CODEC_AS(name, enumerator) + 1
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+;
+constexpr std::size_t kAllAudioCodecs = 1
+#define ZELNOR_CODEC(name) + 1
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+;
+constexpr std::size_t kAllSubtitleCodecs = 0
+#define ZELNOR_CODEC(name) + 1
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
+;
+constexpr std::size_t kAllUnknownCodecs = 1
+#define ZELNOR_CODEC(name) + 1
+#include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
+;
 // clang-format on
+
+/// A table of codecs, filled up: what a library exports has one size, whatever FFmpeg it was made with, since
+/// programs may hold copies of it.
+template <std::size_t Rows, std::size_t AllRows>
+struct CodecTable
+{
+    std::pair<AVCodecID, std::string> rows[Rows];
+    std::pair<AVCodecID, std::string> padding[AllRows + 1 - Rows];
+};
+
+extern ZELNOR_API const CodecTable<kVideoCodecs, kAllVideoCodecs> videoCodecTable;
+extern ZELNOR_API const CodecTable<kAudioCodecs, kAllAudioCodecs> audioCodecTable;
+extern ZELNOR_API const CodecTable<kSubtitleCodecs, kAllSubtitleCodecs> subtitleCodecTable;
+extern ZELNOR_API const CodecTable<kUnknownCodecs, kAllUnknownCodecs> unknownCodecTable;
+
+/// Has another name for each list of codec IDs. Whatever includes this header asks for it, so that a program
+/// does not start with a library that means other codecs by the same numbers.
+extern ZELNOR_API const char ZELNOR_CODEC_NUMBERS;
+[[gnu::used]] static const char* const kCodecNumbers = &ZELNOR_CODEC_NUMBERS;
 
 } // namespace details
 
@@ -59,11 +95,11 @@ using MapCodecs = std::map<AVCodecID, std::string>;
 
 /// The codecs of each kind, in the order of the vocabulary. All tables except that of the subtitles end with
 /// "CODEC_ID_NONE".
-extern ZELNOR_API const std::pair<AVCodecID, std::string> videoCodecs[details::kVideoCodecs];
-extern ZELNOR_API const std::pair<AVCodecID, std::string> audioCodecs[details::kAudioCodecs];
-extern ZELNOR_API const std::pair<AVCodecID, std::string> subtitleCodecs[details::kSubtitleCodecs];
+[[maybe_unused]] static constexpr const auto& videoCodecs = details::videoCodecTable.rows;
+[[maybe_unused]] static constexpr const auto& audioCodecs = details::audioCodecTable.rows;
+[[maybe_unused]] static constexpr const auto& subtitleCodecs = details::subtitleCodecTable.rows;
 /// Codecs of attachments, data streams and other streams of none of the three kinds.
-extern ZELNOR_API const std::pair<AVCodecID, std::string> unknownCodecs[details::kUnknownCodecs];
+[[maybe_unused]] static constexpr const auto& unknownCodecs = details::unknownCodecTable.rows;
 /// The PCM codecs, which do not need a bitrate.
 extern ZELNOR_API const std::string PCMCodecs[13];
 

@@ -1,9 +1,8 @@
 #include "Conf/Interfaces/IFormatFile.h"
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Conf/Private/GraphUnit.h"
+#include "Conf/Private/Log.h"
 #include "Core/Interfaces/Exception.h"
-
-#include <glog/logging.h>
 
 #include <stdexcept>
 #include <utility>
@@ -61,8 +60,7 @@ Property ITranscodingMetaGraph::MakeOutFileDescription(const boost::intrusive_pt
     record.SetChildT(KEY_FILEPATH, path.utf8string());
     if (losslessDvd)
     {
-        google::LogMessage(kGraphSource, __LINE__).stream()
-            << "Replacing output format for lossless conversion to DVD";
+        LogInfo(kGraphSource, __LINE__, "Replacing output format for lossless conversion to DVD");
         record.SetChildT(IFormatFile::TAG_CONTAINER, IFormatFile::FORMAT_DVD);
     }
     return record;

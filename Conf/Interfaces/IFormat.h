@@ -4,6 +4,11 @@
 #include "Core/Interfaces/IRefCountable.h"
 #include "Core/Interfaces/Property.h"
 
+#include <boost/none_t.hpp>
+// As in Exception.h: an object that GCC would make unique in the process.
+#pragma GCC visibility push(hidden)
+#include <boost/none.hpp>
+#pragma GCC visibility pop
 #include <boost/property_tree/ptree.hpp>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 

@@ -81,51 +81,40 @@ constexpr Accelerated acceleratedDecoders[] = {
 #define ZELNOR_CODEC_ROW_1(key, text) {key, text},
 #define ZELNOR_CODEC_ROW_0(key, text)
 
+const char details::ZELNOR_CODEC_NUMBERS = 0;
+
 // clang-format off
-const std::pair<AVCodecID, std::string> videoCodecs[] = {
+decltype(details::videoCodecTable) details::videoCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecVideo::name)
 #define ZELNOR_CODEC_AS(name, enumerator)                                                                    \
     ZELNOR_CODEC_ROW(ZELNOR_HAS_##enumerator, enumerator, IFormatCodecVideo::name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
     {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
-};
+}, {}};
 
-const std::pair<AVCodecID, std::string> audioCodecs[] = {
+decltype(details::audioCodecTable) details::audioCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecAudio::name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
     {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
-};
+}, {}};
 
-const std::pair<AVCodecID, std::string> subtitleCodecs[] = {
+decltype(details::subtitleCodecTable) details::subtitleCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecSubtitle::name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-};
+}, {}};
 
-const std::pair<AVCodecID, std::string> unknownCodecs[] = {
+decltype(details::unknownCodecTable) details::unknownCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodec::name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
     {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
-};
+}, {}};
 
-// The rows of the vocabulary for which FFmpeg has a codec ID.
-#define ZELNOR_CODEC(name) + 1
-#define ZELNOR_CODEC_AS(name, enumerator) + 1
-static_assert(0
-#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-    == 186);
-#define ZELNOR_CODEC(name) + 1
-static_assert(0
-#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-    == 133);
-#define ZELNOR_CODEC(name) + 1
-static_assert(0
-#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-    == 21);
-#define ZELNOR_CODEC(name) + 1
-static_assert(0
-#include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
-    == 8);
 // clang-format on
+
+static_assert(details::kAllVideoCodecs == 187);
+static_assert(details::kAllAudioCodecs == 134);
+static_assert(details::kAllSubtitleCodecs == 21);
+static_assert(details::kAllUnknownCodecs == 9);
 
 // kept: without PCM_U16BE, although with PCM_U16LE
 const std::string PCMCodecs[] = {

@@ -4,14 +4,38 @@
 #include "Core/Interfaces/Export.h"
 #include "Core/Interfaces/PropertyTypes.h"
 
+// Tags are found by their types, which some standard libraries compare by address: visible, each is there
+// once. Whoever has included Boost's header before has decided otherwise.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wattributes"
+#pragma GCC diagnostic ignored "-Wignored-attributes"
+namespace boost
+{
+template <class Tag, class T>
+class ZELNOR_API error_info;
+} // namespace boost
+#pragma GCC diagnostic pop
+
 #include <boost/current_function.hpp>
-#include <boost/exception/all.hpp>
+#include <boost/exception/diagnostic_information.hpp>
+#include <boost/exception/info.hpp>
+#include <boost/shared_ptr.hpp>
 #include <boost/throw_exception.hpp>
 
 #include <exception>
+#include <ios>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+
+// This header has static objects in templates, and what GCC makes of those keeps a library that has them in
+// memory after dlclose, unless they are hidden. What it includes itself stands above and is not hidden.
+#pragma GCC visibility push(hidden)
+#include <boost/exception_ptr.hpp>
+#pragma GCC visibility pop
+
+#include <boost/exception/all.hpp>
 
 /// \file
 /// How the libraries report failures: every failure is a thrown exception, of the tree below or of the
@@ -108,11 +132,12 @@ template <class E>
 } // namespace Zelnor
 
 /// The place of a throw: `unit`, `line`, and the current function's full signature. The unit is a
-/// compile-time constant such as "Core/Interfaces/Property": exceptions keep the pointer.
+/// compile-time constant such as "Core/Interfaces/Property": exceptions keep the pointer. Nothing in it is
+/// static, which would keep libraries in memory that throw from templates.
 #define ZELNOR_LOCATION(unit, line)                                                                          \
     boost::source_location(                                                                                  \
         [] {                                                                                                 \
-            static constexpr const char* constantUnit = (unit);                                              \
+            constexpr const char* constantUnit = (unit);                                                     \
             return constantUnit;                                                                             \
         }(),                                                                                                 \
         (line), BOOST_CURRENT_FUNCTION)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <rapidjson/document.h>
+#include "Core/Interfaces/RapidJson.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -43,6 +43,6 @@ public:
 
 using JsonDocument =
     rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<JsonMemory>, JsonMemory>;
-using JsonValue = JsonDocument::ValueType;
+using JsonValue = rapidjson::GenericValue<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<JsonMemory>>;
 
 } // namespace Zelnor::Core

@@ -94,7 +94,7 @@ public:
     Property& operator=(T) = delete;
 
     const std::string& GetName() const { return m_name; }
-    PropertyTypes GetType() const { return kTypes[m_value.index()]; }
+    PropertyTypes GetType() const { return TypeOf(m_value.index()); }
 
     long long GetInt64() const;
     /// The reference is valid until the property changes. A temporary returns the string itself.
@@ -162,10 +162,14 @@ private:
     using Group = std::unique_ptr<Children, DestroyChildren>;
     /// A scalar has no children, so children and value share the storage.
     using Value = std::variant<Group, std::monostate, long long, std::string, Ratio>;
-    /// The type of each alternative of `Value`, in the same order.
-    static constexpr PropertyTypes kTypes[] = {PROPERTY_TYPE_GROUP, PROPERTY_TYPE_NONE, PROPERTY_TYPE_INT64,
-                                               PROPERTY_TYPE_STRING, PROPERTY_TYPE_RATIO};
-    static_assert(std::variant_size_v<Value> == sizeof kTypes / sizeof *kTypes);
+    /// The type of an alternative of `Value`. Not a static table: programs would have a unique copy of it.
+    static constexpr PropertyTypes TypeOf(std::size_t alternative)
+    {
+        constexpr PropertyTypes types[] = {PROPERTY_TYPE_GROUP, PROPERTY_TYPE_NONE, PROPERTY_TYPE_INT64,
+                                           PROPERTY_TYPE_STRING, PROPERTY_TYPE_RATIO};
+        static_assert(std::variant_size_v<Value> == sizeof types / sizeof *types);
+        return types[alternative];
+    }
 
     struct Named
     {};

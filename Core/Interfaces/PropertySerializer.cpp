@@ -7,6 +7,7 @@
 #include "Core/Private/RecordPath.h"
 
 #include <boost/container/small_vector.hpp>
+#include <rapidjson/document.h>
 
 #include <algorithm>
 #include <bitset>

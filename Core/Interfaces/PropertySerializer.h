@@ -3,8 +3,7 @@
 #include "Core/Interfaces/Export.h"
 #include "Core/Interfaces/JsonMemory.h"
 #include "Core/Interfaces/Property.h"
-
-#include <rapidjson/document.h>
+#include "Core/Interfaces/RapidJson.h"
 
 namespace Zelnor::Core
 {
@@ -46,7 +45,7 @@ public:
     /// stays as
     ///   it was.
     static void Save(const Property& property, rapidjson::Value& json,
-                     rapidjson::Document::AllocatorType& allocator);
+                     rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator);
 };
 
 } // namespace Zelnor::Core

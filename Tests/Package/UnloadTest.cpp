@@ -6,6 +6,7 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -57,11 +58,37 @@ TEST(Libraries, LeaveMemoryTogetherWithTheirLog)
     LoadUseAndUnload();
 }
 
+/// Without glog there is nothing that could stay.
+void KeepTheLog()
+{
+#ifdef ZELNOR_GLOG_LIBRARY
+    ASSERT_NE(dlopen(ZELNOR_GLOG_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+#endif
+}
+
 TEST(Libraries, LeaveMemoryWhenTheirLogStays)
 {
-    ASSERT_NE(dlopen(ZELNOR_GLOG_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+    KeepTheLog();
     LoadUseAndUnload();
     LoadUseAndUnload();
+}
+
+TEST(Libraries, OfTwoMajorVersionsAreLoadedForEverybodyAndEndWithTheProcess)
+{
+    const auto useBoth = [] {
+        for (const char* const name : {ZELNOR_MODULE, ZELNOR_NEXT_MODULE})
+        {
+            void* const module = dlopen(name, RTLD_NOW | RTLD_GLOBAL);
+            const auto use =
+                reinterpret_cast<bool (*)()>(module == nullptr ? nullptr : dlsym(module, "UseTheLibraries"));
+            if (use == nullptr || !use())
+            {
+                std::exit(1);
+            }
+        }
+        std::exit(IsLoaded(ZELNOR_CONF_LIBRARY) && IsLoaded(ZELNOR_NEXT_CONF_LIBRARY) ? 0 : 2);
+    };
+    EXPECT_EXIT(useBoth(), testing::ExitedWithCode(0), "");
 }
 
 /// Lines of a file of /proc/self that contain a text.
@@ -90,7 +117,7 @@ TEST(Libraries, ComeAndGoWithoutTakingMoreMemoryEachTime)
 #ifdef ZELNOR_ADDRESS_SANITIZER
     GTEST_SKIP() << "the sanitizer keeps what was freed";
 #endif
-    ASSERT_NE(dlopen(ZELNOR_GLOG_LIBRARY, RTLD_NOW | RTLD_LOCAL), nullptr) << dlerror();
+    KeepTheLog();
     const std::size_t times = Zelnor::Testing::CampaignRuns(20);
     for (int warmUp = 0; warmUp < 10; ++warmUp)
     {

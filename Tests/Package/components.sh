@@ -6,7 +6,9 @@ build=$1 whole=$2 scratch=$3
 
 rm -rf "$scratch"
 mkdir -p "$scratch/project"
-cmake --install "$build" --component Conf --prefix "$scratch/conf" >/dev/null
+for component in libzelnor1 libzelnor-dev; do
+    cmake --install "$build" --component "$component" --prefix "$scratch/conf" >/dev/null
+done
 cat >"$scratch/project/CMakeLists.txt" <<'END'
 cmake_minimum_required(VERSION 3.25)
 project(Asks LANGUAGES CXX)

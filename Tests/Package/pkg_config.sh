@@ -5,9 +5,13 @@ source=$1 prefix=$2 scratch=$3
 
 rm -rf "$scratch"
 mkdir -p "$scratch"
-# Nothing but our own packages: no consumer has to have FFmpeg's.
-PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name zelnor-conf.pc)")
-export PKG_CONFIG_LIBDIR
+PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name zelnor-conf.pc)")
+export PKG_CONFIG_PATH
+# Whoever links ours links no other library.
+if pkg-config --libs zelnor-media | grep -E -- '-l(av|glog)'; then
+    echo "a shared library of ours is linked with more than itself"
+    exit 1
+fi
 read -ra flags <<<"$(pkg-config --cflags --libs zelnor-conf)"
 libraries=$(pkg-config --variable=libdir zelnor-conf)
 c++ -std=c++17 "$source/Examples/road_of_a_job.cpp" "${flags[@]}" "-Wl,-rpath,$libraries" -o "$scratch/consumer"

@@ -8,7 +8,9 @@ prefix=$1 recorded=${2:-}
 exported() {
     local library
     for library in ZelnorCore ZelnorConf ZelnorMedia; do
-        find "$prefix" -name "lib$library.so" -exec nm -DC --defined-only {} + | sed -E "s/^[0-9a-f]+ ./$library/"
+        # Each list of FFmpeg's codec IDs has a symbol of its own.
+        find "$prefix" -name "lib$library.so" -exec nm -DC --defined-only --without-symbol-versions {} + |
+            sed -E "/ A ZELNOR_[0-9]+$/d; s/(codecNumbers_)[0-9a-f]+$/\1/; s/^[0-9a-f]+ ./$library/"
     done | LC_ALL=C sort -u
 }
 
@@ -16,7 +18,7 @@ if [[ -z $recorded ]]; then
     exported
     exit
 fi
-if exported | grep -vE '^Zelnor(Core|Conf|Media) (Zelnor::|((construction )?vtable|VTT|typeinfo|typeinfo name) for Zelnor::|((non-)?virtual|covariant return) thunk to Zelnor::)'; then
+if exported | grep -vE '^Zelnor(Core|Conf|Media) (Zelnor::|((construction )?vtable|VTT|typeinfo|typeinfo name) for Zelnor::|((non-)?virtual|covariant return) thunk to Zelnor::|typeinfo (name )?for boost::error_info<Zelnor::)'; then
     echo "exported, but not ours"
     exit 1
 fi

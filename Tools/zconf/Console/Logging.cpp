@@ -1,5 +1,18 @@
 #include "Tools/zconf/Console/Logging.h"
 
+#ifdef ZELNOR_WITHOUT_LOG
+
+namespace Zelnor::Tool
+{
+
+Logging::Logging(const char*) {}
+
+Logging::~Logging() = default;
+
+} // namespace Zelnor::Tool
+
+#else
+
 #include "Tools/zconf/Console/StandardStreams.h"
 #include "Tools/zconf/Console/Text.h"
 
@@ -56,3 +69,5 @@ Logging::~Logging()
 }
 
 } // namespace Zelnor::Tool
+
+#endif
