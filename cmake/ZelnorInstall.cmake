@@ -114,9 +114,9 @@ endfunction()
 set(ZELNOR_PC_CONF_REQUIRES "")
 set(ZELNOR_PC_CONF_LIBS "")
 set(ZELNOR_PC_CONF_CFLAGS "")
-# The headers of the generation that ours belong to.
+# The headers of the generation that ours belong to. Archives would be linked with FFmpeg if they required its package.
 zelnor_pkg_config_knows(libavcodec version)
-if(ZELNOR_FFMPEG_MAJOR AND version MATCHES "^${ZELNOR_FFMPEG_MAJOR}[.]")
+if(zelnor_library_kind STREQUAL "SHARED" AND ZELNOR_FFMPEG_MAJOR AND version MATCHES "^${ZELNOR_FFMPEG_MAJOR}[.]")
   math(EXPR next "${ZELNOR_FFMPEG_MAJOR} + 1")
   set(ZELNOR_PC_CONF_REQUIRES "libavcodec >= ${ZELNOR_FFMPEG_MAJOR}, libavcodec < ${next}")
 elseif(NOT ZELNOR_AVCODEC_INCLUDE_DIR IN_LIST CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)

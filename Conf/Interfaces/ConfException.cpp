@@ -1,5 +1,7 @@
 #include "Conf/Interfaces/ConfException.h"
 
+#include "Core/Private/Early.h"
+
 namespace Zelnor::Conf
 {
 
@@ -16,17 +18,17 @@ LinkExists::~LinkExists() noexcept = default;
 LinkNotFound::~LinkNotFound() noexcept = default;
 BadJson::~BadJson() noexcept = default;
 
-ConfException exportDummyException;
-PresetException exportDummyException1;
-ConstraintException exportDummyException2;
-ConstraintIsNotApplicableForTypeException exportDummyException3;
-CheckedPropertyHasDifferentTypeException exportDummyException4;
-HelperException exportDummyException5;
-FormatException exportDummyException6;
-ProfileException exportDummyException7;
-NodeNotFound exportDummyException8;
-LinkExists exportDummyException9;
-LinkNotFound exportDummyException10;
-BadJson exportDummyException11;
+ZELNOR_EARLY ConfException exportDummyException;
+ZELNOR_EARLY PresetException exportDummyException1;
+ZELNOR_EARLY ConstraintException exportDummyException2;
+ZELNOR_EARLY ConstraintIsNotApplicableForTypeException exportDummyException3;
+ZELNOR_EARLY CheckedPropertyHasDifferentTypeException exportDummyException4;
+ZELNOR_EARLY HelperException exportDummyException5;
+ZELNOR_EARLY FormatException exportDummyException6;
+ZELNOR_EARLY ProfileException exportDummyException7;
+ZELNOR_EARLY NodeNotFound exportDummyException8;
+ZELNOR_EARLY LinkExists exportDummyException9;
+ZELNOR_EARLY LinkNotFound exportDummyException10;
+ZELNOR_EARLY BadJson exportDummyException11;
 
 } // namespace Zelnor::Conf

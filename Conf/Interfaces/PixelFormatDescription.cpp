@@ -2,6 +2,7 @@
 
 #include "Conf/Private/TextIndex.h"
 #include "Core/Interfaces/Exception.h"
+#include "Core/Private/Early.h"
 
 #include <array>
 #include <cstddef>
@@ -108,7 +109,7 @@ std::size_t FindRow(PixFmt pixFmt)
 
 } // namespace
 
-const std::vector<PixFmtDescription> PixFmtDescription::s_pixelFormatRecords = RecordsMaker();
+ZELNOR_EARLY const std::vector<PixFmtDescription> PixFmtDescription::s_pixelFormatRecords = RecordsMaker();
 
 std::vector<PixFmtDescription> PixFmtDescription::RecordsMaker()
 {

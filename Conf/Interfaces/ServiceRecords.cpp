@@ -2,6 +2,7 @@
 
 #include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Core/Private/Early.h"
 
 #include <cstddef>
 #include <iterator>
@@ -19,7 +20,7 @@ constexpr const char* kUnit = "Conf/Interfaces/ServiceRecords";
 namespace details
 {
 
-const SampleFmtRecord s_sampleFormatRecords[] = {
+ZELNOR_EARLY const SampleFmtRecord s_sampleFormatRecords[] = {
 #define ZELNOR_SAMPLE_FORMAT(name, value, bitsPerSample, planar, counterpart)                                \
     {name, bitsPerSample, #name, planar, counterpart},
 #include "Conf/Interfaces/Vocabulary/SampleFormats.def"

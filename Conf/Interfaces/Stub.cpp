@@ -14,6 +14,7 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Conf/Private/CodecIndex.h"
 #include "Conf/Private/Registry.h"
+#include "Core/Private/Early.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -23,40 +24,40 @@
 namespace Zelnor::Conf
 {
 
-#define ZELNOR_TEXT(name, text) const std::string IFormat::name(text);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormat::name(text);
 #include "Conf/Interfaces/Vocabulary/IFormat.def"
 
-#define ZELNOR_TEXT(name, text) const std::string IFormatFile::name(text);
-#define ZELNOR_SELF(name) const std::string IFormatFile::name(#name);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatFile::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatFile::name(#name);
 #include "Conf/Interfaces/Vocabulary/IFormatFile.def"
 
-#define ZELNOR_TEXT(name, text) const std::string IFormatCodec::name(text);
-#define ZELNOR_SELF(name) const std::string IFormatCodec::name(#name);
-#define ZELNOR_CODEC(name) const std::string IFormatCodec::name(#name);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodec::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodec::name(#name);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodec::name(#name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
 
-#define ZELNOR_TEXT(name, text) const std::string IFormatCodecVideo::name(text);
-#define ZELNOR_SELF(name) const std::string IFormatCodecVideo::name(#name);
-#define ZELNOR_CODEC(name) const std::string IFormatCodecVideo::name(#name);
-#define ZELNOR_CODEC_AS(name, enumerator) const std::string IFormatCodecVideo::name(#name);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecVideo::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
+#define ZELNOR_CODEC_AS(name, enumerator) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
 
-#define ZELNOR_TEXT(name, text) const std::string IFormatCodecAudio::name(text);
-#define ZELNOR_SELF(name) const std::string IFormatCodecAudio::name(#name);
-#define ZELNOR_CODEC(name) const std::string IFormatCodecAudio::name(#name);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecAudio::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodecAudio::name(#name);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecAudio::name(#name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
 
-#define ZELNOR_TEXT(name, text) const std::string IFormatCodecSubtitle::name(text);
-#define ZELNOR_CODEC(name) const std::string IFormatCodecSubtitle::name(#name);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecSubtitle::name(text);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecSubtitle::name(#name);
 #include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
 
-#define ZELNOR_TEXT(name, text) const std::string IPreset::name(text);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IPreset::name(text);
 #include "Conf/Interfaces/Vocabulary/IPreset.def"
 
-#define ZELNOR_TEXT(name, text) const std::string IPropertyConstraint::name(text);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IPropertyConstraint::name(text);
 #include "Conf/Interfaces/Vocabulary/IPropertyConstraint.def"
 
-#define ZELNOR_TEXT(name, text) const std::string ITranscodingMetaGraph::name(text);
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string ITranscodingMetaGraph::name(text);
 #include "Conf/Interfaces/Vocabulary/ITranscodingMetaGraph.def"
 
 // Accelerated encoders and decoders: addresses of constants, so that their order does not matter.
@@ -84,7 +85,7 @@ constexpr Accelerated acceleratedDecoders[] = {
 const char details::ZELNOR_CODEC_NUMBERS = 0;
 
 // clang-format off
-decltype(details::videoCodecTable) details::videoCodecTable = {{
+ZELNOR_EARLY decltype(details::videoCodecTable) details::videoCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecVideo::name)
 #define ZELNOR_CODEC_AS(name, enumerator)                                                                    \
     ZELNOR_CODEC_ROW(ZELNOR_HAS_##enumerator, enumerator, IFormatCodecVideo::name)
@@ -92,18 +93,18 @@ decltype(details::videoCodecTable) details::videoCodecTable = {{
     {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
 }, {}};
 
-decltype(details::audioCodecTable) details::audioCodecTable = {{
+ZELNOR_EARLY decltype(details::audioCodecTable) details::audioCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecAudio::name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
     {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
 }, {}};
 
-decltype(details::subtitleCodecTable) details::subtitleCodecTable = {{
+ZELNOR_EARLY decltype(details::subtitleCodecTable) details::subtitleCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecSubtitle::name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
 }, {}};
 
-decltype(details::unknownCodecTable) details::unknownCodecTable = {{
+ZELNOR_EARLY decltype(details::unknownCodecTable) details::unknownCodecTable = {{
 #define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodec::name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
     {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
@@ -117,7 +118,7 @@ static_assert(details::kAllSubtitleCodecs == 21);
 static_assert(details::kAllUnknownCodecs == 9);
 
 // kept: without PCM_U16BE, although with PCM_U16LE
-const std::string PCMCodecs[] = {
+ZELNOR_EARLY const std::string PCMCodecs[] = {
     IFormatCodecAudio::CODEC_ID_PCM_U8,    IFormatCodecAudio::CODEC_ID_PCM_S8,
     IFormatCodecAudio::CODEC_ID_PCM_U16LE, IFormatCodecAudio::CODEC_ID_PCM_S16BE,
     IFormatCodecAudio::CODEC_ID_PCM_S16LE, IFormatCodecAudio::CODEC_ID_PCM_U32BE,
@@ -158,16 +159,21 @@ MapCodecs Join(std::initializer_list<const MapCodecs*> maps)
 
 } // namespace
 
-const MapCodecs mapVideoCodecs = MapOf(videoCodecs);
-const MapCodecs mapAudioCodecs = MapOf(audioCodecs);
-const MapCodecs mapSubtitleCodecs = MapOf(subtitleCodecs);
-const MapCodecs mapUnknownCodecs = MapOf(unknownCodecs);
-const MapCodecs mapCodecs = Join({&mapVideoCodecs, &mapAudioCodecs, &mapSubtitleCodecs, &mapUnknownCodecs});
+ZELNOR_EARLY const MapCodecs mapVideoCodecs = MapOf(videoCodecs);
+ZELNOR_EARLY const MapCodecs mapAudioCodecs = MapOf(audioCodecs);
+ZELNOR_EARLY const MapCodecs mapSubtitleCodecs = MapOf(subtitleCodecs);
+ZELNOR_EARLY const MapCodecs mapUnknownCodecs = MapOf(unknownCodecs);
+ZELNOR_EARLY const MapCodecs mapCodecs =
+    Join({&mapVideoCodecs, &mapAudioCodecs, &mapSubtitleCodecs, &mapUnknownCodecs});
 
 namespace
 {
 
-[[maybe_unused]] const bool areCodecTextsRemembered = RememberCodecTexts();
+/// An object, as only those can be made early.
+const struct CodecTexts
+{
+    CodecTexts() { RememberCodecTexts(); }
+} codecTexts ZELNOR_EARLY;
 
 } // namespace
 
@@ -199,35 +205,35 @@ std::vector<std::string> WithoutRepeats(const std::vector<std::string>& list)
 
 } // namespace
 
-const std::vector<std::string> g_containerList = WithoutRepeats(ListOf({
+ZELNOR_EARLY const std::vector<std::string> g_containerList = WithoutRepeats(ListOf({
 #define ZELNOR_CONTAINER(name, text) &IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/IFormatFile.def"
 }));
-const std::vector<std::string> g_formatList = ListOf({
+ZELNOR_EARLY const std::vector<std::string> g_formatList = ListOf({
 #define ZELNOR_FORMAT(name) &IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/FormatLists.def"
 });
-const std::vector<std::string> g_fileFormatParserDisabled = ListOf({&IFormatFile::FORMAT_NULL});
-const std::vector<std::string> g_fileFormatMuxerDisabled = ListOf({&IFormatFile::FORMAT_NULL});
-const std::vector<std::string> g_decodersDisabled = ListOf({&IFormatCodecVideo::CODEC_ID_H265});
-const std::vector<std::string> g_codecExternal =
+ZELNOR_EARLY const std::vector<std::string> g_fileFormatParserDisabled = ListOf({&IFormatFile::FORMAT_NULL});
+ZELNOR_EARLY const std::vector<std::string> g_fileFormatMuxerDisabled = ListOf({&IFormatFile::FORMAT_NULL});
+ZELNOR_EARLY const std::vector<std::string> g_decodersDisabled = ListOf({&IFormatCodecVideo::CODEC_ID_H265});
+ZELNOR_EARLY const std::vector<std::string> g_codecExternal =
     ListOf({&IFormatCodecAudio::CODEC_ID_MP3, &IFormatCodecVideo::CODEC_ID_H264});
-const std::vector<std::string> g_encodersDisabled =
+ZELNOR_EARLY const std::vector<std::string> g_encodersDisabled =
     ListOf({&IFormatCodecVideo::CODEC_ID_H265, &IFormatCodecAudio::CODEC_ID_AMR_NB,
             &IFormatCodecAudio::CODEC_ID_AMR_WB});
-const std::vector<std::string> g_muxerImplList = ListOf({&IFormatFile::MUXER_FFMPEG_IMPL});
-const std::vector<std::string> g_parserImplList =
+ZELNOR_EARLY const std::vector<std::string> g_muxerImplList = ListOf({&IFormatFile::MUXER_FFMPEG_IMPL});
+ZELNOR_EARLY const std::vector<std::string> g_parserImplList =
     ListOf({&IFormatFile::MUXER_FFMPEG_IMPL}); // kept: the list of parsers names the muxer
-const std::vector<std::string> g_imageFormatList = ListOf({
+ZELNOR_EARLY const std::vector<std::string> g_imageFormatList = ListOf({
 #define ZELNOR_IMAGE_FORMAT(name) &IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/FormatLists.def"
 });
-const std::vector<std::string> g_audioFormatList = ListOf({
+ZELNOR_EARLY const std::vector<std::string> g_audioFormatList = ListOf({
 #define ZELNOR_AUDIO_FORMAT(name) &IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/FormatLists.def"
 });
 // kept: without DECODER_CUDA_MPEG2_IMPL
-const std::vector<std::string> g_decoderImplList = ListOf({
+ZELNOR_EARLY const std::vector<std::string> g_decoderImplList = ListOf({
     &IFormatCodec::DECODER_FFMPEG_IMPL,
     &IFormatCodecVideo::DECODER_CUDA_H264_IMPL,
     &IFormatCodecVideo::DECODER_CUDA_MPEG1_IMPL,
@@ -239,7 +245,7 @@ const std::vector<std::string> g_decoderImplList = ListOf({
     &IFormatCodecVideo::DECODER_IM_SW_MPEG1_IMPL,
     &IFormatCodecVideo::DECODER_IM_SW_MPEG2_IMPL,
 });
-const std::vector<std::string> g_encoderImplList = ListOf({
+ZELNOR_EARLY const std::vector<std::string> g_encoderImplList = ListOf({
     &IFormatCodec::ENCODER_FFMPEG_IMPL,
     &IFormatCodecVideo::ENCODER_NVENC_H264_IMPL,
     &IFormatCodecVideo::ENCODER_CUDA_H264_IMPL,

@@ -182,13 +182,12 @@ std::optional<AVCodecID> FindCodecID(const std::string& textId, const MapCodecs&
 
 const std::string* FindCodecText(AVCodecID id) { return SlotOf(id).text; }
 
-bool RememberCodecTexts()
+void RememberCodecTexts()
 {
     for (const auto& [id, text] : mapCodecs)
     {
         SlotOf(id) = {id, &text};
     }
-    return true;
 }
 
 } // namespace Zelnor::Conf

@@ -29,6 +29,6 @@ std::optional<AVCodecID> FindCodecID(const std::string& textId, const MapCodecs&
 const std::string* FindCodecText(AVCodecID id);
 
 /// Remembers where the texts of `mapCodecs` are. Called once, when it has been made.
-bool RememberCodecTexts();
+void RememberCodecTexts();
 
 } // namespace Zelnor::Conf

@@ -1,0 +1,38 @@
+#!/bin/bash
+# static_libraries.sh <source tree> <scratch folder>: the libraries as archives, of a later C++ than ours, in the hands of
+# somebody else who finds them through CMake and through pkg-config.
+set -euo pipefail
+source=$1 scratch=$2
+
+rm -rf "$scratch"
+mkdir -p "$scratch/project"
+cmake -G Ninja -S "$source" -B "$scratch/build" -DBUILD_SHARED_LIBS=OFF -DZELNOR_BUILD_MEDIA=OFF -DBUILD_TESTING=OFF \
+    -DZELNOR_WERROR=ON -DCMAKE_CXX_STANDARD=20 -DCMAKE_UNITY_BUILD=ON -DCMAKE_BUILD_TYPE=Debug \
+    -DCMAKE_CXX_FLAGS_DEBUG=-O0 >"$scratch/configured"
+cmake --build "$scratch/build"
+cmake --install "$scratch/build" --prefix "$scratch/prefix" >/dev/null
+if find "$scratch/prefix" -name '*.so*' | grep .; then
+    echo "a shared library among the archives"
+    exit 1
+fi
+
+cat >"$scratch/project/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(Static LANGUAGES CXX)
+find_package(Zelnor 1.0 CONFIG REQUIRED COMPONENTS Core Conf)
+add_executable(early "${SOURCE}/Tests/Package/consumer/early.cpp")
+add_executable(road "${SOURCE}/Examples/road_of_a_job.cpp")
+foreach(program IN ITEMS early road)
+  target_link_libraries(${program} PRIVATE Zelnor::Conf)
+endforeach()
+END
+cmake -G Ninja -S "$scratch/project" -B "$scratch/consumer" "-DSOURCE=$source" "-DCMAKE_PREFIX_PATH=$scratch/prefix" >/dev/null
+cmake --build "$scratch/consumer"
+[[ $("$scratch/consumer/early") == "the same before main" ]]
+"$scratch/consumer/road" | diff "$source/Examples/road_of_a_job.txt" -
+
+PKG_CONFIG_PATH=$(dirname "$(find "$scratch/prefix" -name zelnor-conf.pc)")
+export PKG_CONFIG_PATH
+read -ra flags <<<"$(pkg-config --static --cflags --libs zelnor-conf)"
+c++ -std=c++17 "$source/Tests/Package/consumer/early.cpp" "${flags[@]}" -o "$scratch/early"
+[[ $("$scratch/early") == "the same before main" ]]
