@@ -12,6 +12,9 @@
 namespace Zelnor::Media
 {
 
+/// The key under which a document names the JSON Schema that it obeys. Nothing else reads it.
+inline constexpr const char* kSchemaKey = "$schema";
+
 /// Everything that is left in the stream.
 std::string ReadAll(Core::IDataInput& input);
 

@@ -20,20 +20,25 @@ constexpr std::size_t kMostSuggestions = 3;
 /// A longer name is not a misspelt known name, and comparing it would take long.
 constexpr std::size_t kLongestName = 64;
 
-/// How many letters must be added, removed or replaced to turn `a` into `b`.
+/// How many letters must be added, removed, replaced, or swapped with their neighbour to turn `a` into `b`.
 std::size_t Distance(const std::string& a, const std::string& b)
 {
+    std::vector<std::size_t> beforeLast(b.size() + 1);
+    std::vector<std::size_t> last(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 0; i < a.size(); ++i)
     {
-        std::size_t diagonal = row[0];
+        beforeLast.swap(last);
+        last.swap(row);
         row[0] = i + 1;
         for (std::size_t j = 0; j < b.size(); ++j)
         {
-            const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({row[j] + 1, row[j + 1] + 1, replaced});
+            row[j + 1] = std::min({row[j] + 1, last[j + 1] + 1, last[j] + (a[i] == b[j] ? 0 : 1)});
+            if (i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j])
+            {
+                row[j + 1] = std::min(row[j + 1], beforeLast[j - 1] + 1);
+            }
         }
     }
     return row.back();
@@ -95,10 +100,15 @@ std::vector<std::string> NearestNames(const std::string& name, const std::vector
 
 std::string DidYouMean(const std::string& name, const std::vector<std::string>& known)
 {
+    return DidYouMean(NearestNames(name, known));
+}
+
+std::string DidYouMean(const std::vector<std::string>& names)
+{
     std::string question;
-    for (const std::string& nearest : NearestNames(name, known))
+    for (const std::string& name : names)
     {
-        question += (question.empty() ? "; did you mean '" : " or '") + nearest + "'";
+        question += (question.empty() ? "; did you mean '" : " or '") + name + "'";
     }
     return question + (question.empty() ? "" : "?");
 }

@@ -3,6 +3,7 @@
 #include "Media/Jobs/JobKeys.h"
 #include "Media/NearestNames.h"
 #include "Media/Options/ColorNames.h"
+#include "Media/Options/ValueNames.h"
 #include "Media/Text.h"
 #include "Media/ValueText.h"
 
@@ -264,7 +265,7 @@ std::string FindFault(const Property& value, const Rule& rule)
 {
     if (!rule.accepts(value))
     {
-        return std::string("expected ") + rule.expected + ", found " + ValueText(value);
+        return std::string("expected ") + rule.expected + ", found " + ValueText(value) + SuggestName(value);
     }
     return IsText(value) && HasNul(value.GetString()) ? kNulReason : "";
 }
@@ -311,14 +312,25 @@ const Rule& RuleOfChildren(const Property& group)
 
 bool IsSettingKnown(const std::string& key) { return FindRow(key) != nullptr; }
 
-std::string UnknownSettingText(const std::string& key)
+std::vector<std::string> KnownSettings()
 {
     std::vector<std::string> known;
     for (const Row& row : Rows())
     {
         known.push_back(*row.key);
     }
-    return "unknown setting '" + key + "'" + DidYouMean(key, known);
+    return known;
+}
+
+std::string ExpectedOfSetting(const std::string& key)
+{
+    const Row* const row = FindRow(key);
+    return row == nullptr ? "" : row->rule.expected;
+}
+
+std::string UnknownSettingText(const std::string& key)
+{
+    return "unknown setting '" + key + "'" + DidYouMean(key, KnownSettings());
 }
 
 bool IsSettingForCopies(const std::string& key)
@@ -343,9 +355,7 @@ std::vector<ChildFault> FindChildFaults(const Property& group)
         // FFmpeg does not tell tags apart by upper and lower case.
         const bool isNew = seen.insert(isMetadata ? LowerCase(child.GetName()) : child.GetName()).second;
         std::string fault = FaultOfName(group, child);
-        fault = !fault.empty() ? fault
-                : !isNew       ? "appears more than once"
-                               : FindFault(child, RuleOfChildren(group));
+        fault = !fault.empty() ? fault : !isNew ? kRepeatedText : FindFault(child, RuleOfChildren(group));
         if (!fault.empty())
         {
             faults.push_back({&child, std::move(fault)});

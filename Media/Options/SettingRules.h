@@ -16,6 +16,15 @@ namespace Zelnor::Media
 /// Whether the vocabulary of a codec's record has the key.
 bool IsSettingKnown(const std::string& key);
 
+/// All keys that it has.
+std::vector<std::string> KnownSettings();
+
+/// What a value of the key must be, as messages say it; empty for keys that are not known.
+std::string ExpectedOfSetting(const std::string& key);
+
+/// What is said of a key that stands in a record again.
+inline constexpr const char* kRepeatedText = "appears more than once";
+
 /// What is said of a key that it does not have: "unknown setting 'bitrat'; did you mean 'bitrate'?"
 std::string UnknownSettingText(const std::string& key);
 

@@ -1,5 +1,6 @@
 #include "Media/Planning/EncoderChoice.h"
 
+#include "Media/Options/ValueNames.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/RecordText.h"
 
@@ -32,7 +33,8 @@ std::string WhyNoEncoder(const std::string& codecId, const AVCodec* usual, bool 
 {
     return codecId.empty()                           ? "expected the name of a codec, found nothing"
            : !isNamed && IsEncodingDisabled(codecId) ? "encoding " + codecId + " is disabled"
-           : usual == nullptr ? "the installed FFmpeg does not have an encoder for " + codecId
+           : usual == nullptr ? "the installed FFmpeg does not have an encoder for " + codecId +
+                                    SuggestName(IFormatCodec::TAG_CODEC_ID, codecId)
                               : "";
 }
 

@@ -4,6 +4,8 @@
 #include "Media/Options/SettingRules.h"
 #include "Media/ValueText.h"
 
+#include <limits>
+
 namespace Zelnor::Media
 {
 
@@ -102,9 +104,14 @@ const Property* TargetReader::List(const std::string& key)
 
 bool TargetReader::IsAttachment(const Property& entry) const
 {
-    if (entry.GetType() != PROPERTY_TYPE_INT64 || m_output.inputs.empty() || entry.GetInt64() < 0)
+    constexpr long long kMost = std::numeric_limits<int>::max();
+    if (entry.GetType() != PROPERTY_TYPE_INT64 || entry.GetInt64() < 0 || entry.GetInt64() > kMost)
     {
         return false;
+    }
+    if (!m_hasSources || m_output.inputs.empty())
+    {
+        return !m_hasSources;
     }
     const auto index = static_cast<std::size_t>(entry.GetInt64());
     const std::vector<MediaStream>& streams = m_output.inputs.front()->streams;

@@ -16,8 +16,9 @@ namespace Zelnor::Media
 class TargetReader
 {
 public:
-    TargetReader(const OutputFile& output, std::vector<TargetFault>& faults)
-        : m_output(output), m_faults(faults)
+    /// \param hasSources  whether the output's inputs are known; if not, what only they can tell is not asked
+    TargetReader(const OutputFile& output, std::vector<TargetFault>& faults, bool hasSources = true)
+        : m_output(output), m_faults(faults), m_hasSources(hasSources)
     {}
 
     /// Nothing when the record does not say.
@@ -32,6 +33,7 @@ private:
 
     const OutputFile& m_output;
     std::vector<TargetFault>& m_faults;
+    bool m_hasSources;
 };
 
 } // namespace Zelnor::Media

@@ -18,6 +18,16 @@ namespace
 
 constexpr const char* kUnit = "Media/Presets/PresetFile";
 
+/// Editors read there what a document is; it is nothing of the preset.
+void RemoveSchema(Core::JsonValue& document)
+{
+    const bool isLeading = document.MemberCount() > 1 && document.MemberBegin()->name == kSchemaKey;
+    if (isLeading)
+    {
+        document.EraseMember(document.MemberBegin());
+    }
+}
+
 Core::Property ParsePreset(const std::string& text, const std::string& name)
 {
     ParsedJson json = ParseJson(text);
@@ -30,6 +40,7 @@ Core::Property ParsePreset(const std::string& text, const std::string& name)
         ZELNOR_THROW(kUnit, MakeError<PresetFileException>(
                                 Place{name}, "a preset is a record (an object with one member)"));
     }
+    RemoveSchema(json.document);
     Core::Property record;
     About<PresetFileException>(name, [&] { Core::PropertySerializer::Load(record, json.document); });
     return record;

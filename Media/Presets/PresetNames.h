@@ -4,10 +4,8 @@
 
 #include "Core/Interfaces/Property.h"
 
-#include <string>
-
 /// \file
-/// Names in presets: those that people may write for numbers, and what they may have meant by a wrong one.
+/// Names that people may write in presets for numbers.
 
 namespace Zelnor::Media
 {
@@ -18,9 +16,5 @@ void ResolveNames(Core::Property& preset);
 
 /// The same for one setting of a stream.
 Core::Property WithNumbers(Core::Property setting);
-
-/// "; did you mean 'STEREO'?" for a setting whose value is a wrong name; empty when none is near, or its
-/// values are not names.
-std::string SuggestName(const Core::Property& setting);
 
 } // namespace Zelnor::Media

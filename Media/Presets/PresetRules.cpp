@@ -1,10 +1,13 @@
 #include "Media/Presets/PresetRules.h"
 
 #include "Media/MediaException.h"
+#include "Media/NearestNames.h"
 #include "Media/Options/OptionRules.h"
 #include "Media/Options/SettingRules.h"
+#include "Media/Options/ValueNames.h"
 #include "Media/Presets/PresetNames.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/RecordText.h"
 #include "Media/ValueText.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
@@ -19,6 +22,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,8 +38,6 @@ using Conf::IFormatCodecVideo;
 using Conf::IFormatFile;
 using Conf::IPreset;
 using Core::Property;
-
-constexpr const char* kUnit = "Media/Presets/PresetRules";
 
 template <class Record>
 bool HasRecord(const Property& value)
@@ -127,14 +129,12 @@ const Rule* StreamRules(std::size_t& count)
     return s_rules;
 }
 
-[[noreturn]] void Refuse(const Place& place, const std::string& reason)
+ExpectedValues TextsOf(const Rule* rules, std::size_t count)
 {
-    ZELNOR_THROW(kUnit, MakeError<PresetFileException>(place, reason));
-}
-
-[[noreturn]] void Refuse(const Place& place, const std::string& expected, const std::string& found)
-{
-    Refuse(place, "expected " + expected + ", found " + found);
+    ExpectedValues texts;
+    std::transform(rules, rules + count, std::back_inserter(texts),
+                   [](const Rule& rule) { return std::pair(*rule.key, std::string(rule.expected)); });
+    return texts;
 }
 
 /// Why the value is not as one of the rules says; empty when it is, or no rule is about its key.
@@ -151,43 +151,6 @@ std::string FindFault(const Rule* rules, std::size_t count, const Property& valu
     return "";
 }
 
-void Apply(const Rule* rules, std::size_t count, const Property& group, const Place& place)
-{
-    for (const Rule* rule = rules; rule != rules + count; ++rule)
-    {
-        const auto value = group.FindChild(*rule->key);
-        const std::string fault = value == group.end() ? "" : FindFault(rule, 1, *value);
-        if (!fault.empty())
-        {
-            Refuse(place.Under(*rule->key), fault);
-        }
-    }
-}
-
-const Property& Required(const Property& group, const std::string& key, const std::string& expected,
-                         const Place& place)
-{
-    const auto child = group.FindChild(key);
-    if (child == group.end())
-    {
-        Refuse(place.Under(key), expected, "nothing");
-    }
-    return *child;
-}
-
-MediaType MediaTypeOf(const Property& stream, const Place& place)
-{
-    try
-    {
-        return IPreset::MediaTypeFromPresetStreamType(stream.GetName());
-    }
-    catch (const std::logic_error&)
-    {
-        Refuse(place, "a stream type (audio, video, subtitles_video, subtitles_text)",
-               "'" + stream.GetName() + "'");
-    }
-}
-
 const char* CodecKind(MediaType mediaType)
 {
     switch (mediaType)
@@ -202,109 +165,243 @@ const char* CodecKind(MediaType mediaType)
     return "a codec";
 }
 
-void CheckChildren(const Property& group, const Place& place)
-{
-    for (const ChildFault& fault : FindChildFaults(group))
-    {
-        Refuse(place.Under(fault.child->GetName()), fault.reason);
-    }
-}
-
-/// Keys of a preset that are not of the file to make, and those of the file.
-bool IsFileKeyKnown(const std::string& key)
-{
-    const std::string* const keys[] = {
-        &IPreset::USER_PREFIX,       &IPreset::KEY_USER_PRESET, &IPreset::KEY_DEFAULT_PRESET,
-        &IPreset::IS_TEMPORARY,      &IPreset::KEY_NAME,        &IPreset::KEY_ID,
-        &IPreset::KEY_BASE_ID,       &IPreset::KEY_TYPE_ID,     &IPreset::KEY_FORMAT,
-        &IPreset::KEY_STREAMS,       &IPreset::KEY_FILTERS,     &IFormatFile::TAG_CONTAINER,
-        &Conf::IFormat::TAG_METADATA};
-    return std::any_of(std::begin(keys), std::end(keys),
-                       [&key](const std::string* known) { return *known == key; });
-}
-
-/// What a job asks of the same settings, so that none is lost on the way to it.
-void CheckSettings(const Property& stream, const Place& place)
-{
-    for (const Property& setting : stream)
-    {
-        const Place settingPlace = place.Under(setting.GetName());
-        if (!IsSettingKnown(setting.GetName()))
-        {
-            Refuse(place, UnknownSettingText(setting.GetName()));
-        }
-        const std::string fault = FindSettingFault(setting);
-        if (!fault.empty())
-        {
-            Refuse(settingPlace, fault);
-        }
-        if (setting.GetType() == PROPERTY_TYPE_GROUP)
-        {
-            CheckChildren(setting, settingPlace);
-        }
-    }
-}
-
 /// The encoder that a job of the preset will use; null when it is not there, which the job says.
 const AVCodec* EncoderOf(const Property& stream)
 {
-    const auto wanted = stream.FindChild(IFormatCodec::TAG_PREFERREDIMPL);
-    return wanted == stream.end() || wanted->GetString() == IFormatCodec::ENCODER_FFMPEG_IMPL
-               ? FindEncoder(stream[IFormatCodec::TAG_CODEC_ID].GetString())
-               : avcodec_find_encoder_by_name(wanted->GetString().c_str());
+    const std::string wanted = TextUnder(stream, IFormatCodec::TAG_PREFERREDIMPL);
+    return !stream.ChildExists(IFormatCodec::TAG_PREFERREDIMPL) || wanted == IFormatCodec::ENCODER_FFMPEG_IMPL
+               ? FindEncoder(TextUnder(stream, IFormatCodec::TAG_CODEC_ID))
+               : avcodec_find_encoder_by_name(wanted.c_str());
 }
 
-/// Which decoder there will be is known with the source.
-void CheckOptions(const Property& stream, const Place& place)
+/// Finds everything that keeps a preset from being one.
+class PresetChecker
 {
-    const auto encode = stream.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ENCODE);
-    const AVCodec* const encoder = encode == stream.end() ? nullptr : EncoderOf(stream);
-    if (encoder != nullptr)
+public:
+    PresetChecker(std::vector<PresetFault>& faults, std::size_t most) : m_faults(faults), m_most(most) {}
+
+    void CheckPreset(const Property& preset, const Place& place)
     {
-        for (const Property& option : *encode)
+        if (preset.GetType() != PROPERTY_TYPE_GROUP)
         {
-            const CheckedOption checked = CheckEncoderOption(*encoder, option.GetName(), option);
-            if (!checked.fault.empty())
+            Add(place, "expected a group, found " + ValueText(preset), preset);
+            return;
+        }
+        std::size_t count = 0;
+        const Rule* const rules = FileRules(count);
+        Required(preset, IFormatFile::TAG_CONTAINER, "the name of a container, as \"mp4\"", place);
+        Apply(rules, count, preset, place);
+        CheckFileKeys(preset, place);
+        const auto metadata = preset.FindChild(Conf::IFormat::TAG_METADATA);
+        if (metadata != preset.end() && metadata->GetType() == PROPERTY_TYPE_GROUP)
+        {
+            CheckChildren(*metadata, place.Under(metadata->GetName()));
+        }
+        CheckStreams(preset, place);
+    }
+
+private:
+    void Add(const Place& place, const std::string& reason, const Property& value,
+             JobFault::Kind kind = JobFault::Setting)
+    {
+        // What a preset and a job both ask of a value is said once.
+        const auto isSaid = [&](const PresetFault& fault) {
+            return fault.value == &value && fault.place.key == place.key;
+        };
+        if (!IsFull() && std::none_of(m_faults.begin(), m_faults.end(), isSaid))
+        {
+            m_faults.push_back({place, reason, &value, "", kind});
+        }
+    }
+
+    bool IsFull() const { return m_faults.size() >= m_most; }
+
+    void AddMissing(const Place& place, const Property& group, const std::string& key,
+                    const std::string& expected)
+    {
+        m_faults.push_back(
+            {place.Under(key), "expected " + expected + ", found nothing", &group, key, JobFault::Setting});
+    }
+
+    void Apply(const Rule* rules, std::size_t count, const Property& group, const Place& place)
+    {
+        for (const Rule* rule = rules; rule != rules + count; ++rule)
+        {
+            const auto value = group.FindChild(*rule->key);
+            const std::string fault = value == group.end() ? "" : FindFault(rule, 1, *value);
+            if (!fault.empty())
             {
-                Refuse(place.Under(encode->GetName()).Under(option.GetName()), checked.fault);
+                Add(place.Under(*rule->key), fault, *value);
             }
         }
     }
-    const auto analyze = stream.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE);
-    if (analyze == stream.end())
+
+    /// Null when it is missing.
+    const Property* Required(const Property& group, const std::string& key, const std::string& expected,
+                             const Place& place)
     {
-        return;
-    }
-    for (const Property& option : *analyze)
-    {
-        const CheckedOption checked = CheckDecoderOption(nullptr, option.GetName(), option);
-        if (!checked.fault.empty())
+        const auto child = group.FindChild(key);
+        if (child == group.end())
         {
-            Refuse(place.Under(analyze->GetName()).Under(option.GetName()), checked.fault);
+            AddMissing(place, group, key, expected);
+            return nullptr;
+        }
+        return &*child;
+    }
+
+    void CheckFileKeys(const Property& preset, const Place& place)
+    {
+        const std::vector<std::string> known = KnownPresetKeys();
+        for (const Property& value : preset)
+        {
+            if (!IsFull() && std::find(known.begin(), known.end(), value.GetName()) == known.end())
+            {
+                Add(place, "unknown key '" + value.GetName() + "'" + DidYouMean(value.GetName(), known),
+                    value);
+            }
         }
     }
-}
 
-void CheckStream(const Property& stream, const Place& streamsPlace)
-{
-    const MediaType mediaType = MediaTypeOf(stream, streamsPlace);
-    const Place place = streamsPlace.Under(stream.GetName());
-    if (stream.GetType() != PROPERTY_TYPE_GROUP)
+    void CheckStreams(const Property& preset, const Place& place)
     {
-        Refuse(place, "a group of settings", ValueText(stream));
+        const std::string expected = "a group of at least one stream";
+        const Property* const streams = Required(preset, IPreset::KEY_STREAMS, expected, place);
+        if (streams == nullptr)
+        {
+            return;
+        }
+        const Place streamsPlace = place.Under(IPreset::KEY_STREAMS);
+        if (streams->Count() == 0)
+        {
+            Add(streamsPlace,
+                "expected " + expected + ", found " +
+                    (streams->GetType() == PROPERTY_TYPE_GROUP ? "an empty one" : ValueText(*streams)),
+                *streams);
+            return;
+        }
+        for (auto stream = streams->begin(); stream != streams->end() && !IsFull(); ++stream)
+        {
+            CheckStream(*stream, streamsPlace);
+        }
     }
-    const Property& codec = Required(stream, IFormatCodec::TAG_CODEC_ID, CodecKind(mediaType), place);
-    if (codec.GetType() != PROPERTY_TYPE_STRING || Conf::GetCodecMediaType(codec.GetString()) != mediaType)
+
+    void CheckStream(const Property& stream, const Place& streamsPlace)
     {
-        Refuse(place.Under(IFormatCodec::TAG_CODEC_ID), CodecKind(mediaType),
-               ValueText(codec) + SuggestName(codec));
+        const std::optional<MediaType> mediaType = MediaTypeOf(stream, streamsPlace);
+        const Place place = streamsPlace.Under(stream.GetName());
+        if (!mediaType)
+        {
+            return;
+        }
+        if (stream.GetType() != PROPERTY_TYPE_GROUP)
+        {
+            Add(place, "expected a group of settings, found " + ValueText(stream), stream);
+            return;
+        }
+        const Property* const codec =
+            Required(stream, IFormatCodec::TAG_CODEC_ID, CodecKind(*mediaType), place);
+        if (codec != nullptr && (codec->GetType() != PROPERTY_TYPE_STRING ||
+                                 Conf::GetCodecMediaType(codec->GetString()) != *mediaType))
+        {
+            Add(place.Under(IFormatCodec::TAG_CODEC_ID),
+                std::string("expected ") + CodecKind(*mediaType) + ", found " + ValueText(*codec) +
+                    SuggestName(*codec),
+                *codec);
+        }
+        std::size_t count = 0;
+        const Rule* const rules = StreamRules(count);
+        Apply(rules, count, stream, place);
+        CheckSettings(stream, place);
+        CheckOptions(stream, place);
     }
-    std::size_t count = 0;
-    const Rule* const rules = StreamRules(count);
-    Apply(rules, count, stream, place);
-    CheckSettings(stream, place);
-    CheckOptions(stream, place);
-}
+
+    std::optional<MediaType> MediaTypeOf(const Property& stream, const Place& place)
+    {
+        try
+        {
+            return IPreset::MediaTypeFromPresetStreamType(stream.GetName());
+        }
+        catch (const std::logic_error&)
+        {
+            Add(place,
+                "expected a stream type (audio, video, subtitles_video, subtitles_text), found '" +
+                    stream.GetName() + "'",
+                stream);
+            return std::nullopt;
+        }
+    }
+
+    void CheckChildren(const Property& group, const Place& place)
+    {
+        for (const ChildFault& fault : FindChildFaults(group))
+        {
+            Add(place.Under(fault.child->GetName()), fault.reason, *fault.child);
+        }
+    }
+
+    /// What a job asks of the same settings, so that none is lost on the way to it.
+    void CheckSettings(const Property& stream, const Place& place)
+    {
+        for (const Property& setting : stream)
+        {
+            if (IsFull())
+            {
+                return;
+            }
+            const Place settingPlace = place.Under(setting.GetName());
+            if (!IsSettingKnown(setting.GetName()))
+            {
+                Add(place, UnknownSettingText(setting.GetName()), setting);
+            }
+            const std::string fault = FindSettingFault(setting);
+            if (!fault.empty())
+            {
+                Add(settingPlace, fault, setting);
+            }
+            if (setting.GetType() == PROPERTY_TYPE_GROUP)
+            {
+                CheckChildren(setting, settingPlace);
+            }
+        }
+    }
+
+    /// Which decoder there will be is known with the source.
+    void CheckOptions(const Property& stream, const Place& place)
+    {
+        const auto encode = stream.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ENCODE);
+        const AVCodec* const encoder = encode == stream.end() ? nullptr : EncoderOf(stream);
+        if (encoder != nullptr && encode->GetType() == PROPERTY_TYPE_GROUP)
+        {
+            for (const Property& option : *encode)
+            {
+                AddOptionFault(CheckEncoderOption(*encoder, option.GetName(), option), *encode, option,
+                               place);
+            }
+        }
+        const auto analyze = stream.FindChild(IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE);
+        if (analyze != stream.end() && analyze->GetType() == PROPERTY_TYPE_GROUP)
+        {
+            for (const Property& option : *analyze)
+            {
+                AddOptionFault(CheckDecoderOption(nullptr, option.GetName(), option), *analyze, option,
+                               place);
+            }
+        }
+    }
+
+    void AddOptionFault(const CheckedOption& checked, const Property& group, const Property& option,
+                        const Place& place)
+    {
+        if (!checked.fault.empty())
+        {
+            Add(place.Under(group.GetName()).Under(option.GetName()), checked.fault, option,
+                JobFault::Encoder);
+        }
+    }
+
+    std::vector<PresetFault>& m_faults;
+    std::size_t m_most;
+};
 
 /// The first fault of what a group holds.
 std::string FindInnerFault(const Property& setting)
@@ -337,39 +434,43 @@ std::string FindFileSettingFault(const Property& setting)
     return fault.empty() ? FindInnerFault(setting) : fault;
 }
 
-void CheckPreset(const Property& preset, const std::string& file)
+ExpectedValues ExpectedInPreset()
 {
-    const Place place = Place{file}.At(preset.GetName());
-    if (preset.GetType() != PROPERTY_TYPE_GROUP)
-    {
-        Refuse(place, "a group", ValueText(preset));
-    }
     std::size_t count = 0;
     const Rule* const rules = FileRules(count);
-    Required(preset, IFormatFile::TAG_CONTAINER, "the name of a container, as \"mp4\"", place);
-    Apply(rules, count, preset, place);
-    for (const Property& value : preset)
+    return TextsOf(rules, count);
+}
+
+ExpectedValues ExpectedInStream()
+{
+    std::size_t count = 0;
+    const Rule* const rules = StreamRules(count);
+    return TextsOf(rules, count);
+}
+
+std::vector<std::string> KnownPresetKeys()
+{
+    return {IPreset::USER_PREFIX,       IPreset::KEY_USER_PRESET, IPreset::KEY_DEFAULT_PRESET,
+            IPreset::IS_TEMPORARY,      IPreset::KEY_NAME,        IPreset::KEY_ID,
+            IPreset::KEY_BASE_ID,       IPreset::KEY_TYPE_ID,     IPreset::KEY_FORMAT,
+            IPreset::KEY_STREAMS,       IPreset::KEY_FILTERS,     IFormatFile::TAG_CONTAINER,
+            Conf::IFormat::TAG_METADATA};
+}
+
+std::vector<PresetFault> FindPresetFaults(const Property& preset, const std::string& file, std::size_t most)
+{
+    std::vector<PresetFault> faults;
+    PresetChecker(faults, most).CheckPreset(preset, Place{file}.At(preset.GetName()));
+    return faults;
+}
+
+void CheckPreset(const Property& preset, const std::string& file)
+{
+    const std::vector<PresetFault> faults = FindPresetFaults(preset, file, 1);
+    if (!faults.empty())
     {
-        if (!IsFileKeyKnown(value.GetName()))
-        {
-            Refuse(place, "unknown key '" + value.GetName() + "'");
-        }
-    }
-    const auto metadata = preset.FindChild(Conf::IFormat::TAG_METADATA);
-    if (metadata != preset.end())
-    {
-        CheckChildren(*metadata, place.Under(metadata->GetName()));
-    }
-    const std::string expected = "a group of at least one stream";
-    const Property& streams = Required(preset, IPreset::KEY_STREAMS, expected, place);
-    if (streams.Count() == 0)
-    {
-        Refuse(place.Under(IPreset::KEY_STREAMS), expected,
-               streams.GetType() == PROPERTY_TYPE_GROUP ? "an empty one" : ValueText(streams));
-    }
-    for (const Property& stream : streams)
-    {
-        CheckStream(stream, place.Under(IPreset::KEY_STREAMS));
+        ZELNOR_THROW("Media/Presets/PresetRules",
+                     MakeError<PresetFileException>(faults.front().place, faults.front().reason));
     }
 }
 

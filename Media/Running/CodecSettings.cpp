@@ -95,7 +95,7 @@ Property CheckSettings(const Property& codec, bool isCopied, const Place& place,
         }
         else if (!seen.insert(setting.GetName()).second)
         {
-            faults.Add(JobFault::Setting, keyPlace, "appears more than once");
+            faults.Add(JobFault::Setting, keyPlace, kRepeatedText);
         }
         else if (Obeys(setting, keyPlace, faults))
         {

@@ -2,12 +2,19 @@
 
 #include "Media/FileKind.h"
 #include "Media/Jobs/FaultList.h"
+#include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/OutputTrial.h"
 #include "Media/Planning/StreamLimit.h"
+#include "Media/Planning/TargetKeys.h"
+#include "Media/Probe/StreamKinds.h"
+#include "Media/RecordText.h"
 #include "Media/Running/Files.h"
 #include "Media/Running/FilterCheck.h"
 #include "Media/Running/TargetFile.h"
+#include "Media/Running/TranscodeCommand.h"
 #include "Media/Running/TranscodeContents.h"
+
+#include "Conf/Interfaces/IFormatCodec.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -28,6 +35,8 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+constexpr const char* kNoNameText = "expected the name of a file, found ''";
 
 /// Finds what keeps the targets of a job from being written.
 class TargetChecker
@@ -57,7 +66,7 @@ public:
         }
         if (name.empty())
         {
-            Add("expected the name of a file, found ''");
+            Add(kNoNameText);
             return;
         }
         CheckDistinct(transcode);
@@ -149,6 +158,16 @@ private:
 };
 
 /// Many containers hold one stream of sound, whose muxers refuse others only when they run.
+void CheckAudioCount(const Transcode& transcode, const std::vector<std::string>& videos,
+                     const std::vector<std::string>& audio, FaultList& faults)
+{
+    if (audio.size() > 1 && CountHeldAudio(transcode.container, videos, audio) < audio.size())
+    {
+        faults.Add(JobFault::Container, transcode.place,
+                   "the " + TooManyAudioText(transcode.container, audio.size()));
+    }
+}
+
 void CheckAudioCount(const Transcode& transcode, FaultList& faults)
 {
     const OutputFile output = OutputOf(transcode);
@@ -162,10 +181,41 @@ void CheckAudioCount(const Transcode& transcode, FaultList& faults)
             (kind == StreamKind::Video ? videos : audio).push_back(CodecIdOf(output, stream));
         }
     }
-    if (audio.size() > 1 && CountHeldAudio(transcode.container, videos, audio) < audio.size())
+    CheckAudioCount(transcode, videos, audio, faults);
+}
+
+/// The same from the records alone, which do not tell the codec of a stream that is copied.
+void CheckAudioCountOfRecords(const Transcode& transcode, FaultList& faults)
+{
+    std::vector<std::string> videos;
+    std::vector<std::string> audio;
+    for (const TranscodeStream& stream : transcode.streams)
     {
-        faults.Add(JobFault::Container, transcode.place,
-                   "the " + TooManyAudioText(transcode.container, audio.size()));
+        if (IsCopied(stream.codec))
+        {
+            return;
+        }
+        const StreamKind kind = KindOfRecord(stream.codec.GetName());
+        if (kind == StreamKind::Video || kind == StreamKind::Audio)
+        {
+            (kind == StreamKind::Video ? videos : audio)
+                .push_back(TextUnder(stream.codec, Conf::IFormatCodec::TAG_CODEC_ID));
+        }
+    }
+    CheckAudioCount(transcode, videos, audio, faults);
+}
+
+/// What the target's record says beside its streams.
+void CheckTargetKeys(const Transcode& transcode, FaultList& faults)
+{
+    const OutputFile output = OutputOf(transcode);
+    std::vector<TargetFault> found;
+    TargetReader reader(output, found, false);
+    reader.Chapters();
+    reader.Attachments();
+    for (const TargetFault& fault : found)
+    {
+        faults.Add(JobFault::Setting, transcode.place.At(fault.key), fault.reason);
     }
 }
 
@@ -224,6 +274,24 @@ std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job
         prepared.push_back({std::move(transcode), std::move(passes), std::move(losses)});
     }
     return prepared;
+}
+
+void CheckJobDocument(const Conf::ITranscodingMetaGraph& job, const std::string& document, FaultList& faults)
+{
+    for (const Transcode& transcode : ReadTranscodes(job, document, faults, SourceFiles::Ignored))
+    {
+        MakeTranscodeCommand(transcode, faults);
+        CheckTargetKeys(transcode, faults);
+        const Place place = transcode.place.At(Conf::ITranscodingMetaGraph::KEY_FILEPATH);
+        if (transcode.output.empty() && !faults.IsAt(place) && !faults.IsAt(transcode.place))
+        {
+            faults.Add(JobFault::Output, place, kNoNameText);
+        }
+        if (faults.Count() == 0)
+        {
+            CheckAudioCountOfRecords(transcode, faults);
+        }
+    }
 }
 
 std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,

@@ -37,6 +37,10 @@ struct PreparationOptions
 /// is no fault.
 std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,
                                           const PreparationOptions& options, FaultList& faults);
+/// What of that its document tells alone, whatever files there are. Of the machine, it asks which encoders,
+/// muxers and options the installed FFmpeg has. Not asked: whether sources are there and can be read, whether
+/// they have these streams and what the streams are, and whether the targets can be written.
+void CheckJobDocument(const Conf::ITranscodingMetaGraph& job, const std::string& document, FaultList& faults);
 /// \throw JobException for the first fault
 ZELNOR_API std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,
                                                      const PreparationOptions& options = {});

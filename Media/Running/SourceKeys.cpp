@@ -6,6 +6,7 @@
 #include "Media/ValueText.h"
 
 #include <algorithm>
+#include <limits>
 #include <string>
 
 namespace Zelnor::Media
@@ -15,20 +16,23 @@ namespace
 {
 
 /// Empty when the entry is a stream that can be left out, and not one of `known`.
-std::string FindFault(const Core::Property& entry, const MediaFile& file,
+/// \param file  null when it does not matter
+std::string FindFault(const Core::Property& entry, const MediaFile* file,
                       const std::vector<unsigned int>& known)
 {
-    if (entry.GetType() != PROPERTY_TYPE_INT64)
+    constexpr long long kMost = std::numeric_limits<int>::max();
+    const bool isNumber = entry.GetType() == PROPERTY_TYPE_INT64;
+    const long long index = isNumber ? entry.GetInt64() : -1;
+    if (!isNumber || (file == nullptr && (index < 0 || index > kMost)))
     {
         return "expected the index of a stream, found " + ValueText(entry);
     }
-    const long long index = entry.GetInt64();
-    if (index < 0 || static_cast<unsigned long long>(index) >= file.streams.size())
+    if (file != nullptr && (index < 0 || static_cast<unsigned long long>(index) >= file->streams.size()))
     {
-        return "'" + file.name + "' does not have a stream " + std::to_string(index);
+        return "'" + file->name + "' does not have a stream " + std::to_string(index);
     }
     const auto number = static_cast<unsigned int>(index);
-    if (!CanBeLeftOut(file.streams[number]))
+    if (file != nullptr && !CanBeLeftOut(file->streams[number]))
     {
         return "stream " + std::to_string(number) + " is a cover or an attachment, which '" +
                JobKeys::kAttachments + "' of a target leaves out";
@@ -38,10 +42,8 @@ std::string FindFault(const Core::Property& entry, const MediaFile& file,
                : "stream " + std::to_string(number) + " is listed twice";
 }
 
-} // namespace
-
-std::vector<unsigned int> ReadLeftOut(const Core::Property& source, const MediaFile& file, const Place& place,
-                                      FaultList& faults)
+std::vector<unsigned int> ReadList(const Core::Property& source, const MediaFile* file, const Place& place,
+                                   FaultList& faults)
 {
     std::vector<unsigned int> leftOut;
     const auto list = source.FindChild(JobKeys::kLeftOut);
@@ -66,6 +68,19 @@ std::vector<unsigned int> ReadLeftOut(const Core::Property& source, const MediaF
         leftOut.push_back(static_cast<unsigned int>(entry.GetInt64()));
     }
     return leftOut;
+}
+
+} // namespace
+
+std::vector<unsigned int> ReadLeftOut(const Core::Property& source, const MediaFile& file, const Place& place,
+                                      FaultList& faults)
+{
+    return ReadList(source, &file, place, faults);
+}
+
+std::vector<unsigned int> ReadLeftOut(const Core::Property& source, const Place& place, FaultList& faults)
+{
+    return ReadList(source, nullptr, place, faults);
 }
 
 } // namespace Zelnor::Media

@@ -19,5 +19,7 @@ class FaultList;
 /// \param place  the source's node
 std::vector<unsigned int> ReadLeftOut(const Core::Property& source, const MediaFile& file, const Place& place,
                                       FaultList& faults);
+/// The same without the source's file: what cannot be a stream of any is a fault.
+std::vector<unsigned int> ReadLeftOut(const Core::Property& source, const Place& place, FaultList& faults);
 
 } // namespace Zelnor::Media

@@ -15,6 +15,7 @@
 #include "Conf/Interfaces/IPreset.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <unordered_map>
@@ -42,8 +43,9 @@ std::string KindNameOf(const Property& codec)
 class Reader
 {
 public:
-    Reader(const ITranscodingMetaGraph& job, const std::string& document, FaultList& faults)
-        : m_graph(job), m_document(document), m_faults(faults)
+    Reader(const ITranscodingMetaGraph& job, const std::string& document, SourceFiles files,
+           FaultList& faults)
+        : m_graph(job), m_document(document), m_files(files), m_faults(faults)
     {}
 
     Transcode Read(NodeId target)
@@ -182,6 +184,13 @@ private:
             stream.place.stream = static_cast<unsigned int>(id->GetInt64());
         }
         const std::size_t input = InputOf(source, transcode);
+        if (m_files == SourceFiles::Ignored)
+        {
+            CheckIndexes(place, source, id, merged);
+            std::transform(
+                merged.begin(), merged.end(), std::back_inserter(stream.merged),
+                [](const Property* index) { return static_cast<unsigned int>(index->GetInt64()); });
+        }
         if (id == nullptr || input == TranscodeStream::kNoInput)
         {
             return;
@@ -202,6 +211,27 @@ private:
                 stream.merged.push_back(static_cast<unsigned int>(index->GetInt64()));
                 CheckTaken(place.At(ITranscodingMetaGraph::MERGE_WITH), source, stream.merged.back());
             }
+        }
+    }
+
+    /// What the document says of the streams, without their file.
+    void CheckIndexes(const Place& place, NodeId source, const Property* id,
+                      std::vector<const Property*> indexes)
+    {
+        if (id != nullptr)
+        {
+            indexes.insert(indexes.begin(), id);
+        }
+        for (const Property* const index : indexes)
+        {
+            const Place indexPlace = place.At(index->GetName());
+            if (index->GetInt64() < 0 || index->GetInt64() > std::numeric_limits<int>::max())
+            {
+                m_faults.Add(JobFault::Input, indexPlace,
+                             "expected the index of a stream, found " + ValueText(*index));
+                continue;
+            }
+            CheckTaken(indexPlace, source, static_cast<unsigned int>(index->GetInt64()));
         }
     }
 
@@ -268,11 +298,15 @@ private:
 
     std::size_t InputOf(NodeId source, Transcode& transcode)
     {
-        const auto [entry, isNew] = m_files.try_emplace(source);
+        const auto [entry, isNew] = m_opened.try_emplace(source);
         if (isNew)
         {
             entry->second = Open(source);
-            if (entry->second)
+            if (m_files == SourceFiles::Ignored)
+            {
+                m_leftOut[source] = ReadLeftOut(m_graph[source], NodePlace(source), m_faults);
+            }
+            else if (entry->second)
             {
                 m_leftOut[source] = ReadLeftOut(m_graph[source], *entry->second, NodePlace(source), m_faults);
             }
@@ -314,7 +348,7 @@ private:
             isReadable = false;
         }
         isReadable = IsReadable(place, record) && isReadable;
-        return isReadable ? Probe(place, *path) : std::nullopt;
+        return isReadable && m_files == SourceFiles::Opened ? Probe(place, *path) : std::nullopt;
     }
 
     bool IsReadable(const Place& place, const Property& record)
@@ -349,9 +383,10 @@ private:
 
     const ITranscodingMetaGraph& m_graph;
     const std::string& m_document;
+    SourceFiles m_files;
     FaultList& m_faults;
     /// What was found in each source; nothing for those that cannot be read.
-    std::unordered_map<NodeId, std::optional<MediaFile>> m_files;
+    std::unordered_map<NodeId, std::optional<MediaFile>> m_opened;
     /// The streams of each source that somebody chose to leave out.
     std::unordered_map<NodeId, std::vector<unsigned int>> m_leftOut;
     /// The nodes of the transcode's inputs.
@@ -378,7 +413,7 @@ std::optional<std::int64_t> Transcode::Duration() const
 }
 
 std::vector<Transcode> ReadTranscodes(const ITranscodingMetaGraph& job, const std::string& document,
-                                      FaultList& faults)
+                                      FaultList& faults, SourceFiles files)
 {
     for (const JobFault& fault : FindTopologyFaults(job, document))
     {
@@ -386,7 +421,7 @@ std::vector<Transcode> ReadTranscodes(const ITranscodingMetaGraph& job, const st
     }
     std::vector<NodeId> targets;
     job.Outputs(targets);
-    Reader reader(job, document, faults);
+    Reader reader(job, document, files, faults);
     std::vector<Transcode> transcodes;
     for (const NodeId target : targets)
     {

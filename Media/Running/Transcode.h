@@ -65,11 +65,18 @@ struct Transcode
     std::optional<std::int64_t> Duration() const;
 };
 
+/// Whether the files of a job's sources are looked at.
+enum class SourceFiles
+{
+    Opened,
+    Ignored, ///< only the document counts; no transcode has inputs
+};
+
 /// What there is to do for a job, a transcode for each of its targets, in the graph's order. Looks into the
 /// inputs, each once. What keeps the job from being of the form source -> raw stream -> target is a fault.
 ///
 /// \param document  what the faults call the job's document; empty when it has none
 std::vector<Transcode> ReadTranscodes(const Conf::ITranscodingMetaGraph& job, const std::string& document,
-                                      FaultList& faults);
+                                      FaultList& faults, SourceFiles files = SourceFiles::Opened);
 
 } // namespace Zelnor::Media

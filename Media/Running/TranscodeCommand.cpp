@@ -4,6 +4,7 @@
 #include "Media/Jobs/JobKeys.h"
 #include "Media/Options/OptionRules.h"
 #include "Media/Options/SettingRules.h"
+#include "Media/Options/ValueNames.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/CoverTag.h"
 #include "Media/Planning/EncoderCheck.h"
@@ -338,7 +339,8 @@ void ChooseMuxer(const Transcode& transcode, TranscodeCommand& command, FaultLis
     else if (!faults.IsAt(place))
     {
         faults.Add(JobFault::Container, place,
-                   "the installed FFmpeg cannot write the container '" + container + "'");
+                   "the installed FFmpeg cannot write the container '" + container + "'" +
+                       SuggestName(IFormatFile::TAG_CONTAINER, container));
     }
 }
 
@@ -349,6 +351,10 @@ void UniteAnalysis(const Transcode& transcode, TranscodeCommand& command, FaultL
     for (std::size_t i = 0; i < command.streams.size(); ++i)
     {
         StreamCommand& stream = command.streams[i];
+        if (transcode.streams[i].input == TranscodeStream::kNoInput)
+        {
+            continue;
+        }
         CodecOptions unique;
         for (const auto& [name, value] : stream.analysis)
         {

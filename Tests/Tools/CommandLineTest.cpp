@@ -22,6 +22,7 @@ const std::vector<std::vector<std::string>> kLevels = {
     {"job", "verify"},
     {"job", "diff"},
     {"convert"},
+    {"validate"},
     {"probe"},
     {"list"},
     {"list", "codecs"},

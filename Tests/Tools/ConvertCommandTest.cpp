@@ -185,8 +185,8 @@ TEST_F(Convert, RefusesSettingsAsPresetsAreRefused)
     EXPECT_EQ(Refusal({"--set", "video.bitrat=1"}), "zconf: video.bitrat: unknown setting 'bitrat'; did you "
                                                     "mean 'bitrate' or 'bitrate_mode' or 'peakBitrate'?\n");
     EXPECT_EQ(Refusal({"--codec", "h246"}),
-              "zconf: 'h246' is not a known codec; did you mean 'CODEC_ID_H261' or 'CODEC_ID_H263' or "
-              "'CODEC_ID_H264'?\n");
+              "zconf: 'h246' is not a known codec; did you mean 'CODEC_ID_H264' or 'CODEC_ID_H261' or "
+              "'CODEC_ID_H263'?\n");
     EXPECT_EQ(Refusal({"--max-size", "640"}),
               "zconf: '640' is not a frame size: expected WIDTHxHEIGHT, such as 1920x1080\n");
     EXPECT_EQ(Refusal({"--fps", "0"}),

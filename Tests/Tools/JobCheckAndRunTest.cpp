@@ -178,7 +178,8 @@ const Break kBreaks[] = {
     {"UnknownContainer",
      R"("container":"mp4")",
      R"("container":"a64x")",
-     {"node 2, container: the installed FFmpeg cannot write the container 'a64x'"}},
+     {"node 2, container: the installed FFmpeg cannot write the container 'a64x'; did you mean 'a64' or "
+      "'adx'?"}},
     {"CodecThatTheContainerCannotHold",
      R"("codec_id":"CODEC_ID_AAC")",
      R"("codec_id":"CODEC_ID_WAVPACK")",

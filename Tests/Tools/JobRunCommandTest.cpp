@@ -361,7 +361,8 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
          "job.json: link 3 -> 2, video stream 0, codec_id: the installed FFmpeg does not have an encoder for "
          "CODEC_ID_AUTO"},
         {R"("container":"mp4")", R"("container":"a64x")",
-         "job.json: node 2, container: the installed FFmpeg cannot write the container 'a64x'"},
+         "job.json: node 2, container: the installed FFmpeg cannot write the container 'a64x'; did you mean "
+         "'a64' or 'adx'?"},
         {R"("container":"mp4")", R"("container":"webm")",
          "job.json: link 3 -> 2, video stream 0: the container webm cannot hold h264"},
         {R"("profile":"high")", R"("profile":"highest")",

@@ -72,6 +72,8 @@ constexpr std::string_view kElsewhere[] = {
     "Core::ReadUpTo",
     "Core::Utf8CodePoint",
     "Media::FFmpegPass::Arguments",
+    "Media::DocumentFault::Name",
+    "Media::DocumentFault::Sentence",
     "Media::JobFault::Name",
     "Media::JobFault::Sentence",
     "Media::MakeFFmpegArguments",

@@ -17,6 +17,7 @@
 #include "Media/Running/SizeEstimate.h"
 
 #include "Tests/Support/Clip.h"
+#include "Tests/Support/DocumentFaults.h"
 #include "Tests/Support/Graphs.h"
 #include "Tests/Support/MediaFixtures.h"
 #include "Tests/Support/RunFixtures.h"
@@ -81,6 +82,17 @@ std::vector<std::string> Sentences(const std::vector<JobFault>& faults)
     for (const JobFault& fault : faults)
     {
         sentences.push_back(fault.Name() + " " + fault.Sentence());
+    }
+    return sentences;
+}
+
+std::vector<std::string> Sentences(const DocumentFaults& found)
+{
+    std::vector<std::string> sentences;
+    for (const DocumentFault& fault : found.faults)
+    {
+        sentences.push_back(fault.Name() + " " + fault.Sentence() + fault.pointer + fault.found +
+                            Text(fault.nearest));
     }
     return sentences;
 }
@@ -214,6 +226,16 @@ void AddJobs(Operations& rows)
             Call("Media::CheckJob", [graph] { return Sentences(CheckJob(*graph, "job.json")); })));
         rows.push_back(Call("Media::FindTopologyFaults",
                             [graph] { return Sentences(FindTopologyFaults(*graph, "job.json")); }));
+    }
+    rows.push_back(UsingFFmpeg(Call("Media::ValidateFile", [path = ioPath(files.Name("job.json"))] {
+        return Sentences(ValidateFile(path));
+    })));
+    for (const std::string& text :
+         {With(kGoodJob, "\"bitrate\": 400000", "\"bitrat\": 400000, \"dpi\": 1.5, \"layout\": \"STERO\""),
+          With(kGoodPreset, "96000", "\"fast\", \"bitrate\": 5"), std::string("[x")})
+    {
+        rows.push_back(UsingFFmpeg(
+            Call("Media::ValidateDocument", [text] { return Sentences(ValidateDocument(text, "a.json")); })));
     }
     rows.push_back(UsingFFmpeg(Call("Media::PrepareJob", [job] {
         std::string text;

@@ -153,7 +153,7 @@ TEST_F(Overrides, RefuseWhatIsNotACodec)
     EXPECT_EQ(
         ExpectThrow<PlanException>([&] { Apply({}); }).description,
         "codec_id: expected a video or an audio codec, as CODEC_ID_H264, found 'CODEC_ID_H246'; did you "
-        "mean 'CODEC_ID_H261' or 'CODEC_ID_H263' or 'CODEC_ID_H264'?");
+        "mean 'CODEC_ID_H264' or 'CODEC_ID_H261' or 'CODEC_ID_H263'?");
 }
 
 TEST_F(Overrides, ComeIntoTheJob)

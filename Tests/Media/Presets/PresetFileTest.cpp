@@ -130,7 +130,7 @@ TEST(PresetFile, RefusesKeysThatNobodyReads)
 {
     const std::string streams = R"("$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H264"}}}})";
     EXPECT_EQ(ExpectRefused(R"({"p":{"container":"mp4","contaner":"mp4",)" + streams).description,
-              "p.json: p: unknown key 'contaner'");
+              "p.json: p: unknown key 'contaner'; did you mean 'container'?");
     for (const std::string key : {"name", "id", "base_id", "$$FILTERS$$"})
     {
         const std::string value = key == "$$FILTERS$$" ? "{}" : "\"x\"";

@@ -94,7 +94,8 @@ TEST(CodecSettings, OutOfRangeAreFaults)
     ExpectFault(R"("bitrate":0)", ", bitrate: expected an integer from 1 to 2147483647, found 0");
     ExpectFault(R"("bitrate":9223372036854775807)",
                 ", bitrate: expected an integer from 1 to 2147483647, found 9223372036854775807");
-    ExpectFault(R"("bitrate_mode":"ABR")", ", bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'ABR'");
+    ExpectFault(R"("bitrate_mode":"ABR")",
+                ", bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'ABR'; did you mean 'CBR' or 'VBR'?");
     ExpectFault(R"("frameRateRatio":[0,1])",
                 ", frameRateRatio: expected a positive rational as 30000/1001, found 0/1");
     ExpectFault(R"("frameRateRatio":[-25,1])",
@@ -110,10 +111,12 @@ TEST(CodecSettings, OutOfRangeAreFaults)
     ExpectFault(R"("sample_rate":-48000)",
                 ", sample_rate: expected an integer from 1 to 2147483647, found -48000");
     ExpectFault(R"("sample_format":"S16")",
-                ", sample_format: expected a sample format as SAMPLE_FMT_S16, found 'S16'");
+                ", sample_format: expected a sample format as SAMPLE_FMT_S16, found 'S16'; did you mean "
+                "'SAMPLE_FMT_S16' or 'SAMPLE_FMT_S16P'?");
     ExpectFault(R"("sample_format":"SAMPLE_FMT_NONE")",
                 ", sample_format: expected a sample format as SAMPLE_FMT_S16, found 'SAMPLE_FMT_NONE'");
-    ExpectFault(R"("layout":"stereo")", ", layout: expected a channel layout as STEREO, found 'stereo'");
+    ExpectFault(R"("layout":"stereo")", ", layout: expected a channel layout as STEREO, found 'stereo'; did "
+                                        "you mean 'STEREO' or 'STEREO_DOWNMIX'?");
     ExpectFault(R"("number_of_threads":-1)",
                 ", number_of_threads: expected an integer from 0 to 2147483647, or auto, found -1");
 }

@@ -314,11 +314,13 @@ TEST(FFmpegArguments, TheContainerIsKnownAndHoldsTheStreams)
     const Core::Property codec = VideoRecord(R"("codec_id":"CODEC_ID_VP8","bitrate":1)");
     ExpectFault(MakeTranscode(OneVideo(), codec, "mp4"),
                 "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8");
-    ExpectFault(MakeTranscode(OneVideo(), codec, "a64x"),
-                "node 2, container: the installed FFmpeg cannot write the container 'a64x'");
+    ExpectFault(
+        MakeTranscode(OneVideo(), codec, "a64x"),
+        "node 2, container: the installed FFmpeg cannot write the container 'a64x'; did you mean 'a64' or "
+        "'adx'?");
     ExpectFault(MakeTranscode(OneVideo(), codec, std::string("webm\0", 5)),
                 "node 2, container: the installed FFmpeg cannot write the container '" +
-                    std::string("webm\0", 5) + "'");
+                    std::string("webm\0", 5) + "'; did you mean 'webm'?");
 }
 
 TEST(FFmpegArguments, TheRecordIsThatOfTheStreamsKind)

@@ -188,9 +188,11 @@ TEST_F(PreparedJob, WritesOnlyContainersThatAreOneFile)
         SCOPED_TRACE(container);
         const std::vector<std::string> faults = Faults(*Job({{"a.wav", "out.m3u8"}}, container));
         const std::string name = container;
+        const std::string nearest = name == "ffmetadata,hls" ? "; did you mean 'ffmetadata'?" : "";
         const std::string expected =
             FindMuxer(container) == nullptr
-                ? "node 3, container: the installed FFmpeg cannot write the container '" + name + "'"
+                ? "node 3, container: the installed FFmpeg cannot write the container '" + name + "'" +
+                      nearest
                 : "node 3, container: expected a container that is written as one file, found '" + name + "'";
         EXPECT_THAT(faults, ElementsAre(expected));
     }

@@ -17,6 +17,7 @@ void AddAllCommands(CLI::App& app)
     AddJobVerifyCommand(*job);
     AddJobDiffCommand(*job);
     AddConvertCommand(app);
+    AddValidateCommand(app);
     AddProbeCommand(app);
     AddListCommand(app);
     AddExplainCommand(app);

@@ -21,6 +21,7 @@ void AddJobVerifyCommand(CLI::App& job);
 void AddJobDiffCommand(CLI::App& job);
 
 // Commands below "zconf".
+void AddValidateCommand(CLI::App& app);
 void AddProbeCommand(CLI::App& app);
 void AddListCommand(CLI::App& app);
 void AddExplainCommand(CLI::App& app);

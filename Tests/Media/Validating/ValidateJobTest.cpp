@@ -1,0 +1,235 @@
+#include "Media/Validating/DocumentFault.h"
+
+#include "Tests/Support/DocumentFaults.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include "Core/Interfaces/Exception.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The faults of the good job after one change.
+std::vector<std::string> Changed(const std::string& from, const std::string& to)
+{
+    return FaultLines(With(kGoodJob, from, to));
+}
+
+TEST(ValidatingAJob, FindsNothingInAGoodOne)
+{
+    const DocumentFaults result = ValidateDocument(kGoodJob);
+    EXPECT_EQ(result.kind, DocumentFaults::Job);
+    EXPECT_TRUE(result.isComplete);
+    EXPECT_THAT(FaultLines(kGoodJob), IsEmpty());
+}
+
+TEST(ValidatingAJob, SuggestsTheNearestCodec)
+{
+    const DocumentFaults result =
+        ValidateDocument(With(kGoodJob, "CODEC_ID_H264", "CODEC_ID_H246"), "job.json");
+    ASSERT_EQ(result.faults.size(), 1U);
+    const DocumentFault& fault = result.faults.front();
+    EXPECT_EQ(fault.kind, DocumentFault::Encoder);
+    EXPECT_EQ(fault.place.Text(), "job.json: link 3 -> 2, video stream 0, codec_id");
+    EXPECT_EQ(fault.pointer, "/edges/1/data/data/format_codec_video/codec_id");
+    EXPECT_EQ(fault.line, 11U);
+    EXPECT_EQ(fault.column, 19U);
+    EXPECT_EQ(fault.found, "\"CODEC_ID_H246\"");
+    EXPECT_EQ(fault.length, 15U);
+    ASSERT_FALSE(fault.nearest.empty());
+    EXPECT_EQ(fault.nearest.front(), "CODEC_ID_H264");
+}
+
+TEST(ValidatingAJob, TellsAllFaultsInTheOrderOfTheText)
+{
+    std::string text = With(kGoodJob, "\"mp4\"", "\"mp5\"");
+    text = With(text, "\"bitrate\": 400000", "\"bitrat\": 400000");
+    text = With(text, "\"layout\": \"STEREO\"", "\"layout\": \"STERO\"");
+    text = With(text, "[25, 1]", "[25, 0]");
+    EXPECT_THAT(
+        FaultLines(text),
+        ElementsAre(
+            "4:57 /vertices/1/data/data/target/container container: node 2, container: the installed FFmpeg "
+            "cannot write the container 'mp5'; did you mean 'md5' or 'mp2' or 'mp3'?",
+            "11:36 /edges/1/data/data/format_codec_video/bitrat setting: link 3 -> 2, video stream 0: "
+            "unknown "
+            "setting 'bitrat'; did you mean 'bitrate' or 'bitrate_mode' or 'peakBitrate'?",
+            "11:72 /edges/1/data/data/format_codec_video/frameRateRatio form: link 3 -> 2, data: a rational "
+            "with the denominator 0",
+            "14:67 /edges/3/data/data/format_codec_audio/layout setting: link 4 -> 2, audio stream 1, "
+            "layout: "
+            "expected a channel layout as STEREO, found 'STERO'; did you mean 'STEREO'?"));
+}
+
+TEST(ValidatingAJob, FindsEveryValueThatIsNotOne)
+{
+    EXPECT_THAT(Changed(R"("bitrate": 400000)", R"("bitrate": 1.5, "profile": true, "tune": [1, 2, 3])"),
+                ElementsAre("11:47 /edges/1/data/data/format_codec_video/bitrate form: link 3 -> 2, data: "
+                            "expected an integer, a string, a rational, null or a group, found a number that "
+                            "is not a 64-bit integer",
+                            "11:63 /edges/1/data/data/format_codec_video/profile form: link 3 -> 2, data: "
+                            "expected an integer, a string, a rational, null or a group, found true",
+                            "11:78 /edges/1/data/data/format_codec_video/tune/0 form: link 3 -> 2, data: "
+                            "expected a record (an object with one member), found an integer"));
+}
+
+TEST(ValidatingAJob, FindsWhatHasNoPlaceInARecord)
+{
+    EXPECT_THAT(Changed(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": 0}, "more": {}})"),
+                ElementsAre("5:57 /vertices/2/data/data/more ignored: node 3, data: more than one member; "
+                            "only the first one is the record"));
+    EXPECT_THAT(Changed(R"("streamRaw": {"id": 0})", R"("streamRaw": {"id": 0, "id": 1})"),
+                ElementsAre("5:56 /vertices/2/data/data/streamRaw/id ignored: node 3, id: appears more than "
+                            "once; only the first one counts"));
+    EXPECT_THAT(Changed(R"("bitrate": 400000)", R"("bitrate": 400000, "bitrate": 5)"),
+                ElementsAre("11:55 /edges/1/data/data/format_codec_video/bitrate setting: link 3 -> 2, video "
+                            "stream 0, bitrate: appears more than once"));
+    EXPECT_THAT(
+        Changed(R"({"data": {"streamRaw": {"id": 0}}})", R"({"data": {"streamRaw": {"id": 0}}, "x": 1})"),
+        ElementsAre("5:23 /vertices/2/data form: node 3, data: expected a record (an object with one "
+                    "member), found an object with 2 members"));
+}
+
+TEST(ValidatingAJob, FindsKeysThatNobodyReads)
+{
+    EXPECT_THAT(Changed("\"vertices\"", "\"comment\": 1, \"vertices\""),
+                ElementsAre("2:3 /comment ignored: unknown key 'comment'"));
+    EXPECT_THAT(Changed(R"("from": 1, "to": 3)", R"("form": 7, "from": 1, "to": 3, "to": 4)"),
+                ElementsAre("9:15 /edges/0/form ignored: link 1 -> 3: unknown key 'form'; did you mean "
+                            "'from'?",
+                            "9:46 /edges/0/to ignored: link 1 -> 3, to: appears more than once; only the "
+                            "first one counts"));
+    EXPECT_THAT(FaultLines(With(kGoodJob, "{", R"({"$schema": "job.schema.json",)")), IsEmpty());
+}
+
+TEST(ValidatingAJob, FindsNumbersThatAreNone)
+{
+    // What follows from links that lead nowhere is not told.
+    EXPECT_THAT(
+        Changed(R"({"id": 3, "data")", R"({"id": "3", "data")"),
+        ElementsAre("5:12 /vertices/2/id ignored: id: expected a 64-bit integer, found a string, which "
+                    "counts as 0",
+                    "9:32 /edges/0/to structure: link 1 -> 3: There is no node 3",
+                    "10:23 /edges/1/from structure: link 3 -> 2: There is no node 3"));
+    EXPECT_THAT(
+        Changed(R"("id": 1, "from": 1, "to": 3)", R"("id": 99999999999999999999, "from": 1.0, "to": 3)"),
+        ElementsAre(
+            "9:12 /edges/0/id ignored: link 0 -> 3, id: expected a 64-bit integer, found a number, which "
+            "counts as 0",
+            "9:42 /edges/0/from ignored: from: expected a 64-bit integer, found a number, which counts as "
+            "0",
+            "9:42 /edges/0/from structure: link 0 -> 3: There is no node 0"));
+}
+
+TEST(ValidatingAJob, FindsRecordsOfLinksThatHaveNone)
+{
+    EXPECT_THAT(
+        Changed(R"("from": 1, "to": 3)", R"("from": 1, "to": 3, "data": {"data": {"a": 1}})"),
+        ElementsAre("9:43 /edges/0/data ignored: link 1 -> 3, data: a link to a raw stream does not have a "
+                    "record"));
+}
+
+TEST(ValidatingAJob, FindsLinksThatAGraphRefuses)
+{
+    EXPECT_THAT(
+        Changed(R"({"id": 3, "from": 1, "to": 4})", R"({"id": 3, "from": 1, "to": 3},{"from":1,"to":4})"),
+        ElementsAre("12:5 /edges/2 structure: link 1 -> 3: There is already a link from node 1 to "
+                    "node 3"));
+}
+
+TEST(ValidatingAJob, FindsWhatIsWrongWithNodesAndLinks)
+{
+    EXPECT_THAT(Changed(R"({"id": 1, "data")", R"({"id": 7}, {"id": 8}, {"id": 1, "data")"),
+                ElementsAre("3:12 /vertices/0/id topology: 1 node without links: 7",
+                            "3:23 /vertices/1/id topology: 1 node without links: 8"));
+    EXPECT_THAT(FaultLines(R"({"vertices":[{"id":1}],"edges":[]})"),
+                ElementsAre("1:13 /vertices topology: There is 1 node; a job has at least 2."));
+    EXPECT_THAT(
+        FaultLines(R"({"vertices":[{"id":1},{"id":2}],"edges":[{"from":1,"to":2},{"from":2,"to":1}]})"),
+        ElementsAre("1:20 /vertices/0/id topology: There is a cycle: 1 -> 2 -> 1"));
+}
+
+TEST(ValidatingAJob, FindsWhatIsMissing)
+{
+    const DocumentFaults result = ValidateDocument(With(kGoodJob, R"("container": "mp4", )", ""));
+    ASSERT_EQ(result.faults.size(), 1U);
+    EXPECT_EQ(result.faults.front().Sentence(), "node 2, container: expected a string, found nothing");
+    EXPECT_EQ(result.faults.front().pointer, "/vertices/1/data/data/target");
+    EXPECT_EQ(result.faults.front().found, "nothing");
+    EXPECT_EQ(result.faults.front().expected, "a string");
+    EXPECT_THAT(FaultLines(R"({"edges":[],"edgse":[]})"),
+                ElementsAre("1:1  form: vertices: expected an array, found nothing",
+                            "1:13 /edgse ignored: unknown key 'edgse'; did you mean 'edges'?"));
+    EXPECT_THAT(FaultLines(R"({"vertices":{},"edges":[1,{}]})"),
+                ElementsAre("1:13 /vertices form: vertices: expected an array, found an object",
+                            "1:25 /edges/0 form: expected an object, found a number",
+                            "1:27 /edges/1 ignored: from: expected a 64-bit integer, found "
+                            "nothing, which counts as 0",
+                            "1:27 /edges/1 ignored: to: expected a 64-bit integer, found "
+                            "nothing, which counts as 0"));
+}
+
+TEST(ValidatingAJob, LooksAtListsOfATargetAndASource)
+{
+    EXPECT_THAT(
+        Changed(R"("filePath": "out.mp4")", R"("filePath": "", "chapters": [{"": {"start": 5, "end": 4}}])"),
+        ElementsAre("4:76 /vertices/1/data/data/target/filePath setting: node 2, filePath: expected "
+                    "the name of a file, found ''",
+                    "4:92 /vertices/1/data/data/target/chapters setting: node 2, chapters: a chapter "
+                    "has 'start' and 'end' in microseconds, of which 'end' is not the earlier one, "
+                    "and may have 'title', a text"));
+    EXPECT_THAT(
+        Changed(R"("filePath": "in.mkv")", R"("filePath": "in.mkv", "leftOut": [{"": 1}])"),
+        ElementsAre("6:53 /vertices/3/data/data/streamRaw/id setting: node 4, id: 'leftOut' of node 1 "
+                    "says that stream 1 is left out"));
+    EXPECT_THAT(Changed(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": -1}})"),
+                ElementsAre("5:53 /vertices/2/data/data/streamRaw/id setting: node 3, id: expected the index "
+                            "of a stream, found -1"));
+}
+
+TEST(ValidatingAJob, LooksAtOptionsOfTheInstalledEncoder)
+{
+    EXPECT_THAT(
+        Changed(R"("PIXELFORMAT": 0)", R"("codec.options.encode": {"crf": 23, "crff": 1})"),
+        ElementsAre("11:126 /edges/1/data/data/format_codec_video/codec.options.encode/crff encoder: link "
+                    "3 -> 2, video stream 0, codec.options.encode.crff: encoder libx264 does not have an "
+                    "option 'crff'"));
+}
+
+TEST(ValidatingAJob, KnowsThatAContainerCannotHoldACodec)
+{
+    EXPECT_THAT(Changed("\"mp4\"", "\"webm\""),
+                testing::Contains(testing::HasSubstr("container: link 3 -> 2, video stream 0: the container "
+                                                     "webm cannot hold h264")));
+}
+
+TEST(ValidatingAJob, OpensNoFile)
+{
+    // A source that is there is not looked at either: it is not a media file.
+    TemporaryFolder folder;
+    const std::string name = (folder / "in.mkv").string();
+    WriteFile(name, "no media");
+    EXPECT_THAT(Changed("in.mkv", name), IsEmpty());
+}
+
+TEST(ValidatingAFile, NamesItInItsFaults)
+{
+    TemporaryFolder folder;
+    const std::string name = (folder / "job.json").string();
+    WriteFile(name, With(kGoodJob, "mp4\",", "\","));
+    const DocumentFaults result = ValidateFile(name);
+    ASSERT_EQ(result.faults.size(), 1U);
+    EXPECT_EQ(result.faults.front().place.file, name);
+    EXPECT_THROW(ValidateFile((folder / "none.json").string()), Core::CoreException);
+}
+
+} // namespace
