@@ -40,6 +40,10 @@ if(TARGET ZelnorMedia)
     COMPONENT ${media_runtime}
     FILES_MATCHING
     PATTERN "*.json")
+  install(
+    FILES "${PROJECT_SOURCE_DIR}/Schemas/job.schema.json" "${PROJECT_SOURCE_DIR}/Schemas/preset.schema.json"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/zelnor/schemas"
+    COMPONENT Media)
 endif()
 if(TARGET zconf)
   install(TARGETS zconf EXPORT ZelnorToolsTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT zconf)
