@@ -21,10 +21,24 @@ read_headers() {
         tr -s ' \n' '  '
 }
 
-# generation <folder of headers> <libavcodec's major> <rows of video> <of audio> <of subtitles> <of others> <codec IDs>
+# recorded <column> <folder>: a header of a generation, of which the tests hold what it says of our codecs.
+recorded() {
+    mkdir -p "$2/libavcodec"
+    awk -F '\t' -v column="$1" '
+        $1 == "libavcodec" {
+            split($column, version, ".")
+            print "#define LIBAVCODEC_VERSION_MAJOR " version[1]
+            print "#define LIBAVCODEC_VERSION_MINOR " version[2]
+            print "enum AVCodecID {\n    AV_CODEC_ID_NONE = 0,"
+        }
+        /^AV_CODEC_ID_/ && $column != "-" { print "    " $1 " = " $column "," }
+        END { print "};" }' "$source/Tests/Conf/Data/generations.tsv" | sed '1i #pragma once' >"$2/libavcodec/avcodec.h"
+}
+
+# generation <headers> <libavcodec's major> <rows of video> <of audio> <of subtitles> <of others> <codec IDs>
 generation() {
-    local work=$scratch/$1 said
-    said=$(read_headers "$source/Tests/Conf/Fixtures/$1" "$work")
+    local work=$1/tables said
+    said=$(read_headers "$1" "$work")
     if [[ $said != *"major [$2] "* ]]; then
         echo "$1: $said"
         return 1
@@ -67,20 +81,23 @@ constexpr std::size_t CountIds()
 static_assert(CountIds() == $7);
 } // namespace Zelnor::Conf
 END
-    "$compiler" -std=c++17 -fsyntax-only -I "$work" -I "$source/Tests/Conf/Fixtures/$1" -I "$source" "$work/tables.cpp"
+    "$compiler" -std=c++17 -fsyntax-only -I "$work" -I "$1" -I "$source" "$work/tables.cpp"
 }
 
 running=()
-generation ffmpeg '' 187 134 21 9 349 &
+# try <name> <column> <as a generation>...
+try() {
+    recorded "$2" "$scratch/$1"
+    generation "$scratch/$1" "${@:3}" &
+    running+=("$!")
+}
+cp -r "$source/Tests/Conf/Fixtures/ffmpeg" "$scratch/first"
+generation "$scratch/first" '' 187 134 21 9 349 &
 running+=("$!")
-generation generations/4.3 58 186 132 21 9 345 &
-running+=("$!")
-generation generations/5.1 59 186 132 21 9 345 &
-running+=("$!")
-generation generations/7.1 61 185 132 21 9 344 &
-running+=("$!")
-generation generations/9.0 63 182 132 21 9 341 &
-running+=("$!")
+try 4.3 2 58 186 132 21 9 345
+try 5.1 3 59 186 132 21 9 345
+try 7.1 4 61 185 132 21 9 344
+try 9.0 5 63 182 132 21 9 341
 for process in "${running[@]}"; do
     wait "$process"
 done
