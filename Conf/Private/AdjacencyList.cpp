@@ -27,9 +27,9 @@ AdjacencyList::Slot AdjacencyList::FindAscending(NodeId id) const
     // The slot, if no identifier was left out before. The node is never at a later one, and at an earlier one
     // by no more than all identifiers that were left out.
     const unsigned long long latest = distance(m_nodes.front().id, id);
-    if (latest < m_nodes.size() && m_nodes[latest].id == id)
+    if (latest < m_nodes.size() && m_nodes[static_cast<std::size_t>(latest)].id == id)
     {
-        return m_nodes[latest].IsRemoved() ? kNone : static_cast<Slot>(latest);
+        return m_nodes[static_cast<std::size_t>(latest)].IsRemoved() ? kNone : static_cast<Slot>(latest);
     }
     const unsigned long long leftOut = distance(m_nodes.front().id, m_nodes.back().id) - (m_nodes.size() - 1);
     const auto begin = m_nodes.begin() + static_cast<std::ptrdiff_t>(latest - std::min(latest, leftOut));

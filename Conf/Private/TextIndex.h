@@ -103,7 +103,8 @@ public:
 private:
     constexpr std::size_t Find(std::string_view text, std::size_t& slot) const
     {
-        for (slot = HashText(text) * kSlots >> 32; m_rows[slot] != 0; slot = (slot + 1) % kSlots)
+        for (slot = static_cast<std::size_t>(HashText(text) * kSlots >> 32); m_rows[slot] != 0;
+             slot = (slot + 1) % kSlots)
         {
             const std::size_t row = m_rows[slot] - std::size_t{1};
             const std::string_view other = Rows::GetText(row);
