@@ -322,6 +322,15 @@ TEST(GraphLoad, IgnoresOtherMembersAndMeansTheFirstOfEqualOnes)
     EXPECT_EQ(EntriesOf(*graph), Ids{4});
 }
 
+TEST(GraphLoad, MeansTheFirstOfSeveralLists)
+{
+    const GraphPtr graph = Loaded(R"({"edges":[{"from":1,"to":2}],"edges":[{"from":2,"to":1}],)"
+                                  R"("vertices":[{"id":1},{"id":2}],"vertices":[{"id":3}]})");
+    EXPECT_EQ(NodesOf(*graph), (Ids{1, 2}));
+    EXPECT_EQ(OutputsOf(*graph, 1), Ids{2});
+    EXPECT_EQ(OutputsOf(*graph, 2), Ids());
+}
+
 TEST(GraphLoad, TakesBlanksAroundTheDocument)
 {
     EXPECT_EQ(

@@ -109,6 +109,17 @@ TEST(FrameRates, OfFramesThatComeAtOddTimesAreCounted)
     EXPECT_EQ(ProbedRate(folder / "in.webm"), "30/1");
 }
 
+TEST(FrameRates, OfOneFrameASecondAreMeasured)
+{
+    const TemporaryFolder folder;
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=1:d=30", "-vf",
+              "settb=1/1000,setpts=PTS+mod(37*N*(28-N)\\,311)", "-frames:v", "29", "-vsync", "passthrough",
+              "-enc_time_base", "1/1000", "-c:v", "libvpx", "-deadline", "realtime", "-live", "1",
+              folder / "in.webm"});
+    WriteFile(folder / "in.webm", WithoutFrameDuration(ReadFile(folder / "in.webm")));
+    EXPECT_EQ(ProbedRate(folder / "in.webm"), "1/1");
+}
+
 TEST(FrameRates, OfACoverAreNotMadeUp)
 {
     const TemporaryFolder folder;
