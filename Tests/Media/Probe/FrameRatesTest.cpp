@@ -109,7 +109,7 @@ TEST(FrameRates, OfFramesThatComeAtOddTimesAreCounted)
     EXPECT_EQ(ProbedRate(folder / "in.webm"), "30/1");
 }
 
-TEST(FrameRates, OfOneFrameASecondAreMeasured)
+TEST(FrameRates, OfOneFrameASecondAreKnownWhereFramesComeAtOddTimes)
 {
     const TemporaryFolder folder;
     MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=1:d=30", "-vf",
