@@ -53,13 +53,13 @@ std::vector<Core::JsonValue*> ObjectsIn(Core::JsonValue& document, const char* k
     return objects;
 }
 
-using Link = std::pair<Conf::NodeId, Conf::NodeId>;
+using LinkIds = std::pair<Conf::NodeId, Conf::NodeId>;
 
 /// What a document lists, whether a graph can be made of it or not.
 struct Listed
 {
     std::vector<Conf::NodeId> nodes;
-    std::vector<Link> links;
+    std::vector<LinkIds> links;
 };
 
 Listed ListDocument(Core::JsonValue& document)
@@ -109,10 +109,10 @@ std::string FindBadRecord(Core::JsonValue& document, const char* array)
 std::string FindBadLink(const Listed& job)
 {
     const std::unordered_set<Conf::NodeId> nodes(job.nodes.begin(), job.nodes.end());
-    std::set<Link> links;
+    std::set<LinkIds> links;
     for (std::size_t i = 0; i < job.links.size(); ++i)
     {
-        const Link& link = job.links[i];
+        const LinkIds& link = job.links[i];
         if (nodes.count(link.first) == 0 || nodes.count(link.second) == 0 || !links.insert(link).second)
         {
             return Element("edges", i);
@@ -176,7 +176,7 @@ void AddNotes(JobFile& job, const std::string& text)
 {
     const SurplusData surplus = FindSurplusData(text);
     std::vector<Conf::NodeId> nodes;
-    std::vector<Link> links;
+    std::vector<LinkIds> links;
     if (!surplus.vertices.empty())
     {
         job.graph->Nodes(nodes);

@@ -10,10 +10,10 @@ namespace
 
 /// Follows the depth of brackets. At 1 is the document, at 2 an array of elements, at 3 an element, at 4 its
 /// "data", at 5 the only member of that, whose members are counted.
-class Scanner
+class SurplusScanner
 {
 public:
-    explicit Scanner(std::string_view document) : m_text(document) {}
+    explicit SurplusScanner(std::string_view document) : m_text(document) {}
 
     SurplusData Scan()
     {
@@ -130,6 +130,6 @@ private:
 
 } // namespace
 
-SurplusData FindSurplusData(std::string_view document) { return Scanner(document).Scan(); }
+SurplusData FindSurplusData(std::string_view document) { return SurplusScanner(document).Scan(); }
 
 } // namespace Zelnor::Media

@@ -25,14 +25,14 @@ using Conf::IFormatCodec;
 using Conf::IFormatCodecAudio;
 using Core::Property;
 
-struct Free
+struct FreeObject
 {
     void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
 };
 
-using Context = std::unique_ptr<AVCodecContext, Free>;
+using Context = std::unique_ptr<AVCodecContext, FreeObject>;
 
 /// Null when the encoder does not take it.
 Context Open(const AVCodec& encoder, const Property& codec)
@@ -100,8 +100,8 @@ std::optional<long long> MeasureBitrate(const AVCodec& encoder, const Property& 
     {
         return std::nullopt;
     }
-    const std::unique_ptr<AVFrame, Free> frame(RequireMemory(av_frame_alloc()));
-    const std::unique_ptr<AVPacket, Free> packet(RequireMemory(av_packet_alloc()));
+    const std::unique_ptr<AVFrame, FreeObject> frame(RequireMemory(av_frame_alloc()));
+    const std::unique_ptr<AVPacket, FreeObject> packet(RequireMemory(av_packet_alloc()));
     constexpr int kUsualFrame = 1024;
     frame->nb_samples = context->frame_size > 0 ? context->frame_size : kUsualFrame;
     frame->format = context->sample_fmt;

@@ -73,7 +73,7 @@ bool IsBitrateMode(const Property& value)
 }
 
 /// What the value under a key must be, if the key is there.
-struct Rule
+struct KeyRule
 {
     const std::string* key;
     PropertyTypes type;
@@ -81,9 +81,9 @@ struct Rule
     const char* expected;
 };
 
-const Rule* FileRules(std::size_t& count)
+const KeyRule* FileRules(std::size_t& count)
 {
-    static const Rule s_rules[] = {
+    static const KeyRule s_rules[] = {
         {&IPreset::KEY_TYPE_ID, PROPERTY_TYPE_STRING, IsAnything, "a string"},
         {&IPreset::KEY_NAME, PROPERTY_TYPE_STRING, IsAnything, "a string"},
         {&IPreset::KEY_ID, PROPERTY_TYPE_STRING, IsAnything, "a string"},
@@ -95,11 +95,11 @@ const Rule* FileRules(std::size_t& count)
     return s_rules;
 }
 
-const Rule* StreamRules(std::size_t& count)
+const KeyRule* StreamRules(std::size_t& count)
 {
     constexpr const char* kNumber = "a positive integer";
     constexpr const char* kShort = "an integer from 1 to 65535";
-    static const Rule s_rules[] = {
+    static const KeyRule s_rules[] = {
         {&Conf::IFormat::TAG_METADATA, PROPERTY_TYPE_GROUP, IsAnything, "a group"},
         {&IFormatCodec::TAG_CODEC_OPTIONS_ENCODE, PROPERTY_TYPE_GROUP, IsAnything, "a group"},
         {&IFormatCodec::TAG_CODEC_OPTIONS_ANALYZE, PROPERTY_TYPE_GROUP, IsAnything, "a group"},
@@ -129,18 +129,18 @@ const Rule* StreamRules(std::size_t& count)
     return s_rules;
 }
 
-ExpectedValues TextsOf(const Rule* rules, std::size_t count)
+ExpectedValues TextsOf(const KeyRule* rules, std::size_t count)
 {
     ExpectedValues texts;
     std::transform(rules, rules + count, std::back_inserter(texts),
-                   [](const Rule& rule) { return std::pair(*rule.key, std::string(rule.expected)); });
+                   [](const KeyRule& rule) { return std::pair(*rule.key, std::string(rule.expected)); });
     return texts;
 }
 
 /// Why the value is not as one of the rules says; empty when it is, or no rule is about its key.
-std::string FindFault(const Rule* rules, std::size_t count, const Property& value)
+std::string FindFault(const KeyRule* rules, std::size_t count, const Property& value)
 {
-    for (const Rule* rule = rules; rule != rules + count; ++rule)
+    for (const KeyRule* rule = rules; rule != rules + count; ++rule)
     {
         if (*rule->key == value.GetName() && (value.GetType() != rule->type || !rule->accepts(value)))
         {
@@ -188,7 +188,7 @@ public:
             return;
         }
         std::size_t count = 0;
-        const Rule* const rules = FileRules(count);
+        const KeyRule* const rules = FileRules(count);
         Required(preset, IFormatFile::TAG_CONTAINER, "the name of a container, as \"mp4\"", place);
         Apply(rules, count, preset, place);
         CheckFileKeys(preset, place);
@@ -223,9 +223,9 @@ private:
             {place.Under(key), "expected " + expected + ", found nothing", &group, key, JobFault::Setting});
     }
 
-    void Apply(const Rule* rules, std::size_t count, const Property& group, const Place& place)
+    void Apply(const KeyRule* rules, std::size_t count, const Property& group, const Place& place)
     {
-        for (const Rule* rule = rules; rule != rules + count; ++rule)
+        for (const KeyRule* rule = rules; rule != rules + count; ++rule)
         {
             const auto value = group.FindChild(*rule->key);
             const std::string fault = value == group.end() ? "" : FindFault(rule, 1, *value);
@@ -309,7 +309,7 @@ private:
                 *codec);
         }
         std::size_t count = 0;
-        const Rule* const rules = StreamRules(count);
+        const KeyRule* const rules = StreamRules(count);
         Apply(rules, count, stream, place);
         CheckSettings(stream, place);
         CheckOptions(stream, place);
@@ -420,7 +420,7 @@ std::string FindStreamSettingFault(const Property& setting)
         return UnknownSettingText(setting.GetName());
     }
     std::size_t count = 0;
-    const Rule* const rules = StreamRules(count);
+    const KeyRule* const rules = StreamRules(count);
     std::string fault = FindFault(rules, count, WithNumbers(setting));
     fault = fault.empty() ? FindSettingFault(WithNumbers(setting)) : fault;
     return fault.empty() ? FindInnerFault(setting) : fault;
@@ -429,7 +429,7 @@ std::string FindStreamSettingFault(const Property& setting)
 std::string FindFileSettingFault(const Property& setting)
 {
     std::size_t count = 0;
-    const Rule* const rules = FileRules(count);
+    const KeyRule* const rules = FileRules(count);
     const std::string fault = FindFault(rules, count, setting);
     return fault.empty() ? FindInnerFault(setting) : fault;
 }
@@ -437,14 +437,14 @@ std::string FindFileSettingFault(const Property& setting)
 ExpectedValues ExpectedInPreset()
 {
     std::size_t count = 0;
-    const Rule* const rules = FileRules(count);
+    const KeyRule* const rules = FileRules(count);
     return TextsOf(rules, count);
 }
 
 ExpectedValues ExpectedInStream()
 {
     std::size_t count = 0;
-    const Rule* const rules = StreamRules(count);
+    const KeyRule* const rules = StreamRules(count);
     return TextsOf(rules, count);
 }
 

@@ -135,7 +135,7 @@ constexpr const char* kSliceSize = "slice-max-size";
 constexpr const char* kX264Options = "x264opts";
 constexpr const char* kDpi = "dpi";
 
-struct Row
+struct OptionRow
 {
     const std::string* key;
     Handler handler;
@@ -155,9 +155,9 @@ void AllowTransparency(const Property& codec, const AVCodec& encoder, CodecOptio
 
 /// What the encoder is told. The other settings describe the stream, or filters, bitrates and passes read
 /// them.
-const Row* FindRow(const std::string& key)
+const OptionRow* FindRow(const std::string& key)
 {
-    static const Row s_rows[] = {
+    static const OptionRow s_rows[] = {
         {&IFormatCodec::TAG_PROFILE, HandleProfile},
         {&IFormatCodec::TAG_PRESET, HandlePreset},
         {&IFormatCodecVideo::TAG_X264_TUNE, HandleTune},
@@ -176,7 +176,7 @@ const Row* FindRow(const std::string& key)
         {&IFormatCodecVideo::TAG_DPI, AddNamed<kDpi>},
     };
     const auto* const found = std::find_if(std::begin(s_rows), std::end(s_rows),
-                                           [&key](const Row& row) { return *row.key == key; });
+                                           [&key](const OptionRow& row) { return *row.key == key; });
     return found == std::end(s_rows) ? nullptr : found;
 }
 
@@ -269,7 +269,7 @@ CodecOptions EncodingOptions(const Property& codec, const AVCodec& encoder, cons
     const Context context = {encoder, place, options, faults};
     for (const Property& setting : codec)
     {
-        if (const Row* const row = FindRow(setting.GetName()))
+        if (const OptionRow* const row = FindRow(setting.GetName()))
         {
             row->handler(context, setting);
         }

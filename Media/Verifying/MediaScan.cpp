@@ -24,7 +24,7 @@ struct FreePacket
 {
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
 };
-struct FreeFrame
+struct FreeAVFrame
 {
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
 };
@@ -203,7 +203,7 @@ private:
     const AVStream& m_stream;
     StreamScan& m_scan;
     std::unique_ptr<AVCodecContext, FreeDecoder> m_decoder;
-    std::unique_ptr<AVFrame, FreeFrame> m_frame;
+    std::unique_ptr<AVFrame, FreeAVFrame> m_frame;
     bool m_waitsForKey = false;
     bool m_isSettling = false;
     bool m_isPreroll = false;
