@@ -34,6 +34,10 @@ endfunction()
 zelnor_install_libraries(ZelnorTargets ${runtime} ZelnorCore ZelnorConf)
 if(TARGET ZelnorMedia)
   zelnor_install_libraries(ZelnorMediaTargets ${media_runtime} ZelnorMedia)
+  if(TARGET ZelnorFFmpeg)
+    # Loaded by the media library; nobody links it.
+    install(TARGETS ZelnorFFmpeg LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${media_runtime} NAMELINK_SKIP)
+  endif()
   install(
     DIRECTORY "${PROJECT_SOURCE_DIR}/Presets"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/zelnor"

@@ -1,5 +1,7 @@
 #include "Media/Options/ColorNames.h"
 
+#include "Media/FFmpeg/Calls.h"
+
 extern "C" {
 #include <libavutil/pixdesc.h>
 }
@@ -27,16 +29,25 @@ bool IsOneOf(const std::string& name, int count, const char* (*nameOf)(Number))
 
 } // namespace
 
-bool IsColorRange(const std::string& name) { return IsOneOf(name, AVCOL_RANGE_NB, av_color_range_name); }
+bool IsColorRange(const std::string& name)
+{
+    return IsOneOf(name, AVCOL_RANGE_NB, FFmpeg().av_color_range_name);
+}
 
-bool IsColorMatrix(const std::string& name) { return IsOneOf(name, AVCOL_SPC_NB, av_color_space_name); }
+bool IsColorMatrix(const std::string& name)
+{
+    return IsOneOf(name, AVCOL_SPC_NB, FFmpeg().av_color_space_name);
+}
 
 bool IsColorPrimaries(const std::string& name)
 {
-    return IsOneOf(name, AVCOL_PRI_NB, av_color_primaries_name);
+    return IsOneOf(name, AVCOL_PRI_NB, FFmpeg().av_color_primaries_name);
 }
 
-bool IsColorTransfer(const std::string& name) { return IsOneOf(name, AVCOL_TRC_NB, av_color_transfer_name); }
+bool IsColorTransfer(const std::string& name)
+{
+    return IsOneOf(name, AVCOL_TRC_NB, FFmpeg().av_color_transfer_name);
+}
 
 bool IsPixelFormatName(const std::string& name)
 {

@@ -1,5 +1,6 @@
 #include "Media/Options/OptionRules.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Options/OptionTables.h"
 #include "Media/Options/OptionValue.h"
 

@@ -1,5 +1,6 @@
 #include "Media/Options/OptionValue.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Options/VideoWords.h"
 #include "Media/ValueText.h"
 

@@ -1,5 +1,6 @@
 #include "Media/Planning/AudioTrial.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/FFmpegMemory.h"
 #include "Media/Probe/FFmpegNames.h"
 

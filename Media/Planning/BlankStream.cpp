@@ -1,5 +1,6 @@
 #include "Media/Planning/BlankStream.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Probe/FFmpegMemory.h"
 

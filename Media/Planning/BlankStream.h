@@ -2,6 +2,8 @@
 
 // Private to the library, not installed.
 
+#include "Media/FFmpeg/Calls.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 }

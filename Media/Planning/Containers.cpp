@@ -1,5 +1,6 @@
 #include "Media/Planning/Containers.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/FFmpegNames.h"
 
 #include "Conf/Interfaces/FormatLists.h"

@@ -1,6 +1,7 @@
 #include "Media/Planning/CoverTag.h"
 
-#include "Media/Base64.h"
+#include "Media/FFmpeg/Base64.h"
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/VideoSettings.h"
 
 #include "Conf/Interfaces/IFormatCodecVideo.h"

@@ -1,5 +1,7 @@
 #include "Media/Planning/EncoderCapabilities.h"
 
+#include "Media/FFmpeg/Calls.h"
+
 extern "C" {
 #include <libavutil/pixdesc.h>
 #include <libavutil/samplefmt.h>

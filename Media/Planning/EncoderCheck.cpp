@@ -1,5 +1,6 @@
 #include "Media/Planning/EncoderCheck.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
 #include "Media/Planning/EncoderCapabilities.h"

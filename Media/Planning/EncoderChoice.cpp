@@ -1,5 +1,6 @@
 #include "Media/Planning/EncoderChoice.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Options/ValueNames.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/RecordText.h"

@@ -1,5 +1,6 @@
 #include "Media/Planning/MuxerTrial.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/BlankStream.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Probe/FFmpegMemory.h"
@@ -92,7 +93,7 @@ public:
     {
         constexpr int kBlock = 32768;
         std::unique_ptr<unsigned char, void (*)(void*)> buffer(
-            static_cast<unsigned char*>(RequireMemory(av_malloc(kBlock))), &av_free);
+            static_cast<unsigned char*>(RequireMemory(av_malloc(kBlock))), av_free);
         m_context = RequireMemory(avio_alloc_context(buffer.get(), kBlock, access == Access::Write ? 1 : 0,
                                                      this, &Read, &Write, &Seek));
         buffer.release();

@@ -1,5 +1,6 @@
 #include "Media/Planning/SampleLosses.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/VideoSettings.h"
 #include "Media/Probe/FFmpegNames.h"

@@ -1,5 +1,6 @@
 #include "Media/Planning/StreamPlan.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/MediaException.h"
 #include "Media/Planning/AudioChoice.h"
 #include "Media/Planning/Containers.h"

@@ -1,5 +1,6 @@
 #include "Media/Planning/TargetCodec.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
 #include "Media/Options/OptionRules.h"

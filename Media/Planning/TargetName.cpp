@@ -1,5 +1,6 @@
 #include "Media/Planning/TargetName.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/MediaException.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Text.h"

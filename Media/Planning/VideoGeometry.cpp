@@ -1,5 +1,6 @@
 #include "Media/Planning/VideoGeometry.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/VideoSettings.h"
 

@@ -1,5 +1,6 @@
 #include "Media/Planning/VideoSettings.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Jobs/JobKeys.h"
 #include "Media/Probe/FFmpegNames.h"
 

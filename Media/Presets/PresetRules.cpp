@@ -1,5 +1,6 @@
 #include "Media/Presets/PresetRules.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/MediaException.h"
 #include "Media/NearestNames.h"
 #include "Media/Options/OptionRules.h"

@@ -1,5 +1,7 @@
 #include "Media/Probe/Demuxers.h"
 
+#include "Media/FFmpeg/Calls.h"
+
 extern "C" {
 #include <libavutil/avstring.h>
 }

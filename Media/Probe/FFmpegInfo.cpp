@@ -1,5 +1,6 @@
 #include "Media/Probe/FFmpegInfo.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/FFmpegNames.h"
 
 extern "C" {
@@ -47,8 +48,14 @@ std::string FFmpegNameOf(Conf::SampleFormats format)
 
 std::string FFmpegNameOf(Conf::ChannelLayout layout) { return TextOf(ToFFmpeg(layout)); }
 
-std::string MuxerDescription(const std::string& name) { return DescriptionOf(av_muxer_iterate, name); }
+std::string MuxerDescription(const std::string& name)
+{
+    return DescriptionOf(FFmpeg().av_muxer_iterate, name);
+}
 
-std::string DemuxerDescription(const std::string& name) { return DescriptionOf(av_demuxer_iterate, name); }
+std::string DemuxerDescription(const std::string& name)
+{
+    return DescriptionOf(FFmpeg().av_demuxer_iterate, name);
+}
 
 } // namespace Zelnor::Media

@@ -1,5 +1,6 @@
 #include "Media/Probe/FFmpegLog.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/MessageScope.h"
 
 extern "C" {
@@ -19,15 +20,17 @@ namespace
 
 thread_local MessageScope* t_scope = nullptr;
 
-/// Set before FFmpeg can call back, and never changed again.
+/// Set before FFmpeg can call back, and never changed again. Null for FFmpeg's own.
 FFmpegLogCallback g_others = nullptr;
 
 void OnMessage(void* context, int level, const char* format, std::va_list arguments)
 {
-    if (!KeepFFmpegMessage(level, format, arguments))
+    if (KeepFFmpegMessage(level, format, arguments))
     {
-        g_others(context, level, format, arguments);
+        return;
     }
+    const FFmpegLogCallback others = g_others != nullptr ? g_others : FFmpeg().av_log_default_callback;
+    others(context, level, format, arguments);
 }
 
 } // namespace
@@ -42,8 +45,8 @@ void KeepFFmpegMessages(FFmpegLogCallback others)
 {
     static std::once_flag s_once;
     std::call_once(s_once, [others] {
-        g_others = others != nullptr ? others : av_log_default_callback;
-        av_log_set_callback(OnMessage);
+        g_others = others;
+        SetLogCallback(OnMessage);
     });
 }
 

@@ -24,7 +24,9 @@ using FFmpegLogCallback = void (*)(void*, int, const char*, std::va_list);
 
 /// Sets FFmpeg's log callback, once for the process; later calls do nothing. Messages that appear while a
 /// file is probed, in the same thread, are kept for its exception and are not printed. All others go to
-/// `others`, or without one to FFmpeg's default callback. Call it before other threads use FFmpeg.
+/// `others`, or without one to FFmpeg's default callback. Call it before other threads use FFmpeg. Where
+/// nobody has loaded FFmpeg's libraries yet, the callback is set when this library loads them. \throw
+/// MediaException when FFmpeg's libraries cannot be used
 ZELNOR_API void KeepFFmpegMessages(FFmpegLogCallback others = nullptr);
 
 /// Keeps a message for the exception of the probe that is running in this thread.

@@ -2,6 +2,7 @@
 
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/ConfException.h"
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Text.h"
 
 extern "C" {

@@ -1,5 +1,6 @@
 #include "Media/Probe/FrameLook.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/VideoColors.h"
 
 extern "C" {

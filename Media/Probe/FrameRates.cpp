@@ -1,5 +1,6 @@
 #include "Media/Probe/FrameRates.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/FFmpegMemory.h"
 
 extern "C" {

@@ -1,5 +1,6 @@
 #include "Media/Probe/MediaInput.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/FileKind.h"
 #include "Media/MediaException.h"
 #include "Media/Probe/Demuxers.h"
@@ -36,7 +37,7 @@ StreamReader::StreamReader(Core::IDataInput& input) : m_input(input)
 {
     constexpr int kBlock = 32768;
     std::unique_ptr<unsigned char, void (*)(void*)> buffer(
-        static_cast<unsigned char*>(RequireMemory(av_malloc(kBlock))), &av_free);
+        static_cast<unsigned char*>(RequireMemory(av_malloc(kBlock))), av_free);
     m_context = RequireMemory(avio_alloc_context(buffer.get(), kBlock, 0, this, &Read, nullptr, nullptr));
     buffer.release();
 }
@@ -129,7 +130,7 @@ const AVInputFormat* MediaInput::FindDemuxer()
 void MediaInput::Open(const AVInputFormat& demuxer)
 {
     std::unique_ptr<AVFormatContext, void (*)(AVFormatContext*)> made(RequireMemory(avformat_alloc_context()),
-                                                                      &avformat_free_context);
+                                                                      avformat_free_context);
     made->pb = Bytes();
     made->opaque = this;
     made->io_open = &OpenNamedFile;

@@ -2,6 +2,7 @@
 
 // Private to the library, not installed.
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/MessageScope.h"
 
 #include "Core/Interfaces/DataStream.h"

@@ -1,5 +1,6 @@
 #include "Media/Probe/MediaProbe.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/FrameLook.h"
 #include "Media/Probe/FrameRates.h"
 #include "Media/Probe/MediaInput.h"

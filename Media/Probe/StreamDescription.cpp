@@ -1,5 +1,6 @@
 #include "Media/Probe/StreamDescription.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/Probe/FrameRates.h"
 #include "Media/Probe/VideoColors.h"

@@ -1,5 +1,7 @@
 #include "Media/Probe/VideoColors.h"
 
+#include "Media/FFmpeg/Calls.h"
+
 extern "C" {
 #include <libavutil/dovi_meta.h>
 #include <libavutil/mastering_display_metadata.h>

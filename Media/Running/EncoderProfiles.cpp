@@ -1,5 +1,6 @@
 #include "Media/Running/EncoderProfiles.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Options/VideoWords.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"

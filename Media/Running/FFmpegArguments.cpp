@@ -1,6 +1,6 @@
 #include "Media/Running/FFmpegArguments.h"
 
-#include "Media/Base64.h"
+#include "Media/FFmpeg/Base64.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/Probe/Demuxers.h"
 #include "Media/Running/TranscodeCommand.h"

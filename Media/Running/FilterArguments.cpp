@@ -1,5 +1,6 @@
 #include "Media/Running/FilterArguments.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/Running/VideoFilters.h"
 

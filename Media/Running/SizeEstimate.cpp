@@ -1,5 +1,6 @@
 #include "Media/Running/SizeEstimate.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Probe/FFmpegNames.h"

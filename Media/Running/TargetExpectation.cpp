@@ -1,5 +1,6 @@
 #include "Media/Running/TargetExpectation.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/Running/ContentsExpectation.h"

@@ -1,5 +1,6 @@
 #include "Media/Running/TranscodeCommand.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Jobs/FaultList.h"
 #include "Media/Jobs/JobKeys.h"
 #include "Media/Options/OptionRules.h"

@@ -1,5 +1,6 @@
 #include "Media/Running/VideoFilters.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Jobs/JobKeys.h"
 #include "Media/Planning/VideoGeometry.h"
 #include "Media/Planning/VideoSettings.h"

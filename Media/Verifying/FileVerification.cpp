@@ -1,6 +1,7 @@
 #include "Media/Verifying/FileVerification.h"
 
 #include "Media/ErrorText.h"
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Text.h"
 #include "Media/Verifying/ContentsComparison.h"

@@ -1,5 +1,6 @@
 #include "Media/Verifying/MediaScan.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Probe/MediaInput.h"
 #include "Media/Verifying/Numbers.h"
 

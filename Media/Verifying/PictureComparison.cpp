@@ -1,5 +1,6 @@
 #include "Media/Verifying/PictureComparison.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/ColorPlan.h"
 #include "Media/Planning/VideoSettings.h"
 #include "Media/Probe/FFmpegNames.h"

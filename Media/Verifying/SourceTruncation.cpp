@@ -1,5 +1,7 @@
 #include "Media/Verifying/SourceTruncation.h"
 
+#include "Media/FFmpeg/Calls.h"
+
 extern "C" {
 #include <libavutil/crc.h>
 }

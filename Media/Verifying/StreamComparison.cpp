@@ -1,5 +1,6 @@
 #include "Media/Verifying/StreamComparison.h"
 
+#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/VideoGeometry.h"
 #include "Media/Probe/FFmpegNames.h"

@@ -1,6 +1,6 @@
 #!/bin/bash
 # needed.sh <prefix>: what the dynamic linker will load with each of our files, and where it will look for them. Only the
-# media library names FFmpeg's libraries.
+# table of FFmpeg's functions names FFmpeg's libraries: nothing else loads them before they are used.
 set -euo pipefail
 prefix=$1
 status=0
@@ -20,10 +20,10 @@ while IFS= read -r file; do
     ffmpeg=$(entries "$file" NEEDED | grep -E '^lib(av|sw|postproc)' || true)
     search=$(entries "$file" RUNPATH)
     case $name in
-    libZelnorCore.so* | libZelnorConf.so* | zconf)
+    libZelnorCore.so* | libZelnorConf.so* | libZelnorMedia.so* | zconf)
         [[ -z $ffmpeg ]] || fail "$name needs $ffmpeg"
         ;;
-    libZelnorMedia.so*)
+    libZelnorFFmpeg.so*)
         [[ $ffmpeg == *libavformat* ]] || fail "$name does not need libavformat"
         ;;
     *)
