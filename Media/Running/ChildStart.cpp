@@ -19,8 +19,8 @@ namespace Zelnor::Media
 namespace
 {
 
-/// Everything that the new process needs, made beforehand: between `fork` and `execve` only calls that are
-/// safe in a signal handler are allowed.
+/// Everything that the new process needs, made beforehand: between `vfork` and `execve` it runs in our
+/// memory, where only calls that are safe in a signal handler are allowed and nothing may be left behind.
 struct ChildSetup
 {
     std::vector<std::string> programs; ///< the files to try, in this order
@@ -162,7 +162,8 @@ int StartChild(const ChildCommand& command, pid_t& process)
     sigset_t former;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &former);
-    process = ::fork();
+    // To copy what maps FFmpeg's libraries takes longer than all else that is done here.
+    process = ::vfork();
     const int reason = errno;
     if (process == 0)
     {

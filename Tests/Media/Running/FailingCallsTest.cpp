@@ -40,6 +40,13 @@ constexpr bool kMayPipesFail = false;
 constexpr bool kMayPipesFail = true;
 #endif
 
+/// What makes a process.
+#if defined(SYS_vfork)
+constexpr long kStart = SYS_vfork;
+#else
+constexpr long kStart = SYS_clone;
+#endif
+
 constexpr const char* kNotAllowed = "this system does not let calls fail";
 
 FailingCall::Argument Flags(int flags) { return {2, static_cast<std::uint32_t>(flags)}; }
@@ -120,13 +127,13 @@ TEST_F(FailingCalls, AProgramIsNotStartedWithAPartOfItsInput)
 
 TEST_F(FailingCalls, AProcessThatCannotBeMadeIsAnError)
 {
-    EXPECT_EQ(ErrorOfRun({SYS_clone, EAGAIN}, ""), "Cannot run 'cat': Resource temporarily unavailable");
+    EXPECT_EQ(ErrorOfRun({kStart, EAGAIN}, ""), "Cannot run 'cat': Resource temporarily unavailable");
 }
 
 TEST_F(FailingCalls, AFilterThatCannotBeStartedIsNotTakenForOneThatIsMissing)
 {
     bool failed = false;
-    RunWhileFailing({SYS_clone, EAGAIN}, [&failed] {
+    RunWhileFailing({kStart, EAGAIN}, [&failed] {
         try
         {
             RunFilter({"cat"}, "text");
