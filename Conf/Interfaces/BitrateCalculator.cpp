@@ -46,7 +46,8 @@ constexpr CodecCurve kCurves[] = {
     {&IFormatCodecVideo::CODEC_ID_GIF, coef_gif},
 };
 
-const double* FindCurve(const std::string& codecId)
+/// Null when there is none.
+const double* FindOwnCurve(const std::string& codecId)
 {
     for (const CodecCurve& curve : kCurves)
     {
@@ -55,7 +56,13 @@ const double* FindCurve(const std::string& codecId)
             return curve.coefficients;
         }
     }
-    return coef_h264;
+    return nullptr;
+}
+
+const double* FindCurve(const std::string& codecId)
+{
+    const double* const curve = FindOwnCurve(codecId);
+    return curve == nullptr ? coef_h264 : curve;
 }
 
 /// Rounds toward zero. A cast alone would be undefined outside the 64-bit range. No double equals its upper
@@ -187,6 +194,8 @@ long long GetDefVideoBitrate(const std::string& codecId, long long width, long l
 {
     return calculateBitrate(static_cast<double>(width), static_cast<double>(height), fps, FindCurve(codecId));
 }
+
+bool HasVideoBitrateCurve(const std::string& codecId) { return FindOwnCurve(codecId) != nullptr; }
 
 long long NormBitrate(long long bitrate, int quality)
 {

@@ -45,6 +45,9 @@ ZELNOR_API long long calculateBitrate(double width, double height, double fps, c
 ZELNOR_API long long GetDefVideoBitrate(const std::string& codecId, long long width, long long height,
                                         double fps);
 
+/// Whether that codec has coefficients.
+ZELNOR_API bool HasVideoBitrateCurve(const std::string& codecId);
+
 /// Scales `bitrate` by a factor that falls linearly from 1 at quality 1 to 1/3 at quality 32. Other qualities
 /// are extrapolated.
 ZELNOR_API long long NormBitrate(long long bitrate, int quality);

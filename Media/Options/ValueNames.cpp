@@ -113,8 +113,9 @@ std::vector<std::string> NearestValues(const Core::Property* setting)
         return {};
     }
     const Names names = NamesOfValues(setting->GetName());
-    // A codec of another kind is a name, too.
-    const bool isKnown = std::find(names.begin(), names.end(), setting->GetString()) != names.end();
+    // A codec of another kind is a name, too, and so is the one that stands for any.
+    const bool isKnown = std::find(names.begin(), names.end(), setting->GetString()) != names.end() ||
+                         setting->GetString() == IFormatCodec::CODEC_ID_AUTO;
     return isKnown ? Names() : NearestNames(setting->GetString(), names);
 }
 

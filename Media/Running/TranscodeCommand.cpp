@@ -6,12 +6,14 @@
 #include "Media/Options/OptionRules.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Options/ValueNames.h"
+#include "Media/Planning/CodecsInstead.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/CoverTag.h"
 #include "Media/Planning/EncoderCheck.h"
 #include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/VideoSettings.h"
 #include "Media/Planning/WorkTags.h"
+#include "Media/Probe/FFmpegNames.h"
 #include "Media/Probe/StreamKinds.h"
 #include "Media/Running/CodecArguments.h"
 #include "Media/Running/CodecSettings.h"
@@ -150,7 +152,8 @@ private:
         if (m_isMuxerKnown && !MayHold(m_transcode.container, codec))
         {
             AddFault(JobFault::Container,
-                     "the container " + m_transcode.container + " cannot hold " + avcodec_get_name(codec));
+                     "the container " + m_transcode.container + " cannot hold " + avcodec_get_name(codec) +
+                         HoldsInsteadText(m_transcode.container, CodecTextOf(codec).value_or("")));
         }
     }
 

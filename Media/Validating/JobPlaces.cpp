@@ -3,6 +3,11 @@
 #include "Media/NearestNames.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Options/ValueNames.h"
+#include "Media/Planning/CodecsInstead.h"
+#include "Media/RecordText.h"
+
+#include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
 #include <string_view>
@@ -149,6 +154,18 @@ std::optional<std::size_t> FindUnknownSetting(const Property& record, const JobF
     return std::nullopt;
 }
 
+/// Codecs that the target's container holds, where the one of a link is not among them.
+std::vector<std::string> CodecsInstead(const JobFault& fault, const JobElement& link,
+                                       const JobElements& elements)
+{
+    const JobElement* const target = fault.kind == JobFault::Container && fault.place.link
+                                         ? FindNode(elements.nodes, fault.place.link->second, false)
+                                         : nullptr;
+    return target == nullptr ? std::vector<std::string>()
+                             : CodecsFor(TextUnder(target->record, Conf::IFormatFile::TAG_CONTAINER),
+                                         TextUnder(link.record, Conf::IFormatCodec::TAG_CODEC_ID));
+}
+
 void AddTopologyFault(const JobFault& fault, const JsonPart& document, const JobElements& elements,
                       FaultCollector& faults)
 {
@@ -213,8 +230,9 @@ void AddJobFault(const JobFault& fault, const JsonPart& document, const JobEleme
     positions.insert(positions.begin(), 0);
     const bool isLack = path.Value() == nullptr && !fault.place.key.empty();
     const Aspect aspect = isLack ? Aspect::Lack : fault.reason == kRepeatedText ? Aspect::Key : Aspect::Value;
+    const std::vector<std::string> codecs = CodecsInstead(fault, *element, elements);
     faults.Add(kind, fault.place, fault.reason, part, ValueAt(part, positions), aspect,
-               NearestValues(path.Value()));
+               codecs.empty() ? NearestValues(path.Value()) : codecs);
 }
 
 } // namespace Zelnor::Media

@@ -64,4 +64,10 @@ TEST(DidYouMean, EndsASentenceWithAQuestion)
     EXPECT_EQ(DidYouMean("smell", {"h264"}), "");
 }
 
+TEST(NearestNames, CountsTwoSwappedLettersAsOneMistake)
+{
+    EXPECT_EQ(NearestNames("h246", {"h261", "h264"}), (std::vector<std::string>{"h264", "h261"}));
+    EXPECT_EQ(NearestNames("vorbsi", {"vorbix", "vorbis"}).front(), "vorbis");
+}
+
 } // namespace

@@ -162,4 +162,34 @@ TEST_F(ExplainCommand, RefusesWhatIsNotASize)
     }
 }
 
+TEST_F(ExplainCommand, TellsWhyAContainerCannotHoldACodec)
+{
+    const ProcessResult result = Zconf({"explain", "--container", "webm", "--codec", "h264"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.messages, "");
+    EXPECT_THAT(result.output,
+                testing::HasSubstr("The container webm cannot hold CODEC_ID_H264. It holds CODEC_ID_VP9"));
+}
+
+TEST_F(ExplainCommand, AnswersForScriptsWhatAContainerCanHold)
+{
+    const ProcessResult result =
+        Zconf({"explain", "--container", "MP4", "--codec", "CODEC_ID_AAC", "--json"});
+    ExpectQuietSuccess(result);
+    EXPECT_THAT(result.output,
+                testing::StartsWith("{\n  \"container\": \"mp4\",\n  \"codec\": \"CODEC_ID_AAC\",\n"
+                                    "  \"held\": \"yes\",\n"));
+    EXPECT_THAT(result.output, testing::HasSubstr("\"reasons\": []"));
+}
+
+TEST_F(ExplainCommand, WantsANameOrBothOfTheOthers)
+{
+    const std::string sentence = "expected a NAME, or --container and --codec (see zconf explain --help)";
+    ExpectFailure(Zconf({"explain"}), sentence);
+    ExpectFailure(Zconf({"explain", "--codec", "h264"}), sentence);
+    ExpectFailure(Zconf({"explain", "mp4", "--container", "mp4", "--codec", "h264"}), sentence);
+    ExpectFailure(Zconf({"explain", "--container", "mp99", "--codec", "h264"}),
+                  "'mp99' is not a known container; did you mean 'mp2' or 'mp3' or 'mp4'?");
+}
+
 } // namespace

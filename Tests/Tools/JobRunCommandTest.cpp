@@ -364,7 +364,8 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
          "job.json: node 2, container: the installed FFmpeg cannot write the container 'a64x'; did you mean "
          "'a64' or 'adx'?"},
         {R"("container":"mp4")", R"("container":"webm")",
-         "job.json: link 3 -> 2, video stream 0: the container webm cannot hold h264"},
+         "job.json: link 3 -> 2, video stream 0: the container webm cannot hold h264; it holds CODEC_ID_VP9 "
+         "or CODEC_ID_VP8"},
         {R"("profile":"high")", R"("profile":"highest")",
          "job.json: link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
          "'highest'"},
@@ -376,7 +377,8 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
         {R"("preset":"medium")", R"("odd":1)",
          "job.json: link 3 -> 2, video stream 0: unknown setting 'odd'"},
         {R"("bitrate_mode":"VBR")", R"("bitrate_mode":"ABR")",
-         "job.json: link 3 -> 2, video stream 0, bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'ABR'"},
+         "job.json: link 3 -> 2, video stream 0, bitrate_mode: expected CBR, CBR_AUTO or VBR, found 'ABR'; "
+         "did you mean 'CBR' or 'VBR'?"},
         {R"("preset":"medium")", R"("preferred_encoder":"ENCODER_NVENC_H264")",
          "job.json: link 3 -> 2, video stream 0, preferred_encoder: the installed FFmpeg does not have an "
          "encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264"},

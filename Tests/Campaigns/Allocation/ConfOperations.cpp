@@ -488,6 +488,7 @@ void AddBitrates(Operations& rows)
                         })));
     rows.push_back(
         Call("Conf::GetDefVideoBitrate", [] { return GetDefVideoBitrate(kLong, 1920, 1080, 25); }));
+    rows.push_back(Call("Conf::HasVideoBitrateCurve", [] { return HasVideoBitrateCurve(kLong); }));
     rows.push_back(Call("Conf::GetDefaultVideoBitrate",
                         [] { return GetDefaultVideoBitrate(kLong, 1920, 1080, 25, 5); }));
     rows.push_back(

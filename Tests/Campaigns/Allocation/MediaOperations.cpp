@@ -6,6 +6,7 @@
 #include "Media/Jobs/JobFile.h"
 #include "Media/MediaException.h"
 #include "Media/NearestNames.h"
+#include "Media/Planning/CodecSupport.h"
 #include "Media/Planning/JobPlan.h"
 #include "Media/Presets/PresetFolders.h"
 #include "Media/Probe/FFmpegInfo.h"
@@ -227,6 +228,10 @@ void AddJobs(Operations& rows)
         rows.push_back(Call("Media::FindTopologyFaults",
                             [graph] { return Sentences(FindTopologyFaults(*graph, "job.json")); }));
     }
+    rows.push_back(UsingFFmpeg(Call("Media::ExplainCodecSupport", [] {
+        const CodecSupport support = ExplainCodecSupport("webm", "CODEC_ID_H264");
+        return Text(support.codecs) + Text(support.containers) + Text(support.reasons);
+    })));
     rows.push_back(UsingFFmpeg(Call("Media::ValidateFile", [path = ioPath(files.Name("job.json"))] {
         return Sentences(ValidateFile(path));
     })));

@@ -63,7 +63,8 @@ TEST(TranscodeCommand, DoesNotCopyWhatTheContainerCannotHold)
 {
     const MediaFile file = MakeMediaFile({MakeVideoStream(640, 480, "CODEC_ID_VP8")});
     EXPECT_THAT(FaultsOf(MakeTranscode(file, VideoRecord(kCopy), "mp4")),
-                ElementsAre("link 3 -> 2, video stream 0: the container mp4 cannot hold vp8"));
+                ElementsAre("link 3 -> 2, video stream 0: the container mp4 cannot hold vp8; it holds "
+                            "CODEC_ID_H264, CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO"));
     EXPECT_THAT(FaultsOf(MakeTranscode(file, VideoRecord(kCopy), "webm")), IsEmpty());
 }
 

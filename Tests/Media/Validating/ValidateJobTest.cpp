@@ -205,11 +205,17 @@ TEST(ValidatingAJob, LooksAtOptionsOfTheInstalledEncoder)
                     "option 'crff'"));
 }
 
-TEST(ValidatingAJob, KnowsThatAContainerCannotHoldACodec)
+TEST(ValidatingAJob, NamesCodecsThatAContainerHolds)
 {
-    EXPECT_THAT(Changed("\"mp4\"", "\"webm\""),
-                testing::Contains(testing::HasSubstr("container: link 3 -> 2, video stream 0: the container "
-                                                     "webm cannot hold h264")));
+    const DocumentFaults result = ValidateDocument(With(kGoodJob, "\"mp4\"", "\"webm\""));
+    ASSERT_FALSE(result.faults.empty());
+    const DocumentFault& fault = result.faults.front();
+    EXPECT_EQ(fault.kind, DocumentFault::Container);
+    EXPECT_EQ(fault.pointer, "/edges/1/data/data/format_codec_video");
+    EXPECT_THAT(fault.Sentence(),
+                testing::StartsWith("link 3 -> 2, video stream 0: the container webm cannot hold "
+                                    "h264; it holds CODEC_ID_VP9"));
+    EXPECT_THAT(fault.nearest, testing::Contains("CODEC_ID_VP8"));
 }
 
 TEST(ValidatingAJob, OpensNoFile)

@@ -1,3 +1,4 @@
+#include "Media/Planning/CodecSupport.h"
 #include "Media/Probe/FFmpegInfo.h"
 #include "Tools/zconf/Commands/Catalogue.h"
 #include "Tools/zconf/Commands/Commands.h"
@@ -6,6 +7,7 @@
 #include "Tools/zconf/Console/FrameSizeText.h"
 #include "Tools/zconf/Console/Names.h"
 #include "Tools/zconf/Console/Output.h"
+#include "Tools/zconf/Console/Text.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/ConfException.h"
@@ -24,8 +26,11 @@ namespace
 
 struct ExplainArguments
 {
+    bool hasName = false; ///< which may be empty
     std::string name;
     std::string size;
+    std::string container;
+    std::string codec;
     bool json = false;
 };
 
@@ -216,8 +221,88 @@ std::string TextFor(const std::vector<Description>& things, const Painter& paint
     return text;
 }
 
+/// The container of that name, ignoring case.
+std::string ContainerNamed(const std::string& name)
+{
+    const std::string bare = BareName(name);
+    for (const std::string& known : ContainerNames())
+    {
+        if (BareName(known) == bare)
+        {
+            return known;
+        }
+    }
+    ThrowUnknownName("container", name, ContainerNames());
+}
+
+std::string CodecNamed(const std::string& name)
+{
+    const CodecEntry* const codec = FindCodec(name);
+    if (codec == nullptr)
+    {
+        ThrowUnknownName("codec", name, CodecNames());
+    }
+    return codec->id;
+}
+
+const char* AnswerText(Media::CodecSupport::Answer answer)
+{
+    switch (answer)
+    {
+    case Media::CodecSupport::No:
+        return "no";
+    case Media::CodecSupport::Yes:
+        return "yes";
+    case Media::CodecSupport::Unknown:
+        break;
+    }
+    return "unknown";
+}
+
+int ExplainPair(const ExplainArguments& options)
+{
+    const Media::CodecSupport support =
+        Media::ExplainCodecSupport(ContainerNamed(options.container), CodecNamed(options.codec));
+    Description description = {{"container", support.container},
+                               {"codec", support.codec},
+                               {"held", std::string(AnswerText(support.isHeld))},
+                               {"ffmpeg muxer", support.muxer},
+                               {"ffmpeg encoder", support.encoder},
+                               {"encoding disabled", support.isEncodingDisabled}};
+    if (support.hasBitrateCurve)
+    {
+        description.push_back({"bitrate curve", *support.hasBitrateCurve});
+    }
+    description.push_back({"other codecs", support.codecs});
+    description.push_back({"containers", support.containers});
+    if (options.json)
+    {
+        description.push_back({"reasons", support.reasons});
+        WriteJsonAnswer(description);
+    }
+    else
+    {
+        std::string text = LinesText(description, 0, Painter::ForStandardOutput());
+        for (const std::string& reason : support.reasons)
+        {
+            text += Printable(reason) + "\n";
+        }
+        WriteText(text);
+    }
+    return support.reasons.empty() ? kExitSuccess : kExitNo;
+}
+
 int RunExplain(const ExplainArguments& options)
 {
+    const bool isPair = !options.container.empty() && !options.codec.empty();
+    if (options.hasName == isPair || options.container.empty() != options.codec.empty())
+    {
+        throw ToolError("expected a NAME, or --container and --codec (see zconf explain --help)");
+    }
+    if (isPair)
+    {
+        return ExplainPair(options);
+    }
     const FrameSize frame = options.size.empty() ? FrameSize{} : ParseFrameSize(options.size);
     const std::vector<Description> things = Explain(options.name, options.size.empty() ? nullptr : &frame);
     if (things.empty())
@@ -243,13 +328,21 @@ void AddExplainCommand(CLI::App& app)
         AddCommand(app, "explain",
                    "Explain the name of a codec, container, pixel format, sample format or channel layout");
     const auto options = std::make_shared<ExplainArguments>();
-    command->add_option("NAME", options->name, "The name, ignoring case, with or without its prefix")
-        ->required();
+    const CLI::Option* const name =
+        command->add_option("NAME", options->name, "The name, ignoring case, with or without its prefix");
+    command->add_option(
+        "--container", options->container,
+        "With --codec: whether this container can hold the codec, FFmpeg can encode it and a bitrate is "
+        "calculated for it; exit code 1 with reasons, and what is near, if it cannot be made");
+    command->add_option("--codec", options->codec, "The codec that --container is asked about");
     command->add_option(
         "--size", options->size,
         "Also show the plane sizes of a pixel format for frames of this size, such as 1920x1080");
     AddJsonFlag(*command, options->json);
-    OnRun(*command, [options] { return RunExplain(*options); });
+    OnRun(*command, [options, name] {
+        options->hasName = name->count() != 0;
+        return RunExplain(*options);
+    });
 }
 
 } // namespace Zelnor::Tool

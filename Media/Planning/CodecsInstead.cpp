@@ -1,0 +1,105 @@
+#include "Media/Planning/CodecsInstead.h"
+
+#include "Media/NearestNames.h"
+#include "Media/Planning/Containers.h"
+#include "Media/Planning/EncoderChoice.h"
+#include "Media/Probe/FFmpegNames.h"
+
+#include "Conf/Interfaces/BitrateCalculator.h"
+#include "Conf/Interfaces/CodecMaps.h"
+#include "Conf/Interfaces/FormatLists.h"
+#include "Conf/Interfaces/IFormatFile.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+using Conf::IFormatFile;
+
+constexpr std::size_t kMost = 3;
+
+/// Names with how far behind the best ones they come.
+using Ranked = std::vector<std::pair<int, std::string>>;
+
+std::vector<std::string> BestOf(Ranked ranked)
+{
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [](const auto& one, const auto& other) { return one.first < other.first; });
+    std::vector<std::string> best;
+    for (const auto& [rank, name] : ranked)
+    {
+        if (best.size() < kMost && std::find(best.begin(), best.end(), name) == best.end())
+        {
+            best.push_back(name);
+        }
+    }
+    return best;
+}
+
+bool IsDefault(const AVOutputFormat& muxer, AVCodecID codec)
+{
+    return codec == muxer.video_codec || codec == muxer.audio_codec || codec == muxer.subtitle_codec;
+}
+
+} // namespace
+
+std::vector<std::string> CodecsFor(const std::string& container, const std::string& codec)
+{
+    const AVOutputFormat* const muxer = FindMuxer(container);
+    const auto kind = Conf::GetCodecMediaType(codec);
+    Ranked ranked;
+    for (const auto& [id, name] : Conf::GetFFCodecsMap())
+    {
+        if (muxer == nullptr || name == codec || Conf::GetCodecMediaType(name) != kind ||
+            FindEncoder(name) == nullptr || IsEncodingDisabled(name) || !CertainlyHolds(container, id))
+        {
+            continue;
+        }
+        const int rank = IsDefault(*muxer, id) ? 0 : Conf::HasVideoBitrateCurve(name) ? 2 : 4;
+        ranked.emplace_back(rank + (NearestNames(codec, {name}).empty() ? 1 : 0), name);
+    }
+    return BestOf(std::move(ranked));
+}
+
+std::string HoldsInsteadText(const std::string& container, const std::string& codec)
+{
+    const std::vector<std::string> codecs = CodecsFor(container, codec);
+    return codecs.empty() ? "" : "; it holds " + AlternativesText(codecs);
+}
+
+std::string AlternativesText(const std::vector<std::string>& names)
+{
+    std::string text;
+    for (std::size_t i = 0; i < names.size(); ++i)
+    {
+        text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
+    }
+    return text;
+}
+
+std::vector<std::string> ContainersFor(const std::string& codec)
+{
+    const AVCodecID id = CodecNumberOf(codec);
+    const std::vector<std::string> usual = {
+        IFormatFile::FORMAT_MP4, IFormatFile::FORMAT_MATROSKA, IFormatFile::FORMAT_WEBM,
+        IFormatFile::FORMAT_MOV, IFormatFile::FORMAT_OGG,      IFormatFile::FORMAT_AVI,
+        IFormatFile::FORMAT_WAV, IFormatFile::FORMAT_MP3,      IFormatFile::FORMAT_FLAC};
+    Ranked ranked;
+    for (const std::string& container : Conf::GetContainerList())
+    {
+        const AVOutputFormat* const muxer = FindMuxer(container);
+        const bool isUsual = std::find(usual.begin(), usual.end(), container) != usual.end();
+        if (muxer != nullptr && IsOneFile(container) && CertainlyHolds(container, id))
+        {
+            ranked.emplace_back((isUsual ? 0 : 2) + (IsDefault(*muxer, id) ? 0 : 1), container);
+        }
+    }
+    return BestOf(std::move(ranked));
+}
+
+} // namespace Zelnor::Media
