@@ -212,10 +212,9 @@ Property* Property::Children::FindFrom(Property* child, std::string_view name)
 
 Property* Property::Children::FindNamed(std::string_view name) const
 {
-    const auto found = m_names->first.find(name);
-    return found != m_names->first.end()
-               ? found->second
-               : FindFrom(m_names->last == nullptr ? m_first : m_names->last->m_next, name);
+    Property* const found = m_names->first.Find(name);
+    return found != nullptr ? found
+                            : FindFrom(m_names->last == nullptr ? m_first : m_names->last->m_next, name);
 }
 
 Property* Property::Children::FindToSet(std::string_view name)
@@ -236,8 +235,7 @@ void Property::Children::IndexNames()
     while (m_names->last != m_last)
     {
         Property* const child = m_names->last == nullptr ? m_first : m_names->last->m_next;
-        m_names->areRepeated =
-            !m_names->first.emplace(child->GetName(), child).second || m_names->areRepeated;
+        m_names->areRepeated = !m_names->first.Add(*child) || m_names->areRepeated;
         m_names->last = child;
     }
 }
@@ -254,16 +252,11 @@ void Property::Children::ForgetNameOf(const Property& child) noexcept
     {
         return;
     }
-    const auto found = m_names->first.find(child.GetName());
-    if (found != m_names->first.end() && found->second == &child)
+    if (m_names->first.Remove(child) && m_names->areRepeated)
     {
-        if (m_names->areRepeated)
-        {
-            // Another child may be the first of that name now.
-            m_names.reset();
-            return;
-        }
-        m_names->first.erase(found);
+        // Another child may be the first of that name now.
+        m_names.reset();
+        return;
     }
     if (m_names->last == &child)
     {

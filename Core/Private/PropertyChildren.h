@@ -3,12 +3,12 @@
 // Private to the library, not installed: what a group keeps its children in.
 
 #include "Core/Interfaces/Property.h"
+#include "Core/Private/NameIndex.h"
 
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace Zelnor::Core
@@ -74,8 +74,8 @@ private:
     /// Finds the children from the first up to `last` by their names.
     struct Names
     {
-        /// The first child of each name. The texts are those of the children.
-        std::unordered_map<std::string_view, Property*> first;
+        /// The first child of each name.
+        NameIndex first;
         const Property* last = nullptr;
         bool areRepeated = false;
     };

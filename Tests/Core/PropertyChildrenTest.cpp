@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <random>
 #include <string>
 #include <utility>
@@ -219,6 +220,31 @@ TEST(PropertyChildren, AreTheSameAsInAPlainListWhateverIsEdited)
         ExpectHolds(Property(group), model);
         EXPECT_EQ(Property(group), group);
     }
+}
+
+TEST(PropertyChildren, AreFoundByNameHoweverManyOthersAreRemoved)
+{
+    constexpr int kNames = 2000;
+    std::mt19937 random(1);
+    std::vector<int> order(kNames);
+    std::iota(order.begin(), order.end(), 0);
+    Property group("group");
+    for (const int name : order)
+    {
+        group.SetChildT(NameOf(name), 0LL);
+    }
+    std::shuffle(order.begin(), order.end(), random);
+    for (int removed = 0; removed < kNames - 100; ++removed)
+    {
+        group.RemoveChild(NameOf(order[static_cast<std::size_t>(removed)]));
+    }
+    for (int i = 0; i < kNames; ++i)
+    {
+        const std::string name = NameOf(order[static_cast<std::size_t>(i)]);
+        EXPECT_EQ(group.ChildExists(name), i >= kNames - 100) << name;
+        EXPECT_EQ(group.SetChildT(name, 1LL).GetInt64(), 1);
+    }
+    EXPECT_EQ(group.Count(), static_cast<unsigned long>(kNames));
 }
 
 TEST(PropertyChildren, CanBeWalkedBackwards)
