@@ -36,3 +36,10 @@ export PKG_CONFIG_PATH
 read -ra flags <<<"$(pkg-config --static --cflags --libs zelnor-conf)"
 c++ -std=c++17 "$source/Tests/Package/consumer/early.cpp" "${flags[@]}" -o "$scratch/early"
 [[ $("$scratch/early") == "the same before main" ]]
+
+# All of it goes again.
+cmake --build "$scratch/build" --target uninstall >/dev/null
+if find "$scratch/prefix" -not -type d | grep . || find "$scratch/prefix" -iname '*zelnor*' | grep .; then
+    echo "left behind"
+    exit 1
+fi
