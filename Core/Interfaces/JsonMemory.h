@@ -42,7 +42,7 @@ public:
 };
 
 using JsonDocument =
-    rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<JsonMemory>, JsonMemory>;
-using JsonValue = rapidjson::GenericValue<rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<JsonMemory>>;
+    rapidjson::GenericDocument<rapidjson::UTF8<char>, rapidjson::MemoryPoolAllocator<JsonMemory>, JsonMemory>;
+using JsonValue = rapidjson::GenericValue<rapidjson::UTF8<char>, rapidjson::MemoryPoolAllocator<JsonMemory>>;
 
 } // namespace Zelnor::Core
