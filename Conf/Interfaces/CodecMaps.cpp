@@ -39,12 +39,6 @@ AVCodecID AVCodecIDFromTextID(const std::string& textId, const MapCodecs& map)
     return *id;
 }
 
-const std::string& CodecIDToTextID(AVCodecID id)
-{
-    const std::string* const text = FindCodecText(id);
-    return text == nullptr ? AVCodecIDToTextID(id, mapCodecs) : *text;
-}
-
 AVCodecID CodecIDFromTextID(const std::string& textId) { return AVCodecIDFromTextID(textId, mapCodecs); }
 
 std::optional<MediaType> GetCodecMediaType(const std::string& textId)

@@ -120,26 +120,65 @@ static_assert(kRowCount * 2 <= kSlots);
 
 constexpr TextIndex<Rows, kSlots> kTexts(kRowCount);
 
-/// An entry of `mapCodecs`, in a slot near that which its codec ID asks for; without a text, the slot is
-/// free.
-struct TextSlot
+// FFmpeg numbers the codecs of a family one after another, and families begin at round numbers. So the IDs
+// are cut into pages, and each page has a place for every ID from its first to the last that is used: no
+// search, no guess of a branch.
+
+constexpr std::uint32_t kPageBits = 11;
+constexpr std::uint32_t kPageSize = 1U << kPageBits;
+/// Old FFmpegs have a few IDs that are made of four letters. Those are looked for in the map.
+constexpr std::uint32_t kMostPages = 128;
+
+struct Page
 {
-    AVCodecID id;
-    const std::string* text;
+    /// In `g_texts`.
+    std::uint16_t begin = 0;
+    std::uint16_t count = 0;
 };
 
-std::array<TextSlot, kSlots> g_texts;
-
-TextSlot& SlotOf(AVCodecID id)
+constexpr std::uint32_t PageOf(AVCodecID id) { return static_cast<std::uint32_t>(id) >> kPageBits; }
+constexpr std::uint32_t PlaceInPage(AVCodecID id) { return static_cast<std::uint32_t>(id) % kPageSize; }
+constexpr bool HasPlace(const Row& row)
 {
-    std::size_t slot = static_cast<std::uint32_t>(id) * std::uint32_t{0x9E3779B1} >> 22;
-    static_assert(kSlots == std::size_t{1} << (32 - 22));
-    while (g_texts[slot].text != nullptr && g_texts[slot].id != id)
-    {
-        slot = (slot + 1) % kSlots;
-    }
-    return g_texts[slot];
+    return (row.maps >> kAllCodecs & 1U) != 0 && PageOf(row.id) < kMostPages;
 }
+
+constexpr std::size_t CountPages()
+{
+    std::size_t count = 0;
+    for (const Row& row : kRows)
+    {
+        count = HasPlace(row) ? std::max<std::size_t>(count, PageOf(row.id) + 1) : count;
+    }
+    return count;
+}
+
+constexpr std::array<Page, CountPages()> MakePages()
+{
+    std::array<Page, CountPages()> pages = {};
+    for (const Row& row : kRows)
+    {
+        if (HasPlace(row))
+        {
+            Page& page = pages[PageOf(row.id)];
+            page.count = std::max(page.count, static_cast<std::uint16_t>(PlaceInPage(row.id) + 1));
+        }
+    }
+    std::uint16_t begin = 0;
+    for (Page& page : pages)
+    {
+        page.begin = begin;
+        begin = static_cast<std::uint16_t>(begin + page.count);
+    }
+    return pages;
+}
+
+constexpr std::array<Page, CountPages()> kPages = MakePages();
+constexpr std::size_t kPlaceCount = kPages.back().begin + std::size_t{kPages.back().count};
+static_assert(kPlaceCount < 8192, "the pages are of another size than the families");
+
+/// The texts of the entries of `mapCodecs`; null where there is no entry, and before they are remembered.
+std::array<const std::string*, kPlaceCount> g_texts;
 
 /// The number of one of our own maps, and `kOwnMaps` for any other.
 std::size_t NumberOf(const MapCodecs& map)
@@ -180,13 +219,29 @@ std::optional<AVCodecID> FindCodecID(const std::string& textId, const MapCodecs&
                                                                     : std::nullopt;
 }
 
-const std::string* FindCodecText(AVCodecID id) { return SlotOf(id).text; }
+// Beside its table: a call more would be a fifth of what it takes.
+const std::string& CodecIDToTextID(AVCodecID id)
+{
+    const std::uint32_t page = PageOf(id);
+    if (page < kPages.size() && PlaceInPage(id) < kPages[page].count)
+    {
+        const std::string* const text = g_texts[kPages[page].begin + PlaceInPage(id)];
+        if (text != nullptr)
+        {
+            return *text;
+        }
+    }
+    return AVCodecIDToTextID(id, mapCodecs);
+}
 
 void RememberCodecTexts()
 {
     for (const auto& [id, text] : mapCodecs)
     {
-        SlotOf(id) = {id, &text};
+        if (PageOf(id) < kMostPages)
+        {
+            g_texts[kPages[PageOf(id)].begin + PlaceInPage(id)] = &text;
+        }
     }
 }
 

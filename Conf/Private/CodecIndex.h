@@ -25,9 +25,6 @@ CodecFacts GetCodecFacts(const std::string& textId);
 
 /// The codec ID under which the text is in `map`.
 std::optional<AVCodecID> FindCodecID(const std::string& textId, const MapCodecs& map);
-/// The text of an entry of `mapCodecs`; null when there is none, and before `RememberCodecTexts`.
-const std::string* FindCodecText(AVCodecID id);
-
 /// Remembers where the texts of `mapCodecs` are. Called once, when it has been made.
 void RememberCodecTexts();
 
