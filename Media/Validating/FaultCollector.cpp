@@ -86,7 +86,7 @@ void FaultCollector::Add(DocumentFault::Kind kind, const Place& place, const std
         m_isComplete = false;
         return;
     }
-    DocumentFault fault = {kind, place, reason, part.pointer + index.PointerTo(value)};
+    DocumentFault fault = {kind, place, reason, part.PointerTo(value)};
     const std::string_view key = index.KeyTextOf(value);
     const bool isKey = aspect == Aspect::Key && !key.empty();
     fault.offset = part.offset + (isKey ? index.KeyOffsetOf(value) : index.OffsetOf(value));

@@ -17,9 +17,17 @@ namespace Zelnor::Media
 struct JsonPart
 {
     std::string_view text;
-    std::size_t offset;  ///< in the document
-    std::string pointer; ///< of its outermost value
+    std::size_t offset; ///< in the document
     JsonIndex index;
+    /// What it is a part of, and which value of that it is; null for a document.
+    const JsonPart* outer = nullptr;
+    JsonIndex::Id place = 0;
+
+    /// Takes time with the number of siblings, so it is asked for faults only.
+    std::string PointerTo(JsonIndex::Id value) const
+    {
+        return (outer == nullptr ? "" : outer->PointerTo(place)) + index.PointerTo(value);
+    }
 };
 
 /// What of a value a fault is about.

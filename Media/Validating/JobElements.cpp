@@ -152,8 +152,8 @@ std::optional<JobElement> ReadElement(const JsonPart& document, Id value, bool i
 JsonPart DataPart(const JsonPart& document, Id data)
 {
     const std::string_view text = document.index.TextOf(data);
-    return {text, document.offset + document.index.OffsetOf(data),
-            document.pointer + document.index.PointerTo(data), JsonIndex(text, kRecordLevels)};
+    return {text, document.offset + document.index.OffsetOf(data), JsonIndex(text, kRecordLevels), &document,
+            data};
 }
 
 std::vector<BadLink> FindBadLinks(const JobElements& job)

@@ -38,7 +38,7 @@ struct JobElements
 std::optional<JobElement> ReadElement(const JsonPart& document, JsonIndex::Id value, bool isLink,
                                       const std::string& name, FaultCollector& faults);
 
-/// The record of an element as a part of the document. \param data  its value
+/// The record of an element as a part of the document, which must outlive it. \param data  its value
 JsonPart DataPart(const JsonPart& document, JsonIndex::Id data);
 
 /// A link that a graph refuses.

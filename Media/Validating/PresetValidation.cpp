@@ -122,7 +122,7 @@ void ValidatePreset(const JsonPart& document, const std::string& name, FaultColl
     const std::size_t begin = document.index.KeyOffsetOf(*member);
     const std::size_t end = document.index.OffsetOf(*member) + document.index.TextOf(*member).size();
     const std::string text = "{" + std::string(document.text.substr(begin, end - begin)) + "}";
-    const JsonPart part = {text, begin - 1, "", JsonIndex(text, kRecordLevels)};
+    const JsonPart part = {text, begin - 1, JsonIndex(text, kRecordLevels)};
     const ReadRecord read = ReadRecordPart(part, Place{name}, faults);
     if (!read.record)
     {

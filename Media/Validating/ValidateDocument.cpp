@@ -36,7 +36,7 @@ DocumentFaults ValidateDocument(const std::string& text, const std::string& name
         faults.AddSyntax(*fault, Place{name});
         return faults.Finish(DocumentFaults::Unknown);
     }
-    const JsonPart document = {text, 0, "", JsonIndex(text, kJobLevels)};
+    const JsonPart document = {text, 0, JsonIndex(text, kJobLevels)};
     if (document.index.KindOf(0) != JsonIndex::Kind::Object)
     {
         faults.Add(DocumentFault::Form, Place{name},
