@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// The faults of the good job after one change.
-std::vector<std::string> Changed(const std::string& from, const std::string& to)
+std::vector<std::string> ChangedJob(const std::string& from, const std::string& to)
 {
     return FaultLines(With(kGoodJob, from, to));
 }
@@ -72,7 +72,7 @@ TEST(ValidatingAJob, TellsAllFaultsInTheOrderOfTheText)
 
 TEST(ValidatingAJob, FindsEveryValueThatIsNotOne)
 {
-    EXPECT_THAT(Changed(R"("bitrate": 400000)", R"("bitrate": 1.5, "profile": true, "tune": [1, 2, 3])"),
+    EXPECT_THAT(ChangedJob(R"("bitrate": 400000)", R"("bitrate": 1.5, "profile": true, "tune": [1, 2, 3])"),
                 ElementsAre("11:47 /edges/1/data/data/format_codec_video/bitrate form: link 3 -> 2, data: "
                             "expected an integer, a string, a rational, null or a group, found a number that "
                             "is not a 64-bit integer",
@@ -84,26 +84,26 @@ TEST(ValidatingAJob, FindsEveryValueThatIsNotOne)
 
 TEST(ValidatingAJob, FindsWhatHasNoPlaceInARecord)
 {
-    EXPECT_THAT(Changed(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": 0}, "more": {}})"),
+    EXPECT_THAT(ChangedJob(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": 0}, "more": {}})"),
                 ElementsAre("5:57 /vertices/2/data/data/more ignored: node 3, data: more than one member; "
                             "only the first one is the record"));
-    EXPECT_THAT(Changed(R"("streamRaw": {"id": 0})", R"("streamRaw": {"id": 0, "id": 1})"),
+    EXPECT_THAT(ChangedJob(R"("streamRaw": {"id": 0})", R"("streamRaw": {"id": 0, "id": 1})"),
                 ElementsAre("5:56 /vertices/2/data/data/streamRaw/id ignored: node 3, id: appears more than "
                             "once; only the first one counts"));
-    EXPECT_THAT(Changed(R"("bitrate": 400000)", R"("bitrate": 400000, "bitrate": 5)"),
+    EXPECT_THAT(ChangedJob(R"("bitrate": 400000)", R"("bitrate": 400000, "bitrate": 5)"),
                 ElementsAre("11:55 /edges/1/data/data/format_codec_video/bitrate setting: link 3 -> 2, video "
                             "stream 0, bitrate: appears more than once"));
     EXPECT_THAT(
-        Changed(R"({"data": {"streamRaw": {"id": 0}}})", R"({"data": {"streamRaw": {"id": 0}}, "x": 1})"),
+        ChangedJob(R"({"data": {"streamRaw": {"id": 0}}})", R"({"data": {"streamRaw": {"id": 0}}, "x": 1})"),
         ElementsAre("5:23 /vertices/2/data form: node 3, data: expected a record (an object with one "
                     "member), found an object with 2 members"));
 }
 
 TEST(ValidatingAJob, FindsKeysThatNobodyReads)
 {
-    EXPECT_THAT(Changed("\"vertices\"", "\"comment\": 1, \"vertices\""),
+    EXPECT_THAT(ChangedJob("\"vertices\"", "\"comment\": 1, \"vertices\""),
                 ElementsAre("2:3 /comment ignored: unknown key 'comment'"));
-    EXPECT_THAT(Changed(R"("from": 1, "to": 3)", R"("form": 7, "from": 1, "to": 3, "to": 4)"),
+    EXPECT_THAT(ChangedJob(R"("from": 1, "to": 3)", R"("form": 7, "from": 1, "to": 3, "to": 4)"),
                 ElementsAre("9:15 /edges/0/form ignored: link 1 -> 3: unknown key 'form'; did you mean "
                             "'from'?",
                             "9:46 /edges/0/to ignored: link 1 -> 3, to: appears more than once; only the "
@@ -115,13 +115,13 @@ TEST(ValidatingAJob, FindsNumbersThatAreNone)
 {
     // What follows from links that lead nowhere is not told.
     EXPECT_THAT(
-        Changed(R"({"id": 3, "data")", R"({"id": "3", "data")"),
+        ChangedJob(R"({"id": 3, "data")", R"({"id": "3", "data")"),
         ElementsAre("5:12 /vertices/2/id ignored: id: expected a 64-bit integer, found a string, which "
                     "counts as 0",
                     "9:32 /edges/0/to structure: link 1 -> 3: There is no node 3",
                     "10:23 /edges/1/from structure: link 3 -> 2: There is no node 3"));
     EXPECT_THAT(
-        Changed(R"("id": 1, "from": 1, "to": 3)", R"("id": 99999999999999999999, "from": 1.0, "to": 3)"),
+        ChangedJob(R"("id": 1, "from": 1, "to": 3)", R"("id": 99999999999999999999, "from": 1.0, "to": 3)"),
         ElementsAre(
             "9:12 /edges/0/id ignored: link 0 -> 3, id: expected a 64-bit integer, found a number, which "
             "counts as 0",
@@ -133,7 +133,7 @@ TEST(ValidatingAJob, FindsNumbersThatAreNone)
 TEST(ValidatingAJob, FindsRecordsOfLinksThatHaveNone)
 {
     EXPECT_THAT(
-        Changed(R"("from": 1, "to": 3)", R"("from": 1, "to": 3, "data": {"data": {"a": 1}})"),
+        ChangedJob(R"("from": 1, "to": 3)", R"("from": 1, "to": 3, "data": {"data": {"a": 1}})"),
         ElementsAre("9:43 /edges/0/data ignored: link 1 -> 3, data: a link to a raw stream does not have a "
                     "record"));
 }
@@ -141,14 +141,14 @@ TEST(ValidatingAJob, FindsRecordsOfLinksThatHaveNone)
 TEST(ValidatingAJob, FindsLinksThatAGraphRefuses)
 {
     EXPECT_THAT(
-        Changed(R"({"id": 3, "from": 1, "to": 4})", R"({"id": 3, "from": 1, "to": 3},{"from":1,"to":4})"),
+        ChangedJob(R"({"id": 3, "from": 1, "to": 4})", R"({"id": 3, "from": 1, "to": 3},{"from":1,"to":4})"),
         ElementsAre("12:5 /edges/2 structure: link 1 -> 3: There is already a link from node 1 to "
                     "node 3"));
 }
 
 TEST(ValidatingAJob, FindsWhatIsWrongWithNodesAndLinks)
 {
-    EXPECT_THAT(Changed(R"({"id": 1, "data")", R"({"id": 7}, {"id": 8}, {"id": 1, "data")"),
+    EXPECT_THAT(ChangedJob(R"({"id": 1, "data")", R"({"id": 7}, {"id": 8}, {"id": 1, "data")"),
                 ElementsAre("3:12 /vertices/0/id topology: 1 node without links: 7",
                             "3:23 /vertices/1/id topology: 1 node without links: 8"));
     EXPECT_THAT(FaultLines(R"({"vertices":[{"id":1}],"edges":[]})"),
@@ -180,18 +180,18 @@ TEST(ValidatingAJob, FindsWhatIsMissing)
 
 TEST(ValidatingAJob, LooksAtListsOfATargetAndASource)
 {
+    EXPECT_THAT(ChangedJob(R"("filePath": "out.mp4")",
+                           R"("filePath": "", "chapters": [{"": {"start": 5, "end": 4}}])"),
+                ElementsAre("4:76 /vertices/1/data/data/target/filePath setting: node 2, filePath: expected "
+                            "the name of a file, found ''",
+                            "4:92 /vertices/1/data/data/target/chapters setting: node 2, chapters: a chapter "
+                            "has 'start' and 'end' in microseconds, of which 'end' is not the earlier one, "
+                            "and may have 'title', a text"));
     EXPECT_THAT(
-        Changed(R"("filePath": "out.mp4")", R"("filePath": "", "chapters": [{"": {"start": 5, "end": 4}}])"),
-        ElementsAre("4:76 /vertices/1/data/data/target/filePath setting: node 2, filePath: expected "
-                    "the name of a file, found ''",
-                    "4:92 /vertices/1/data/data/target/chapters setting: node 2, chapters: a chapter "
-                    "has 'start' and 'end' in microseconds, of which 'end' is not the earlier one, "
-                    "and may have 'title', a text"));
-    EXPECT_THAT(
-        Changed(R"("filePath": "in.mkv")", R"("filePath": "in.mkv", "leftOut": [{"": 1}])"),
+        ChangedJob(R"("filePath": "in.mkv")", R"("filePath": "in.mkv", "leftOut": [{"": 1}])"),
         ElementsAre("6:53 /vertices/3/data/data/streamRaw/id setting: node 4, id: 'leftOut' of node 1 "
                     "says that stream 1 is left out"));
-    EXPECT_THAT(Changed(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": -1}})"),
+    EXPECT_THAT(ChangedJob(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": -1}})"),
                 ElementsAre("5:53 /vertices/2/data/data/streamRaw/id setting: node 3, id: expected the index "
                             "of a stream, found -1"));
 }
@@ -199,7 +199,7 @@ TEST(ValidatingAJob, LooksAtListsOfATargetAndASource)
 TEST(ValidatingAJob, LooksAtOptionsOfTheInstalledEncoder)
 {
     EXPECT_THAT(
-        Changed(R"("PIXELFORMAT": 0)", R"("codec.options.encode": {"crf": 23, "crff": 1})"),
+        ChangedJob(R"("PIXELFORMAT": 0)", R"("codec.options.encode": {"crf": 23, "crff": 1})"),
         ElementsAre("11:126 /edges/1/data/data/format_codec_video/codec.options.encode/crff encoder: link "
                     "3 -> 2, video stream 0, codec.options.encode.crff: encoder libx264 does not have an "
                     "option 'crff'"));
@@ -224,7 +224,7 @@ TEST(ValidatingAJob, OpensNoFile)
     TemporaryFolder folder;
     const std::string name = (folder / "in.mkv").string();
     WriteFile(name, "no media");
-    EXPECT_THAT(Changed("in.mkv", name), IsEmpty());
+    EXPECT_THAT(ChangedJob("in.mkv", name), IsEmpty());
 }
 
 TEST(ValidatingAFile, NamesItInItsFaults)

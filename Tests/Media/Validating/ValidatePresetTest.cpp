@@ -17,7 +17,7 @@ using namespace Zelnor::Testing;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<std::string> Changed(const std::string& from, const std::string& to)
+std::vector<std::string> ChangedPreset(const std::string& from, const std::string& to)
 {
     return FaultLines(With(kGoodPreset, from, to));
 }
@@ -88,14 +88,14 @@ TEST(ValidatingAPreset, FindsWhatIsMissing)
 
 TEST(ValidatingAPreset, FindsKeysThatStandInItTwice)
 {
-    EXPECT_THAT(Changed("\"width\": 640", "\"width\": 640, \"width\": 320"),
+    EXPECT_THAT(ChangedPreset("\"width\": 640", "\"width\": 640, \"width\": 320"),
                 ElementsAre("6:60 /small/$$STREAMS$$/video/width ignored: small.$$STREAMS$$.video.width: "
                             "appears more than once; only the first one counts"));
 }
 
 TEST(ValidatingAPreset, FindsEveryValueThatIsNotOne)
 {
-    EXPECT_THAT(Changed("\"width\": 640", "\"width\": 640.5, \"height\": [1, 0]"),
+    EXPECT_THAT(ChangedPreset("\"width\": 640", "\"width\": 640.5, \"height\": [1, 0]"),
                 ElementsAre("6:55 /small/$$STREAMS$$/video/width form: expected an integer, a string, a "
                             "rational, null or a group, found a number that is not a 64-bit integer",
                             "6:72 /small/$$STREAMS$$/video/height form: a rational with the denominator 0"));
