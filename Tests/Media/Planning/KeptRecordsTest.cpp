@@ -20,7 +20,7 @@ using testing::IsEmpty;
 
 const std::string kMpeg4AndMp2 =
     R"({"video":{"codec_id":"CODEC_ID_MPEG4"},"audio":{"codec_id":"CODEC_ID_MP2"}})";
-const std::string kMpeg4 = R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})";
+const std::string kMpeg4Preset = R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})";
 
 PlannedJob PlanKept(const MediaFile& source, const std::string& container, const std::string& streams)
 {
@@ -73,7 +73,7 @@ TEST(KeptRecords, LeaveOutChaptersWhoseTitlesAreTooLong)
 {
     MediaFile source = MakeMediaFile({MakeVideoStream()});
     source.chapters = {{0, 5000000, std::string(100000, 'x')}, {5000000, 10000000, "Two"}};
-    const PlannedJob job = PlanKept(source, "mp4", kMpeg4);
+    const PlannedJob job = PlanKept(source, "mp4", kMpeg4Preset);
     EXPECT_FALSE((*job.graph)[2].ChildExists("chapters"));
     EXPECT_THAT(job.notes, ElementsAre("in.mkv: its 2 chapters are left out; their titles are too long"));
 }
@@ -82,7 +82,7 @@ TEST(KeptRecords, NameTitlesOfChaptersThatTheContainerCuts)
 {
     MediaFile source = MakeMediaFile({MakeVideoStream()});
     source.chapters = {{0, 10000000, std::string(70000, 'x')}};
-    const PlannedJob job = PlanKept(source, "mp4", kMpeg4);
+    const PlannedJob job = PlanKept(source, "mp4", kMpeg4Preset);
     EXPECT_EQ((*job.graph)[2]["chapters"].Count(), 1U);
     EXPECT_THAT(job.notes, ElementsAre("in.mkv: container mp4 cannot hold the titles of chapters"));
 }
@@ -91,7 +91,7 @@ TEST(KeptRecords, LeaveOutCoversThatNoPlayerShows)
 {
     MediaStream cover = MakeAttachedPicture();
     cover.codec = "bmp";
-    const PlannedJob job = PlanKept(MakeMediaFile({MakeVideoStream(), cover}), "mp4", kMpeg4);
+    const PlannedJob job = PlanKept(MakeMediaFile({MakeVideoStream(), cover}), "mp4", kMpeg4Preset);
     EXPECT_FALSE((*job.graph)[2].ChildExists("attachments"));
     EXPECT_THAT(
         job.notes,
@@ -104,10 +104,10 @@ TEST(KeptRecords, SayNothingOfTextThatMakesTheChapters)
     MediaStream text = MakeStream(StreamKind::Data, Conf::IFormatCodec::Create());
     text.codec = "bin_data";
     MediaFile source = MakeMediaFile({MakeVideoStream(), text});
-    EXPECT_THAT(PlanKept(source, "mp4", kMpeg4).notes,
+    EXPECT_THAT(PlanKept(source, "mp4", kMpeg4Preset).notes,
                 ElementsAre("in.mkv: data stream 1: (bin_data) is left out; data streams are not converted"));
     source.chapters = {{0, 10000000, "One"}};
-    EXPECT_THAT(PlanKept(source, "mp4", kMpeg4).notes, IsEmpty());
+    EXPECT_THAT(PlanKept(source, "mp4", kMpeg4Preset).notes, IsEmpty());
 }
 
 TEST(KeptRecords, NameTheStreamsWithoutALanguage)
@@ -123,7 +123,7 @@ TEST(KeptRecords, KeepAPlaceWithOtherDigits)
 {
     const MediaFile source = MakeMediaFile({MakeVideoStream()});
     SetTag(*source.descriptor, "location", "+48.1+011.5/");
-    const PlannedJob job = PlanKept(source, "mov", kMpeg4);
+    const PlannedJob job = PlanKept(source, "mov", kMpeg4Preset);
     EXPECT_EQ((*job.graph)[2]["metadata"]["location"].GetString(), "+48.1+011.5/");
     EXPECT_THAT(job.notes, IsEmpty());
 }
