@@ -240,13 +240,15 @@ TEST(FFmpegArguments, EveryFaultOfAStreamIsTold)
                           VideoRecord(R"("codec_id":"CODEC_ID_H264","width":-640,"height":360,"aspect_x":1,)"
                                       R"("aspect_y":1,"PIXELFORMAT":28,"profile":"odd","more":1)"),
                           "webm")),
-        (Arguments{"link 3 -> 2, video stream 0, width: expected an integer from 1 to 65535, found -640",
-                   "link 3 -> 2, video stream 0: unknown setting 'more'",
-                   "link 3 -> 2, video stream 0: the container webm cannot hold h264",
-                   "link 3 -> 2, video stream 0, PIXELFORMAT: encoder libx264 does not support "
-                   "pixel format RGBA",
-                   "link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
-                   "'odd'"}));
+        (Arguments{
+            "link 3 -> 2, video stream 0, width: expected an integer from 1 to 65535, found -640",
+            "link 3 -> 2, video stream 0: unknown setting 'more'",
+            "link 3 -> 2, video stream 0: the container webm cannot hold h264; it holds CODEC_ID_VP9 or "
+            "CODEC_ID_VP8",
+            "link 3 -> 2, video stream 0, PIXELFORMAT: encoder libx264 does not support "
+            "pixel format RGBA",
+            "link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
+            "'odd'"}));
 }
 
 TEST(FFmpegArguments, ThereIsAnEncoderForEachStream)
@@ -313,7 +315,8 @@ TEST(FFmpegArguments, TheContainerIsKnownAndHoldsTheStreams)
 {
     const Core::Property codec = VideoRecord(R"("codec_id":"CODEC_ID_VP8","bitrate":1)");
     ExpectFault(MakeTranscode(OneVideo(), codec, "mp4"),
-                "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8");
+                "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8; it holds CODEC_ID_H264, "
+                "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO");
     ExpectFault(
         MakeTranscode(OneVideo(), codec, "a64x"),
         "node 2, container: the installed FFmpeg cannot write the container 'a64x'; did you mean 'a64' or "
@@ -373,9 +376,11 @@ TEST(FFmpegArguments, StreamsWithoutASourceAreCheckedAsFarAsTheyCanBe)
     Transcode transcode =
         MakeTranscode(OneVideo(), VideoRecord(R"("codec_id":"CODEC_ID_VP8","odd":1,"bitrate":1)"));
     transcode.streams[0].input = TranscodeStream::kNoInput;
-    EXPECT_EQ(FaultsOf(transcode),
-              (Arguments{"link 3 -> 2, video stream 0: unknown setting 'odd'",
-                         "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8"}));
+    EXPECT_EQ(
+        FaultsOf(transcode),
+        (Arguments{"link 3 -> 2, video stream 0: unknown setting 'odd'",
+                   "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8; it holds CODEC_ID_H264, "
+                   "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO"}));
 }
 
 TEST(FFmpegArguments, HoldFreeOptionsBesideWhatSettingsGive)
