@@ -317,6 +317,8 @@ void AddPresetFolders(Operations& rows)
 
 Operations MediaOperations()
 {
+    // FFmpeg is loaded here, or each process of the campaign would do so anew.
+    static_cast<void>(MuxerDescription("mp4"));
     Operations rows;
     AddReading(rows);
     AddProbing(rows);
