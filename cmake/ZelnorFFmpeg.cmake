@@ -68,8 +68,10 @@ function(zelnor_ffmpeg_codecs include_dir header)
 namespace Zelnor::Conf::details
 {
 
+// NOLINTBEGIN(misc-redundant-expression): clang-tidy takes some of so many operands for equal ones.
 static_assert(@numbers@,
               \"This build of Zelnor was made with FFmpeg headers that give codecs other numbers\");
+// NOLINTEND(misc-redundant-expression)
 
 } // namespace Zelnor::Conf::details
 
