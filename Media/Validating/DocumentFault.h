@@ -89,9 +89,10 @@ struct DocumentFaults
 ///
 /// \param text  of any size and content
 /// \param name  what the faults' places call the document; may be empty
+/// \throw MediaException when FFmpeg's libraries, which know containers and encoders, cannot be used
 ZELNOR_API DocumentFaults ValidateDocument(const std::string& text, const std::string& name = "");
 
-/// The same for a file. \throw Core::CoreException when it cannot be read
+/// The same for a file. \throw MediaException as above \throw Core::CoreException when it cannot be read
 ZELNOR_API DocumentFaults ValidateFile(const ioPath& path);
 
 } // namespace Zelnor::Media
