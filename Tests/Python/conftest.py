@@ -1,0 +1,99 @@
+"""What the tests share: a clip, presets and jobs."""
+
+from __future__ import annotations
+
+import os
+import pathlib
+import subprocess
+from fractions import Fraction
+from typing import Any, Callable
+
+import pytest
+
+import zelnor
+
+SOURCES = pathlib.Path(__file__).resolve().parents[2]
+PRESETS = SOURCES / "Presets"
+
+
+def _ffmpeg(*arguments: str) -> None:
+    # A sanitizer that is loaded into the tests is not for ffmpeg.
+    environment = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
+    command = ["ffmpeg", "-nostdin", "-v", "error", "-y", *arguments]
+    subprocess.run(command, check=True, env=environment)
+
+
+@pytest.fixture(scope="session")
+def clip(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
+    """A second of video (64x48, 25 fps) and of stereo sound, with a title and a chapter."""
+    folder = tmp_path_factory.mktemp("clip")
+    metadata = folder / "metadata.txt"
+    metadata.write_text(
+        ";FFMETADATA1\ntitle=Holiday\n[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=500\ntitle=Beach\n"
+    )
+    made = folder / "clip.mkv"
+    _ffmpeg(
+        *("-f", "lavfi", "-i", "testsrc=s=64x48:r=25:d=1"),
+        *("-f", "lavfi", "-i", "sine=d=1"),
+        *("-i", str(metadata), "-map_metadata", "2", "-map_chapters", "2"),
+        *("-map", "0:v", "-map", "1:a", "-ac", "2", "-c:v", "mpeg4", "-c:a", "ac3"),
+        *("-metadata:s:a:0", "language=deu", str(made)),
+    )
+    return made
+
+
+@pytest.fixture(scope="session")
+def long_clip(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
+    """Sound that takes long to encode: an hour and a half of silence."""
+    made = tmp_path_factory.mktemp("long") / "long.mkv"
+    _ffmpeg("-f", "lavfi", "-i", "anullsrc=r=44100:cl=stereo", "-t", "5400", "-c:a", "flac", str(made))
+    return made
+
+
+@pytest.fixture(scope="session")
+def media(clip: pathlib.Path) -> zelnor.MediaFile:
+    return zelnor.probe(clip)
+
+
+@pytest.fixture(scope="session")
+def mp3() -> zelnor.Preset:
+    return zelnor.Preset.open(PRESETS / "mp3.json")
+
+
+@pytest.fixture(scope="session")
+def mp4() -> zelnor.Preset:
+    return zelnor.Preset.open(PRESETS / "mp4-h264-aac.json")
+
+
+@pytest.fixture
+def plan_mp3(
+    media: zelnor.MediaFile, mp3: zelnor.Preset, tmp_path: pathlib.Path
+) -> Callable[..., zelnor.PlannedJob]:
+    """Plans a job that makes an MP3 file of the clip."""
+
+    def plan(name: str = "out.mp3", **request: Any) -> zelnor.PlannedJob:
+        return zelnor.plan(media, mp3, zelnor.JobRequest(output=tmp_path / name, **request))
+
+    return plan
+
+
+@pytest.fixture
+def long_job(
+    long_clip: pathlib.Path, mp3: zelnor.Preset, tmp_path: pathlib.Path
+) -> zelnor.Graph:
+    """A job that runs for many seconds."""
+    request = zelnor.JobRequest(output=tmp_path / "long.mp3")
+    return zelnor.plan(zelnor.probe(long_clip), mp3, request).graph
+
+
+@pytest.fixture
+def graph() -> zelnor.Graph:
+    """1 -> 3 -> 2: a source, its stream and a target."""
+    made = zelnor.Graph()
+    source = made.add_node(zelnor.Graph.in_file("in.mkv"))
+    target = made.add_node(zelnor.Record("target", {"container": "mp4", "filePath": "out.mp4"}))
+    stream = made.add_node(zelnor.Graph.raw_stream(0))
+    made.add_link(source, stream)
+    settings = {"codec_id": "CODEC_ID_H264", "frameRateRatio": Fraction(25)}
+    made.add_link(stream, target, zelnor.Record("format_codec_video", settings))
+    return made

@@ -1,0 +1,573 @@
+"""Records as Python values, without loss."""
+
+from __future__ import annotations
+
+import copy
+import enum
+import pickle
+from collections import OrderedDict
+from fractions import Fraction
+from typing import Any
+
+import pytest
+
+import zelnor
+from zelnor import PropertyType, Record
+
+VIDEO = {"width": 1920, "rate": Fraction(30000, 1001), "name": "Holiday", "none": None, "metadata": {"a": {}}}
+
+
+def nested(depth: int) -> Any:
+    """Returns a value of so many groups inside each other."""
+    value: Any = {}
+    for _ in range(depth - 1):
+        value = {"g": value}
+    return value
+
+
+def test_without_a_value_a_record_is_an_empty_group() -> None:
+    assert Record("target").is_group
+    assert len(Record("target")) == 0
+
+
+def test_without_a_name_a_record_has_the_empty_name() -> None:
+    assert Record().name == ""
+
+
+@pytest.mark.parametrize("value", [0, -1, 2**63 - 1, -(2**63), "", "é😀", Fraction(1, 3), Fraction(25), None, {}, VIDEO])
+def test_a_value_comes_back_as_it_was_given(value: Any) -> None:
+    assert Record("x", value).to_python() == value
+
+
+@pytest.mark.parametrize("value", [0, -(2**63), "", "é😀", Fraction(-1, 3), None, {}, VIDEO])
+def test_a_value_comes_back_from_the_library_as_it_was_given(value: Any) -> None:
+    graph = zelnor.Graph()
+    node = graph.add_node(Record("x", value))
+    assert graph.node(node) == Record("x", value)
+
+
+def test_the_least_numerator_passes_through_the_library() -> None:
+    graph = zelnor.Graph()
+    record = Record("x", Fraction(-(2**63), 2**63 - 1))
+    assert graph.node(graph.add_node(record)) == record
+
+
+def test_a_fraction_that_is_an_integer_stays_a_fraction() -> None:
+    assert Record("x", Fraction(25)).type is PropertyType.RATIO
+    graph = zelnor.Graph()
+    assert graph.node(graph.add_node(Record("x", Fraction(25)))).type is PropertyType.RATIO
+
+
+def test_names_that_occur_twice_become_a_list_of_dicts_with_one_member() -> None:
+    value = [{"audio": {"id": 1}}, {"audio": {"id": 2}}, {"video": 3}]
+    assert Record("streams", value).to_python() == value
+
+
+def test_names_that_occur_twice_pass_through_the_library() -> None:
+    record = Record("streams", [{"": 1}, {"": 2}])
+    graph = zelnor.Graph()
+    assert graph.node(graph.add_node(record)).to_python() == [{"": 1}, {"": 2}]
+
+
+def test_the_order_of_the_children_is_kept() -> None:
+    assert Record("x", OrderedDict([("b", 1), ("a", 2)])).names() == ["b", "a"]
+
+
+def test_a_group_is_made_of_records_with_their_names() -> None:
+    assert Record("x", [Record("a", 1), Record("b")]).to_python() == {"a": 1, "b": {}}
+
+
+def test_a_group_is_made_of_what_a_generator_yields() -> None:
+    assert Record("x", (Record("", i) for i in range(3))).to_python() == [{"": 0}, {"": 1}, {"": 2}]
+
+
+def test_a_record_as_a_value_is_copied() -> None:
+    inner = Record("a", {"b": 1})
+    outer = Record("x", {"c": inner})
+    inner["b"] = 2
+    assert outer["c"]["b"].value == 1
+
+
+def test_a_name_with_dots_is_one_name() -> None:
+    assert Record("x", {"codec.options.encode": {"crf": "20"}})["codec.options.encode"]["crf"].as_str() == "20"
+
+
+def test_a_nul_is_a_character_of_a_text() -> None:
+    graph = zelnor.Graph()
+    record = Record("a\0b", "c\0d")
+    assert graph.node(graph.add_node(record)) == record
+
+
+def test_bytes_that_are_not_utf8_are_kept_as_surrogates() -> None:
+    text = b"caf\xe9".decode("utf-8", "surrogateescape")
+    graph = zelnor.Graph()
+    assert graph.node(graph.add_node(Record("x", text))).as_str() == text
+
+
+@pytest.mark.parametrize("text", ["\ud800", "a\udfff", "\udc00\ud800"])
+def test_a_surrogate_that_is_not_a_byte_is_refused(text: str) -> None:
+    with pytest.raises(UnicodeEncodeError):
+        Record("x", text)
+    with pytest.raises(UnicodeEncodeError):
+        Record(text)
+
+
+@pytest.mark.parametrize("value", [2**63, -(2**63) - 1, 10**5000, Fraction(2**63, 5), Fraction(1, 2**63)])
+def test_a_number_beyond_64_bits_is_an_overflow(value: Any) -> None:
+    with pytest.raises(OverflowError, match="is an integer from -9223372036854775808 to 9223372036854775807"):
+        Record("x", value)
+
+
+@pytest.mark.parametrize("value", [True, False])
+def test_a_bool_is_refused(value: bool) -> None:
+    with pytest.raises(TypeError, match="^a record cannot hold a bool: use 0 or 1$"):
+        Record("x", value)
+
+
+def test_a_float_is_refused() -> None:
+    with pytest.raises(TypeError, match="^a record cannot hold a float: use a Fraction$"):
+        Record("x", 0.5)
+
+
+@pytest.mark.parametrize("value", [b"bytes", bytearray(b"x"), 1j, object(), print])
+def test_another_value_is_refused_with_its_type(value: Any) -> None:
+    with pytest.raises(TypeError, match=f"of type {type(value).__name__}$"):
+        Record("x", value)
+
+
+@pytest.mark.parametrize("value", [[1, 2], [30000, 1001], ["a"], [{}], [{"a": 1, "b": 2}], [[]], [None]])
+def test_an_element_without_a_name_is_refused(value: Any) -> None:
+    with pytest.raises(TypeError, match="^an element of a group is a Record or a mapping with one member$"):
+        Record("x", value)
+
+
+@pytest.mark.parametrize("name", [None, 1, b"x", ("a",)])
+def test_a_name_that_is_not_a_text_is_refused(name: Any) -> None:
+    with pytest.raises(TypeError, match="^the name of a record is a str, not "):
+        Record(name)
+    with pytest.raises(TypeError, match="^the name of a record is a str, not "):
+        Record("x", {name: 1})
+
+
+def test_512_groups_may_be_nested() -> None:
+    record = Record("x", nested(512))
+    assert Record.from_json(record.to_json()) == record
+
+
+def test_513_groups_are_refused() -> None:
+    with pytest.raises(ValueError, match="^groups are nested deeper than 512$"):
+        Record("x", nested(513))
+
+
+def test_groups_that_were_nested_too_deep_child_by_child_do_not_reach_the_library() -> None:
+    record = Record("x", nested(500))
+    child = record
+    while len(child):
+        child = child[0]
+    child["g"] = nested(100)
+    with pytest.raises(ValueError, match="^groups are nested deeper than 512$"):
+        zelnor.Graph().add_node(record)
+    with pytest.raises(ValueError, match="^groups are nested deeper than 512$"):
+        record.copy()
+
+
+def test_a_dict_that_contains_itself_is_refused() -> None:
+    value: Any = {}
+    value["a"] = {"b": value}
+    with pytest.raises(ValueError, match="^a group cannot contain itself$"):
+        Record("x", value)
+
+
+def test_a_list_that_contains_itself_is_refused() -> None:
+    value: Any = []
+    value.append({"a": value})
+    with pytest.raises(ValueError, match="^a group cannot contain itself$"):
+        Record("x", value)
+
+
+def test_the_same_dict_may_stand_in_several_places() -> None:
+    shared = {"b": 1}
+    assert Record("x", {"a": shared, "c": shared}).to_python() == {"a": {"b": 1}, "c": {"b": 1}}
+
+
+def test_a_record_may_be_put_into_itself() -> None:
+    record = Record("x", {"a": 1})
+    record["self"] = record
+    assert record.to_python() == {"a": 1, "self": {"a": 1}}
+
+
+def test_a_subclass_of_int_or_str_loses_what_it_adds() -> None:
+    class Word(str):
+        pass
+
+    class Number(enum.IntEnum):
+        ONE = 1
+
+    record = Record("x", {"word": Word("w"), "number": Number.ONE})
+    assert type(record["word"].value) is str
+    assert type(record["number"].value) is int
+
+
+# Children
+
+
+def test_a_child_is_found_by_its_name() -> None:
+    assert Record("x", VIDEO)["width"].as_int() == 1920
+
+
+def test_of_equal_names_the_first_is_found() -> None:
+    assert Record("x", [{"a": 1}, {"a": 2}])["a"].value == 1
+
+
+def test_all_children_of_a_name_are_found() -> None:
+    found = Record("x", [{"a": 1}, {"b": 2}, {"a": 3}]).find_all("a")
+    assert [child.value for child in found] == [1, 3]
+
+
+def test_negative_positions_count_from_the_end() -> None:
+    assert Record("x", VIDEO)[-1].name == "metadata"
+
+
+def test_a_slice_is_a_list_of_children() -> None:
+    assert [child.name for child in Record("x", VIDEO)[1:3]] == ["rate", "name"]
+
+
+def test_a_slice_backwards_is_a_list_of_children() -> None:
+    assert [child.name for child in Record("x", VIDEO)[::-2]] == ["metadata", "name", "width"]
+
+
+def test_a_slice_of_a_scalar_is_empty() -> None:
+    assert Record("x", 1)[:] == []
+
+
+def test_a_child_that_is_not_there_is_a_key_error_with_tags() -> None:
+    with pytest.raises(KeyError) as caught:
+        Record("video", VIDEO)["height"]
+    error = caught.value
+    assert isinstance(error, zelnor.PropertyException)
+    assert str(error) == "Property 'video' has no child 'height'"
+    assert error.property_name == "video"
+    assert error.property_type is PropertyType.GROUP
+
+
+@pytest.mark.parametrize("position", [5, -6, 10**30, -(10**30)])
+def test_a_position_that_is_not_there_is_an_index_error(position: int) -> None:
+    with pytest.raises(IndexError) as caught:
+        Record("video", VIDEO)[position]
+    assert isinstance(caught.value, zelnor.PropertyException)
+    assert str(caught.value) == f"Property 'video' has no child at position {position}, it has 5"
+
+
+@pytest.mark.parametrize("key", [None, 1.5, b"x", ()])
+def test_a_key_of_another_type_is_refused(key: Any) -> None:
+    with pytest.raises(TypeError):
+        Record("x", VIDEO)[key]
+
+
+def test_a_child_is_set_in_its_place() -> None:
+    record = Record("x", {"a": 1, "b": 2})
+    record["a"] = "one"
+    assert record.to_python() == {"a": "one", "b": 2}
+
+
+def test_a_child_that_is_not_there_is_appended() -> None:
+    record = Record("x", {"a": 1})
+    record["b"] = {"c": 2}
+    assert record.to_python() == {"a": 1, "b": {"c": 2}}
+
+
+def test_a_child_is_set_by_its_position_and_keeps_its_name() -> None:
+    record = Record("x", {"a": 1, "b": 2})
+    record[-1] = None
+    assert record.to_python() == {"a": 1, "b": None}
+
+
+def test_setting_a_child_to_a_record_keeps_the_key() -> None:
+    record = Record("x")
+    record["key"] = Record("other", 7)
+    assert record.to_python() == {"key": 7}
+
+
+def test_a_child_that_was_taken_before_shows_what_is_set_later() -> None:
+    record = Record("x", {"a": {"b": 1}})
+    child = record["a"]
+    record["a"] = {"c": 2}
+    assert child.to_python() == {"c": 2}
+
+
+def test_a_child_stays_when_it_is_removed_and_the_group_is_gone() -> None:
+    record = Record("x", {"a": {"b": 1}})
+    child = record["a"]["b"]
+    del record["a"]
+    del record
+    assert child.as_int() == 1
+
+
+def test_a_value_that_is_refused_leaves_the_record_as_it_was() -> None:
+    record = Record("x", VIDEO)
+    with pytest.raises(TypeError):
+        record["width"] = {"a": 1, "b": 0.5}
+    with pytest.raises(OverflowError):
+        record["new"] = 2**64
+    assert record == Record("x", VIDEO)
+
+
+def test_the_children_of_a_slice_cannot_be_set() -> None:
+    with pytest.raises(TypeError, match="^the children of a slice cannot be set$"):
+        Record("x", VIDEO)[0:2] = 1  # type: ignore[index]
+
+
+def test_children_are_removed_by_name_position_and_slice() -> None:
+    record = Record("x", [{"a": 1}, {"a": 2}, {"b": 3}, {"c": 4}])
+    del record["a"]
+    assert record.to_python() == {"a": 2, "b": 3, "c": 4}
+    del record[-1]
+    assert record.to_python() == {"a": 2, "b": 3}
+    del record[0:2]
+    assert record.to_python() == {}
+
+
+def test_of_equal_children_the_one_at_the_position_is_removed() -> None:
+    record = Record("x", [{"a": 1}, {"b": 2}, {"a": 1}])
+    first = record[0]
+    del record[2]
+    assert record[0] is first
+    assert record.names() == ["a", "b"]
+
+
+def test_a_child_is_added_beside_one_of_its_name() -> None:
+    record = Record("x", {"a": 1})
+    child = record.add("a", 2)
+    assert record.to_python() == [{"a": 1}, {"a": 2}]
+    assert record[1] is child
+
+
+def test_a_record_that_is_appended_is_copied() -> None:
+    record = Record("x")
+    other = Record("a", 1)
+    assert record.append(other) is not other
+    assert record.to_python() == {"a": 1}
+
+
+def test_what_is_not_a_record_is_not_appended() -> None:
+    with pytest.raises(TypeError, match="^a record was expected, not NoneType$"):
+        Record("x").append(None)  # type: ignore[arg-type]
+
+
+def test_clear_removes_all_children() -> None:
+    record = Record("x", VIDEO)
+    record.clear()
+    assert record == Record("x")
+
+
+@pytest.mark.parametrize("value", [1, "s", Fraction(1, 2), None])
+def test_a_scalar_cannot_get_children(value: Any) -> None:
+    record = Record("width", value)
+    with pytest.raises(zelnor.MethodIsNotApplicable) as caught:
+        record["a"] = 1
+    assert str(caught.value) == "'width' is not a group, so it cannot have children"
+    assert caught.value.method_name == "SetChildT"
+    assert caught.value.property_type is record.type
+    assert record.value == value
+
+
+def test_in_asks_for_a_name() -> None:
+    record = Record("x", {"a": None})
+    assert "a" in record
+    assert "b" not in record
+    assert 0 not in record
+
+
+def test_get_returns_none_for_a_child_that_is_not_there() -> None:
+    assert Record("x", VIDEO).get("height") is None
+    assert Record("x", 1).get("height") is None
+
+
+def test_a_record_is_true_even_if_it_is_empty() -> None:
+    assert Record("x")
+    assert Record("x", 0)
+
+
+def test_a_scalar_has_no_children() -> None:
+    assert len(Record("x", 1)) == 0
+    assert list(Record("x", "text")) == []
+
+
+def test_reversed_goes_backwards() -> None:
+    assert [child.name for child in reversed(Record("x", {"a": 1, "b": 2}))] == ["b", "a"]  # type: ignore[call-overload]
+
+
+def test_adding_while_iterating_is_noticed() -> None:
+    record = Record("x", {"a": 1, "b": 2})
+    with pytest.raises(RuntimeError, match="^the group changed while it was iterated$"):
+        for child in record:
+            record.add("c", child)
+
+
+def test_removing_while_iterating_is_noticed() -> None:
+    record = Record("x", {"a": 1, "b": 2})
+    with pytest.raises(RuntimeError, match="^the group changed while it was iterated$"):
+        for _ in record:
+            del record[0]
+
+
+def test_a_group_that_becomes_a_scalar_while_iterating_is_noticed() -> None:
+    record = Record("x", {"a": 1, "b": 2})
+    with pytest.raises(RuntimeError, match="^the group changed while it was iterated$"):
+        for _ in record:
+            record.value = 1
+
+
+def test_setting_children_while_iterating_is_allowed() -> None:
+    record = Record("x", {"a": 1, "b": 2})
+    for child in record:
+        child.value = 0
+    assert record.to_python() == {"a": 0, "b": 0}
+
+
+def test_a_dict_that_changes_while_it_is_read_is_noticed() -> None:
+    value: Any = {"a": 1}
+
+    class Growing(dict):  # type: ignore[type-arg]
+        def items(self) -> Any:
+            for item in super().items():
+                value[len(value)] = 1
+                yield item
+
+    value = Growing(a=1)
+    with pytest.raises(RuntimeError):
+        Record("x", value)
+
+
+# Values
+
+
+@pytest.mark.parametrize(
+    "read, value, text",
+    [
+        ("as_int", "1", "Property 'x' holds a string, not a 64-bit integer"),
+        ("as_str", 1, "Property 'x' holds a 64-bit integer, not a string"),
+        ("as_fraction", 1, "Property 'x' holds a 64-bit integer, not a rational"),
+        ("as_int", None, "Property 'x' holds nothing, not a 64-bit integer"),
+        ("as_str", {}, "Property 'x' holds a group, not a string"),
+        ("as_int", Fraction(1), "Property 'x' holds a rational, not a 64-bit integer"),
+    ],
+)
+def test_reading_another_type_is_refused(read: str, value: Any, text: str) -> None:
+    with pytest.raises(TypeError) as caught:
+        getattr(Record("x", value), read)()
+    assert isinstance(caught.value, zelnor.PropertyException)
+    assert str(caught.value) == text
+
+
+def test_the_value_of_a_group_is_its_children() -> None:
+    record = Record("x", {"a": 1})
+    assert record.value == (record["a"],)
+
+
+def test_the_types_have_the_numbers_of_the_library() -> None:
+    values = [None, 1, "s", Fraction(1, 2), {}]
+    assert [int(Record("x", value).type) for value in values] == [0, 1, 2, 3, 6]
+
+
+def test_a_name_may_be_changed() -> None:
+    record = Record("x", {"a": 1})
+    record["a"].name = "b"
+    assert record.to_python() == {"b": 1}
+
+
+@pytest.mark.parametrize("other", [Record("y", VIDEO), Record("x"), Record("x", 1), Record("x", {"width": 1}), 1, None])
+def test_records_that_differ_are_not_equal(other: Any) -> None:
+    assert Record("x", VIDEO) != other
+
+
+def test_an_integer_and_its_rational_are_not_equal() -> None:
+    assert Record("x", 1) != Record("x", Fraction(1))
+
+
+def test_the_order_of_children_matters_to_equality() -> None:
+    assert Record("x", {"a": 1, "b": 2}) != Record("x", {"b": 2, "a": 1})
+
+
+def test_a_record_has_no_hash() -> None:
+    with pytest.raises(TypeError, match="unhashable"):
+        hash(Record("x"))
+
+
+@pytest.mark.parametrize("clone", [copy.copy, copy.deepcopy, Record.copy, lambda r: pickle.loads(pickle.dumps(r))])
+def test_a_copy_is_equal_and_independent(clone: Any) -> None:
+    record = Record("x", [{"a": VIDEO}, {"a": [{"": 1}, {"": "\udce9"}]}])
+    cloned = clone(record)
+    assert cloned == record
+    cloned["a"]["width"] = 1
+    assert record["a"]["width"].value == 1920
+
+
+@pytest.mark.parametrize("protocol", range(pickle.HIGHEST_PROTOCOL + 1))
+def test_512_groups_are_pickled(protocol: int) -> None:
+    record = Record("x", nested(512))
+    assert pickle.loads(pickle.dumps(record, protocol)) == record
+
+
+def test_repr_shows_how_to_make_the_record() -> None:
+    record = Record("x", [{"a": 1}, {"a": None}])
+    assert repr(record) == "Record('x', [{'a': 1}, {'a': None}])"
+    assert eval(repr(record)) == record
+
+
+def test_str_is_a_dump_for_people() -> None:
+    record = Record("video", {"width": 1920, "rate": Fraction(30000, 1001), "metadata": {"none": None}})
+    assert str(record) == "video:\n  width: 1920\n  rate: 30000/1001\n  metadata:\n    none: null\n"
+
+
+def test_str_escapes_what_would_change_the_terminal() -> None:
+    assert str(Record("x", "\x1b[31m")) == "x: \\033[31m\n"
+
+
+def test_json_is_that_of_job_documents() -> None:
+    record = Record("video", {"width": 1920, "rate": Fraction(30000, 1001), "none": None, "list": [{"": 1}, {"": 2}]})
+    text = '{"video":{"width":1920,"rate":[30000,1001],"none":null,"list":[{"":1},{"":2}]}}'
+    assert record.to_json() == text
+    assert Record.from_json(text) == record
+
+
+def test_a_text_that_is_not_json_is_refused_with_the_place() -> None:
+    with pytest.raises(ValueError, match="^the text is not JSON, from byte 5$"):
+        Record.from_json('{"a":}')
+
+
+def test_json_behind_json_is_refused() -> None:
+    with pytest.raises(ValueError, match="^the text is not JSON, from byte 7$"):
+        Record.from_json('{"a":1}x')
+
+
+def test_json_that_is_not_a_record_is_refused_with_the_place() -> None:
+    with pytest.raises(zelnor.PropertyException, match="^a.b: expected an integer"):
+        Record.from_json('{"a":{"b":1.5}}')
+
+
+def test_a_subclass_that_holds_something_else_does_not_reach_the_library() -> None:
+    class Odd(Record):
+        _value = property(lambda self: 0.5)  # type: ignore[assignment]
+
+    odd = Odd.__new__(Odd)
+    Record._name.__set__(odd, "x")  # type: ignore[attr-defined]
+    with pytest.raises(TypeError, match="^a record holds an int, a str, a Fraction, None or a group$"):
+        zelnor.Graph().add_node(odd)
+
+
+def test_a_record_that_nobody_initialised_does_not_reach_the_library() -> None:
+    with pytest.raises(AttributeError):
+        zelnor.Graph().add_node(Record.__new__(Record))
+
+
+def test_children_that_are_not_records_do_not_reach_the_library() -> None:
+    with pytest.raises(TypeError, match="^the children of a group are records$"):
+        zelnor.Graph().add_node(Record._make("x", [1]))
+
+
+def test_a_cycle_that_was_forced_does_not_reach_the_library() -> None:
+    record = Record("x")
+    record._children("Add").append(record)
+    with pytest.raises(ValueError, match="^groups are nested deeper than 512$"):
+        zelnor.Graph().add_node(record)
