@@ -44,9 +44,9 @@ def clip(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
 
 @pytest.fixture(scope="session")
 def long_clip(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
-    """Sound that takes long to encode: an hour and a half of silence."""
+    """Sound that takes long to encode: a quarter of an hour of silence."""
     made = tmp_path_factory.mktemp("long") / "long.mkv"
-    _ffmpeg("-f", "lavfi", "-i", "anullsrc=r=44100:cl=stereo", "-t", "5400", "-c:a", "flac", str(made))
+    _ffmpeg("-f", "lavfi", "-i", "anullsrc=r=44100:cl=stereo", "-t", "900", "-c:a", "flac", str(made))
     return made
 
 

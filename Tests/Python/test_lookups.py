@@ -52,7 +52,7 @@ def test_adts_can_be_written_twice() -> None:
         ("is_container", "mp4", True),
         ("is_container", "MP4", False),
         ("is_container", "", False),
-        ("is_image_container", "image2pipe", True),
+        ("is_image_container", "image2", True),
         ("is_audio_container", "mp3", True),
         ("is_audio_container", "mp4", False),
         ("is_audio_bitrate_required", "CODEC_ID_MP3", True),

@@ -270,7 +270,7 @@ def test_a_job_document_is_read_with_notes(plan_mp3: Plan, tmp_path: pathlib.Pat
     planned = plan_mp3()
     planned.graph.save(tmp_path / "job.json")
     job = zelnor.read_job(tmp_path / "job.json")
-    assert zelnor.diff(job.graph, planned.graph) == []
+    assert zelnor.diff(job.graph, zelnor.Graph.from_json(planned.graph.to_json())) == []
     assert job.notes == ()
     (tmp_path / "bad.json").write_text("{}")
     with pytest.raises(zelnor.JobException) as caught:
@@ -303,8 +303,9 @@ def test_a_report_has_faults_and_losses(plan_mp3: Plan) -> None:
 
 
 def test_jobs_differ_by_key(plan_mp3: Plan) -> None:
-    graph = plan_mp3().graph
-    other = zelnor.Graph.from_json(graph.to_json().replace("192000", "96000"))
+    document = plan_mp3().graph.to_json()
+    graph = zelnor.Graph.from_json(document)
+    other = zelnor.Graph.from_json(document.replace("192000", "96000"))
     assert [(d.place, d.key, d.one, d.other) for d in zelnor.diff(graph, other)] == [
         ("link 3 -> 2", "bitrate", "192000", "96000")
     ]
@@ -347,8 +348,10 @@ def test_callbacks_are_called_in_the_thread_that_runs_the_job(plan_mp3: Plan) ->
 def test_a_target_that_is_there_is_not_replaced_unasked(plan_mp3: Plan, tmp_path: pathlib.Path) -> None:
     (tmp_path / "out.mp3").write_text("mine")
     graph = plan_mp3().graph
-    with pytest.raises(zelnor.RunException):
-        zelnor.run(graph)
+    with pytest.raises(zelnor.JobException) as caught:
+        zelnor.run(graph, document="job.json")
+    assert caught.value.node == 2
+    assert caught.value.file == "job.json"
     assert (tmp_path / "out.mp3").read_text() == "mine"
     assert zelnor.run(graph, overwrite=True).is_done
 
@@ -520,10 +523,18 @@ def test_a_file_that_is_not_what_the_job_says_differs(plan_mp3: Plan, tmp_path: 
 def test_verification_measures_quality(media: zelnor.MediaFile, tmp_path: pathlib.Path, mp4: zelnor.Preset) -> None:
     graph = zelnor.plan(media, mp4, JobRequest(tmp_path / "out.mp4")).graph
     assert zelnor.run(graph).is_done
-    progress: List[zelnor.RunProgress] = []
-    [verified] = zelnor.verify(graph, quality=True, on_progress=progress.append)
+    [verified] = zelnor.verify(graph, quality=True)
     assert 0.5 < verified.quality[0].ssim <= 1
-    assert progress
+    assert verified.quality[0].place.link is not None
+
+
+def test_verification_tells_how_far_it_is(plan_mp3: Plan, tmp_path: pathlib.Path) -> None:
+    graph = plan_mp3().graph
+    assert zelnor.run(graph).is_done
+    seen: List[zelnor.RunProgress] = []
+    zelnor.verify(graph, depth=zelnor.VerificationDepth.FULL, on_progress=seen.append)
+    assert seen[0].is_verifying
+    assert seen[0].file == str(tmp_path / "out.mp3")
 
 
 def test_verify_passes_through_what_its_callback_raises(plan_mp3: Plan) -> None:

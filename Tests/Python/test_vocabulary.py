@@ -55,8 +55,8 @@ def test_the_order_is_that_of_the_list(name: str) -> None:
     assert list(constants_of(name))[: len(rows)] == rows
 
 
-def test_there_are_about_900_constants() -> None:
-    assert sum(len(constants_of(name)) for name in CLASSES) > 850
+def test_no_class_is_empty() -> None:
+    assert [name for name in CLASSES if not constants_of(name)] == []
 
 
 @pytest.mark.parametrize(
@@ -99,7 +99,7 @@ def test_a_class_says_what_it_holds(name: str) -> None:
     assert getattr(zelnor, name).__doc__
 
 
-@pytest.mark.parametrize("name, count", [("PixFmt", 25), ("SampleFormats", 11), ("ChannelLayout", 28)])
+@pytest.mark.parametrize("name, count", [("PixFmt", 29), ("SampleFormats", 11), ("ChannelLayout", 28)])
 def test_an_enumeration_has_the_rows_of_its_list(name: str, count: int) -> None:
     enumeration = getattr(zelnor, name)
     assert issubclass(enumeration, enum.IntEnum)

@@ -335,7 +335,9 @@ class Record:
         return refusal
 
     def _no_position(self, position: int) -> Any:
-        text = f"Property '{self._name}' has no child at position {position}, it has {len(self)}"
+        # Python refuses to print numbers that are very long.
+        where = f"position {position}" if _LEAST <= position <= _MOST else "that position"
+        text = f"Property '{self._name}' has no child at {where}, it has {len(self)}"
         return self._refusal(RecordIndexError, text)
 
     def _other_kind(self, wanted: str) -> Any:
