@@ -5,6 +5,7 @@ from __future__ import annotations
 import os
 import pathlib
 import subprocess
+import sys
 from fractions import Fraction
 from typing import Any, Callable
 
@@ -16,11 +17,24 @@ SOURCES = pathlib.Path(__file__).resolve().parents[2]
 PRESETS = SOURCES / "Presets"
 
 
+# A sanitizer that is loaded into the tests is not for ffmpeg and dot, but for other interpreters.
+PRELOAD = os.environ.pop("LD_PRELOAD", "")
+
+
 def _ffmpeg(*arguments: str) -> None:
-    # A sanitizer that is loaded into the tests is not for ffmpeg.
-    environment = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
-    command = ["ffmpeg", "-nostdin", "-v", "error", "-y", *arguments]
-    subprocess.run(command, check=True, env=environment)
+    subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-y", *arguments], check=True)
+
+
+@pytest.fixture
+def run_python() -> Callable[..., "subprocess.CompletedProcess[str]"]:
+    """Runs an interpreter of its own."""
+
+    def run(*arguments: object, **options: Any) -> "subprocess.CompletedProcess[str]":
+        command = [sys.executable, *map(str, arguments)]
+        environment = {**os.environ, "LD_PRELOAD": PRELOAD}
+        return subprocess.run(command, capture_output=True, text=True, timeout=120, env=environment, **options)
+
+    return run
 
 
 @pytest.fixture(scope="session")

@@ -97,3 +97,83 @@ def test_an_exception_of_the_library_is_the_context_of_one_that_follows() -> Non
         except zelnor.NodeNotFound as error:
             raise RuntimeError("no job") from error
     assert isinstance(caught.value.__cause__, zelnor.NodeNotFound)
+
+
+# What the libraries throw seldom or never
+
+
+thrower = pytest.importorskip("thrower")
+
+
+def thrown(name: str) -> Any:
+    with pytest.raises(BaseException) as caught:
+        thrower.throw_(name)
+    return caught.value
+
+
+@pytest.mark.parametrize("name", [name for name in [*TREE, "ZelnorException"] if not name.startswith("Record")])
+def test_every_exception_arrives_as_its_class(name: str) -> None:
+    error = thrown(name)
+    assert type(error) is getattr(zelnor, name)
+    assert str(error) == error.description == "described"
+    assert error.unit == "Tests/Python/thrower"
+    assert error.call_stack
+
+
+def test_the_tags_of_a_property_are_attributes() -> None:
+    error = thrown("property tags")
+    assert (error.property_name, error.method_name) == ("width", "SetChildT")
+    assert error.property_type is zelnor.PropertyType.RATIO
+
+
+def test_the_tags_of_a_graph_are_attributes() -> None:
+    error = thrown("profile tags")
+    assert (error.requested_link, error.requested_node_id, error.json_bad_structure) == ((3, 2), 7, "bad")
+
+
+def test_the_tags_of_a_place_are_attributes() -> None:
+    error = thrown("media tags")
+    assert (error.file, error.node, error.link, error.stream, error.key) == ("caf\udce9.mkv", 2, (3, 2), 1, "a.b")
+
+
+def test_the_tags_of_a_failed_transcode_are_attributes() -> None:
+    error = thrown("transcode tags")
+    assert (error.exit_code, error.messages, error.node) == (137, ("one", "\udcff"), 2)
+
+
+def test_the_tags_of_a_failed_verification_are_attributes() -> None:
+    error = thrown("verification tags")
+    assert error.kept_file == "out.unverified.mp4"
+    assert str(error.differences[0]) == "duration: wanted 10 s, found 5 s"
+
+
+def test_a_cause_is_chained_and_so_is_its_own() -> None:
+    error = thrown("nested")
+    assert (type(error), str(error)) == (zelnor.ProbeException, "the failure")
+    cause = error.__cause__
+    assert (type(cause), str(cause)) == (zelnor.CoreException, "the cause")
+    root = cause.__cause__
+    assert (type(root), str(root)) == (ValueError, "the root")
+    assert root.__cause__ is None
+
+
+def test_a_long_chain_of_causes_ends() -> None:
+    error = thrown("chain")
+    length = 0
+    while error is not None:
+        error = error.__cause__
+        length += 1
+    assert length == 65
+
+
+@pytest.mark.parametrize(
+    "name, kind, text",
+    [
+        ("bad rational", ValueError, "bad rational: zero denominator"),
+        ("memory", MemoryError, "std::bad_alloc"),
+        ("nothing to say", ValueError, "Failed with St11logic_error"),
+    ],
+)
+def test_an_exception_of_the_standard_library_is_a_built_in_one(name: str, kind: type, text: str) -> None:
+    error = thrown(name)
+    assert (type(error), str(error)) == (kind, text)

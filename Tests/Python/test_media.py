@@ -6,8 +6,6 @@ import os
 import pathlib
 import pickle
 import signal
-import subprocess
-import sys
 import textwrap
 import threading
 import time
@@ -549,7 +547,7 @@ def test_verify_passes_through_what_its_callback_raises(plan_mp3: Plan) -> None:
 
 
 def test_a_thread_that_is_left_running_does_not_crash_the_end(
-    long_clip: pathlib.Path, tmp_path: pathlib.Path
+    long_clip: pathlib.Path, tmp_path: pathlib.Path, run_python: Any
 ) -> None:
     program = textwrap.dedent(
         """
@@ -564,6 +562,5 @@ def test_a_thread_that_is_left_running_does_not_crash_the_end(
         """
     )
     preset = pathlib.Path(__file__).resolve().parents[2] / "Presets" / "mp3.json"
-    command = [sys.executable, "-c", program, str(long_clip), str(preset), str(tmp_path / "out.mp3")]
-    done = subprocess.run(command, capture_output=True, text=True, timeout=60)
+    done = run_python("-c", program, long_clip, preset, tmp_path / "out.mp3")
     assert (done.returncode, done.stderr) == (0, "")

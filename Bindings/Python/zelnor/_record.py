@@ -81,15 +81,13 @@ class Record:
         """Read the JSON form of a record: an object with one member."""
         from . import _zelnor
 
-        read: Record = _zelnor._record_from_json(text)
-        return read
+        return _zelnor._record_from_json(text)
 
     def to_json(self) -> str:
         """Return the JSON form. Raise ValueError when groups are nested deeper than 512."""
         from . import _zelnor
 
-        text: str = _zelnor._record_to_json(self)
-        return text
+        return _zelnor._record_to_json(self)
 
     @property
     def name(self) -> str:
@@ -316,8 +314,7 @@ class Record:
         """Return a dump for people, one record a line."""
         from . import _zelnor
 
-        text: str = _zelnor._record_dump(self)
-        return text
+        return _zelnor._record_dump(self)
 
     def _children(self, method: str) -> List[Record]:
         if not isinstance(self._value, list):
