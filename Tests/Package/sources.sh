@@ -3,11 +3,12 @@
 set -euo pipefail
 source=$1 build=$2
 
-# What somebody else's project builds is not for our build, and peers are measured only where they are installed.
+# What somebody else's project builds is not for our build, peers are measured only where they are installed, and the
+# Python package is built where it is asked for.
 present() {
     cd "$source"
     find Benchmarks Conf Core Docs Examples Media Tests Tools -path Tests/Package/consumer -prune -o \
-        -path Benchmarks/Peers -prune -o \
+        -path Benchmarks/Peers -prune -o -path Tests/Python -prune -o \
         -name '*.cpp' -print | LC_ALL=C sort
 }
 # Alone, or together with others.

@@ -16,7 +16,9 @@ EXAMPLES = SOURCES / "Examples" / "Python"
 def test_transcode_makes_a_file(run_python: Any, clip: pathlib.Path, tmp_path: pathlib.Path) -> None:
     output = tmp_path / "out.mp4"
     done = run_python(EXAMPLES / "transcode.py", clip, SOURCES / "Presets" / "mp4-h264-aac.json", output)
-    assert (done.returncode, done.stdout) == (0, f"{output}: video, h264\n{output}: audio, aac\n")
+    assert done.returncode == 0
+    # FFmpeg keeps chapters of such a file as a stream, too.
+    assert done.stdout == "".join(f"{output}: {stream}\n" for stream in ("video, h264", "audio, aac", "data, bin_data"))
     assert f"{output}: " in done.stderr  # how far it is depends on the machine
 
 

@@ -157,6 +157,12 @@ def test_a_cause_is_chained_and_so_is_its_own() -> None:
     assert root.__cause__ is None
 
 
+def test_a_cause_in_a_tag_is_chained() -> None:
+    error = thrown("cause in a tag")
+    assert (type(error), str(error)) == (zelnor.ProbeException, "the failure")
+    assert (type(error.__cause__), str(error.__cause__)) == (zelnor.CoreException, "the cause")
+
+
 def test_a_long_chain_of_causes_ends() -> None:
     error = thrown("chain")
     length = 0

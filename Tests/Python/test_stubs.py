@@ -91,7 +91,7 @@ def test_the_stub_of_a_method_has_its_arguments(name: str) -> None:
 
 
 def test_the_stub_of_the_vocabulary_is_not_stale(run_python: Any) -> None:
-    made = run_python(PACKAGE / "vocabulary_stub.py")
+    made = run_python(PACKAGE / "Tools" / "vocabulary_stub.py")
     assert made.returncode == 0
     assert made.stdout == (PACKAGE / "zelnor" / "_vocabulary.pyi").read_text()
 

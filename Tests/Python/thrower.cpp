@@ -91,6 +91,18 @@ void ThrowNested()
     }
     catch (...)
     {
+        std::throw_with_nested(ProbeException() << TagDescription("the failure"));
+    }
+}
+
+void ThrowWithCauseInATag()
+{
+    try
+    {
+        ZELNOR_THROW(kUnit, Core::CoreException() << TagDescription("the cause"));
+    }
+    catch (...)
+    {
         ZELNOR_THROW(kUnit, ProbeException() << TagDescription("the failure")
                                              << boost::errinfo_nested_exception(boost::current_exception()));
     }
@@ -146,6 +158,7 @@ const std::map<std::string, std::function<void()>>& Throws()
         {"transcode tags", [] { ZELNOR_THROW(kUnit, WithTranscodeTags()); }},
         {"verification tags", [] { ZELNOR_THROW(kUnit, WithVerificationTags()); }},
         {"nested", ThrowNested},
+        {"cause in a tag", ThrowWithCauseInATag},
         {"chain", [] { ThrowChain(1000); }},
         {"bad rational", [] { throw boost::bad_rational(); }},
         {"memory", [] { throw std::bad_alloc(); }},

@@ -18,18 +18,28 @@ PyObject* RefuseToMake(PyTypeObject* type, PyObject*, PyObject*)
     return nullptr;
 }
 
-/// Not a function of pybind11: in a subinterpreter that would use objects of the main one.
-PyObject* RequireMainInterpreter(PyObject*, PyObject*)
+/// If not, sets Python's error.
+bool IsMainInterpreter()
 {
     if (PyInterpreterState_Get() != PyInterpreterState_Main())
     {
         PyErr_SetString(PyExc_ImportError, "zelnor does not support subinterpreters");
+        return false;
+    }
+    return true;
+}
+
+/// Not a function of pybind11: in a subinterpreter that would use objects of the main one.
+PyObject* RequireMainInterpreter(PyObject*, PyObject*)
+{
+    if (!IsMainInterpreter())
+    {
         return nullptr;
     }
     Py_RETURN_NONE;
 }
 
-PyMethodDef s_requireMainInterpreter = {"require_main_interpreter", &RequireMainInterpreter, METH_NOARGS,
+PyMethodDef s_requireMainInterpreter = {"_require_main_interpreter", &RequireMainInterpreter, METH_NOARGS,
                                         nullptr};
 
 } // namespace
@@ -58,13 +68,12 @@ void Seal(py::object type, newfunc make)
 
 } // namespace Zelnor::Python
 
-PYBIND11_MODULE(_zelnor, module)
+namespace
+{
+
+void Bind(Zelnor::Python::py::module_& module)
 {
     using namespace Zelnor::Python;
-    if (PyInterpreterState_Get() != PyInterpreterState_Main())
-    {
-        throw py::import_error("zelnor does not support subinterpreters");
-    }
     module.attr("_require_main_interpreter") =
         py::reinterpret_steal<py::object>(PyCFunction_New(&s_requireMainInterpreter, nullptr));
     BindExceptions();
@@ -77,4 +86,27 @@ PYBIND11_MODULE(_zelnor, module)
     BindProbing(module);
     BindPlanning(module);
     BindRunning(module);
+}
+
+} // namespace
+
+/// What PYBIND11_MODULE would define, but for the question that comes first: pybind11 waits for ever for the
+/// lock of a subinterpreter.
+extern "C" PYBIND11_EXPORT PyObject* PyInit__zelnor()
+{
+    namespace py = Zelnor::Python::py;
+    if (!Zelnor::Python::IsMainInterpreter())
+    {
+        return nullptr;
+    }
+    PYBIND11_CHECK_PYTHON_VERSION
+    PYBIND11_ENSURE_INTERNALS_READY
+    static py::module_::module_def s_definition;
+    auto module = py::module_::create_extension_module("_zelnor", nullptr, &s_definition);
+    try
+    {
+        Bind(module);
+        return module.ptr();
+    }
+    PYBIND11_CATCH_INIT_EXCEPTIONS
 }

@@ -212,14 +212,14 @@ class Record:
 
     def __getitem__(self, key: Union[str, SupportsIndex, slice]) -> Union[Record, List[Record]]:
         if isinstance(key, slice):
-            return list(self.value)[key] if isinstance(self._value, list) else []
+            return self._value[key] if isinstance(self._value, list) else []
         if isinstance(key, str):
             child = self.get(key)
             if child is None:
                 raise self._refusal(RecordKeyError, f"Property '{self._name}' has no child '{key}'")
             return child
         position = operator.index(key)
-        children = self._value if isinstance(self._value, list) else []
+        children: List[Record] = self._value if isinstance(self._value, list) else []
         try:
             return children[position]
         except IndexError:
