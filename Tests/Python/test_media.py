@@ -235,6 +235,8 @@ def test_a_strict_request_refuses_losses(plan_mp3: Plan) -> None:
         (JobRequest(codecs=["\ud800"]), UnicodeEncodeError),
         (JobRequest(frame_rate=Fraction(1, 2**70)), OverflowError),
         (JobRequest(frame_rate="x"), ValueError),  # type: ignore[arg-type]
+        (JobRequest(frame_rate=29.97), TypeError),  # type: ignore[arg-type]
+        (JobRequest(frame_rate=True), TypeError),
         (JobRequest(streams=None), AttributeError),  # type: ignore[arg-type]
         (JobRequest(streams=StreamRequest(chosen=[-1])), OverflowError),
         (JobRequest(streams=StreamRequest(chosen=[True])), TypeError),

@@ -5,6 +5,7 @@ from __future__ import annotations
 import copy
 import enum
 import pickle
+import random
 from collections import OrderedDict
 from fractions import Fraction
 from typing import Any
@@ -547,6 +548,55 @@ def test_a_text_that_is_not_json_is_refused_with_the_place() -> None:
 def test_json_behind_json_is_refused() -> None:
     with pytest.raises(ValueError, match="^the text is not JSON, from byte 7$"):
         Record.from_json('{"a":1}x')
+
+
+@pytest.mark.parametrize("text", ["null", " null\n"])
+def test_json_null_is_not_a_record(text: str) -> None:
+    with pytest.raises(ValueError, match=r"^expected a record \(an object with one member\), found null$"):
+        Record.from_json(text)
+
+
+@pytest.mark.parametrize(
+    "text, found",
+    [("{}", "an object with 0 members"), ('{"a":1,"b":2}', "an object with 2 members"), ("[]", "an array"), ("1", "an integer")],
+)
+def test_json_that_is_not_one_record_is_refused(text: str, found: str) -> None:
+    with pytest.raises(zelnor.PropertyException) as caught:
+        Record.from_json(text)
+    assert str(caught.value) == f"record: expected a record (an object with one member), found {found}"
+
+
+def test_keys_that_occur_twice_in_json_are_both_kept() -> None:
+    assert Record.from_json('{"x":{"a":1,"a":2}}').to_python() == [{"a": 1}, {"a": 2}]
+
+
+@pytest.mark.parametrize("seed", range(20))
+def test_random_records_pass_through_everything_without_loss(seed: int) -> None:
+    chance = random.Random(seed)
+
+    def text() -> str:
+        letters = ["a", "b", "", "é", "\0", "\n", '"', "\\", "\U0001f600", "\u202e", "$$"]
+        return "".join(chance.choices(letters, k=chance.randrange(3)))
+
+    def value(depth: int) -> Any:
+        kind = chance.randrange(6 if depth < 5 else 4)
+        if kind == 0:
+            return None
+        if kind == 1:
+            return chance.choice([0, -1, 2**63 - 1, -(2**63), chance.randrange(10**6)])
+        if kind == 2:
+            return text()
+        if kind == 3:
+            return Fraction(chance.randrange(-(2**63), 2**63), chance.randrange(1, 2**63))
+        return [Record(text(), value(depth + 1)) for _ in range(chance.randrange(5))]
+
+    graph = zelnor.Graph()
+    for _ in range(20):
+        record = Record(text(), value(0))
+        assert Record(record.name, record.to_python()) == record
+        assert Record.from_json(record.to_json()) == record
+        assert graph.node(graph.add_node(record)) == record
+        assert pickle.loads(pickle.dumps(record)) == record
 
 
 def test_json_that_is_not_a_record_is_refused_with_the_place() -> None:

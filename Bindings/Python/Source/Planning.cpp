@@ -127,6 +127,10 @@ std::optional<Core::Property::Ratio> ReadRate(const py::object& rate)
     {
         return std::nullopt;
     }
+    if (PyFloat_Check(rate.ptr()) || PyBool_Check(rate.ptr()))
+    {
+        throw py::type_error("the frame rate is an int or a Fraction");
+    }
     // As a record, so that the same rationals are allowed.
     const Core::Property record =
         ToProperty(RecordClass()("", py::module_::import("fractions").attr("Fraction")(rate)));

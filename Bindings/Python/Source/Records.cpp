@@ -143,6 +143,11 @@ Core::Property FromJson(const Text& text)
         throw py::value_error("the text is not JSON, from byte " +
                               std::to_string(result.IsError() ? result.Offset() : stream.Tell()));
     }
+    // The library would make an empty record of it.
+    if (text.bytes[text.bytes.find_first_not_of(" \t\r\n")] == 'n')
+    {
+        throw py::value_error("expected a record (an object with one member), found null");
+    }
     Core::Property record;
     Core::PropertySerializer::Load(record, events);
     return record;

@@ -35,6 +35,11 @@ py::object RecordOrNone(const std::optional<Core::Property>& record)
 
 } // namespace
 
+// The enumerations of zelnor/_values.py have the same numbers.
+static_assert(Media::JobFault::SeveralParts == 4 && Media::JobFault::Loss == 11);
+static_assert(Conf::TopologyFault::SEVERAL_PARTS == 4);
+static_assert(static_cast<int>(Media::VerificationDepth::Full) == 2);
+
 py::object ValueClass(const char* name) { return py::module_::import("zelnor._values").attr(name); }
 
 py::object ValueOf(const Media::Place& place)

@@ -47,6 +47,26 @@ class _Group:
 _GROUP = _Group()
 
 
+class _ValueOfRecord:
+    """The value; of a group, its children. Setting it keeps the name."""
+
+    # Not a property: type checkers allow one to be set only to what it returns.
+
+    @overload
+    def __get__(self, record: None, kind: object = None) -> _ValueOfRecord: ...
+
+    @overload
+    def __get__(self, record: Record, kind: object = None) -> Union[None, int, str, Fraction, Tuple[Record, ...]]: ...
+
+    def __get__(self, record: Optional[Record], kind: object = None) -> Any:
+        if record is None:
+            return self
+        return tuple(record._value) if isinstance(record._value, list) else record._value
+
+    def __set__(self, record: Record, value: Value) -> None:
+        record._value = _convert(value)
+
+
 class Record:
     """A named value, or a named group of such records in order.
 
@@ -98,14 +118,7 @@ class Record:
     def name(self, name: str) -> None:
         self._name = _to_text(name, "the name of a record")
 
-    @property
-    def value(self) -> Union[None, int, str, Fraction, Tuple[Record, ...]]:
-        """The value; of a group, its children. Setting it keeps the name."""
-        return tuple(self._value) if isinstance(self._value, list) else self._value
-
-    @value.setter
-    def value(self, value: Value) -> None:
-        self._value = _convert(value)
+    value = _ValueOfRecord()
 
     @property
     def type(self) -> PropertyType:
