@@ -16,4 +16,6 @@ function(zelnor_python_module target name folder)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY "${folder}")
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${target} PRIVATE Zelnor::Media)
+  # Shares neither the base of its classes nor the translation of exceptions with the modules of others.
+  target_compile_definitions(${target} PRIVATE "PYBIND11_INTERNALS_KIND=\"_zelnor\"")
 endfunction()

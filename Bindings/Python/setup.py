@@ -45,6 +45,8 @@ extension = Extension(
     "zelnor._zelnor",
     sorted(glob.glob("Source/*.cpp")),
     depends=sorted(glob.glob("Source/*.h")),
+    # As in cmake/ZelnorPython.cmake, which says why.
+    define_macros=[("PYBIND11_INTERNALS_KIND", '"_zelnor"')],
     extra_compile_args=[
         "-std=c++17",
         "-g0",

@@ -356,6 +356,12 @@ def test_a_graph_is_copied_by_its_document_only(graph: Graph, clone: Any) -> Non
         clone(graph)
 
 
+@pytest.mark.parametrize("clone", [lambda g: pickle.dumps(g, 0), lambda g: pickle.dumps(g, 1), lambda g: g.__reduce__()])
+def test_old_ways_to_pickle_a_graph_are_refused(graph: Graph, clone: Any) -> None:
+    with pytest.raises(TypeError, match="^cannot create 'pybind11_object' instances$"):
+        clone(graph)
+
+
 def test_a_graph_is_only_made_whole() -> None:
     with pytest.raises(TypeError, match="not safe"):
         object.__new__(Graph)
@@ -366,6 +372,13 @@ def test_a_graph_is_only_made_whole() -> None:
 def test_new_of_the_base_does_not_make_a_graph_without_contents() -> None:
     with pytest.raises(TypeError):
         Graph.__base__.__new__(Graph)  # type: ignore[union-attr]
+
+
+def test_the_base_of_a_graph_is_not_made() -> None:
+    with pytest.raises(TypeError, match="^cannot create 'pybind11_object' instances$"):
+        Graph.__base__()  # type: ignore[misc]
+    with pytest.raises(TypeError, match="^cannot create 'Odd' instances$"):
+        type("Odd", (Graph.__base__,), {})()  # type: ignore[arg-type]
 
 
 def test_a_graph_is_not_derived_from() -> None:

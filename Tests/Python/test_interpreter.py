@@ -207,3 +207,40 @@ def test_methods_of_another_class_are_refused(graph: Graph, tmp_path: pathlib.Pa
         Graph.nodes(None)  # type: ignore[arg-type]
     with pytest.raises(TypeError):
         zelnor.CancelToken.cancel(graph)  # type: ignore[arg-type]
+
+
+ATTACK = """
+import inspect, random, sys
+from fractions import Fraction
+import zelnor
+
+odd = [
+    None, True, -1, 0, 1, 2**31, 2**64, -(10**500), 0.5, float("nan"), float("inf"), "", "x", "\\0", "\\ud800", "\\udce9",
+    "CODEC_ID_H264", b"x", b"\\xff", [], [None], [0.5] * 4, (), {}, {"a": 1}, object(), object, print, lambda *a: 1 / 0,
+    Fraction(1, 3), zelnor.Record("x"), zelnor.Record("x", 1), zelnor.Graph(), zelnor.CancelToken(), zelnor.JobRequest(),
+    zelnor.Graph.from_json('{"vertices":[{"id":1},{"id":2}],"edges":[{"id":1,"from":1,"to":2}]}'), zelnor.PixFmt.PIX_FMT_RGBA,
+]
+made = [zelnor.Graph, zelnor.CancelToken, zelnor.Record]
+chance = random.Random(int(sys.argv[1]))
+calls = [value for name, value in vars(zelnor).items() if not name.startswith("_") and callable(value)]
+for kind in [zelnor.Graph, zelnor.Preset, zelnor.MediaFile, zelnor.MediaStream, zelnor.CancelToken, zelnor.Record]:
+    calls += [getattr(kind, name) for name in dir(kind) if callable(getattr(kind, name)) and name != "__class__"]
+for call in calls:
+    for count in [0, 1, 1, 2, 2, 2, 3, 4, 5] * 4:
+        arguments = [chance.choice(odd) for _ in range(count)]
+        if arguments and chance.random() < 0.5:
+            arguments[0] = chance.choice(made)()
+        try:
+            call(*arguments)
+        except (SystemError, RuntimeError) as error:
+            print(call, arguments, repr(error))
+        except Exception:
+            pass
+print(len(calls) > 150)
+"""
+
+
+@pytest.mark.parametrize("seed", range(3))
+def test_odd_arguments_raise_errors_and_nothing_else(run_python: Any, tmp_path: pathlib.Path, seed: int) -> None:
+    done = run_python("-c", ATTACK, seed, cwd=tmp_path)
+    assert (done.returncode, done.stdout) == (0, "True\n"), done.stderr
