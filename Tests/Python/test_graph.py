@@ -309,6 +309,14 @@ def test_a_drawing_is_written_as_its_extension_says(
     assert path.read_bytes().startswith(begin)
 
 
+@pytest.mark.parametrize("name", ["job", "job.jpg", "job.json", "svg", ".svg"])
+def test_a_drawing_of_another_kind_is_refused(graph: Graph, tmp_path: pathlib.Path, name: str) -> None:
+    with pytest.raises(ValueError) as caught:
+        graph.draw(tmp_path / name)
+    assert str(caught.value) == f"a drawing has one of the extensions .dot, .gv, .svg, .png, .pdf, not '{name}'"
+    assert os.listdir(tmp_path) == []
+
+
 def test_a_picture_without_graphviz_is_refused(
     graph: Graph, tmp_path: pathlib.Path, monkeypatch: pytest.MonkeyPatch
 ) -> None:

@@ -13,6 +13,7 @@ if TYPE_CHECKING:
     from . import Graph
 
 _PICTURES = ("svg", "png", "pdf")
+_SOURCES = ("dot", "gv")
 # A drawing of thousands of nodes takes dot minutes, and a notebook would wait for it.
 _SECONDS = 60
 
@@ -37,10 +38,13 @@ def to_svg(graph: Graph) -> Optional[str]:
 
 
 def draw(graph: Graph, path: Union[str, bytes, os.PathLike[str]]) -> None:
-    """Write the drawing in the form that the extension names, else in the DOT language."""
+    """Write the drawing in the form that the extension names."""
     extension = os.path.splitext(os.fsdecode(path))[1][1:].lower()
     if extension in _PICTURES:
         contents = _render(graph, extension)
+    elif extension not in _SOURCES:
+        expected = ", ".join(f".{known}" for known in _SOURCES + _PICTURES)
+        raise ValueError(f"a drawing has one of the extensions {expected}, not '{os.path.basename(os.fsdecode(path))}'")
     else:
         contents = graph.to_dot().encode("utf-8", "surrogateescape")
     _zelnor._write_file(path, contents)
