@@ -198,7 +198,8 @@ void BindDocuments(py::class_<Graph>& type)
                 py::module_::import("zelnor._drawing").attr("draw")(self, path);
             },
             py::arg("path"),
-            "Write a drawing to a file, completely or not at all. The extension says what: dot or gv, or what\n"
+            "Write a drawing to a file, completely or not at all. The extension says what: dot or gv, or "
+            "what\n"
             "Graphviz's program dot makes of it: svg, png, pdf.")
         .def("__repr__", [](const Graph& self) {
             return "<zelnor.Graph: " + std::to_string(Nodes(self).size()) + " nodes, " +

@@ -74,8 +74,8 @@ namespace
 void Bind(Zelnor::Python::py::module_& module)
 {
     using namespace Zelnor::Python;
-    // The base of our classes makes objects of no class when it is called, as `pickle` does, and that ends the
-    // process. It is our own: see PYBIND11_INTERNALS_KIND.
+    // The base of our classes makes objects of no class when it is called, as `pickle` does, and that ends
+    // the process. It is our own: see PYBIND11_INTERNALS_KIND.
     Seal(py::reinterpret_borrow<py::object>(py::detail::get_internals().instance_base), nullptr);
     module.attr("_require_main_interpreter") =
         py::reinterpret_steal<py::object>(PyCFunction_New(&s_requireMainInterpreter, nullptr));
