@@ -198,9 +198,8 @@ void BindDocuments(py::class_<Graph>& type)
                 py::module_::import("zelnor._drawing").attr("draw")(self, path);
             },
             py::arg("path"),
-            "Write a drawing to a file, completely or not at all. The extension says what: dot or gv, or "
-            "what\n"
-            "Graphviz's program dot makes of it: svg, png, pdf.")
+            "Write a drawing to a file, completely or not at all. The extension says what: dot or gv, or\n"
+            "svg, png and pdf, which Graphviz's program dot makes.")
         .def("__repr__", [](const Graph& self) {
             return "<zelnor.Graph: " + std::to_string(Nodes(self).size()) + " nodes, " +
                    std::to_string(Links(self).size()) + " links>";
