@@ -1,5 +1,5 @@
 #!/bin/bash
-# run.sh <python> <folder of the built package> <runtime of the address sanitizer, or empty> <argument of pytest>...
+# run.sh <python> <folder of the built package> <libraries of the address sanitizer, or empty> <argument of pytest>...
 # Runs the tests of the Python package. Without arguments of pytest, all of them.
 set -euo pipefail
 python=$1 package=$2 runtime=$3
