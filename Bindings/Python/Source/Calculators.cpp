@@ -56,6 +56,10 @@ void BindBitrates(py::module_& module)
         py::arg("bitrate"), py::arg("quality"),
         "Scale a bitrate by a factor that falls from 1 at quality 1 to 1/3 at quality 32.");
     module.def(
+        "has_video_bitrate_curve",
+        [](const Text& codecId) { return Conf::HasVideoBitrateCurve(codecId.bytes); }, py::arg("codec_id"),
+        "Whether default_video_bitrate has a curve of the codec's own; without, that of H.264 counts.");
+    module.def(
         "min_bitrate", [](const Core::Property& codec) { return Conf::GetMinBitrate(codec); },
         py::arg("codec"),
         "Return the lower bound of the bitrate in an audio or video codec's record.\n\n"

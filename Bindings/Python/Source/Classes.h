@@ -108,5 +108,6 @@ void BindPresets(py::module_& module);
 void BindProbing(py::module_& module);
 void BindPlanning(py::module_& module);
 void BindRunning(py::module_& module);
+void BindValidating(py::module_& module);
 
 } // namespace Zelnor::Python

@@ -89,6 +89,7 @@ void Bind(Zelnor::Python::py::module_& module)
     BindProbing(module);
     BindPlanning(module);
     BindRunning(module);
+    BindValidating(module);
 }
 
 } // namespace

@@ -62,6 +62,15 @@ py::object ValueOf(const Conf::TopologyFault& fault)
                      GroupsOf(fault.groups));
 }
 
+py::object ValueOf(const Media::DocumentFault& fault)
+{
+    return MakeValue("DocumentFault", MakeValue("DocumentFaultKind", static_cast<int>(fault.kind)),
+                     ValueOf(fault.place), ToPython(fault.reason), ToPython(fault.pointer), fault.line,
+                     fault.column, fault.offset, fault.length, ToPython(fault.found),
+                     ToPython(fault.expected), ToTuple(fault.nearest), ToPython(fault.Name()),
+                     ToPython(fault.Sentence()));
+}
+
 py::object ValueOf(const Media::JobDifference& difference)
 {
     return MakeValue("JobDifference", ToPython(difference.place), ToPython(difference.key),

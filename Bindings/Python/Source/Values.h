@@ -6,6 +6,7 @@
 #include "Media/Jobs/JobFault.h"
 #include "Media/Place.h"
 #include "Media/Running/JobRun.h"
+#include "Media/Validating/DocumentFault.h"
 #include "Media/Verifying/Verification.h"
 
 #include <pybind11/pybind11.h>
@@ -34,6 +35,7 @@ py::object MakeValue(const char* name, Arguments&&... arguments)
 py::object ValueOf(const Media::Place& place);
 py::object ValueOf(const Media::JobFault& fault);
 py::object ValueOf(const Conf::TopologyFault& fault);
+py::object ValueOf(const Media::DocumentFault& fault);
 py::object ValueOf(const Media::JobDifference& difference);
 py::object ValueOf(const Media::RunProgress& progress);
 py::object ValueOf(const Media::TargetResult& result);

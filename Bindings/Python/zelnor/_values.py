@@ -15,7 +15,12 @@ if TYPE_CHECKING:
 
 __all__ = [
     "AcceleratorType",
+    "CodecSupport",
     "ColorRange",
+    "DocumentFault",
+    "DocumentFaultKind",
+    "DocumentFaults",
+    "DocumentKind",
     "FrameLimit",
     "GroupMediaType",
     "JobDifference",
@@ -125,6 +130,31 @@ class JobFaultKind(IntEnum):
     LOSS = 11
 
 
+class DocumentFaultKind(IntEnum):
+    """What can be wrong with the text of a job or a preset."""
+
+    SYNTAX = 0
+    """The text is not JSON; what follows was not looked at."""
+    FORM = 1
+    """It is not of the form that every such document has."""
+    IGNORED = 2
+    """The readers take the document, and pass over this."""
+    TOPOLOGY = 3
+    STRUCTURE = 4
+    """Nodes and links are not source -> raw stream -> target."""
+    SETTING = 5
+    ENCODER = 6
+    CONTAINER = 7
+
+
+class DocumentKind(IntEnum):
+    """What a text is, by what it contains."""
+
+    JOB = 0
+    PRESET = 1
+    UNKNOWN = 2
+
+
 class VerificationDepth(IntEnum):
     """How closely a finished file is looked at."""
 
@@ -174,6 +204,82 @@ class JobFault:
 
     def __str__(self) -> str:
         return self.sentence
+
+
+@dataclass(frozen=True)
+class DocumentFault:
+    """Something that is wrong with the text of a job or a preset."""
+
+    kind: DocumentFaultKind
+    place: Place
+    reason: str
+    pointer: str
+    """The JSON pointer of the value, or of the one that lacks something."""
+    line: int
+    """Where it begins, from 1."""
+    column: int
+    """In characters, from 1."""
+    offset: int
+    """The same from the beginning of the text, in bytes of UTF-8, as is the length."""
+    length: int
+    found: str
+    """As it stands in the text, cut where it is long; "nothing" when something is missing."""
+    expected: str
+    """Empty where the reason does not say it in this form."""
+    nearest: Tuple[str, ...]
+    """Names that were probably meant, the likeliest first."""
+    name: str
+    """The kind, for scripts."""
+    sentence: str
+    """All of it but the document's name, for people."""
+
+    @property
+    def suggestion(self) -> Optional[str]:
+        """The name that was most probably meant."""
+        return self.nearest[0] if self.nearest else None
+
+    def __str__(self) -> str:
+        return f"{self.line}:{self.column}: {self.sentence}"
+
+
+@dataclass(frozen=True)
+class DocumentFaults:
+    """What there is to say about the text of a job or a preset."""
+
+    kind: DocumentKind
+    faults: Tuple[DocumentFault, ...]
+    """In the order of the text."""
+    is_complete: bool
+    """Whether these are all. After very many, the rest is not told."""
+
+    @property
+    def is_valid(self) -> bool:
+        """Whether there are none."""
+        return not self.faults
+
+
+@dataclass(frozen=True)
+class CodecSupport:
+    """Whether streams of a codec can be made in files of a container, and what is like it if not."""
+
+    container: str
+    codec: str
+    is_held: Optional[bool]
+    """Whether the container can hold the codec; None when FFmpeg does not know, and only writing would tell."""
+    muxer: str
+    """The installed FFmpeg's, for the container; empty when it does not have one."""
+    encoder: str
+    """The installed FFmpeg's, for the codec; empty when it does not have one."""
+    is_encoding_disabled: bool
+    """Whether such streams are made only by an encoder that is asked for by its name."""
+    has_bitrate_curve: Optional[bool]
+    """Whether bitrates have a curve of the codec's own; None for codecs that are not of video."""
+    codecs: Tuple[str, ...]
+    """Codecs of the same kind that can be made in the container, the best first."""
+    containers: Tuple[str, ...]
+    """Containers that hold the codec, the best first."""
+    reasons: Tuple[str, ...]
+    """Why no such stream can be made, as sentences; empty when it can."""
 
 
 @dataclass(frozen=True)
