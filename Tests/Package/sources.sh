@@ -5,11 +5,13 @@ source=$1 build=$2
 
 # What somebody else's project builds is not for our build, peers are measured only where they are installed, and the
 # Python package is built where it is asked for.
+elsewhere=(-name .git -o -name build -o -path ./Tests/Package/consumer -o -path ./Benchmarks/Peers)
+if ! grep -q '^ZELNOR_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt"; then
+    elsewhere+=(-o -path ./Bindings -o -path ./Tests/Python)
+fi
 present() {
     cd "$source"
-    find Benchmarks Conf Core Docs Examples Media Tests Tools -path Tests/Package/consumer -prune -o \
-        -path Benchmarks/Peers -prune -o -path Tests/Python -prune -o \
-        -name '*.cpp' -print | LC_ALL=C sort
+    find . \( "${elsewhere[@]}" \) -prune -o -name '*.cpp' -printf '%P\n' | LC_ALL=C sort
 }
 # Alone, or together with others.
 built() {

@@ -8,7 +8,8 @@ rm -rf "$scratch"
 mkdir -p "$scratch/project"
 cmake -G Ninja -S "$source" -B "$scratch/build" -DBUILD_SHARED_LIBS=OFF -DZELNOR_BUILD_MEDIA=OFF -DBUILD_TESTING=OFF \
     -DZELNOR_WERROR=ON -DCMAKE_CXX_STANDARD=20 -DCMAKE_UNITY_BUILD=ON -DCMAKE_BUILD_TYPE=Debug \
-    -DCMAKE_CXX_FLAGS_DEBUG=-O0 >"$scratch/configured"
+    -DCMAKE_CXX_FLAGS_DEBUG=-O0 -DZELNOR_BUILD_PYTHON=ON >"$scratch/configured" 2>&1
+grep -F "The Python package is not built: it needs shared libraries" "$scratch/configured" >/dev/null
 cmake --build "$scratch/build"
 cmake --install "$scratch/build" --prefix "$scratch/prefix" >/dev/null
 if find "$scratch/prefix" -name '*.so*' | grep .; then

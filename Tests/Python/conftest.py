@@ -59,8 +59,10 @@ def clip(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
 @pytest.fixture(scope="session")
 def long_clip(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
     """Sound that takes long to encode: a quarter of an hour of silence."""
-    made = tmp_path_factory.mktemp("long") / "long.mkv"
-    _ffmpeg("-f", "lavfi", "-i", "anullsrc=r=44100:cl=stereo", "-t", "900", "-c:a", "flac", str(made))
+    folder = tmp_path_factory.mktemp("long")
+    once, made = folder / "once.mkv", folder / "long.mkv"
+    _ffmpeg("-f", "lavfi", "-i", "anullsrc=r=44100:cl=stereo", "-t", "30", "-c:a", "flac", str(once))
+    _ffmpeg("-stream_loop", "29", "-i", str(once), "-c", "copy", str(made))
     return made
 
 

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import json
 import pathlib
+import re
 import shutil
 from typing import Any
 
@@ -58,3 +59,15 @@ def test_describe_media_tells_the_streams(run_python: Any, clip: pathlib.Path, t
     once = f"{clip}: 1.0 s\n  0: video, mpeg4, 64x48, 25 fps\n  1: audio, ac3, 44100 Hz, 2 channels\n"
     assert (done.returncode, done.stdout) == (1, once * 2)
     assert done.stderr.startswith(f"{tmp_path}/no.mkv: ")
+
+
+@pytest.mark.parametrize("document", ["README.md", "Bindings/Python/README.md"])
+def test_the_example_of_a_document_works(
+    run_python: Any, clip: pathlib.Path, tmp_path: pathlib.Path, document: str
+) -> None:
+    [program] = re.findall(r"^```python\n(.*?)^```$", (SOURCES / document).read_text(), re.DOTALL | re.MULTILINE)
+    shutil.copy(clip, tmp_path / "holiday.mov")
+    done = run_python("-c", program, cwd=tmp_path)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert done.stdout.startswith("holiday.mp4 ")  # how far it is depends on the machine
+    assert (tmp_path / "holiday.mp4").exists()

@@ -1,7 +1,4 @@
-"""Prints the type stub of the vocabulary; a test compares it with zelnor/_vocabulary.pyi.
-
-    PYTHONPATH=build/release/python python3 Bindings/Python/Tools/vocabulary_stub.py > Bindings/Python/zelnor/_vocabulary.pyi
-"""
+"""Prints the type stub of the vocabulary. The target python_vocabulary writes it to zelnor/_vocabulary.pyi."""
 
 from __future__ import annotations
 
