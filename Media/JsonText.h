@@ -6,6 +6,7 @@
 #include "Core/Interfaces/JsonMemory.h"
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
+#include <rapidjson/document.h>
 
 #include <string>
 

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "Core/Interfaces/RapidJson.h"
-
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#include <rapidjson/fwd.h>
 
 namespace Zelnor::Core
 {

@@ -3,7 +3,8 @@
 #include "Core/Interfaces/Export.h"
 #include "Core/Interfaces/JsonMemory.h"
 #include "Core/Interfaces/Property.h"
-#include "Core/Interfaces/RapidJson.h"
+
+#include <rapidjson/fwd.h>
 
 namespace Zelnor::Core
 {

@@ -7,6 +7,8 @@
 #include "Conf/Interfaces/ConfException.h"
 #include "Core/Interfaces/PropertySerializer.h"
 
+#include <rapidjson/document.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <set>

@@ -7,6 +7,8 @@
 
 #include "Core/Interfaces/PropertySerializer.h"
 
+#include <rapidjson/document.h>
+
 #include <exception>
 #include <utility>
 

@@ -5,6 +5,7 @@
 #include "Core/Interfaces/JsonMemory.h"
 #include "Core/Interfaces/JsonStream.h"
 
+#include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>

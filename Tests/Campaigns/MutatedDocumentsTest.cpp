@@ -15,6 +15,7 @@
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <rapidjson/document.h>
 #include <rapidjson/writer.h>
 
 #include <algorithm>

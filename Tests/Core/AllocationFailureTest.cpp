@@ -6,6 +6,7 @@
 #include "Core/Interfaces/PropertySerializer.h"
 
 #include <gtest/gtest.h>
+#include <rapidjson/document.h>
 
 #include <atomic>
 #include <cstdlib>

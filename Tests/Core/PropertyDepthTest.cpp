@@ -7,6 +7,7 @@
 #include "Tests/Support/Expect.h"
 
 #include <gtest/gtest.h>
+#include <rapidjson/document.h>
 
 #include <ostream>
 #include <streambuf>

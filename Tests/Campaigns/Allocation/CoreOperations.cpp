@@ -12,6 +12,7 @@
 
 #include "Tests/Support/TemporaryFolder.h"
 
+#include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
