@@ -52,6 +52,22 @@ endif()
 if(TARGET zconf)
   install(TARGETS zconf EXPORT ZelnorToolsTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT zconf)
   zelnor_install_export(ZelnorToolsTargets)
+  install(
+    DIRECTORY "${PROJECT_SOURCE_DIR}/Docs/man/"
+    DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+    COMPONENT zconf
+    FILES_MATCHING
+    PATTERN "*.1"
+    PATTERN parts EXCLUDE)
+  # Where each shell looks for what a package brings along; bash and fish find a command's script by its name.
+  set(completion "${PROJECT_SOURCE_DIR}/Tools/zconf/Completion")
+  install(
+    FILES "${completion}/zconf.bash"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+    COMPONENT zconf
+    RENAME zconf)
+  install(FILES "${completion}/_zconf" DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" COMPONENT zconf)
+  install(FILES "${completion}/zconf.fish" DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT zconf)
 endif()
 
 # Documents

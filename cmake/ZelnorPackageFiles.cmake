@@ -21,6 +21,11 @@ foreach(root IN LISTS staged)
     endif()
   endforeach()
 
+  file(GLOB pages "${root}/usr/share/man/man1/*.1")
+  if(pages)
+    execute_process(COMMAND gzip -9nf ${pages} COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+
   set(documents "${root}/usr/share/doc/${package}")
   file(READ "${CPACK_ZELNOR_SOURCE_DIR}/LICENSE" licence)
   string(REGEX MATCH "Copyright [^\n]*" copyright "${licence}")

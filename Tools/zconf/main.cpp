@@ -1,5 +1,6 @@
 #include "Media/Probe/FFmpegLog.h"
 #include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/ShellCompletion.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Logging.h"
@@ -8,6 +9,7 @@
 #include <csignal>
 #include <cstdarg>
 #include <exception>
+#include <string_view>
 
 int main(int argc, char** argv)
 {
@@ -17,6 +19,10 @@ int main(int argc, char** argv)
         PrepareStandardStreams();
         // A parent may leave it ignored, and the system would not tell how the programs that we run end.
         (void)::signal(SIGCHLD, SIG_DFL);
+        if (argc > 1 && std::string_view(argv[1]) == kCompleteArgument)
+        {
+            return RunShellCompletion(argc, argv);
+        }
         const Logging logging(argv[0]);
         // FFmpeg's messages are told as part of ours; standard error is for our own lines.
         Zelnor::Media::KeepFFmpegMessages([](void*, int, const char*, std::va_list) {});

@@ -103,14 +103,20 @@ void AddBitrateCommand(CLI::App& app)
         AddCommand(app, "bitrate", "Propose a video bitrate and its bounds, in bits per second");
     const auto options = std::make_shared<BitrateArguments>();
     command->add_option("--codec", options->codec, "The video codec, such as CODEC_ID_H264 or h264")
+        ->type_name("CODEC")
         ->required();
-    command->add_option("--size", options->size, "The frame size, such as 1920x1080")->required();
-    command->add_option("--fps", options->fps, "Frames per second, such as 25 or 30000/1001")->required();
+    command->add_option("--size", options->size, "The frame size, such as 1920x1080")
+        ->type_name("WIDTHxHEIGHT")
+        ->required();
+    command->add_option("--fps", options->fps, "Frames per second, such as 25 or 30000/1001")
+        ->type_name("RATE")
+        ->required();
     command->add_option("--quality", options->quality, "From 1 (the full bitrate) to 32 (a third of it)")
         ->check(CLI::Range(1, Conf::IFormatCodec::MAX_QUALITY));
-    command->add_option(
-        "--curve", options->curve,
-        "Also plot the bitrates of smaller and larger frames as SVG to this file, with gnuplot");
+    command
+        ->add_option("--curve", options->curve,
+                     "Also plot the bitrates of smaller and larger frames as SVG to this file, with gnuplot")
+        ->type_name("FILE");
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return RunBitrate(*options); });
 }

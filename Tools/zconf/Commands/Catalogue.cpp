@@ -259,6 +259,28 @@ std::vector<std::string> PixelFormatNames()
     return names;
 }
 
+std::vector<std::string> AllNames()
+{
+    std::vector<std::string> names;
+    for (const auto& some :
+         {CodecNames(), ContainerNames(), PixelFormatNames(), SampleFormatNames(), LayoutNames()})
+    {
+        names.insert(names.end(), some.begin(), some.end());
+    }
+    return names;
+}
+
+std::vector<std::string> FileGroupNames()
+{
+    std::vector<std::string> names;
+    for (const auto& [mediaType, group] : Conf::GetSupportedFormats())
+    {
+        names.push_back(group);
+    }
+    names.push_back(Conf::IFormatFile::GROUP_OTHER);
+    return names;
+}
+
 std::vector<std::string> PixelFormatFlags(int flags)
 {
     const std::pair<int, const char*> flagNames[] = {{PIX_FMT_FLAG_YUV, "yuv"},

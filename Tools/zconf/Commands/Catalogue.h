@@ -35,6 +35,10 @@ std::string DefaultExtension(const std::string& format);
 std::vector<std::string> SampleFormatNames();
 std::vector<std::string> LayoutNames();
 std::vector<std::string> PixelFormatNames();
+/// All names of these lists.
+std::vector<std::string> AllNames();
+/// The groups of a file dialog, and the one that it does not offer.
+std::vector<std::string> FileGroupNames();
 
 /// The flags that are set, of "yuv", "rgb", "alpha" and "planar".
 std::vector<std::string> PixelFormatFlags(int flags);

@@ -84,7 +84,7 @@ void AddConvertCommand(CLI::App& app)
         ->add_option("-p,--preset", options->preset,
                      "A preset file, or the name of a preset that comes with the program (default: the first "
                      "one whose files have the extension of OUTPUT)")
-        ->type_name("FILE");
+        ->type_name("PRESET");
     AddJobOptions(*command, options->job);
     for (const char* const list : {"--stream", "--merge"})
     {

@@ -196,17 +196,6 @@ std::vector<Description> Explain(const std::string& name, const FrameSize* frame
     return things;
 }
 
-std::vector<std::string> AllNames()
-{
-    std::vector<std::string> names;
-    for (const auto& some :
-         {CodecNames(), ContainerNames(), PixelFormatNames(), SampleFormatNames(), LayoutNames()})
-    {
-        names.insert(names.end(), some.begin(), some.end());
-    }
-    return names;
-}
-
 std::string TextFor(const std::vector<Description>& things, const Painter& paint)
 {
     constexpr std::size_t kIndent = 2;
@@ -330,14 +319,18 @@ void AddExplainCommand(CLI::App& app)
     const auto options = std::make_shared<ExplainArguments>();
     const CLI::Option* const name =
         command->add_option("NAME", options->name, "The name, ignoring case, with or without its prefix");
-    command->add_option(
-        "--container", options->container,
-        "With --codec: whether this container can hold the codec, FFmpeg can encode it and a bitrate is "
-        "calculated for it; exit code 1 with reasons, and what is near, if it cannot be made");
-    command->add_option("--codec", options->codec, "The codec that --container is asked about");
-    command->add_option(
-        "--size", options->size,
-        "Also show the plane sizes of a pixel format for frames of this size, such as 1920x1080");
+    command
+        ->add_option("--container", options->container,
+                     "With --codec: whether this container can hold the codec, FFmpeg can encode it and a "
+                     "bitrate is calculated for it; exit code 1 with reasons, and what is near, if it cannot "
+                     "be made")
+        ->type_name("CONTAINER");
+    command->add_option("--codec", options->codec, "The codec that --container is asked about")
+        ->type_name("CODEC");
+    command
+        ->add_option("--size", options->size,
+                     "Also show the plane sizes of a pixel format for frames of this size, such as 1920x1080")
+        ->type_name("WIDTHxHEIGHT");
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options, name] {
         options->hasName = name->count() != 0;

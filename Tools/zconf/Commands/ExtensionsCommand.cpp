@@ -145,6 +145,7 @@ void AddExtensionsCommand(CLI::App& app)
     CLI::Option* const group =
         command->add_option("GROUP", options->group, "Show only the extensions of this group, one per line");
     command->add_option("--container", options->container, "Show the default extension of this container")
+        ->type_name("CONTAINER")
         ->excludes(group);
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return RunExtensions(*options); });

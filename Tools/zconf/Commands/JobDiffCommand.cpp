@@ -130,8 +130,8 @@ void AddJobDiffCommand(CLI::App& job)
     CLI::App* const command = AddCommand(
         job, "diff", "Compare two jobs: exit code 0 if they are equal, else 1 with the differences");
     const auto options = std::make_shared<JobDiffArguments>();
-    command->add_option("A", options->one, "The first job's document")->required();
-    command->add_option("B", options->other, "The second job's document")->required();
+    command->add_option("A", options->one, "The first job's document")->type_name("FILE")->required();
+    command->add_option("B", options->other, "The second job's document")->type_name("FILE")->required();
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return RunJobDiff(*options); });
 }

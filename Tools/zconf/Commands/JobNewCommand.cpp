@@ -43,7 +43,7 @@ void AddJobNewCommand(CLI::App& job)
     command
         ->add_option("-p,--preset", options->preset,
                      "A preset file, or the name of a preset that comes with the program")
-        ->type_name("FILE")
+        ->type_name("PRESET")
         ->required();
     command
         ->add_option("-i,--input", options->input,

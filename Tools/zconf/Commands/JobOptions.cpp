@@ -53,18 +53,22 @@ std::string CodecId(const std::string& name)
     return codec->id;
 }
 
-Media::StreamKind ParseKind(const std::string& name)
+const std::map<std::string, Media::StreamKind>& CopiedKinds()
 {
     static const std::map<std::string, Media::StreamKind> s_kinds = {
         {"video", Media::StreamKind::Video},
         {"audio", Media::StreamKind::Audio},
         {"subtitles", Media::StreamKind::Subtitle},
     };
-    const auto kind = s_kinds.find(name);
-    if (kind == s_kinds.end())
+    return s_kinds;
+}
+
+Media::StreamKind ParseKind(const std::string& name)
+{
+    const auto kind = CopiedKinds().find(name);
+    if (kind == CopiedKinds().end())
     {
-        ThrowUnknownName("kind of stream to copy (video, audio, subtitles)", name,
-                         {"video", "audio", "subtitles"});
+        ThrowUnknownName("kind of stream to copy (video, audio, subtitles)", name, CopiedKindNames());
     }
     return kind->second;
 }
@@ -115,6 +119,16 @@ std::string PresetFor(const std::string& output)
 }
 
 } // namespace
+
+std::vector<std::string> CopiedKindNames()
+{
+    std::vector<std::string> names;
+    for (const auto& [name, kind] : CopiedKinds())
+    {
+        names.push_back(name);
+    }
+    return names;
+}
 
 void AddJobOptions(CLI::App& command, JobOptions& options)
 {

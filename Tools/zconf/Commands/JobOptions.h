@@ -33,6 +33,9 @@ struct JobOptions
     bool strict = false;
 };
 
+/// The kinds of streams that `--copy` takes.
+std::vector<std::string> CopiedKindNames();
+
 void AddJobOptions(CLI::App& command, JobOptions& options);
 
 /// \throw ToolError, Media::PlanException when an option's value is not what the option asks for

@@ -1,3 +1,5 @@
+#include "Tools/zconf/Commands/ListCommand.h"
+
 #include "Tools/zconf/Commands/Catalogue.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/CommandLine.h"
@@ -62,27 +64,9 @@ int RunList(const ListKind& kind, const ListArguments& options)
     return descriptions.empty() ? kExitNo : kExitSuccess;
 }
 
-void AddList(CLI::App& group, const ListKind& kind)
+const std::vector<ListKind>& ListKinds()
 {
-    CLI::App* const command = AddCommand(group, kind.name, kind.help);
-    const auto options = std::make_shared<ListArguments>();
-    command->add_option(
-        "FILTER", options->filter,
-        "Show only names that contain this text, ignoring case; exit code 1 if there are none");
-    if (!kind.kinds.empty())
-    {
-        command->add_option("--kind", options->kind, "Show only this kind")->check(CLI::IsMember(kind.kinds));
-    }
-    AddJsonFlag(*command, options->json);
-    OnRun(*command, [kind, options] { return RunList(kind, *options); });
-}
-
-} // namespace
-
-void AddListCommand(CLI::App& app)
-{
-    CLI::App* const group = AddCommandGroup(app, "list", "List the names that the library knows");
-    const ListKind kinds[] = {
+    static const std::vector<ListKind> s_kinds = {
         {"codecs",
          "Codecs: name, kind, FFmpeg's name, codec ID in the FFmpeg of this build",
          ListCodecs,
@@ -103,7 +87,46 @@ void AddListCommand(CLI::App& app)
          ListSampleFormats},
         {"layouts", "Channel layouts: name, value, number of channels", ListLayouts},
     };
-    for (const ListKind& kind : kinds)
+    return s_kinds;
+}
+
+void AddList(CLI::App& group, const ListKind& kind)
+{
+    CLI::App* const command = AddCommand(group, kind.name, kind.help);
+    const auto options = std::make_shared<ListArguments>();
+    command->add_option(
+        "FILTER", options->filter,
+        "Show only names that contain this text, ignoring case; exit code 1 if there are none");
+    if (!kind.kinds.empty())
+    {
+        command->add_option("--kind", options->kind, "Show only this kind")->check(CLI::IsMember(kind.kinds));
+    }
+    AddJsonFlag(*command, options->json);
+    OnRun(*command, [kind, options] { return RunList(kind, *options); });
+}
+
+} // namespace
+
+std::vector<std::string> NamesInList(const std::string& kind)
+{
+    std::vector<std::string> names;
+    for (const ListKind& list : ListKinds())
+    {
+        if (list.name == kind)
+        {
+            for (const Description& description : list.list())
+            {
+                names.push_back(TextOf(description, "name"));
+            }
+        }
+    }
+    return names;
+}
+
+void AddListCommand(CLI::App& app)
+{
+    CLI::App* const group = AddCommandGroup(app, "list", "List the names that the library knows");
+    for (const ListKind& kind : ListKinds())
     {
         AddList(*group, kind);
     }

@@ -204,7 +204,9 @@ void AddProbeCommand(CLI::App& app)
 {
     CLI::App* const command = AddCommand(app, "probe", "Show what is in a media file");
     const auto options = std::make_shared<ProbeArguments>();
-    command->add_option("MEDIA", options->media, "The media file; \"-\" is standard input")->required();
+    command->add_option("MEDIA", options->media, "The media file; \"-\" is standard input")
+        ->type_name("FILE")
+        ->required();
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return RunProbe(*options); });
 }

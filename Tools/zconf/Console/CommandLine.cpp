@@ -173,15 +173,23 @@ void OnRun(CLI::App& command, std::function<int()> run)
     });
 }
 
+std::unique_ptr<CLI::App> MakeProgram(const std::function<void(CLI::App&)>& addCommands)
+{
+    auto app =
+        std::make_unique<CLI::App>("Make, show, check, draw, compare and run transcoding jobs.", "zconf");
+    AddVersion(*app);
+    app->require_subcommand(1);
+    addCommands(*app);
+    app->footer("The file name \"-\" means standard input or standard output.\n"
+                "Exit codes: 0 success, 1 the answer is no, 2 error, 3 ffmpeg failed, "
+                "4 an output file is not what its job says.");
+    return app;
+}
+
 int RunCommandLine(int argc, char** argv, const std::function<void(CLI::App&)>& addCommands)
 {
-    CLI::App app("Make, show, check, draw, compare and run transcoding jobs.", "zconf");
-    AddVersion(app);
-    app.require_subcommand(1);
-    addCommands(app);
-    app.footer("The file name \"-\" means standard input or standard output.\n"
-               "Exit codes: 0 success, 1 the answer is no, 2 error, 3 ffmpeg failed, "
-               "4 an output file is not what its job says.");
+    const std::unique_ptr<CLI::App> program = MakeProgram(addCommands);
+    CLI::App& app = *program;
     try
     {
         app.parse(argc, argv);

@@ -3,11 +3,16 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace Zelnor::Tool
 {
+
+/// The program with all its commands.
+/// \param addCommands  adds them
+std::unique_ptr<CLI::App> MakeProgram(const std::function<void(CLI::App&)>& addCommands);
 
 /// Parses the arguments and runs the command that they name.
 /// \param addCommands  adds all commands to the program
@@ -33,11 +38,11 @@ void AddDocumentOption(CLI::App& command, std::string& name, const std::string& 
 /// The commands right below `app`.
 std::vector<std::string> CommandNames(const CLI::App& app);
 
-/// Adds the flag `--strict` to a command that makes, checks or runs a job.
 /// How far the work is, for programs: `format` is "json" then.
 void AddProgressOption(CLI::App& command, std::string& format);
 /// Whether a program is told the progress. \throw ToolError when the result is to be JSON, too
 bool IsProgressJson(const std::string& format, bool isResultJson);
+/// Adds the flag `--strict` to a command that makes, checks or runs a job.
 void AddStrictFlag(CLI::App& command, bool& strict);
 
 /// Sets what `command` does once all arguments are parsed; the result is the exit code. A command without the
