@@ -28,10 +28,10 @@ std::string Brief(const std::string& help)
 }
 
 /// A command line up to the word at the cursor.
-class Line
+class TypedLine
 {
 public:
-    explicit Line(const CommandUsage& program) : m_command(&program) {}
+    explicit TypedLine(const CommandUsage& program) : m_command(&program) {}
 
     void Read(const std::string& word)
     {
@@ -214,7 +214,7 @@ private:
 Completion CompleteWord(const CommandUsage& program, const std::vector<std::string>& words,
                         const ValuesOf& valuesOf)
 {
-    Line line(program);
+    TypedLine line(program);
     if (words.empty())
     {
         return line.Complete("", valuesOf);
