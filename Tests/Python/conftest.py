@@ -7,7 +7,7 @@ import pathlib
 import subprocess
 import sys
 from fractions import Fraction
-from typing import Any, Callable
+from typing import Any, Callable, Iterator, List
 
 import pytest
 
@@ -25,6 +25,12 @@ def _ffmpeg(*arguments: str) -> None:
     subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-y", *arguments], check=True)
 
 
+@pytest.fixture(scope="session")
+def preloaded() -> str:
+    """The libraries that stand before the interpreter's own: those of a sanitizer, or none."""
+    return PRELOAD
+
+
 @pytest.fixture
 def run_python() -> Callable[..., "subprocess.CompletedProcess[str]"]:
     """Runs an interpreter of its own."""
@@ -35,6 +41,29 @@ def run_python() -> Callable[..., "subprocess.CompletedProcess[str]"]:
         return subprocess.run(command, capture_output=True, text=True, timeout=120, env=environment, **options)
 
     return run
+
+
+@pytest.fixture
+def start_python() -> Iterator[Callable[..., "subprocess.Popen[str]"]]:
+    """Starts an interpreter in a process group of its own, and ends it after the test."""
+    started: List["subprocess.Popen[str]"] = []
+
+    def start(*arguments: object) -> "subprocess.Popen[str]":
+        process = subprocess.Popen(
+            [sys.executable, *map(str, arguments)],
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            text=True,
+            env={**os.environ, "LD_PRELOAD": PRELOAD},
+            start_new_session=True,
+        )
+        started.append(process)
+        return process
+
+    yield start
+    for process in started:
+        process.kill()
+        process.communicate()
 
 
 @pytest.fixture(scope="session")

@@ -8,7 +8,8 @@ here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 
 export PYTHONPATH=$package PYTHONDONTWRITEBYTECODE=1
 if [[ -n $runtime ]]; then
-    # The interpreter frees nothing at its end, and its own small objects would hide what is done to ours.
+    # The interpreter frees nothing at its end, so test_leaks.py looks for leaks before; and its own small objects would
+    # hide what is done to ours.
     export LD_PRELOAD=$runtime PYTHONMALLOC=malloc ASAN_OPTIONS=detect_leaks=0${ASAN_OPTIONS:+:$ASAN_OPTIONS}
 fi
 exec "$python" -m pytest -q -p no:cacheprovider "${@:-$here}"

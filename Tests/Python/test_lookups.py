@@ -93,9 +93,10 @@ def test_a_codec_that_there_is_not_is_refused() -> None:
     assert caught.value.unit
 
 
-def test_a_codec_number_that_there_is_not_is_refused() -> None:
-    with pytest.raises(zelnor.FormatException, match=r"^Provided codec id \(#-5\) is not found in list$"):
-        zelnor.codec_id(-5)
+@pytest.mark.parametrize("number", [-(2**31), -5, 2**16 - 1, 2**31 - 1])
+def test_a_codec_number_that_there_is_not_is_refused(number: int) -> None:
+    with pytest.raises(zelnor.FormatException, match=rf"^Provided codec id \(#{number}\) is not found in list$"):
+        zelnor.codec_id(number)
 
 
 @pytest.mark.parametrize("number", [2**31, 10**400])

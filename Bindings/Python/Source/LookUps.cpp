@@ -3,6 +3,7 @@
 #include "Bindings/Python/Source/Values.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
+#include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/FormatLists.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 #include "Conf/Interfaces/MediaTypeUtils.h"
@@ -76,6 +77,21 @@ void BindLists(py::module_& module)
              "Whether streams may be copied from a file with this encryption.");
 }
 
+/// Not the library's call: FFmpeg's enumeration cannot hold every number.
+const std::string& CodecOfNumber(int number)
+{
+    for (const auto& [id, text] : Conf::mapCodecs)
+    {
+        if (static_cast<int>(id) == number)
+        {
+            return text;
+        }
+    }
+    ZELNOR_THROW("Bindings/Python/Source/LookUps",
+                 Conf::FormatException() << TagDescription("Provided codec id (#" + std::to_string(number) +
+                                                           ") is not found in list"));
+}
+
 void BindCodecs(py::module_& module)
 {
     module.def(
@@ -95,11 +111,8 @@ void BindCodecs(py::module_& module)
         [](const Text& codecId) { return static_cast<int>(Conf::CodecIDFromTextID(codecId.bytes)); },
         py::arg("codec_id"), "Return FFmpeg's ID of a codec. Raise FormatException if there is none.");
     module.def(
-        "codec_id",
-        [](Int number) {
-            return ToPython(Conf::AVCodecIDToTextID(static_cast<AVCodecID>(number.value), Conf::mapCodecs));
-        },
-        py::arg("number"), "Return our text for FFmpeg's ID of a codec. Raise FormatException if none.");
+        "codec_id", [](Int number) { return ToPython(CodecOfNumber(number.value)); }, py::arg("number"),
+        "Return our text for FFmpeg's ID of a codec. Raise FormatException if none.");
 }
 
 py::object Describe(const PixFmtDescription& format)

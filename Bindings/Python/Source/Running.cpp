@@ -45,11 +45,16 @@ void RequireFunctions(std::initializer_list<py::handle> functions)
 
 Media::VerificationDepth ReadDepth(const py::object& depth)
 {
-    if (!py::isinstance(depth, ValueClass("VerificationDepth")))
+    const py::object known = ValueClass("VerificationDepth");
+    for (const auto candidate :
+         {Media::VerificationDepth::Off, Media::VerificationDepth::Quick, Media::VerificationDepth::Full})
     {
-        throw py::type_error("the depth is a VerificationDepth");
+        if (depth.is(known(static_cast<int>(candidate))))
+        {
+            return candidate;
+        }
     }
-    return static_cast<Media::VerificationDepth>(py::cast<int>(depth.attr("value")));
+    throw py::type_error("the depth is a VerificationDepth");
 }
 
 py::object Run(Graph& graph, const Path& ffmpeg, bool overwrite, bool strict, const py::object& verification,
