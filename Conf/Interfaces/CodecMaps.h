@@ -103,16 +103,16 @@ using MapCodecs = std::map<AVCodecID, std::string>;
 /// The PCM codecs, which do not need a bitrate.
 extern ZELNOR_API const std::string PCMCodecs[13];
 
-extern ZELNOR_API const MapCodecs mapVideoCodecs;
-extern ZELNOR_API const MapCodecs mapAudioCodecs;
-extern ZELNOR_API const MapCodecs mapSubtitleCodecs;
-extern ZELNOR_API const MapCodecs mapUnknownCodecs;
+extern ZELNOR_API const MapCodecs mapVideoCodecs;    ///< of `videoCodecs`
+extern ZELNOR_API const MapCodecs mapAudioCodecs;    ///< of `audioCodecs`
+extern ZELNOR_API const MapCodecs mapSubtitleCodecs; ///< of `subtitleCodecs`
+extern ZELNOR_API const MapCodecs mapUnknownCodecs;  ///< of `unknownCodecs`
 /// The four maps above combined.
 extern ZELNOR_API const MapCodecs mapCodecs;
 
-ZELNOR_API const MapCodecs& GetFFVideoCodecsMap();
-ZELNOR_API const MapCodecs& GetFFAudioCodecsMap();
-ZELNOR_API const MapCodecs& GetFFSubtitleCodecsMap();
+ZELNOR_API const MapCodecs& GetFFVideoCodecsMap();    ///< `mapVideoCodecs`
+ZELNOR_API const MapCodecs& GetFFAudioCodecsMap();    ///< `mapAudioCodecs`
+ZELNOR_API const MapCodecs& GetFFSubtitleCodecsMap(); ///< `mapSubtitleCodecs`
 /// `mapCodecs`
 ZELNOR_API const MapCodecs& GetFFCodecsMap();
 

@@ -26,9 +26,9 @@ struct TopologyFault
         UNLINKED_NODES, ///< one group with the nodes that have no links, among two or more nodes
         CYCLE, ///< one group with the nodes of a cycle, each linked to the next and the last to the first
         SEVERAL_PARTS, ///< a group for each connected component, without the unlinked nodes
-    };
+    };                 ///< What can be wrong.
 
-    Kind kind;
+    Kind kind; ///< what is wrong
     /// Never empty. Apart from cycles, nodes come in storage order, and groups in that of their first nodes.
     std::vector<std::vector<NodeId>> groups;
 };

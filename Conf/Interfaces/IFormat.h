@@ -45,7 +45,7 @@ public:
     /// Replaces the record, name included; an empty child "metadata" is added if there is none.
     /// \throw Core::MethodIsNotApplicable when `property` cannot hold "metadata"; the record stays as it was
     virtual void SetProperty(const Core::Property& property);
-
+    /// What the process needs beside the record, as the object name.
     const boost::property_tree::ptree& GetInternalProperties() const { return m_internalProperties; }
     boost::property_tree::ptree& GetInternalProperties() { return m_internalProperties; }
 
@@ -59,10 +59,10 @@ public:
     void PrintContent(std::ostream& os) const;
 
 protected:
-    IFormat& operator=(const IFormat& other);
+    IFormat& operator=(const IFormat& other); ///< copies the record and the internal properties
 
-    Core::Property m_property;
-    boost::property_tree::ptree m_internalProperties;
+    Core::Property m_property;                        ///< the record
+    boost::property_tree::ptree m_internalProperties; ///< neither compared nor stored
 };
 
 } // namespace Zelnor::Conf

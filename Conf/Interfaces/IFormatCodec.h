@@ -57,7 +57,7 @@ public:
     virtual boost::intrusive_ptr<IFormatCodec> CloneBase() const;
 
 protected:
-    explicit IFormatCodec(const std::string& objectName);
+    explicit IFormatCodec(const std::string& objectName); ///< makes a new record of that name
 
 private:
     RefCountImpl m_references;

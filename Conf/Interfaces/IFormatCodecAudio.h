@@ -18,10 +18,10 @@ public:
 #define ZELNOR_SELF(name) static const std::string name;
 #define ZELNOR_CODEC(name) static const std::string name;
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-
+    /// Copies as `IFormatCodec` does.
     IFormatCodecAudio(const IFormatCodecAudio& other);
     ~IFormatCodecAudio() override;
-
+    /// A new descriptor; `Clone` makes a copy.
     static boost::intrusive_ptr<IFormatCodecAudio> Create();
     boost::intrusive_ptr<IFormatCodecAudio> Clone() const;
 

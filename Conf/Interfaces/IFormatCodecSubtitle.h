@@ -13,10 +13,10 @@ public:
 #define ZELNOR_TEXT(name, text) static const std::string name;
 #define ZELNOR_CODEC(name) static const std::string name;
 #include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-
+    /// Copies as `IFormatCodec` does.
     IFormatCodecSubtitle(const IFormatCodecSubtitle& other);
     ~IFormatCodecSubtitle() override;
-
+    /// A new descriptor; `Clone` makes a copy.
     static boost::intrusive_ptr<IFormatCodecSubtitle> Create();
     boost::intrusive_ptr<IFormatCodecSubtitle> Clone() const;
 

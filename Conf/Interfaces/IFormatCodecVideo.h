@@ -67,10 +67,10 @@ public:
         ACCELERATOR_IM_HW = 2, ///< the "IM" hardware path
         ACCELERATOR_IM_SW = 3, ///< the "IM" software path
     };
-
+    /// Copies as `IFormatCodec` does.
     IFormatCodecVideo(const IFormatCodecVideo& other);
     ~IFormatCodecVideo() override;
-
+    /// A new descriptor; `Clone` makes a copy.
     static boost::intrusive_ptr<IFormatCodecVideo> Create();
     boost::intrusive_ptr<IFormatCodecVideo> Clone() const;
 

@@ -45,7 +45,7 @@ public:
     /// `IFormat` in another way. The copy counts its own references.
     IFormatFile(const IFormatFile& other);
     ~IFormatFile() override;
-
+    /// A new descriptor; `Clone` makes a copy.
     static boost::intrusive_ptr<IFormatFile> Create();
     boost::intrusive_ptr<IFormatFile> Clone();
 

@@ -40,18 +40,18 @@ struct ZELNOR_API PixFmtDescription
         COLOR_RANGE_UNSPECIFIED = 0,
         COLOR_RANGE_LIMITED = 1, ///< luma 16 to 235, chroma 16 to 240
         COLOR_RANGE_FULL = 2,    ///< 0 to 255
-    };
-
+    };                           ///< Which values the components have.
+    /// Makes a row of the table.
     PixFmtDescription(PixFmt pixFmt, const char* name, unsigned char components, unsigned char log2ChromaW,
                       unsigned char log2ChromaH, int flags, PixFmtColorRange colorRange);
 
-    PixFmt pixFmt;
-    std::string name;          ///< as persisted: "YUV420P"
-    unsigned char components;  ///< number of components, and of planes that have a size
-    unsigned char log2ChromaW; ///< a chroma plane has 1/2^this of the width
-    unsigned char log2ChromaH; ///< a chroma plane has 1/2^this of the height
-    int flags;                 ///< of `PixFmtFlags`
-    PixFmtColorRange colorRange;
+    PixFmt pixFmt;               ///< its value; not that of FFmpeg
+    std::string name;            ///< as persisted: "YUV420P"
+    unsigned char components;    ///< number of components, and of planes that have a size
+    unsigned char log2ChromaW;   ///< a chroma plane has 1/2^this of the width
+    unsigned char log2ChromaH;   ///< a chroma plane has 1/2^this of the height
+    int flags;                   ///< of `PixFmtFlags`
+    PixFmtColorRange colorRange; ///< the range that its name implies
 
     /// The description of a format.
     ///

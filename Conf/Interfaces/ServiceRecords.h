@@ -29,10 +29,10 @@ enum ChannelLayout : std::int32_t
 /// null.
 struct ZELNOR_API SampleFmtRecord
 {
-    SampleFormats format;
-    int bitsPerSample;
-    std::string textId; ///< as stored in records: "SAMPLE_FMT_S16"
-    bool planar;
+    SampleFormats format;      ///< its value
+    int bitsPerSample;         ///< of one channel
+    std::string textId;        ///< as stored in records: "SAMPLE_FMT_S16"
+    bool planar;               ///< whether each channel has a plane of its own
     SampleFormats counterpart; ///< the planar format of a packed one, and vice versa
 
     /// \throw FormatException "Provided sample format is not found in list"; SAMPLE_FMT_NONE has a record
@@ -45,8 +45,8 @@ struct ZELNOR_API SampleFmtRecord
 /// null.
 struct ZELNOR_API LayoutRecord
 {
-    ChannelLayout layout;
-    int channels;
+    ChannelLayout layout; ///< its value
+    int channels;         ///< how many there are
     const std::string*
         textId; ///< one of `IFormatCodecAudio::TAG_CH_LAYOUT_...`, as stored in records: "STEREO"
 

@@ -29,7 +29,7 @@ struct stat;
 
 namespace Zelnor::Core
 {
-
+/// Bytes that can be read.
 class ZELNOR_API IDataInput : public virtual IRefCountable
 {
 public:
@@ -43,7 +43,7 @@ public:
 /// return too much.
 /// \throw CoreException "The input claims to have read 70 bytes, expected at most 64"
 ZELNOR_API std::size_t ReadUpTo(IDataInput& input, void* buffer, std::size_t size);
-
+/// Bytes can be written to it.
 class ZELNOR_API IDataOutput : public virtual IRefCountable
 {
 public:
@@ -57,8 +57,8 @@ public:
 class ZELNOR_API FileDataInput final : public Counted<IDataInput>
 {
 public:
-    static boost::intrusive_ptr<FileDataInput> Create(const ioPath& path);
-
+    static boost::intrusive_ptr<FileDataInput> Create(const ioPath& path); ///< opens it
+    /// Reads as the interface says.
     std::size_t Read(void* buffer, std::size_t size) override;
 
 private:
@@ -74,8 +74,8 @@ private:
 class ZELNOR_API FileDataOutput final : public Counted<IDataOutput>
 {
 public:
-    static boost::intrusive_ptr<FileDataOutput> Create(const ioPath& path);
-
+    static boost::intrusive_ptr<FileDataOutput> Create(const ioPath& path); ///< empties it
+    /// Writes as the interface says.
     void Write(const void* data, std::size_t size) override;
 
 private:
@@ -107,7 +107,7 @@ private:
 class ZELNOR_API AtomicFileDataOutput final : public Counted<IDataOutput>
 {
 public:
-    static boost::intrusive_ptr<AtomicFileDataOutput> Create(const ioPath& path);
+    static boost::intrusive_ptr<AtomicFileDataOutput> Create(const ioPath& path); ///< opens a temporary file
 
     /// After a failure, every later call throws, too.
     /// \throw CoreException also after `Commit()` and in a forked process
@@ -147,8 +147,8 @@ private:
 class ZELNOR_API MemoryDataInput final : public Counted<IDataInput>
 {
 public:
-    static boost::intrusive_ptr<MemoryDataInput> Create(std::string bytes);
-
+    static boost::intrusive_ptr<MemoryDataInput> Create(std::string bytes); ///< of these bytes
+    /// Reads as the interface says.
     std::size_t Read(void* buffer, std::size_t size) override;
 
 private:
@@ -163,8 +163,8 @@ private:
 class ZELNOR_API MemoryDataOutput final : public Counted<IDataOutput>
 {
 public:
-    static boost::intrusive_ptr<MemoryDataOutput> Create();
-
+    static boost::intrusive_ptr<MemoryDataOutput> Create(); ///< with none yet
+    /// Writes as the interface says.
     void Write(const void* data, std::size_t size) override;
 
     /// Everything written so far; valid until the next write.

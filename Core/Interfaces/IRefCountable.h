@@ -22,8 +22,8 @@ public:
 
 protected:
     IRefCountable() = default;
-    IRefCountable(const IRefCountable&) = default;
-    IRefCountable& operator=(const IRefCountable&) = default;
+    IRefCountable(const IRefCountable&) = default;            ///< a copy counts its own references
+    IRefCountable& operator=(const IRefCountable&) = default; ///< the count stays
 };
 
 /// The functions with which `boost::intrusive_ptr` counts.

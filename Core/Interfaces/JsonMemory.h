@@ -20,8 +20,8 @@ namespace Zelnor::Core
 class JsonMemory
 {
 public:
-    static constexpr bool kNeedFree = true;
-
+    static constexpr bool kNeedFree = true; ///< RapidJSON frees what it does not need
+    /// What RapidJSON asks of an allocator.
     void* Malloc(std::size_t size) { return Realloc(nullptr, 0, size); }
     void* Realloc(void* memory, std::size_t, std::size_t size)
     {
@@ -39,7 +39,7 @@ public:
     }
     static void Free(void* memory) noexcept { std::free(memory); }
 };
-
+/// What RapidJSON makes with it.
 using JsonDocument =
     rapidjson::GenericDocument<rapidjson::UTF8<char>, rapidjson::MemoryPoolAllocator<JsonMemory>, JsonMemory>;
 using JsonValue = rapidjson::GenericValue<rapidjson::UTF8<char>, rapidjson::MemoryPoolAllocator<JsonMemory>>;

@@ -18,9 +18,9 @@ namespace Zelnor::Core
 class ZELNOR_API JsonZelnorStreamIn
 {
 public:
-    using Ch = char;
+    using Ch = char; ///< a byte of UTF-8
 
-    explicit JsonZelnorStreamIn(IDataInput& input);
+    explicit JsonZelnorStreamIn(IDataInput& input); ///< reads the first bytes at once
     JsonZelnorStreamIn(const JsonZelnorStreamIn&) = delete;
     JsonZelnorStreamIn& operator=(const JsonZelnorStreamIn&) = delete;
 
@@ -40,7 +40,7 @@ public:
     /// Whether all bytes of the input have been taken.
     bool AtEnd() const { return m_next == m_end; }
 
-    // Required by the concept; RapidJSON calls them only when it parses in place.
+    /// Required by the concept; RapidJSON calls them only when it parses in place.
     Ch* PutBegin();
     void Put(Ch);
     void Flush();
@@ -63,12 +63,12 @@ private:
 class ZELNOR_API JsonZelnorStreamOut
 {
 public:
-    using Ch = char;
+    using Ch = char; ///< a byte of UTF-8
 
-    explicit JsonZelnorStreamOut(IDataOutput& output);
+    explicit JsonZelnorStreamOut(IDataOutput& output); ///< writes nothing yet
     JsonZelnorStreamOut(const JsonZelnorStreamOut&) = delete;
     JsonZelnorStreamOut& operator=(const JsonZelnorStreamOut&) = delete;
-
+    /// Writes one byte.
     void Put(Ch c)
     {
         if (m_used == m_buffer.size())
@@ -92,9 +92,9 @@ public:
         std::copy_n(bytes, count, m_buffer.data() + m_used);
         m_used += count;
     }
-    void Flush();
+    void Flush(); ///< hands all bytes on to the output
 
-    // Required by the concept; RapidJSON calls them only on input streams.
+    /// Required by the concept; RapidJSON calls them only on input streams.
     Ch Peek() const;
     Ch Take();
     std::size_t Tell() const;

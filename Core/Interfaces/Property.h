@@ -56,9 +56,9 @@ class ZELNOR_API Property
     class Iterator;
 
 public:
-    using Ratio = boost::rational<long long>;
-    using iterator = Iterator<Property>;
-    using const_iterator = Iterator<const Property>;
+    using Ratio = boost::rational<long long>;        ///< always reduced, with a positive denominator
+    using iterator = Iterator<Property>;             ///< over children that can be changed
+    using const_iterator = Iterator<const Property>; ///< over children that cannot
 
     /// Without a value, a group without children. Without a name, the name is empty.
     Property();
@@ -93,10 +93,10 @@ public:
     template <class T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
     Property& operator=(T) = delete;
 
-    const std::string& GetName() const { return m_name; }
-    PropertyTypes GetType() const { return TypeOf(m_value.index()); }
+    const std::string& GetName() const { return m_name; }             ///< may be empty
+    PropertyTypes GetType() const { return TypeOf(m_value.index()); } ///< says which getter fits
 
-    long long GetInt64() const;
+    long long GetInt64() const; ///< the value of an integer
     /// The reference is valid until the property changes. A temporary returns the string itself.
     const std::string& GetString() const&;
     std::string GetString() &&;
@@ -218,7 +218,7 @@ private:
     Property* m_previous = nullptr;
     Property* m_next = nullptr;
 };
-
+/// A position among the children of a group.
 template <class P>
 class Property::Iterator
 {

@@ -31,7 +31,7 @@ public:
     ~PropertyReader();
     PropertyReader(const PropertyReader&) = delete;
     PropertyReader& operator=(const PropertyReader&) = delete;
-
+    /// The events of a RapidJSON reader.
     bool Null();
     bool Bool(bool value);
     bool Int(int value) { return Int64(value); }
@@ -39,7 +39,7 @@ public:
     bool Int64(std::int64_t value);
     bool Uint64(std::uint64_t value);
     bool Double(double value);
-    /// \param copy  if not, `text` must stay until the record has been taken. So for keys.
+    /// The same. \param copy  if not, `text` must stay until the record has been taken. So for keys.
     bool String(const char* text, rapidjson::SizeType length, bool copy);
     bool StartObject();
     bool Key(const char* text, rapidjson::SizeType length, bool copy);

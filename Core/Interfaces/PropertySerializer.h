@@ -26,7 +26,7 @@ class PropertyReader;
 class ZELNOR_API PropertySerializer
 {
 public:
-    static constexpr int kMaxDepth = 512;
+    static constexpr int kMaxDepth = 512; ///< of nested groups, the outermost one included
 
     /// Replaces `property`, including its name, by the record that `json` holds. JSON null makes it an empty
     /// group with its old name. \throw PropertyException when `json` is not of the form above; the

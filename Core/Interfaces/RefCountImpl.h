@@ -15,8 +15,8 @@ class RefCountImpl
 {
 public:
     RefCountImpl() noexcept = default;
-    RefCountImpl(const RefCountImpl&) noexcept {}
-    RefCountImpl& operator=(const RefCountImpl&) noexcept { return *this; }
+    RefCountImpl(const RefCountImpl&) noexcept {}                           ///< starts at 0
+    RefCountImpl& operator=(const RefCountImpl&) noexcept { return *this; } ///< the count stays
 
     /// Adds a reference and returns the new count.
     int AddRefImpl() const noexcept { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
@@ -33,7 +33,7 @@ public:
         }
         return count;
     }
-    int GetRefCountImpl() const noexcept { return m_count.load(std::memory_order_relaxed); }
+    int GetRefCountImpl() const noexcept { return m_count.load(std::memory_order_relaxed); } ///< the count
 
 private:
     mutable std::atomic<int> m_count{0};
@@ -54,7 +54,7 @@ class ZELNOR_API Counted : public Interface
 {
 public:
     using Interface::Interface;
-
+    /// As `IRefCountable` says.
     int AddRef() const final { return m_references.AddRefImpl(); }
     int GetRefCount() const final { return m_references.GetRefCountImpl(); }
     int Release() const final { return m_references.ReleaseOrDestroyImpl(this); }

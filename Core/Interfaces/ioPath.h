@@ -17,8 +17,8 @@ public:
     ioPath(const char* utf8);
     ioPath(const std::filesystem::path& path);
 
-    std::string utf8string() const;
-    const std::filesystem::path& native() const { return m_path; }
+    std::string utf8string() const;                                ///< as records hold it
+    const std::filesystem::path& native() const { return m_path; } ///< as the system takes it
 
 private:
     std::filesystem::path m_path;

@@ -16,8 +16,8 @@ struct JobDifference
 {
     std::string place; ///< "node 2", "link 3 -> 2"
     std::string key;   ///< the path of names inside the record; empty: the whole
-    std::string one;
-    std::string other;
+    std::string one;   ///< what the first job has, as text
+    std::string other; ///< what the second one has
     /// The values, where it is values that differ; their names do not matter.
     std::optional<Core::Property> oneValue = {};
     std::optional<Core::Property> otherValue = {};

@@ -31,12 +31,12 @@ struct ZELNOR_API JobFault
         Container, ///< no such container here, or one that cannot hold the stream
         Output,    ///< a target that cannot be written
         Loss, ///< something of a source that the target will not have; a reason only where that is strict
-    };
+    };        ///< What can be wrong.
 
-    Kind kind;
-    std::vector<std::vector<Conf::NodeId>> groups = {};
-    Place place = {};
-    std::string reason = {};
+    Kind kind;                                          ///< what is wrong
+    std::vector<std::vector<Conf::NodeId>> groups = {}; ///< of faults of the topology
+    Place place = {};                                   ///< of all others
+    std::string reason = {};                            ///< a sentence without an end, about the place
 
     /// Whether it is one of those that `groups` tells.
     bool IsOfTopology() const { return kind <= SeveralParts; }

@@ -15,8 +15,8 @@ namespace Zelnor::Media
 /// A job that was read from a document.
 struct JobFile
 {
-    std::string name; ///< what messages call the document
-    boost::intrusive_ptr<Conf::ITranscodingMetaGraph> graph;
+    std::string name;                                        ///< what messages call the document
+    boost::intrusive_ptr<Conf::ITranscodingMetaGraph> graph; ///< never null
     /// What the document holds and the graph does not, as sentences that begin with the place.
     std::vector<std::string> notes = {};
 };

@@ -17,10 +17,10 @@ struct CodecSupport
         No,
         Yes,
         Unknown, ///< FFmpeg does not know it of this container; writing a file would tell
-    };
+    };           ///< What FFmpeg knows of it.
 
-    std::string container;
-    std::string codec;
+    std::string container;    ///< a `FORMAT_` text
+    std::string codec;        ///< a `CODEC_ID_` text
     Answer isHeld = No;       ///< whether the container can hold streams of the codec
     std::string muxer = {};   ///< the installed FFmpeg's, for the container; empty when it has none
     std::string encoder = {}; ///< the installed FFmpeg's, for the codec; empty when it has none

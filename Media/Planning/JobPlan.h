@@ -26,7 +26,7 @@ namespace Zelnor::Media
 /// A job, and what the user should know about it.
 struct PlannedJob
 {
-    boost::intrusive_ptr<Conf::ITranscodingMetaGraph> graph;
+    boost::intrusive_ptr<Conf::ITranscodingMetaGraph> graph; ///< never null
     std::string output;             ///< the output file's full name, extension included
     std::vector<std::string> notes; ///< sentences without an end: "'in.mkv' has no audio, so ..."
 };

@@ -16,8 +16,8 @@ namespace Zelnor::Media
 /// A size of frames, in pixels as they are displayed.
 struct FrameLimit
 {
-    std::uint32_t width;
-    std::uint32_t height;
+    std::uint32_t width;  ///< at most
+    std::uint32_t height; ///< at most
 };
 
 /// Which streams of the source become streams of the output, and how.

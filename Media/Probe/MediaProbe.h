@@ -66,9 +66,9 @@ constexpr std::size_t kLargestPicture = 96000;
 /// One stream of a file.
 struct MediaStream
 {
-    unsigned int index = 0;
-    StreamKind kind = StreamKind::Unknown;
-    std::string codec; ///< FFmpeg's name: "h264"
+    unsigned int index = 0;                ///< from 0, in the file
+    StreamKind kind = StreamKind::Unknown; ///< of these kinds
+    std::string codec;                     ///< FFmpeg's name: "h264"
     /// An `IFormatCodecVideo`, `IFormatCodecAudio` or `IFormatCodecSubtitle`; for other kinds of stream an
     /// `IFormatCodec`. It has no codec id when the vocabulary has none for the codec.
     boost::intrusive_ptr<Conf::IFormatCodec> descriptor;
@@ -103,15 +103,15 @@ struct MediaStream
 /// A media file and its streams, in its order.
 struct MediaFile
 {
-    std::string name;    ///< as given
-    std::string demuxer; ///< FFmpeg's names: "mov,mp4,m4a,3gp,3g2,mj2"
-    boost::intrusive_ptr<Conf::IFormatFile> descriptor;
-    std::optional<std::int64_t> duration; ///< in microseconds
-    bool durationIsEstimated = false;
+    std::string name;                                   ///< as given
+    std::string demuxer;                                ///< FFmpeg's names: "mov,mp4,m4a,3gp,3g2,mj2"
+    boost::intrusive_ptr<Conf::IFormatFile> descriptor; ///< with the file's tags; never null
+    std::optional<std::int64_t> duration;               ///< in microseconds
+    bool durationIsEstimated = false;                   ///< the container does not store it
     std::string timecode; ///< its own, else the first one of its streams; empty when it has none
     std::vector<MediaChapter> chapters; ///< in the file's order
-    std::vector<std::string> notes;
-    std::vector<MediaStream> streams;
+    std::vector<std::string> notes;     ///< what the descriptor cannot say
+    std::vector<MediaStream> streams;   ///< in the file's order
 };
 
 /// Opens the file and looks at its streams. The name is a plain file's, whatever characters it is made of.

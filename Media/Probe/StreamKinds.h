@@ -15,7 +15,7 @@
 
 namespace Zelnor::Media
 {
-
+/// As FFmpeg tells streams apart.
 enum class StreamKind
 {
     Video,
@@ -29,7 +29,7 @@ enum class StreamKind
 /// One kind of stream.
 struct StreamKindDescription
 {
-    StreamKind kind;
+    StreamKind kind;  ///< which one
     const char* name; ///< "video"
     int codecType;    ///< FFmpeg's `AVMediaType`, which is what `IFormatCodec::GetCodecType()` returns
     /// What presets call it; nothing when streams of this kind cannot be converted.

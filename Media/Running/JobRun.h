@@ -68,14 +68,14 @@ struct TargetResult
     {
         Done,      ///< the file is complete and in place
         Cancelled, ///< there is no file, or the one that was there before
-    };
+    };             ///< What can become of it.
 
-    std::string file; ///< its name, as the job gives it
-    Outcome outcome = Outcome::Cancelled;
-    std::vector<std::string> warnings; ///< the last lines that ffmpeg wrote although it succeeded
-    std::vector<std::string> notes;    ///< what could not be verified, as sentences without an end
-    double seconds = 0;                ///< from the beginning of this target to its end
-    std::uint64_t size = 0;            ///< bytes of the file; 0 when it is a pipe or a device
+    std::string file;                     ///< its name, as the job gives it
+    Outcome outcome = Outcome::Cancelled; ///< what became of it
+    std::vector<std::string> warnings;    ///< the last lines that ffmpeg wrote although it succeeded
+    std::vector<std::string> notes;       ///< what could not be verified, as sentences without an end
+    double seconds = 0;                   ///< from the beginning of this target to its end
+    std::uint64_t size = 0;               ///< bytes of the file; 0 when it is a pipe or a device
 };
 
 /// What became of a job.

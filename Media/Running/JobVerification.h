@@ -27,7 +27,7 @@ namespace Zelnor::Media
 /// How the finished files of a job are verified.
 struct VerifyOptions
 {
-    VerificationDepth depth = VerificationDepth::Quick;
+    VerificationDepth depth = VerificationDepth::Quick; ///< how much is decoded
     /// Whether videos are compared with their sources, image by image: as slow as decoding both.
     bool quality = false;
     std::string ffmpeg = "ffmpeg"; ///< the program that measures the quality

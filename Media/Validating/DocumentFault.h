@@ -36,9 +36,9 @@ struct ZELNOR_API DocumentFault
         Encoder, ///< the installed FFmpeg does not have such an encoder, or it does not support what is asked
                  ///< for
         Container, ///< the installed FFmpeg does not have such a container, or it cannot hold the stream
-    };
+    };             ///< What can be wrong.
 
-    Kind kind;
+    Kind kind; ///< what is wrong
     /// Where it is in the job or the preset, in the words of their readers' errors.
     Place place = {};
     /// "expected a positive integer, found 'fast'"
@@ -73,9 +73,9 @@ struct DocumentFaults
         Job,
         Preset,
         Unknown, ///< the text does not tell
-    };
+    };           ///< What documents there are.
 
-    Kind kind = Unknown;
+    Kind kind = Unknown;                    ///< what the document is
     std::vector<DocumentFault> faults = {}; ///< in the order of the text
     /// Whether these are all. After very many, the rest is not told.
     bool isComplete = true;

@@ -52,10 +52,10 @@ struct VideoQuality
 /// What became of the verification of one target.
 struct TargetVerification
 {
-    std::string file; ///< its name, as the job gives it
-    std::vector<TargetDifference> differences;
-    std::vector<std::string> notes;    ///< what could not be verified, as sentences without an end
-    std::vector<VideoQuality> quality; ///< of its videos, when it was asked for
+    std::string file;                          ///< its name, as the job gives it
+    std::vector<TargetDifference> differences; ///< empty: it is what the job says
+    std::vector<std::string> notes;            ///< what could not be verified, as sentences without an end
+    std::vector<VideoQuality> quality;         ///< of its videos, when it was asked for
 };
 
 /// A target that ffmpeg has made is not what its job says, which `TagFile` names. It was not put in place.
