@@ -81,7 +81,8 @@ install(
   COMPONENT ${development}
   FILES_MATCHING
   PATTERN "*.md"
-  PATTERN "*.svg")
+  PATTERN "*.svg"
+  PATTERN man EXCLUDE)
 
 # CMake package
 
