@@ -3,6 +3,7 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/DataStream.h"
 #include "Media/Jobs/JobFile.h"
+#include "Media/Pages/Graphviz.h"
 #include "Media/Planning/JobPlan.h"
 #include "Media/Presets/PresetFile.h"
 #include "Media/Probe/MediaProbe.h"
@@ -68,6 +69,9 @@ std::vector<ErrorClass> RunErrors()
                  R"({"vertices": [{"id": 1}, {"id": 2}], "edges": [{"id": 1, "from": 1, "to": 7}]})")),
              ZELNOR_EXAMPLE(Run("ffmpeg", "odd", "value")), ZELNOR_EXAMPLE(Run("ffmpeg", "bitrate", "fast")),
              ZELNOR_EXAMPLE(Run("ffmpeg", "codec_id", "CODEC_ID_FLAC"))}),
+        Describe<DrawingException, MediaException>("DrawingException", "MediaException",
+                                                   "A job cannot be drawn: Graphviz is missing, or it fails.",
+                                                   {}, {ZELNOR_EXAMPLE(DrawWithGraphviz("no graph", "svg"))}),
         Describe<RunException, MediaException>("RunException", "MediaException", "Running a job failed.", {},
                                                {ZELNOR_EXAMPLE(Run("missing-ffmpeg"))}),
         Describe<TranscodeFailed, RunException>(

@@ -16,6 +16,7 @@
 #include <csignal>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -292,10 +293,15 @@ int RunSubprocess(const std::vector<std::string>& command, const SubprocessOptio
 
 FilterResult RunFilter(const std::vector<std::string>& command, const std::string& input)
 {
-    constexpr std::size_t kMostMessages = 65536;
-    FilterResult result;
     SubprocessOptions options;
     options.input = input;
+    return RunFilter(command, std::move(options));
+}
+
+FilterResult RunFilter(const std::vector<std::string>& command, SubprocessOptions options)
+{
+    constexpr std::size_t kMostMessages = 65536;
+    FilterResult result;
     options.onOutput = [&result](std::string_view bytes) { result.output += bytes; };
     options.onMessages = [&result](std::string_view bytes) {
         result.messages += bytes.substr(0, kMostMessages - result.messages.size());

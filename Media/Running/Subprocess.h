@@ -55,5 +55,7 @@ struct FilterResult
 /// Runs a program with `input` as its standard input and collects what it writes.
 /// \throw SubprocessError for other reasons than that there is no such program
 ZELNOR_API FilterResult RunFilter(const std::vector<std::string>& command, const std::string& input);
+/// The same with all options but `onOutput` and `onMessages`.
+FilterResult RunFilter(const std::vector<std::string>& command, SubprocessOptions options);
 
 } // namespace Zelnor::Media

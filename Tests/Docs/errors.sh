@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$1"
 headers=(Core/Interfaces/Exception.h Conf/Interfaces/ConfException.h Media/MediaException.h
-    Media/Verifying/Verification.h)
+    Media/Pages/Graphviz.h Media/Verifying/Verification.h)
 wrong=0
 classes=$(sed -nE 's/^class ZELNOR_API ([A-Za-z]+) : public.*/\1/p' "${headers[@]}")
 tags=$(sed -nE 's/^ *using (Tag[A-Za-z]+) =.*/\1/p' "${headers[@]}")

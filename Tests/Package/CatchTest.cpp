@@ -2,6 +2,7 @@
 
 #include "Conf/Interfaces/ConfException.h"
 #ifdef ZELNOR_WITH_MEDIA
+#include "Media/Pages/Graphviz.h"
 #include "Media/Verifying/Verification.h"
 #endif
 
@@ -65,6 +66,7 @@ std::set<std::string> HandlersOf(const std::string& thrown)
         {"PresetFileException", IsCaughtAs<Media::PresetFileException>},
         {"PlanException", IsCaughtAs<Media::PlanException>},
         {"JobException", IsCaughtAs<Media::JobException>},
+        {"DrawingException", IsCaughtAs<Media::DrawingException>},
         {"RunException", IsCaughtAs<Media::RunException>},
         {"TranscodeFailed", IsCaughtAs<Media::TranscodeFailed>},
         {"VerificationFailed", IsCaughtAs<Media::VerificationFailed>},
@@ -106,6 +108,7 @@ std::set<std::string> Ancestry(const std::string& name)
         {"PresetFileException", "MediaException"},
         {"PlanException", "MediaException"},
         {"JobException", "MediaException"},
+        {"DrawingException", "MediaException"},
         {"RunException", "MediaException"},
         {"TranscodeFailed", "RunException"},
         {"VerificationFailed", "RunException"},
@@ -121,7 +124,7 @@ std::set<std::string> Ancestry(const std::string& name)
 TEST(ExceptionFromAnotherSharedObject, IsCaughtByItsClassAndEachBaseAndNothingElse)
 {
 #ifdef ZELNOR_WITH_MEDIA
-    ASSERT_EQ(GetExceptionClasses().size(), 24U);
+    ASSERT_EQ(GetExceptionClasses().size(), 25U);
 #else
     ASSERT_EQ(GetExceptionClasses().size(), 16U);
 #endif

@@ -4,6 +4,7 @@
 
 #include "Conf/Interfaces/ConfException.h"
 #ifdef ZELNOR_WITH_MEDIA
+#include "Media/Pages/Graphviz.h"
 #include "Media/Verifying/Verification.h"
 #endif
 
@@ -49,6 +50,7 @@ const std::vector<std::pair<std::string, void (*)()>>& Throwers()
         {"PresetFileException", Throw<Media::PresetFileException>},
         {"PlanException", Throw<Media::PlanException>},
         {"JobException", Throw<Media::JobException>},
+        {"DrawingException", Throw<Media::DrawingException>},
         {"RunException", Throw<Media::RunException>},
         {"TranscodeFailed", Throw<Media::TranscodeFailed>},
         {"VerificationFailed", Throw<Media::VerificationFailed>},

@@ -77,7 +77,7 @@ TEST_F(JobDraw, AnUnknownExtensionIsRefused)
     {
         ExpectFailure(Zconf({"job", "draw", "job.json", "-o", name}),
                       std::string(name) + ": the extension is not that of a drawing: expected .dot, .svg, "
-                                          ".png or .pdf, or --format");
+                                          ".png, .pdf or .html, or --format");
     }
 }
 

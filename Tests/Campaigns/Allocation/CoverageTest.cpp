@@ -19,6 +19,8 @@ namespace
 /// Functions that no row names.
 constexpr std::string_view kElsewhere[] = {
     // They start processes.
+    "Media::DrawWithGraphviz",
+    "Media::MakeJobPage",
     "Media::RunFilter",
     "Media::RunJob",
     "Media::RunResult::IsDone",

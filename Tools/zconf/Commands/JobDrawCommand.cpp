@@ -1,4 +1,5 @@
-#include "Media/Running/Subprocess.h"
+#include "Media/Pages/Graphviz.h"
+#include "Media/Pages/JobPage.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Commands/JobInput.h"
 #include "Tools/zconf/Console/CommandLine.h"
@@ -21,9 +22,10 @@ struct JobDrawArguments
     std::string job;
     std::string output = "-";
     std::string format;
+    bool documentOnly = false;
 };
 
-constexpr std::array<const char*, 4> kFormats = {"dot", "svg", "png", "pdf"};
+constexpr std::array<const char*, 5> kFormats = {"dot", "svg", "png", "pdf", "html"};
 
 /// The format that belongs to the extension of the output.
 std::string FormatOf(const std::string& output)
@@ -42,37 +44,32 @@ std::string FormatOf(const std::string& output)
             return format;
         }
     }
-    throw ToolError(
-        output + ": the extension is not that of a drawing: expected .dot, .svg, .png or .pdf, or --format");
+    throw ToolError(output + ": the extension is not that of a drawing: expected .dot, .svg, .png, .pdf or "
+                             ".html, or --format");
 }
 
-std::string DrawWithGraphviz(const std::string& dot, const std::string& format)
+std::string Draw(const Media::JobFile& job, const std::string& format, bool documentOnly)
 {
-    const Media::FilterResult result = Media::RunFilter({"dot", "-T" + format}, dot);
-    if (!result.started)
+    if (format == "html")
     {
-        throw ToolError(
-            "Drawing as " + format +
-            " needs Graphviz, whose program 'dot' is not in PATH; the format dot does not need it");
+        return Media::MakeJobPage(*job.graph, {job.name, !documentOnly});
     }
-    if (result.exitCode != 0 || result.output.empty())
-    {
-        const std::string message = result.messages.substr(0, result.messages.find('\n'));
-        throw ToolError("Graphviz failed with exit code " + std::to_string(result.exitCode) +
-                        (message.empty() ? "" : ": " + message));
-    }
-    return result.output;
+    const auto dot = Core::MemoryDataOutput::Create();
+    job.graph->SaveInToDot(dot);
+    return format == "dot" ? dot->GetData() : Media::DrawWithGraphviz(dot->GetData(), format);
 }
 
 int RunJobDraw(const JobDrawArguments& options)
 {
     // First, so that a wrong name is reported before anything is read.
     const std::string format = options.format.empty() ? FormatOf(options.output) : options.format;
+    if (options.documentOnly && format != "html")
+    {
+        throw ToolError("--document-only is for the format html; a drawing as " + format +
+                        " opens no file but the job");
+    }
     const Media::JobFile job = OpenJob(options.job);
-    const auto dot = Core::MemoryDataOutput::Create();
-    job.graph->SaveInToDot(dot);
-    WriteDocument(options.output,
-                  format == "dot" ? dot->GetData() : DrawWithGraphviz(dot->GetData(), format));
+    WriteDocument(options.output, Draw(job, format, options.documentOnly));
     return kExitSuccess;
 }
 
@@ -80,17 +77,21 @@ int RunJobDraw(const JobDrawArguments& options)
 
 void AddJobDrawCommand(CLI::App& job)
 {
-    CLI::App* const command = AddCommand(job, "draw", "Draw a job as a graph (DOT, SVG, PNG or PDF)");
+    CLI::App* const command =
+        AddCommand(job, "draw", "Draw a job as a graph (DOT, SVG, PNG or PDF), or show it as a page (HTML)");
     const auto options = std::make_shared<JobDrawArguments>();
     AddJobArgument(*command, options->job);
     AddDocumentOption(*command, options->output,
-                      "The drawing, in the format of its extension (.dot, .svg, .png or .pdf) or DOT,",
+                      "The drawing, in the format of its extension (.dot, .svg, .png, .pdf or .html) or DOT,",
                       "--output");
     command
         ->add_option("-f,--format", options->format,
-                     "The format (dot, svg, png or pdf), whatever the extension")
+                     "The format (dot, svg, png, pdf or html), whatever the extension; html is a page with "
+                     "the drawing, the records, what is wrong, and sources beside targets")
         ->type_name("FORMAT")
         ->check(CLI::IsMember(std::vector<std::string>(kFormats.begin(), kFormats.end())));
+    command->add_flag("--document-only", options->documentOnly,
+                      "Do not open the job's sources for a page; show what the document alone tells");
     OnRun(*command, [options] { return RunJobDraw(*options); });
 }
 
