@@ -15,16 +15,20 @@ import zelnor
 
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(str(zelnor.__path__[0])).parents[1]
+# At the same place each time, so that ccache knows what was compiled before: nothing here takes as long.
+SCRATCH = BUILD / "Tests" / "Python" / "install"
+CCACHE = "/usr/lib/ccache"
 
 
 @pytest.fixture(scope="module")
-def prefix(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
+def prefix() -> pathlib.Path:
     """The library, installed as this build makes it."""
     if not (BUILD / "cmake_install.cmake").exists() or "ZELNOR_SANITIZE:STRING=address" in (
         BUILD / "CMakeCache.txt"
     ).read_text():
         pytest.skip("only a build that is delivered is installed")
-    made = tmp_path_factory.mktemp("prefix")
+    shutil.rmtree(SCRATCH, ignore_errors=True)
+    made = SCRATCH / "prefix"
     for component in ("libzelnor1", "libzelnor-media1", "libzelnor-dev"):
         command = ["cmake", "--install", str(BUILD), "--prefix", str(made), "--component", component]
         subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
@@ -32,13 +36,14 @@ def prefix(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
 
 
 @pytest.fixture(scope="module")
-def installed(prefix: pathlib.Path, tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
+def installed(prefix: pathlib.Path) -> pathlib.Path:
     """The package, installed from a copy of its folder, so that the tree stays clean."""
-    copy = tmp_path_factory.mktemp("sources") / "Bindings" / "Python"
+    copy = SCRATCH / "Bindings" / "Python"
     shutil.copytree(SOURCES / "Bindings" / "Python", copy)
-    target = tmp_path_factory.mktemp("site")
+    target = SCRATCH / "site"
     [packages] = prefix.glob("**/pkgconfig")
     environment = {**os.environ, "PKG_CONFIG_PATH": str(packages), "CFLAGS": "-O0", "PIP_NO_INDEX": "1"}
+    environment["PATH"] = f"{CCACHE}:{environment['PATH']}"
     environment.pop("PYTHONPATH", None)
     command = [sys.executable, "-m", "pip", "install", "--quiet", "--target", str(target), str(copy)]
     done = subprocess.run(command, capture_output=True, text=True, env=environment)
@@ -51,9 +56,11 @@ def test_the_installed_package_works_elsewhere(
 ) -> None:
     monkeypatch.setenv("PYTHONPATH", str(installed))
     program = "import zelnor; print(zelnor.__file__); print(zelnor.Record('x', {'a': 1}).to_json(), zelnor.list_presets())"
+    program += "; print(zelnor.muxer_description('mp3'))"  # FFmpeg's libraries are found from there, too
     done = run_python("-c", program, cwd=tmp_path)
     assert done.stderr == ""
-    file, answer = done.stdout.splitlines()
+    file, answer, muxer = done.stdout.splitlines()
+    assert muxer == zelnor.muxer_description("mp3")
     assert file == str(installed / "zelnor" / "__init__.py")
     assert answer.startswith('{"x":{"a":1}} [')
     assert "'mp4-h264-aac'" in answer  # beside those of the tests of others
