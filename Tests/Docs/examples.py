@@ -27,7 +27,8 @@ FAULTY = '''{
 
 
 def shell(folder, line):
-    environment = dict(os.environ, PATH=f"{SCRATCH}/bin:{os.environ['PATH']}", LC_ALL="C.UTF-8")
+    environment = dict(os.environ, PATH=f"{SCRATCH}/bin:{os.environ['PATH']}", LC_ALL="C.UTF-8",
+                       XDG_DATA_HOME=f"{SCRATCH}/data", XDG_DATA_DIRS=f"{SCRATCH}/none")
     return subprocess.run(["bash", "-o", "pipefail", "-c", line], cwd=folder, env=environment, timeout=60,
                           stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8", check=False)
 

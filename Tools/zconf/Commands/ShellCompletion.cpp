@@ -92,7 +92,7 @@ KnownValues ValuesFor(const CommandUsage& command, const OptionUsage& option,
     }
     if (kind == "FILTER")
     {
-        return {false, NamesInList(command.Name())};
+        return {false, command.path == "zconf preset list" ? Presets() : NamesInList(command.Name())};
     }
     const auto found = ValueKinds().find(kind);
     return found == ValueKinds().end() ? KnownValues{}
