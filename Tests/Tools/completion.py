@@ -41,7 +41,7 @@ def cases():
         "zconf job run --verify ": {"quick", "full", "off"},
         "zconf job run --verify=f": {"full"},
         "zconf job run 1:2=3.json --verify ": {"quick", "full", "off"},
-        "zconf job draw -f ": {"dot", "svg", "png", "pdf"},
+        "zconf job draw -f ": {"dot", "svg", "png", "pdf", "html"},
         "zconf convert a b --copy video,a": {"video,audio"},
         "zconf convert a b -p mp4-": starting(listed("presets"), "mp4-"),
         "zconf bitrate --codec CODEC_ID_H26": starting(codecs, "CODEC_ID_H26"),
