@@ -75,14 +75,9 @@ endif()
 foreach(file IN ITEMS README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md LICENSE)
   install(FILES "${PROJECT_SOURCE_DIR}/${file}" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT ${development})
 endforeach()
-install(
-  DIRECTORY "${PROJECT_SOURCE_DIR}/Docs"
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
-  COMPONENT ${development}
-  FILES_MATCHING
-  PATTERN "*.md"
-  PATTERN "*.svg"
-  PATTERN man EXCLUDE)
+# File by file, since a folder would be installed with the folders in it that have no documents.
+file(GLOB documents CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Docs/*.md" "${PROJECT_SOURCE_DIR}/Docs/*.svg")
+install(FILES ${documents} DESTINATION "${CMAKE_INSTALL_DOCDIR}/Docs" COMPONENT ${development})
 
 # CMake package
 
