@@ -21,9 +21,13 @@ constexpr std::string_view kElsewhere[] = {
     // They start processes.
     "Media::DrawWithGraphviz",
     "Media::MakeJobPage",
+    "Media::RunBatch",
+    "Media::RunBatchJob",
     "Media::RunFilter",
     "Media::RunJob",
     "Media::RunResult::IsDone",
+    // It starts threads, and has its own ways when memory runs out in one of them.
+    "Media::PlanBatch",
     // Other rows use them.
     "Conf::IFormat::IFormat",
     "Conf::IFormat::operator=",
@@ -73,6 +77,13 @@ constexpr std::string_view kElsewhere[] = {
     "Core::PropertyReader::Uint64",
     "Core::ReadUpTo",
     "Core::Utf8CodePoint",
+    "Media::Batch::DocumentOf",
+    "Media::Batch::JobOf",
+    "Media::Batch::OutputOf",
+    "Media::Batch::PathOf",
+    "Media::BatchResult::Speed",
+    "Media::BatchStatus::CountOf",
+    "Media::BatchStatus::IsDone",
     "Media::FFmpegPass::Arguments",
     "Media::DocumentFault::Name",
     "Media::DocumentFault::Sentence",

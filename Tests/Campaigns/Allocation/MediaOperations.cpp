@@ -1,5 +1,6 @@
 #include "Tests/Campaigns/Allocation/Operations.h"
 
+#include "Media/Batch/BatchStatus.h"
 #include "Media/ErrorText.h"
 #include "Media/Jobs/JobDifferences.h"
 #include "Media/Jobs/JobFault.h"
@@ -26,6 +27,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <stdexcept>
 
 namespace Zelnor::Testing
@@ -49,6 +51,10 @@ struct Files
         WriteFile(folder / "not media", "a text");
         WriteFile(folder / "job.json", jobText);
         WriteFile(folder / "preset.json", presetText);
+        std::filesystem::create_directories(folder / "batch/jobs");
+        std::filesystem::create_directories(folder / "batch/results");
+        WriteFile(folder / "batch/batch.json", batchText);
+        WriteFile(folder / "batch/results/000001.json", resultText);
     }
     std::string Name(const std::string& name) const { return (folder / name).string(); }
 
@@ -56,6 +62,16 @@ struct Files
     const std::string presetText =
         R"({"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H264"},)"
         R"("audio":{"codec_id":"CODEC_ID_AAC","bitrate":128000}}}})";
+    const std::string batchText =
+        R"({"batch":{"version":1,"presets":{"p":{"file":"p.json"}},"outputFolder":"../out","namePattern":"{stem}",)"
+        R"("jobs":{"000001":{"input":"../in/a.wav","preset":"p","output":"a name that is not so short.wav",)"
+        R"("size":1,"notes":{"1":"a note that is not so short"}},)"
+        R"("000002":{"input":"../in/b.wav","preset":"p","refusal":"a reason that is not so short"}}}})";
+    const std::string resultText =
+        R"({"result":{"version":1,"state":"failed","failure":"ffmpeg","reason":"a reason that is not so short",)"
+        R"("exitCode":1,"messages":{"1":"a message that is not so short"},"verification":"quick","attempts":1,)"
+        R"("host":"h","process":1,"started":"2026-11-22T11:03:07Z","ended":"2026-11-22T11:03:07Z","elapsed":1,)"
+        R"("sizeBefore":1,"sizeAfter":1}})";
     const std::string jobText = JsonOf(*WavJob(Name("in.wav"), {Name("a.wav"), Name("b.wav")}));
 };
 
@@ -291,6 +307,34 @@ void AddJobs(Operations& rows)
     }));
 }
 
+void AddBatches(Operations& rows)
+{
+    const std::string name = TheFiles().Name("batch");
+    rows.push_back(Described(Call("Media::ReadBatch", [name] {
+        std::string text;
+        const Batch batch = ReadBatch(name);
+        for (const BatchJob& job : batch.jobs)
+        {
+            text += batch.PathOf(job.input) + job.output + job.refusal + Text(job.notes);
+        }
+        return text;
+    })));
+    rows.push_back(Described(Variant(
+        "refused", Call("Media::ReadBatch", Refused<JobException>([name] { ReadBatch(name + "/jobs"); })))));
+    const Batch batch = ReadBatch(name);
+    rows.push_back(Described(Call("Media::ReadBatchStatus", [batch] {
+        std::string text;
+        for (const BatchJobStatus& job : ReadBatchStatus(batch).jobs)
+        {
+            text += NameOf(job.state) + (job.result ? job.result->reason + Text(job.result->messages) : "");
+        }
+        return text;
+    })));
+    rows.push_back(Call("Media::ChooseJobs", [] {
+        return Text(ChooseJobs({BatchJobState::Waiting, BatchJobState::Done, BatchJobState::Failed}));
+    }));
+}
+
 void AddPresetFolders(Operations& rows)
 {
     const std::vector<ioPath> folders = {ioPath(ZELNOR_SOURCE_DIR "/Presets"),
@@ -324,6 +368,7 @@ Operations MediaOperations()
     AddProbing(rows);
     AddPlanning(rows);
     AddJobs(rows);
+    AddBatches(rows);
     AddPresetFolders(rows);
     return rows;
 }

@@ -1,0 +1,23 @@
+#pragma once
+
+// Private to the library, not installed.
+
+#include "Media/Batch/BatchStatus.h"
+
+#include <functional>
+#include <optional>
+
+namespace Zelnor::Media
+{
+
+class BatchFolder;
+
+/// How one job stands by its last result.
+/// \param isLocked  whether a process that lives has locked it; asked only where that matters
+BatchJobState StateOf(const Batch& batch, const BatchJob& job, const std::optional<BatchResult>& result,
+                      const std::function<bool()>& isLocked);
+
+/// The same as the public one, in a folder that is open.
+BatchStatus ReadBatchStatus(const BatchFolder& folder, const Batch& batch);
+
+} // namespace Zelnor::Media
