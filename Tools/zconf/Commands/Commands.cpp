@@ -16,6 +16,11 @@ void AddAllCommands(CLI::App& app)
     AddJobRunCommand(*job);
     AddJobVerifyCommand(*job);
     AddJobDiffCommand(*job);
+    CLI::App* const batch =
+        AddCommandGroup(app, "batch", "Make and run batches: many jobs, kept in one folder");
+    AddBatchNewCommand(*batch);
+    AddBatchRunCommand(*batch);
+    AddBatchStatusCommand(*batch);
     AddConvertCommand(app);
     AddValidateCommand(app);
     AddProbeCommand(app);

@@ -20,6 +20,11 @@ void AddJobRunCommand(CLI::App& job);
 void AddJobVerifyCommand(CLI::App& job);
 void AddJobDiffCommand(CLI::App& job);
 
+// Commands below "zconf batch".
+void AddBatchNewCommand(CLI::App& batch);
+void AddBatchRunCommand(CLI::App& batch);
+void AddBatchStatusCommand(CLI::App& batch);
+
 // Commands below "zconf".
 void AddValidateCommand(CLI::App& app);
 void AddProbeCommand(CLI::App& app);

@@ -16,8 +16,6 @@
 #include "Tools/zconf/Console/TimeText.h"
 
 #include <algorithm>
-#include <csignal>
-#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -26,16 +24,6 @@ namespace Zelnor::Tool
 
 namespace
 {
-
-/// Ends this process by the signal that stopped its work, as the shell expects.
-[[noreturn]] void EndBy(int signal)
-{
-    (void)::signal(signal, SIG_DFL);
-    (void)::raise(signal);
-    // Only when the signal is blocked.
-    constexpr int kSignalledExitBase = 128;
-    std::_Exit(kSignalledExitBase + signal);
-}
 
 std::vector<std::string> Command(const RunSettings& settings, const std::vector<std::string>& arguments)
 {

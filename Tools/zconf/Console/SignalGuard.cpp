@@ -2,6 +2,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstdlib>
 
 namespace Zelnor::Tool
 {
@@ -50,5 +51,14 @@ SignalGuard::~SignalGuard()
 }
 
 int SignalGuard::Caught() { return g_caught; }
+
+void EndBy(int signal)
+{
+    (void)::signal(signal, SIG_DFL);
+    (void)::raise(signal);
+    // Only when the signal is blocked.
+    constexpr int kSignalledExitBase = 128;
+    std::_Exit(kSignalledExitBase + signal);
+}
 
 } // namespace Zelnor::Tool

@@ -21,4 +21,7 @@ public:
     static int Caught();
 };
 
+/// Ends this process by the signal that stopped its work, as the shell expects.
+[[noreturn]] void EndBy(int signal);
+
 } // namespace Zelnor::Tool

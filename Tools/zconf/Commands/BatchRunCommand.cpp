@@ -1,0 +1,177 @@
+#include "Media/Batch/BatchRun.h"
+#include "Tools/zconf/Commands/BatchText.h"
+#include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/VerificationOutput.h"
+#include "Tools/zconf/Console/CommandLine.h"
+#include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/SignalGuard.h"
+#include "Tools/zconf/Console/StandardStreams.h"
+#include "Tools/zconf/Console/StatusLine.h"
+#include "Tools/zconf/Console/Text.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+using Media::BatchResult;
+
+struct BatchRunArguments
+{
+    std::string batch;
+    std::string engine = "local";
+    unsigned int parallel = 1;
+    unsigned int retries = 0;
+    unsigned int only = 0; ///< the number of the job to run; 0: all
+    bool keepGoing = false;
+    bool failFast = false;
+    bool missing = false;
+    bool overwrite = false;
+    bool strict = false;
+    bool keepUnverified = false;
+    bool json = false;
+    std::string ffmpeg = "ffmpeg";
+    std::string verify = "quick";
+};
+
+Media::BatchRunOptions OptionsOf(const BatchRunArguments& options)
+{
+    Media::BatchRunOptions run;
+    run.job.ffmpeg = options.ffmpeg;
+    run.job.overwrite = options.overwrite;
+    run.job.strict = options.strict;
+    run.job.verification = VerificationDepths().at(options.verify);
+    run.job.keepUnverified = options.keepUnverified;
+    run.parallel = options.parallel;
+    run.retries = options.retries;
+    run.failFast = options.failFast;
+    run.choice.missing = options.missing;
+    run.choice.changed = options.missing && options.overwrite;
+    return run;
+}
+
+/// Of a run in which jobs failed, the exit code that matters most.
+class FailureCode
+{
+public:
+    void Add(BatchResult::Failure failure)
+    {
+        m_hasOther =
+            m_hasOther || failure == BatchResult::Failure::Job || failure == BatchResult::Failure::Run;
+        m_hasFFmpeg = m_hasFFmpeg || failure == BatchResult::Failure::FFmpeg;
+        m_hasDifferent = m_hasDifferent || failure == BatchResult::Failure::Different;
+    }
+    int Get() const
+    {
+        return m_hasOther       ? kExitFailure
+               : m_hasFFmpeg    ? kExitFFmpeg
+               : m_hasDifferent ? kExitDifferent
+                                : kExitSuccess;
+    }
+
+private:
+    bool m_hasOther = false;
+    bool m_hasFFmpeg = false;
+    bool m_hasDifferent = false;
+};
+
+void RunAll(const BatchRunArguments& options, const Media::BatchRunOptions& run)
+{
+    const Media::BatchStatus status = Media::RunBatch(options.batch, run);
+    if (options.json)
+    {
+        WriteBatchJson(Media::ReadBatch(options.batch), status);
+    }
+    if (StatusLine().IsTerminal())
+    {
+        WriteMessage("zconf: " + Printable(options.batch) + ": " + BatchSummaryText(status) + "\n");
+    }
+}
+
+int RunBatchRun(const BatchRunArguments& options)
+{
+    Media::BatchRunOptions run = OptionsOf(options);
+    StatusLine line;
+    FailureCode code;
+    bool isCancelled = false;
+    run.onProgress = [&line](const Media::BatchProgress& progress) {
+        line.Show(BatchProgressText(progress));
+    };
+    run.onJobEnd = [&](const Media::BatchJob& job, const BatchResult& result) {
+        isCancelled = isCancelled || result.state == BatchResult::State::Cancelled;
+        if (result.state == BatchResult::State::Failed)
+        {
+            code.Add(result.failure);
+            line.Clear();
+            ReportFailure(BatchFailureText(job, result.reason));
+        }
+    };
+    const SignalGuard guard(run.job.cancel);
+    if (options.only == 0)
+    {
+        RunAll(options, run);
+    }
+    else
+    {
+        Media::RunBatchJob(options.batch, options.only, run);
+    }
+    line.Clear();
+    if (SignalGuard::Caught() != 0)
+    {
+        EndBy(SignalGuard::Caught());
+    }
+    return code.Get();
+}
+
+} // namespace
+
+void AddBatchRunCommand(CLI::App& batch)
+{
+    CLI::App* const command = AddCommand(batch, "run", "Run the jobs of a batch that are not done");
+    const auto options = std::make_shared<BatchRunArguments>();
+    constexpr int kMostParallel = 256;
+    constexpr int kMostRetries = 100;
+    AddBatchArgument(*command, options->batch);
+    command
+        ->add_option("-j,--jobs", options->parallel,
+                     "How many jobs run at once (default: 1, since encoders of video use several processors "
+                     "themselves)")
+        ->type_name("NUMBER")
+        ->check(CLI::Range(1, kMostParallel));
+    command
+        ->add_option("--retry", options->retries, "How often a job that failed is tried again (default: 0)")
+        ->type_name("NUMBER")
+        ->check(CLI::Range(0, kMostRetries));
+    CLI::Option* const keepGoing =
+        command->add_flag("--keep-going", options->keepGoing, "Go on when a job fails (the default)");
+    command->add_flag("--fail-fast", options->failFast, "Begin no other job when one has failed")
+        ->excludes(keepGoing);
+    command->add_flag("--missing", options->missing,
+                      "Run jobs again that were done and whose output is not there any more; with "
+                      "--overwrite, also those whose output was changed");
+    command
+        ->add_option("--only", options->only,
+                     "Run only the job of this number; several such runs may go on at once")
+        ->type_name("NUMBER")
+        ->check(CLI::Range(1U, Media::Batch::kMostJobs));
+    command->add_option("--engine", options->engine, "What runs the jobs: local, this machine (the default)")
+        ->type_name("NAME")
+        ->check(CLI::IsMember({"local"}));
+    command->add_flag("--overwrite", options->overwrite, "Replace output files that exist");
+    AddStrictFlag(*command, options->strict);
+    command->add_option("--ffmpeg", options->ffmpeg, "The ffmpeg program (default: the one in PATH)")
+        ->type_name("FILE");
+    AddVerifyOption(*command, options->verify);
+    command->add_flag("--keep-unverified", options->keepUnverified,
+                      "Keep an output file that is not what the job says beside its place, as "
+                      "\"out.unverified.mp4\"");
+    AddJsonFlag(*command, options->json);
+    OnRun(*command, [options] { return RunBatchRun(*options); });
+}
+
+} // namespace Zelnor::Tool

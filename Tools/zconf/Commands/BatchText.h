@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Media/Batch/BatchRun.h"
+#include "Media/Batch/BatchStatus.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+/// \file
+/// What the commands about batches share.
+
+namespace Zelnor::Tool
+{
+
+/// Adds the argument BATCH, whose value is kept in `name`.
+void AddBatchArgument(CLI::App& command, std::string& name);
+
+/// "[####----]  3 of 12 done, 1 failed, 2 running  0:01:00 made, 0:03:00 left  4.1x  0:00:44 to go"
+std::string BatchProgressText(const Media::BatchProgress& progress);
+
+/// "12 jobs: 8 done, 1 failed, 3 waiting"; states that no job has are left out.
+std::string BatchSummaryText(const Media::BatchStatus& status);
+
+/// "job 3 ('in/c.mkv', preset 'mp3'): ffmpeg failed to ..."
+std::string BatchFailureText(const Media::BatchJob& job, const std::string& reason);
+
+/// Writes how the batch stands as JSON to standard output, with every job.
+void WriteBatchJson(const Media::Batch& batch, const Media::BatchStatus& status);
+
+} // namespace Zelnor::Tool
