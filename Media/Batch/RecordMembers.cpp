@@ -10,6 +10,7 @@
 #include "Core/Interfaces/PropertyEvents.h"
 #include "Core/Interfaces/PropertySerializer.h"
 
+#include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 

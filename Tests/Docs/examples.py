@@ -151,7 +151,7 @@ def main():
     documents.update({f"json-output.md.{i}": block for i, block in enumerate(described)})
     faults = []
     for page in pages:
-        command = page.stem.replace("-", " ", 2 if re.match("zconf-(job|list|preset)-", page.stem) else 1)
+        command = page.stem.replace("-", " ", 2 if re.match("zconf-(job|list|preset|batch)-", page.stem) else 1)
         if "\\-\\-json" in page.read_text().split(".SH OPTIONS")[1].split(".SH")[0]:
             if not any(block[-1].line.startswith(command + " ") for block in described):
                 faults.append(f"json-output.md: there is no example of {command} --json")

@@ -133,7 +133,7 @@ void AddBatchNewCommand(CLI::App& batch)
     command
         ->add_option("-p,--preset", options->presets,
                      "A preset file, or the name of a preset that comes with the program; may be repeated")
-        ->type_name("FILE")
+        ->type_name("PRESET")
         ->required()
         ->allow_extra_args(false);
     command

@@ -160,7 +160,7 @@ void AddBatchRunCommand(CLI::App& batch)
         ->type_name("NUMBER")
         ->check(CLI::Range(1U, Media::Batch::kMostJobs));
     command->add_option("--engine", options->engine, "What runs the jobs: local, this machine (the default)")
-        ->type_name("NAME")
+        ->type_name("ENGINE")
         ->check(CLI::IsMember({"local"}));
     command->add_flag("--overwrite", options->overwrite, "Replace output files that exist");
     AddStrictFlag(*command, options->strict);

@@ -49,6 +49,7 @@ const std::map<std::string, ValueKind>& ValueKinds()
         {"CODEC", {false, CodecWords}},
         {"CONTAINER", {false, ContainerNames}},
         {"FILE", {true, NoNames}},
+        {"FOLDER", {true, NoNames}},
         {"GROUP", {false, FileGroupNames}},
         {"KIND,...", {false, CopiedKindNames}},
         {"NAME", {false, AllNames}},
