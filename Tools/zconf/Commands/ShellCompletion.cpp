@@ -46,14 +46,10 @@ std::vector<std::string> NoNames() { return {}; }
 const std::map<std::string, ValueKind>& ValueKinds()
 {
     static const std::map<std::string, ValueKind> s_kinds = {
-        {"CODEC", {false, CodecWords}},
-        {"CONTAINER", {false, ContainerNames}},
-        {"FILE", {true, NoNames}},
-        {"FOLDER", {true, NoNames}},
-        {"GROUP", {false, FileGroupNames}},
-        {"KIND,...", {false, CopiedKindNames}},
-        {"NAME", {false, AllNames}},
-        {"PRESET", {true, Presets}},
+        {"CODEC", {false, CodecWords}},     {"CONTAINER", {false, ContainerNames}},
+        {"FILE", {true, NoNames}},          {"FOLDER", {true, NoNames}},
+        {"GROUP", {false, FileGroupNames}}, {"KIND,...", {false, CopiedKindNames}},
+        {"NAME", {false, AllNames}},        {"PRESET", {true, Presets}},
     };
     return s_kinds;
 }
