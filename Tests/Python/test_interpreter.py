@@ -209,6 +209,16 @@ def test_methods_of_another_class_are_refused(graph: Graph, tmp_path: pathlib.Pa
         zelnor.CancelToken.cancel(graph)  # type: ignore[arg-type]
 
 
+@pytest.mark.parametrize("kind", [Graph, zelnor.Preset, zelnor.MediaFile, zelnor.MediaStream, zelnor.CancelToken])
+def test_none_is_not_an_object_of_any_class(kind: Any) -> None:
+    for member in vars(kind).values():
+        call = member.fget if isinstance(member, property) else member
+        if isinstance(member, staticmethod) or not callable(call):
+            continue
+        with pytest.raises((AttributeError, TypeError)):
+            call(None)
+
+
 ATTACK = """
 import inspect, random, sys
 from fractions import Fraction

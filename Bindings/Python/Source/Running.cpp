@@ -137,8 +137,12 @@ void BindCancelToken(py::module_& module)
 {
     py::class_<CancelToken> type(module, "CancelToken", py::is_final(),
                                  "A way to stop what is running, from any thread and for good.");
-    type.def("cancel", &CancelToken::Cancel, "Stop everything that has this token.")
-        .def_property_readonly("is_cancelled", &CancelToken::IsCancelled, "Whether it was cancelled.");
+    // Not the members themselves, which would be called without an object for None.
+    type.def(
+            "cancel", [](const CancelToken& self) { self.Cancel(); }, "Stop everything that has this token.")
+        .def_property_readonly(
+            "is_cancelled", [](const CancelToken& self) { return self.IsCancelled(); },
+            "Whether it was cancelled.");
     Seal(type, &MakeDefault<CancelToken>);
 }
 
