@@ -3,13 +3,16 @@
 from __future__ import annotations
 
 import copy
+import pathlib
 import pickle
+import re
 from typing import Any
 
 import pytest
 
 import zelnor
 
+SOURCES = pathlib.Path(__file__).resolve().parents[2]
 TREE = {
     "CoreException": "ZelnorException",
     "PropertyException": "CoreException",
@@ -30,6 +33,7 @@ TREE = {
     "LinkNotFound": "ProfileException",
     "BadJson": "ProfileException",
     "MediaException": "ZelnorException",
+    "DrawingException": "MediaException",
     "ProbeException": "MediaException",
     "PresetFileException": "MediaException",
     "PlanException": "MediaException",
@@ -183,3 +187,9 @@ def test_a_long_chain_of_causes_ends() -> None:
 def test_an_exception_of_the_standard_library_is_a_built_in_one(name: str, kind: type, text: str) -> None:
     error = thrown(name)
     assert (type(error), str(error)) == (kind, text)
+
+
+def test_every_exception_of_the_libraries_is_there() -> None:
+    documented = re.findall(r"^### (\w+)$", (SOURCES / "Docs" / "errors.md").read_text(), re.MULTILINE)
+    ours = {"RecordKeyError", "RecordIndexError", "RecordTypeError"}
+    assert {*TREE} - ours == {*documented} - {"Exception"}

@@ -425,3 +425,18 @@ def test_threads_may_edit_one_graph() -> None:
     for thread in threads:
         thread.join()
     assert len(graph) == 800
+
+
+def test_a_graph_becomes_a_page(graph: Graph) -> None:
+    page = graph.to_html("job <1>.json", opens_sources=False)
+    assert page.lower().startswith("<!doctype html>")
+    assert "job &lt;1&gt;.json" in page
+    assert "<svg" in page
+    with pytest.raises(TypeError):
+        graph.to_html(opens_sources=1)  # type: ignore[arg-type]
+
+
+def test_a_page_without_graphviz_is_refused(graph: Graph, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setenv("PATH", "/nonexistent")
+    with pytest.raises(zelnor.DrawingException, match="needs Graphviz"):
+        graph.to_html(opens_sources=False)

@@ -3,6 +3,7 @@
 #include "Conf/Interfaces/ConfException.h"
 #include "Core/Interfaces/Exception.h"
 #include "Media/MediaException.h"
+#include "Media/Pages/Graphviz.h"
 #include "Media/Verifying/Verification.h"
 
 #include <boost/exception/errinfo_nested_exception.hpp>
@@ -150,6 +151,7 @@ const std::map<std::string, std::function<void()>>& Throws()
         {"PlanException", Throw<PlanException>},
         {"JobException", Throw<JobException>},
         {"RunException", Throw<RunException>},
+        {"DrawingException", Throw<DrawingException>},
         {"TranscodeFailed", Throw<TranscodeFailed>},
         {"VerificationFailed", Throw<VerificationFailed>},
         {"property tags", [] { ZELNOR_THROW(kUnit, WithPropertyTags<PropertyException>()); }},

@@ -5,6 +5,7 @@
 #include "Conf/Interfaces/ConfException.h"
 #include "Media/ErrorText.h"
 #include "Media/MediaException.h"
+#include "Media/Pages/Graphviz.h"
 #include "Media/Verifying/Verification.h"
 
 #include <boost/exception/errinfo_nested_exception.hpp>
@@ -43,6 +44,7 @@ constexpr ExceptionClass kClasses[] = {
     {"JobException", Matches<Media::JobException>},
     {"PlanException", Matches<Media::PlanException>},
     {"PresetFileException", Matches<Media::PresetFileException>},
+    {"DrawingException", Matches<Media::DrawingException>},
     {"ProbeException", Matches<Media::ProbeException>},
     {"MediaException", Matches<Media::MediaException>},
     {"BadJson", Matches<Conf::BadJson>},

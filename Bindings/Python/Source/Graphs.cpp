@@ -6,6 +6,7 @@
 #include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/GraphAlgorithms.h"
 #include "Core/Interfaces/DataStream.h"
+#include "Media/Pages/JobPage.h"
 
 #include <pybind11/stl.h>
 
@@ -63,6 +64,17 @@ std::string Drawing(const Graph& graph)
     const auto output = Core::MemoryDataOutput::Create();
     graph.graph->SaveInToDot(output);
     return output->GetData();
+}
+
+py::str Page(Graph& graph, const Text& document, bool opensSources)
+{
+    std::string page;
+    {
+        const GraphUse use(graph);
+        const WithoutLock withoutLock;
+        page = Media::MakeJobPage(*graph.graph, {document.bytes, opensSources});
+    }
+    return ToPython(page);
 }
 
 void WriteFile(const Path& path, const std::string& bytes)
@@ -200,6 +212,11 @@ void BindDocuments(py::class_<Graph>& type)
             py::arg("path"),
             "Write a drawing to a file, completely or not at all. The extension says what: dot or gv, or\n"
             "svg, png and pdf, which Graphviz's program dot makes.")
+        .def(
+            "to_html", &Page, py::arg("document") = Text(), py::arg("opens_sources").noconvert() = true,
+            "Return a page for people, complete in itself: the drawing, the records, what is wrong, and the\n"
+            "sources, which it opens unless told not to, beside the targets.\n\n"
+            "Raise DrawingException when Graphviz is missing or fails.")
         .def("__repr__", [](const Graph& self) {
             return "<zelnor.Graph: " + std::to_string(Nodes(self).size()) + " nodes, " +
                    std::to_string(Links(self).size()) + " links>";

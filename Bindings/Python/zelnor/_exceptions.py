@@ -17,6 +17,7 @@ __all__ = [
     "ConstraintException",
     "ConstraintIsNotApplicableForTypeException",
     "CoreException",
+    "DrawingException",
     "FormatException",
     "HelperException",
     "JobException",
@@ -156,6 +157,10 @@ class MediaException(ZelnorException):
     """The index of a stream in its file."""
     key: Optional[str] = None
     """The key of a record, with the names of the groups that hold it."""
+
+
+class DrawingException(MediaException):
+    """A drawing cannot be made: Graphviz is missing or fails."""
 
 
 class ProbeException(MediaException):
