@@ -42,7 +42,7 @@ struct BatchJob
     std::optional<std::int64_t> duration = {}; ///< of the output in microseconds, if known
     std::uint64_t size = 0;                    ///< bytes of the input when it was planned
 
-    bool IsPlanned() const { return refusal.empty(); }
+    bool IsPlanned() const { return refusal.empty(); } ///< whether there is a job to run
 };
 
 /// A batch as its folder keeps it.
@@ -51,12 +51,12 @@ struct ZELNOR_API Batch
     /// No batch has more jobs.
     static constexpr unsigned int kMostJobs = 999'999;
 
-    std::string folder; ///< its name as given, for messages
-    std::string base;   ///< the folder's absolute name, without links
-    std::vector<BatchPreset> presets;
-    std::string outputFolder; ///< a path that the batch keeps
-    std::string namePattern;  ///< "{stem}.{ext}"
-    std::vector<BatchJob> jobs;
+    std::string folder;               ///< its name as given, for messages
+    std::string base;                 ///< the folder's absolute name, without links
+    std::vector<BatchPreset> presets; ///< those that the batch keeps
+    std::string outputFolder;         ///< a path that the batch keeps
+    std::string namePattern;          ///< "{stem}.{ext}"
+    std::vector<BatchJob> jobs;       ///< in the order in which they run
 
     /// What to open for a path that the batch keeps.
     std::string PathOf(const std::string& kept) const;

@@ -48,7 +48,7 @@ struct BatchRequest
 /// A batch that was made.
 struct PlannedBatch
 {
-    Batch batch;
+    Batch batch;              ///< as its folder keeps it
     bool isCancelled = false; ///< no folder was made
     /// Outputs that are there already, as paths to open. A run replaces them only when it is told to.
     std::vector<std::string> existing = {};

@@ -16,10 +16,10 @@ namespace Zelnor::Media
 /// What tells one file under a name from another that takes its place.
 struct FileStamp
 {
-    std::uint64_t inode = 0;
+    std::uint64_t inode = 0;   ///< its number in the file system
     std::uint64_t size = 0;    ///< in bytes
     std::int64_t modified = 0; ///< nanoseconds since 1970
-
+    /// Whether it is the same file, unchanged.
     bool operator==(const FileStamp& other) const
     {
         return inode == other.inode && size == other.size && modified == other.modified;
@@ -35,7 +35,7 @@ struct ZELNOR_API BatchResult
         Done,      ///< the output is complete, verified and in its place
         Failed,    ///< `failure` and `reason` tell why
         Cancelled, ///< somebody stopped the run
-    };
+    };             ///< What became of it.
     enum class Failure
     {
         None,
@@ -43,10 +43,10 @@ struct ZELNOR_API BatchResult
         Different, ///< the output is not what the job says
         Job,       ///< the job cannot be run as it is
         Run,       ///< anything else: ffmpeg cannot be started, the disk is full
-    };
+    };             ///< Whose fault it is.
 
-    State state = State::Running;
-    Failure failure = Failure::None;
+    State state = State::Running;              ///< how far it came
+    Failure failure = Failure::None;           ///< of which kind
     std::string reason = {};                   ///< of a failure: a sentence without an end
     int exitCode = 0;                          ///< ffmpeg's, when it failed
     std::vector<std::string> messages = {};    ///< ffmpeg's last lines

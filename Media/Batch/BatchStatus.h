@@ -40,8 +40,8 @@ ZELNOR_API std::string NameOf(BatchJobState state);
 /// One job.
 struct BatchJobStatus
 {
-    BatchJobState state = BatchJobState::Waiting;
-    std::optional<BatchResult> result = {}; ///< the last one, if there is one
+    BatchJobState state = BatchJobState::Waiting; ///< now
+    std::optional<BatchResult> result = {};       ///< the last one, if there is one
 };
 
 /// All jobs of a batch.
@@ -52,7 +52,7 @@ struct ZELNOR_API BatchStatus
     std::int64_t mediaLeft = 0;       ///< microseconds of the planned jobs that are not done
     double speed = 0;                 ///< of the jobs that are done, one after the other; 0: not known
 
-    std::size_t CountOf(BatchJobState state) const;
+    std::size_t CountOf(BatchJobState state) const; ///< how many jobs are in it
     /// Whether all jobs that could be planned are done.
     bool IsDone() const;
 };
