@@ -16,6 +16,7 @@ using namespace Zelnor::Testing;
 using Conf::ITranscodingMetaGraph;
 using Core::Property;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -109,7 +110,7 @@ TEST_F(JobNew, EveryStreamOfThePresetGetsARawStreamBetweenSourceAndTarget)
     EXPECT_EQ(graph->GetLink(4, 2)["codec_id"].GetString(), "CODEC_ID_AAC");
 }
 
-TEST_F(JobNew, ARealClipMakesAValidJobWithEveryPresetThatShips)
+TEST_F(JobNew, ARealClipMakesAValidJobWithPresetsThatShip)
 {
     const ProcessResult clip = RunProcess(
         {"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=s=64x48:d=0.2", "-f", "lavfi", "-i",
@@ -119,10 +120,9 @@ TEST_F(JobNew, ARealClipMakesAValidJobWithEveryPresetThatShips)
     const auto left = [](const std::string& stream, const std::string& kind) {
         return "zconf: note: clip.mkv: " + stream + " is left out; the output file has no " + kind + "\n";
     };
-    int presets = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(ZELNOR_SOURCE_DIR "/Presets"))
+    // All of them are run in the tests of the library.
+    for (const std::string name : {"mp4-h264-aac", "webm-vp9-opus", "dvd-pal", "mp3", "gif"})
     {
-        const std::string name = entry.path().stem().string();
         SCOPED_TRACE(name);
         const ProcessResult made =
             Zconf({"job", "new", "-p", name, "-i", "clip.mkv", "-t", "o", "-o", name + ".json"});
@@ -132,9 +132,7 @@ TEST_F(JobNew, ARealClipMakesAValidJobWithEveryPresetThatShips)
         const ProcessResult check = Zconf({"job", "check", name + ".json"});
         ExpectQuietSuccess(check);
         EXPECT_THAT(check.output, HasSubstr("valid"));
-        ++presets;
     }
-    EXPECT_GE(presets, 3);
 }
 
 TEST_F(JobNew, LosslessDvdReplacesTheContainerAndSaysSo)
@@ -305,13 +303,13 @@ TEST_F(JobNew, ShippedPresetsAreFoundWhereverTheProgramIsInstalled)
     EXPECT_EQ((*Load(result.output))[2].GetName(), "mp4-h264-aac");
 }
 
-TEST_F(JobNew, AnUnknownPresetIsToldWithTheKnownOnes)
+TEST_F(JobNew, AnUnknownPresetIsToldWithTheNearestOnes)
 {
     const ProcessResult result = NewFrom("mp5");
     EXPECT_EQ(result.exitCode, 2);
-    // The folders and the other presets depend on the installation.
-    EXPECT_THAT(result.messages, StartsWith("zconf: mp5: neither a file nor a known preset (known: "));
-    EXPECT_THAT(result.messages, HasSubstr("mkv-vp8-vorbis, mov-mpeg4-aac, mp3"));
+    // How many there are depends on the installation.
+    EXPECT_THAT(result.messages, StartsWith("zconf: mp5: neither a file nor a known preset ("));
+    EXPECT_THAT(result.messages, EndsWith(" are known); did you mean 'mp3'?\n"));
     ExpectFailure(NewFrom("./mp3"), "Cannot open './mp3': No such file or directory");
 }
 

@@ -148,10 +148,10 @@ TEST_F(ListCommand, MarksTheEncodersThatAJobCanPrefer)
 
 TEST_F(ListCommand, ListsThePresets)
 {
-    const rapidjson::Document document = Json({"presets", "mp3"});
+    const rapidjson::Document document = Json({"presets", "webm-vp8"});
     ASSERT_EQ(document.Size(), 1U);
-    EXPECT_STREQ(document[0]["container"].GetString(), "mp3");
-    EXPECT_STREQ(document[0]["title"].GetString(), "MP3");
+    EXPECT_STREQ(document[0]["container"].GetString(), "webm");
+    EXPECT_STREQ(document[0]["title"].GetString(), "WebM with VP8 video and Vorbis audio");
     EXPECT_GE(Names({"presets"}).size(), 11U);
 }
 

@@ -189,15 +189,4 @@ INSTANTIATE_TEST_SUITE_P(Presets, EveryPreset, testing::ValuesIn(kPresets), [](c
     return name;
 });
 
-TEST(Presets, EachOneThatShipsIsTested)
-{
-    for (const auto& entry : std::filesystem::directory_iterator(ZELNOR_SOURCE_DIR "/Presets"))
-    {
-        const std::string name = entry.path().stem().string();
-        EXPECT_TRUE(std::any_of(std::begin(kPresets), std::end(kPresets), [&name](const Expected& expected) {
-            return name == expected.preset;
-        })) << name;
-    }
-}
-
 } // namespace

@@ -9,7 +9,9 @@
 #include "Media/NearestNames.h"
 #include "Media/Planning/CodecSupport.h"
 #include "Media/Planning/JobPlan.h"
+#include "Media/Planning/NewPreset.h"
 #include "Media/Presets/PresetFolders.h"
+#include "Media/Presets/PresetStore.h"
 #include "Media/Probe/FFmpegInfo.h"
 #include "Media/Running/Files.h"
 #include "Media/Running/JobCheck.h"
@@ -335,6 +337,28 @@ void AddBatches(Operations& rows)
     }));
 }
 
+void AddNewPresets(Operations& rows)
+{
+    const auto text = [](const NewPreset& made) { return Text(made.record) + Text(made.notes); };
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream()});
+    const Core::Property preset =
+        MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_H264"}})")->GetProperty();
+    rows.push_back(UsingFFmpeg(Call(
+        "Media::MakePresetLike", [=] { return text(MakePresetLike(source, "a preset of some length")); })));
+    rows.push_back(UsingFFmpeg(Call("Media::ChangePreset", [=] {
+        return text(ChangePreset(preset, "a preset of some length", {ParseSetting("video.bitrate=5000000")}));
+    })));
+    rows.push_back(Call("Media::DescribePreset", [preset] { return DescribePreset(preset); }));
+    rows.push_back(UsingFFmpeg(Call("Media::ListStoredPresets", [] {
+        std::string found;
+        for (const StoredPreset& stored : ListStoredPresets({ioPath("/no folder of that name")}))
+        {
+            found += stored.name + stored.file + stored.title + stored.makes + stored.fault;
+        }
+        return found;
+    })));
+}
+
 void AddPresetFolders(Operations& rows)
 {
     const std::vector<ioPath> folders = {ioPath(ZELNOR_SOURCE_DIR "/Presets"),
@@ -370,6 +394,7 @@ Operations MediaOperations()
     AddJobs(rows);
     AddBatches(rows);
     AddPresetFolders(rows);
+    AddNewPresets(rows);
     return rows;
 }
 

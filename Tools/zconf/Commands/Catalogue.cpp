@@ -1,7 +1,6 @@
 #include "Tools/zconf/Commands/Catalogue.h"
 
-#include "Media/Presets/PresetFile.h"
-#include "Media/Presets/PresetFolders.h"
+#include "Media/Presets/PresetStore.h"
 #include "Tools/zconf/Console/Names.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
@@ -401,17 +400,15 @@ std::vector<Description> ListAccelerators()
     return descriptions;
 }
 
-std::vector<Description> ListShippedPresets()
+std::vector<Description> ListPresetsByName()
 {
     std::vector<Description> descriptions;
-    for (const std::string& name : Media::ListPresets(Media::DefaultPresetFolders()))
+    for (const Media::StoredPreset& preset : Media::ListStoredPresets())
     {
-        const auto preset = Media::PresetFile::Open(Media::FindPreset(name));
-        const Core::Property& record = preset->GetProperty();
-        const auto title = record.FindChild(Conf::IPreset::KEY_NAME);
-        descriptions.push_back({{"name", name},
-                                {"container", record[Conf::IFormatFile::TAG_CONTAINER].GetString()},
-                                {"title", title == record.end() ? "" : title->GetString()}});
+        descriptions.push_back(
+            {{"name", preset.name},
+             {"container", preset.container},
+             {"title", preset.fault.empty() ? preset.title : "cannot be used: " + preset.fault}});
     }
     return descriptions;
 }

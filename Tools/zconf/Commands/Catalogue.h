@@ -58,7 +58,7 @@ std::vector<Description> ListMuxers();
 std::vector<Description> ListDecoders();
 std::vector<Description> ListEncoders();
 std::vector<Description> ListAccelerators();
-std::vector<Description> ListShippedPresets();
+std::vector<Description> ListPresetsByName();
 std::vector<Description> ListPixelFormats();
 std::vector<Description> ListSampleFormats();
 std::vector<Description> ListLayouts();

@@ -21,6 +21,10 @@ void AddAllCommands(CLI::App& app)
     AddBatchNewCommand(*batch);
     AddBatchRunCommand(*batch);
     AddBatchStatusCommand(*batch);
+    CLI::App* const preset = AddCommandGroup(app, "preset", "List, show and make presets");
+    AddPresetListCommand(*preset);
+    AddPresetShowCommand(*preset);
+    AddPresetNewCommand(*preset);
     AddConvertCommand(app);
     AddValidateCommand(app);
     AddProbeCommand(app);

@@ -25,6 +25,11 @@ void AddBatchNewCommand(CLI::App& batch);
 void AddBatchRunCommand(CLI::App& batch);
 void AddBatchStatusCommand(CLI::App& batch);
 
+// Commands below "zconf preset".
+void AddPresetListCommand(CLI::App& preset);
+void AddPresetShowCommand(CLI::App& preset);
+void AddPresetNewCommand(CLI::App& preset);
+
 // Commands below "zconf".
 void AddValidateCommand(CLI::App& app);
 void AddProbeCommand(CLI::App& app);

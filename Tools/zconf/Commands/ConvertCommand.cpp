@@ -81,9 +81,11 @@ void AddConvertCommand(CLI::App& app)
         ->type_name("FILE")
         ->required();
     command
-        ->add_option("-p,--preset", options->preset,
-                     "A preset file, or the name of a preset that comes with the program (default: the first "
-                     "one whose files have the extension of OUTPUT)")
+        ->add_option(
+            "-p,--preset", options->preset,
+            "The name of a preset (see zconf preset list), or a preset file: a name with a slash, or "
+            "with the extension .json (default: of those whose files have the extension of OUTPUT, one "
+            "that is named like it, else the one with the shortest name)")
         ->type_name("PRESET");
     AddJobOptions(*command, options->job);
     for (const char* const list : {"--stream", "--merge"})

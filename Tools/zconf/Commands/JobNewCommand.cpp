@@ -41,8 +41,10 @@ void AddJobNewCommand(CLI::App& job)
     CLI::App* const command = AddCommand(job, "new", "Make a job that converts a media file");
     const auto options = std::make_shared<JobNewArguments>();
     command
-        ->add_option("-p,--preset", options->preset,
-                     "A preset file, or the name of a preset that comes with the program")
+        ->add_option(
+            "-p,--preset", options->preset,
+            "The name of a preset (see zconf preset list), or a preset file: a name with a slash, or "
+            "with the extension .json")
         ->type_name("PRESET")
         ->required();
     command

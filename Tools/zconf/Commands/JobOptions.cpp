@@ -2,6 +2,7 @@
 
 #include "Media/Presets/PresetFile.h"
 #include "Media/Presets/PresetFolders.h"
+#include "Media/Presets/PresetStore.h"
 #include "Media/Running/Files.h"
 #include "Tools/zconf/Commands/Catalogue.h"
 #include "Tools/zconf/Console/Errors.h"
@@ -13,11 +14,13 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
 #include <limits>
 #include <map>
+#include <tuple>
 
 namespace Zelnor::Tool
 {
@@ -97,25 +100,35 @@ Media::StreamRequest StreamsOf(const JobOptions& options)
     return streams;
 }
 
-/// The name of the first preset whose files are named like `output`.
+/// The preset that fits an output without further words: one that is named like the extension, else the one
+/// with the shortest name. A preset that cannot be used is passed over with a note.
 std::string PresetFor(const std::string& output)
 {
     const std::string extension = LowerCase(std::filesystem::path(output).extension().string());
+    std::vector<std::tuple<bool, std::size_t, std::string>> fitting;
     if (extension.size() > 1)
     {
-        for (const std::string& name : Media::ListPresets(Media::DefaultPresetFolders()))
+        for (const Media::StoredPreset& preset : Media::ListStoredPresets())
         {
-            const auto preset = Media::PresetFile::Open(Media::FindPreset(name));
-            const std::string container = preset->GetProperty()[Conf::IFormatFile::TAG_CONTAINER].GetString();
-            if ("." + DefaultExtension(container) == extension)
+            if (!preset.fault.empty())
             {
-                ReportNote("the preset '" + name + "' makes such a file");
-                return name;
+                ReportNote("the preset '" + preset.name + "' cannot be used: " + preset.fault);
+            }
+            else if ("." + DefaultExtension(preset.container) == extension)
+            {
+                const bool isOther = preset.name.compare(0, extension.size() - 1, extension, 1) != 0;
+                fitting.emplace_back(isOther, isOther ? preset.name.size() : 0, preset.name);
             }
         }
     }
-    throw ToolError("No preset makes a file with the extension of '" + output +
-                    "'; --preset names one (see zconf list presets)");
+    if (fitting.empty())
+    {
+        throw ToolError("No preset makes a file with the extension of '" + output +
+                        "'; --preset names one (see zconf list presets)");
+    }
+    const std::string name = std::get<std::string>(*std::min_element(fitting.begin(), fitting.end()));
+    ReportNote("the preset '" + name + "' makes such a file");
+    return name;
 }
 
 } // namespace

@@ -49,8 +49,8 @@ struct NewJob
 };
 
 /// Plans the job that makes `output` from `input`. Neither may be a standard stream.
-/// \param preset  a file, a name, or "-" for standard input; empty: the first preset in order of the names
-/// whose files have the extension of `output`, which a note names
+/// \param preset  a file, a name, or "-" for standard input; empty: of the presets whose files have the
+/// extension of `output`, one that is named like it, else the one with the shortest name; a note names it
 NewJob PlanNewJob(const std::string& preset, const std::string& input, const Media::JobRequest& request);
 
 /// Refuses a job by which its own files would be destroyed. \throw ToolError

@@ -23,4 +23,8 @@ void WriteDocument(const std::string& name,
                    const std::function<void(const boost::intrusive_ptr<Core::IDataOutput>&)>& write);
 void WriteDocument(const std::string& name, const std::string& text);
 
+/// The same for a file that must not be there yet. It appears as a whole, if its file system can do that.
+/// \throw ToolError "'p.json' exists already; --overwrite replaces it"
+void WriteNewDocument(const std::string& name, const std::string& text);
+
 } // namespace Zelnor::Tool

@@ -1,0 +1,151 @@
+#include "Media/Planning/NewPreset.h"
+
+#include "Media/MediaException.h"
+
+#include "Tests/Support/Expect.h"
+#include "Tests/Support/MediaFixtures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using namespace Zelnor;
+using namespace Zelnor::Media;
+using namespace Zelnor::Testing;
+using Conf::IFormatCodec;
+using Conf::IFormatCodecVideo;
+using Core::Property;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+MediaFile InContainer(std::vector<MediaStream> streams, const std::string& container)
+{
+    MediaFile file = MakeMediaFile(std::move(streams));
+    Property record = file.descriptor->GetProperty();
+    record.SetChildT(Conf::IFormatFile::TAG_CONTAINER, container);
+    file.descriptor->SetProperty(record);
+    return file;
+}
+
+const Property& StreamOf(const NewPreset& preset, const std::string& type)
+{
+    return preset.record[Conf::IPreset::KEY_STREAMS][type];
+}
+
+TEST(NewPreset, OfAFileHasWhatIsKnownOfItsStreams)
+{
+    MediaStream video = MakeVideoStream(1920, 1080);
+    SetValue(video, IFormatCodec::TAG_PROFILE, std::string("high"));
+    video.pixelFormat = "yuv420p";
+    SetValue(video, IFormatCodec::TAG_BITRATE, 5000000LL);
+    MediaStream audio = MakeAudioStream();
+    SetValue(audio, IFormatCodec::TAG_PROFILE, std::string("aac_low"));
+    const NewPreset made = MakePresetLike(InContainer({video, audio}, "mp4"), "like");
+    EXPECT_THAT(made.notes, IsEmpty());
+    EXPECT_EQ(made.record.GetName(), "like");
+    EXPECT_EQ(made.record["container"].GetString(), "mp4");
+    const Property& picture = StreamOf(made, "video");
+    EXPECT_EQ(picture["codec_id"].GetString(), "CODEC_ID_H264");
+    EXPECT_EQ(picture["profile"].GetString(), "high");
+    EXPECT_EQ(picture["bitrate"].GetInt64(), 5000000);
+    EXPECT_EQ(picture["width"].GetInt64(), 1920);
+    EXPECT_EQ(picture["frameRateRatio"].GetRatio(), Property::Ratio(25));
+    EXPECT_EQ(picture["pixelFormat"].GetString(), "yuv420p");
+    const Property& sound = StreamOf(made, "audio");
+    EXPECT_EQ(sound["profile"].GetString(), "aac_low");
+    EXPECT_EQ(sound["sample_rate"].GetInt64(), 48000);
+    EXPECT_EQ(sound["layout"].GetString(), "STEREO");
+    EXPECT_FALSE(sound.ChildExists("bitrate")) << "it is not known";
+}
+
+TEST(NewPreset, OfARotatedVideoHasTheSizeOnTheDisplay)
+{
+    MediaStream video = MakeVideoStream(1920, 1080);
+    video.rotation = 90;
+    const NewPreset made = MakePresetLike(InContainer({video}, "mp4"), "like");
+    EXPECT_EQ(StreamOf(made, "video")["width"].GetInt64(), 1080);
+    EXPECT_EQ(StreamOf(made, "video")["height"].GetInt64(), 1920);
+}
+
+TEST(NewPreset, OfAProResFileHasItsProfileAndAnEncoderOfIt)
+{
+    MediaStream video = MakeVideoStream(1920, 1080, "CODEC_ID_PRORES");
+    video.profile = "HQ";
+    const NewPreset made = MakePresetLike(InContainer({video}, "mov"), "like");
+    EXPECT_EQ(StreamOf(made, "video")["preferred_encoder"].GetString(), "prores_ks");
+    EXPECT_EQ(StreamOf(made, "video")["codec.options.encode"]["profile"].GetString(), "hq");
+    EXPECT_NO_THROW(ChangePreset(made.record, "like", {}));
+}
+
+TEST(NewPreset, ReplacesWhatCannotBeMade)
+{
+    const MediaStream unknown = MakeStream(StreamKind::Video, IFormatCodecVideo::Create());
+    const NewPreset made = MakePresetLike(
+        InContainer({unknown, MakeAudioStream(Conf::CH_LAYOUT_STEREO, 48000, "CODEC_ID_COOK")}, "rm"),
+        "like");
+    EXPECT_EQ(StreamOf(made, "video")["codec_id"].GetString().substr(0, 9), "CODEC_ID_");
+    ASSERT_GE(made.notes.size(), 2U);
+    EXPECT_NO_THROW(ChangePreset(made.record, "like", {}));
+}
+
+TEST(NewPreset, OfADisabledCodecNamesItsEncoder)
+{
+    const NewPreset made =
+        MakePresetLike(InContainer({MakeVideoStream(640, 360, "CODEC_ID_H265")}, "matroska"), "like");
+    EXPECT_EQ(StreamOf(made, "video")["preferred_encoder"].GetString(), "libx265");
+}
+
+TEST(NewPreset, SaysWhichStreamsItDoesNotDescribe)
+{
+    MediaStream second = MakeAudioStream();
+    const NewPreset made = MakePresetLike(
+        InContainer({MakeVideoStream(), MakeAudioStream(), second, MakeAttachedPicture()}, "matroska"),
+        "like");
+    ASSERT_EQ(made.notes.size(), 1U);
+    EXPECT_THAT(
+        made.notes[0],
+        testing::EndsWith("audio stream 2: is not described; the preset has one stream of each type"));
+}
+
+TEST(NewPreset, NeedsVideoOrAudio)
+{
+    const MediaFile file = InContainer({MakeAttachedPicture()}, "mp3");
+    EXPECT_EQ(ExpectThrow<PlanException>([&] { MakePresetLike(file, "like"); }).description,
+              file.name + ": there is no video and no audio to make a preset of");
+}
+
+TEST(NewPreset, OfAPresetHasItsSettingsUnderAnotherName)
+{
+    const auto preset = MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_H264","PIXELFORMAT":0}})");
+    const NewPreset made =
+        ChangePreset(preset->GetProperty(), "mine", {ParseSetting("video.bitrate=5000000")});
+    EXPECT_EQ(made.record.GetName(), "mine");
+    EXPECT_EQ(made.record["id"].GetString(), "mine");
+    EXPECT_EQ(StreamOf(made, "video")["bitrate"].GetInt64(), 5000000);
+    EXPECT_EQ(StreamOf(made, "video")["PIXELFORMAT"].GetString(), "YUV420P");
+}
+
+TEST(NewPreset, IsOfTheFormatOfItsContainer)
+{
+    const auto preset = MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_H264"}})");
+    const NewPreset made = ChangePreset(preset->GetProperty(), "p", {ParseSetting("container=matroska")});
+    EXPECT_EQ(made.record["$$TYPE_ID$$"].GetString(), "format_matroska");
+}
+
+TEST(NewPreset, IsRefusedWhereItsContainerCannotHoldACodec)
+{
+    const auto preset = MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_H264"}})");
+    const Thrown thrown = ExpectThrow<PlanException>(
+        [&] { ChangePreset(preset->GetProperty(), "p", {ParseSetting("video.codec_id=CODEC_ID_VP8")}); });
+    EXPECT_EQ(
+        thrown.description,
+        "p.$$STREAMS$$.video.codec_id: the container mp4 cannot hold CODEC_ID_VP8; it holds CODEC_ID_H264, "
+        "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO; CODEC_ID_VP8 goes into avi, matroska or mov");
+}
+
+} // namespace
