@@ -37,6 +37,8 @@ std::optional<MediaChapter> ReadChapter(const Property& entry)
 
 } // namespace
 
+bool IsChapter(const Property& entry) { return ReadChapter(entry).has_value(); }
+
 std::optional<std::vector<MediaChapter>> TargetReader::Chapters()
 {
     const Property* const list = List(JobKeys::kChapters);

@@ -11,6 +11,9 @@
 namespace Zelnor::Media
 {
 
+/// Whether a member of a target's list of chapters is one.
+bool IsChapter(const Core::Property& entry);
+
 /// Reads the keys of a target's record that say what it holds beside its streams. A value that is not as it
 /// must be is a fault.
 class TargetReader

@@ -1,16 +1,20 @@
 #include "Media/Validating/JobPlaces.h"
 
+#include "Media/Jobs/JobKeys.h"
 #include "Media/NearestNames.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Options/ValueNames.h"
 #include "Media/Planning/CodecsInstead.h"
+#include "Media/Planning/TargetKeys.h"
 #include "Media/RecordText.h"
+#include "Media/ValueText.h"
 
 #include "Conf/Interfaces/IFormatCodec.h"
 #include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
 #include <string_view>
+#include <unordered_set>
 
 namespace Zelnor::Media
 {
@@ -154,6 +158,33 @@ std::optional<std::size_t> FindUnknownSetting(const Property& record, const JobF
     return std::nullopt;
 }
 
+/// The position of the member that is wrong in a list of a target or a source; nothing where the fault is
+/// about the list itself.
+std::optional<std::size_t> FindFaultyMember(const Property* list, const std::string& reason)
+{
+    if (list == nullptr || list->GetType() != PROPERTY_TYPE_GROUP)
+    {
+        return std::nullopt;
+    }
+    std::size_t position = 0;
+    std::unordered_set<std::string> seen;
+    for (const Property& member : *list)
+    {
+        const std::string text = ValueText(member);
+        const bool isChapter = list->GetName() != JobKeys::kChapters || IsChapter(member);
+        const bool isIndex =
+            reason != "expected the index of a stream, found " + text &&
+            reason != "expected the index of a cover or attachment of the first source, found " + text;
+        const bool isFirst = reason != "stream " + text + " is listed twice" || seen.insert(text).second;
+        if ((!isChapter && reason.compare(0, 9, "a chapter") == 0) || !isIndex || !isFirst)
+        {
+            return position;
+        }
+        ++position;
+    }
+    return std::nullopt;
+}
+
 /// Codecs that the target's container holds, where the one of a link is not among them.
 std::vector<std::string> CodecsInstead(const JobFault& fault, const JobElement& link,
                                        const JobElements& elements)
@@ -228,6 +259,10 @@ void AddJobFault(const JobFault& fault, const JsonPart& document, const JobEleme
     const KeyPath path(element->record, fault);
     std::vector<std::size_t> positions = path.Get();
     positions.insert(positions.begin(), 0);
+    if (const auto member = FindFaultyMember(path.Value(), fault.reason))
+    {
+        positions.push_back(*member);
+    }
     const bool isLack = path.Value() == nullptr && !fault.place.key.empty();
     const Aspect aspect = isLack ? Aspect::Lack : fault.reason == kRepeatedText ? Aspect::Key : Aspect::Value;
     const std::vector<std::string> codecs = CodecsInstead(fault, *element, elements);

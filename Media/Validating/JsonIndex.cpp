@@ -148,14 +148,32 @@ std::string JsonIndex::KeyOf(Id value) const
     return key.empty() ? "" : DecodeJsonString(key);
 }
 
-std::vector<JsonIndex::Id> JsonIndex::Children(Id value) const
+JsonIndex::ChildRange JsonIndex::Children(Id value) const { return {*this, value}; }
+
+std::optional<JsonIndex::Id> JsonIndex::ChildAt(Id value, std::size_t position) const
 {
-    std::vector<Id> children;
-    for (Id child = value + 1; child < m_entries[value].after; child = m_entries[child].after)
+    constexpr std::size_t kFew = 64;
+    if (position >= kFew)
     {
-        children.push_back(child);
+        std::vector<Id>& children = m_positions[value];
+        if (children.empty())
+        {
+            for (const Id child : Children(value))
+            {
+                children.push_back(child);
+            }
+        }
+        return position < children.size() ? std::optional(children[position]) : std::nullopt;
     }
-    return children;
+    std::size_t before = 0;
+    for (const Id child : Children(value))
+    {
+        if (before++ == position)
+        {
+            return child;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<JsonIndex::Id> JsonIndex::Member(Id object, std::string_view key) const

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace Zelnor::Media
@@ -43,8 +44,12 @@ public:
     /// The bytes of its key, quotes included; empty when it does not have one.
     std::string_view KeyTextOf(Id value) const;
     std::string KeyOf(Id value) const;
-    /// In order.
-    std::vector<Id> Children(Id value) const;
+    class ChildRange;
+    /// In order. Nothing is copied, so that a value of a million members is walked as quickly as it was read.
+    ChildRange Children(Id value) const;
+    /// The child at that position; nothing when there are not so many. Asked again for children of the same
+    /// value, it does not count from the first one.
+    std::optional<Id> ChildAt(Id value, std::size_t position) const;
     /// The first member of the name.
     std::optional<Id> Member(Id object, std::string_view key) const;
     /// The JSON pointer: "/vertices/0/id".
@@ -72,6 +77,39 @@ private:
     std::string_view m_text;
     /// Without moving what is there already: a document may have many millions of values.
     std::deque<Entry> m_entries;
+    /// The children of values that have many.
+    mutable std::unordered_map<Id, std::vector<Id>> m_positions;
+};
+
+/// The children of a value, to be iterated over; the index must outlive it.
+class JsonIndex::ChildRange
+{
+public:
+    class Iterator
+    {
+    public:
+        Iterator(const JsonIndex& index, Id at) : m_index(&index), m_at(at) {}
+        Id operator*() const { return m_at; }
+        Iterator& operator++()
+        {
+            m_at = m_index->m_entries[m_at].after;
+            return *this;
+        }
+        bool operator!=(const Iterator& other) const { return m_at != other.m_at; }
+
+    private:
+        const JsonIndex* m_index;
+        Id m_at;
+    };
+
+    ChildRange(const JsonIndex& index, Id value) : m_index(index), m_value(value) {}
+
+    Iterator begin() const { return {m_index, m_value + 1}; }
+    Iterator end() const { return {m_index, m_index.m_entries[m_value].after}; }
+
+private:
+    const JsonIndex& m_index;
+    Id m_value;
 };
 
 /// Why a text is not JSON.

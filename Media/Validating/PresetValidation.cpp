@@ -4,6 +4,7 @@
 #include "Media/NearestNames.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Options/ValueNames.h"
+#include "Media/Planning/PresetSupport.h"
 #include "Media/Presets/PresetNames.h"
 #include "Media/Presets/PresetRules.h"
 #include "Media/Validating/RecordReading.h"
@@ -93,7 +94,11 @@ std::optional<JsonIndex::Id> RecordOf(const JsonPart& document, const std::strin
                                       FaultCollector& faults)
 {
     const JsonIndex& index = document.index;
-    std::vector<JsonIndex::Id> members = index.Children(0);
+    std::vector<JsonIndex::Id> members;
+    for (const JsonIndex::Id member : index.Children(0))
+    {
+        members.push_back(member);
+    }
     if (members.size() > 1 && index.KeyOf(members.front()) == kSchemaKey)
     {
         members.erase(members.begin());
@@ -134,6 +139,11 @@ void ValidatePreset(const JsonPart& document, const std::string& name, FaultColl
     for (const PresetFault& fault : FindPresetFaults(preset, name, FaultCollector::kMost + 1))
     {
         AddFault(fault, preset, part, faults);
+    }
+    for (const UnsupportedStream& stream : FindUnsupportedStreams(preset, name))
+    {
+        faults.Add(DocumentFault::Container, stream.place, stream.reason, part,
+                   ValueAt(part, PathTo(preset, *stream.codec)), Aspect::Value, stream.nearest);
     }
     CheckRepeated(preset, name, part, faults);
 }

@@ -138,9 +138,15 @@ Id ReplaceableAround(const JsonIndex& index, Id value)
     Id at = 0;
     for (Id next = 0; next != value;)
     {
-        const std::vector<Id> children = index.Children(next);
-        const auto behind = std::upper_bound(children.begin(), children.end(), value);
-        const Id child = *(behind - 1);
+        Id child = next;
+        for (const Id candidate : index.Children(next))
+        {
+            if (candidate > value)
+            {
+                break;
+            }
+            child = candidate;
+        }
         // An element of an array must stay a record.
         at = index.KindOf(next) == JsonIndex::Kind::Object ? child : at;
         next = child;
@@ -183,19 +189,17 @@ ReadRecord ReadRecordPart(const JsonPart& part, const Place& place, FaultCollect
 JsonIndex::Id ValueAt(const JsonPart& part, const std::vector<std::size_t>& path)
 {
     const JsonIndex& index = part.index;
-    const std::vector<Id> outermost = index.Children(0);
-    Id value = outermost.empty() ? 0 : outermost.front();
+    Id value = index.ChildAt(0, 0).value_or(0);
     for (const std::size_t position : path)
     {
-        const std::vector<Id> children = index.Children(value);
-        if (position >= children.size())
+        const auto child = index.ChildAt(value, position);
+        if (!child)
         {
             return value;
         }
+        // An element of an array is an object around the record.
         const bool isArray = index.KindOf(value) == JsonIndex::Kind::Array;
-        value = children[position];
-        const std::vector<Id> members = isArray ? index.Children(value) : std::vector<Id>();
-        value = members.empty() ? value : members.front();
+        value = isArray ? index.ChildAt(*child, 0).value_or(*child) : *child;
     }
     return value;
 }

@@ -13,12 +13,12 @@ namespace
 /// A job has lists of nodes and links. A preset has one member, whose name is free.
 DocumentFaults::Kind KindOf(const JsonIndex& index)
 {
-    const std::vector<JsonIndex::Id> members = index.Children(0);
-    for (const JsonIndex::Id member : members)
+    const bool hasSeveral = index.ChildAt(0, 1).has_value();
+    for (const JsonIndex::Id member : index.Children(0))
     {
         const std::string key = index.KeyOf(member);
         const bool isList = index.KindOf(member) == JsonIndex::Kind::Array;
-        if ((key == "vertices" || key == "edges") && (isList || members.size() > 1))
+        if ((key == "vertices" || key == "edges") && (isList || hasSeveral))
         {
             return DocumentFaults::Job;
         }

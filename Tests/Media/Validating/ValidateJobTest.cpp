@@ -180,17 +180,23 @@ TEST(ValidatingAJob, FindsWhatIsMissing)
 
 TEST(ValidatingAJob, LooksAtListsOfATargetAndASource)
 {
-    EXPECT_THAT(ChangedJob(R"("filePath": "out.mp4")",
-                           R"("filePath": "", "chapters": [{"": {"start": 5, "end": 4}}])"),
-                ElementsAre("4:76 /vertices/1/data/data/target/filePath setting: node 2, filePath: expected "
-                            "the name of a file, found ''",
-                            "4:92 /vertices/1/data/data/target/chapters setting: node 2, chapters: a chapter "
-                            "has 'start' and 'end' in microseconds, of which 'end' is not the earlier one, "
-                            "and may have 'title', a text"));
+    EXPECT_THAT(
+        ChangedJob(R"("filePath": "out.mp4")",
+                   R"("filePath": "", "chapters": [{"": {"start": 5, "end": 4}}])"),
+        ElementsAre("4:76 /vertices/1/data/data/target/filePath setting: node 2, filePath: expected "
+                    "the name of a file, found ''",
+                    "4:98 /vertices/1/data/data/target/chapters/0/ setting: node 2, chapters: a chapter "
+                    "has 'start' and 'end' in microseconds, of which 'end' is not the earlier one, "
+                    "and may have 'title', a text"));
     EXPECT_THAT(
         ChangedJob(R"("filePath": "in.mkv")", R"("filePath": "in.mkv", "leftOut": [{"": 1}])"),
         ElementsAre("6:53 /vertices/3/data/data/streamRaw/id setting: node 4, id: 'leftOut' of node 1 "
                     "says that stream 1 is left out"));
+    const DocumentFaults twice =
+        ValidateDocument(With(kGoodJob, R"("filePath": "in.mkv")",
+                              R"("filePath": "in.mkv", "leftOut": [{"": 5}, {"": 6}, {"": 5}])"));
+    ASSERT_EQ(twice.faults.size(), 1U);
+    EXPECT_EQ(twice.faults[0].pointer, "/vertices/0/data/data/source/leftOut/2/");
     EXPECT_THAT(ChangedJob(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": -1}})"),
                 ElementsAre("5:53 /vertices/2/data/data/streamRaw/id setting: node 3, id: expected the index "
                             "of a stream, found -1"));

@@ -153,6 +153,30 @@ TEST(ValidatingText, StopsAfterAThousandFaults)
     EXPECT_FALSE(result.isComplete);
 }
 
+TEST(ValidatingAPreset, NamesCodecsThatTheContainerHoldsInstead)
+{
+    const std::string text =
+        R"({"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_VP8"}}}})";
+    const DocumentFaults found = ValidateDocument(text);
+    ASSERT_EQ(found.faults.size(), 1U);
+    const DocumentFault& fault = found.faults.front();
+    EXPECT_EQ(fault.kind, DocumentFault::Container);
+    EXPECT_EQ(
+        fault.Sentence(),
+        "p.$$STREAMS$$.video.codec_id: the container mp4 cannot hold CODEC_ID_VP8; it holds CODEC_ID_H264, "
+        "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO; CODEC_ID_VP8 goes into avi, matroska or mov");
+    EXPECT_EQ(fault.pointer, "/p/$$STREAMS$$/video/codec_id");
+    EXPECT_EQ(fault.found, "\"CODEC_ID_VP8\"");
+    EXPECT_THAT(fault.nearest, ElementsAre("CODEC_ID_H264", "CODEC_ID_VP9", "CODEC_ID_MPEG1VIDEO"));
+}
+
+TEST(ValidatingAPreset, SurvivesCodecsThatTheInstalledFFmpegDoesNotKnow)
+{
+    const std::string text =
+        R"({"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_MPEG2VIDEO_XVMC"}}}})";
+    EXPECT_NO_THROW(ValidateDocument(text));
+}
+
 TEST(ValidatingText, SurvivesWhatEnemiesWrite)
 {
     const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
