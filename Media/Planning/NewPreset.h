@@ -22,7 +22,7 @@ namespace Zelnor::Media
 /// The record of a preset that is not in a file yet, and what whoever asked for it should know.
 struct NewPreset
 {
-    Core::Property record;
+    Core::Property record;               ///< as a preset file holds it
     std::vector<std::string> notes = {}; ///< sentences without an end
 };
 

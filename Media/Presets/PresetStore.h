@@ -23,7 +23,7 @@ namespace Zelnor::Media
 /// A preset that is found by its name.
 struct StoredPreset
 {
-    std::string name;
+    std::string name;           ///< its file's, without the extension
     std::string file;           ///< where it is, for `PresetFile::Open`
     std::string title = {};     ///< what the preset calls itself for people; may be empty
     std::string container = {}; ///< a `FORMAT_` text
