@@ -1,4 +1,5 @@
 #include "Media/Batch/BatchRun.h"
+#include "Tools/zconf/Commands/BatchSlurm.h"
 #include "Tools/zconf/Commands/BatchText.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Commands/VerificationOutput.h"
@@ -10,8 +11,11 @@
 #include "Tools/zconf/Console/Text.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Zelnor::Tool
 {
@@ -25,7 +29,7 @@ struct BatchRunArguments
 {
     std::string batch;
     std::string engine = "local";
-    unsigned int parallel = 1;
+    unsigned int parallel = 0; ///< 0: one here, as many as the cluster lets there
     unsigned int retries = 0;
     unsigned int only = 0; ///< the number of the job to run; 0: all
     bool keepGoing = false;
@@ -37,6 +41,8 @@ struct BatchRunArguments
     bool json = false;
     std::string ffmpeg = "ffmpeg";
     std::string verify = "quick";
+    std::vector<std::string> sbatch;
+    bool wait = false;
 };
 
 Media::BatchRunOptions OptionsOf(const BatchRunArguments& options)
@@ -47,7 +53,7 @@ Media::BatchRunOptions OptionsOf(const BatchRunArguments& options)
     run.job.strict = options.strict;
     run.job.verification = VerificationDepths().at(options.verify);
     run.job.keepUnverified = options.keepUnverified;
-    run.parallel = options.parallel;
+    run.parallel = std::max(options.parallel, 1U);
     run.retries = options.retries;
     run.failFast = options.failFast;
     run.choice.missing = options.missing;
@@ -93,8 +99,50 @@ void RunAll(const BatchRunArguments& options, const Media::BatchRunOptions& run)
     }
 }
 
+/// The command line of a task, which has the job's number added.
+std::vector<std::string> TaskCommand(const BatchRunArguments& options, const std::string& folder)
+{
+    std::vector<std::string> command = {OwnProgram(), "batch", "run", folder};
+    const auto add = [&command](bool isGiven, std::initializer_list<std::string> words) {
+        command.insert(command.end(), isGiven ? words.begin() : words.end(), words.end());
+    };
+    add(options.retries > 0, {"--retry", std::to_string(options.retries)});
+    add(options.missing, {"--missing"});
+    add(options.overwrite, {"--overwrite"});
+    add(options.strict, {"--strict"});
+    add(options.keepUnverified, {"--keep-unverified"});
+    // A task runs elsewhere, so that a name with a folder is made absolute.
+    const bool isPath = options.ffmpeg.find('/') != std::string::npos;
+    add(true, {"--ffmpeg", isPath ? std::filesystem::absolute(options.ffmpeg).string() : options.ffmpeg,
+               "--verify", options.verify});
+    return command;
+}
+
+int RunOnSlurm(const BatchRunArguments& options)
+{
+    if (options.failFast || options.only != 0)
+    {
+        throw ToolError(std::string(options.failFast ? "--fail-fast" : "--only") +
+                        " cannot be combined with --engine slurm");
+    }
+    Media::SlurmOptions slurm;
+    slurm.command = TaskCommand(options, std::filesystem::canonical(options.batch).string());
+    slurm.sbatch = options.sbatch;
+    slurm.parallel = options.parallel;
+    slurm.choice = OptionsOf(options).choice;
+    return RunBatchOnSlurm(options.batch, slurm, options.wait, options.json);
+}
+
 int RunBatchRun(const BatchRunArguments& options)
 {
+    if (options.engine == "slurm")
+    {
+        return RunOnSlurm(options);
+    }
+    if (options.wait || !options.sbatch.empty())
+    {
+        throw ToolError(std::string(options.wait ? "--wait" : "--slurm") + " needs --engine slurm");
+    }
     Media::BatchRunOptions run = OptionsOf(options);
     StatusLine line;
     FailureCode code;
@@ -139,8 +187,8 @@ void AddBatchRunCommand(CLI::App& batch)
     AddBatchArgument(*command, options->batch);
     command
         ->add_option("-j,--jobs", options->parallel,
-                     "How many jobs run at once (default: 1, since encoders of video use several processors "
-                     "themselves)")
+                     "How many jobs run at once (default: 1 here, since encoders of video use several "
+                     "processors themselves; all that the cluster lets there)")
         ->type_name("NUMBER")
         ->check(CLI::Range(1, kMostParallel));
     command
@@ -159,9 +207,12 @@ void AddBatchRunCommand(CLI::App& batch)
                      "Run only the job of this number; several such runs may go on at once")
         ->type_name("NUMBER")
         ->check(CLI::Range(1U, Media::Batch::kMostJobs));
-    command->add_option("--engine", options->engine, "What runs the jobs: local, this machine (the default)")
+    command
+        ->add_option("--engine", options->engine,
+                     "What runs the jobs: local, this machine (the default), or slurm, the cluster that "
+                     "it belongs to, whose nodes see the batch's folder under the same name")
         ->type_name("ENGINE")
-        ->check(CLI::IsMember({"local"}));
+        ->check(CLI::IsMember({"local", "slurm"}));
     command->add_flag("--overwrite", options->overwrite, "Replace output files that exist");
     AddStrictFlag(*command, options->strict);
     command->add_option("--ffmpeg", options->ffmpeg, "The ffmpeg program (default: the one in PATH)")
@@ -171,6 +222,14 @@ void AddBatchRunCommand(CLI::App& batch)
                       "Keep an output file that is not what the job says beside its place, as "
                       "\"out.unverified.mp4\"");
     AddJsonFlag(*command, options->json);
+    command
+        ->add_option("--slurm", options->sbatch,
+                     "An option for sbatch, as in --slurm=--partition=long; it may be given several times")
+        ->type_name("OPTION")
+        ->expected(1)
+        ->take_all();
+    command->add_flag("--wait", options->wait,
+                      "Wait until Slurm has run all jobs; interrupted, cancel those that it has not run");
     OnRun(*command, [options] { return RunBatchRun(*options); });
 }
 

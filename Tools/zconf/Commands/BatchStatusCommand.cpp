@@ -1,4 +1,5 @@
 #include "Media/Batch/BatchStatus.h"
+#include "Tools/zconf/Commands/BatchSlurm.h"
 #include "Tools/zconf/Commands/BatchText.h"
 #include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Console/CommandLine.h"
@@ -12,6 +13,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -39,13 +41,15 @@ std::string MediaTimeText(const Media::BatchStatus& status)
 }
 
 /// Why a job stands as it does; empty where its state says all.
-std::string ReasonOf(const Media::BatchJob& job, const Media::BatchJobStatus& status)
+std::string ReasonOf(const Media::BatchJob& job, const Media::BatchJobStatus& status,
+                     const std::optional<Media::SlurmTask>& task)
 {
     return !job.IsPlanned()                        ? job.refusal
            : status.state == BatchJobState::Failed ? status.result->reason
            : status.state == BatchJobState::Running
                ? "since " + status.result->started + " on " + status.result->host
-               : "";
+           : task ? SlurmTaskText(*task)
+                  : "";
 }
 
 Style StyleOf(BatchJobState state)
@@ -57,7 +61,8 @@ Style StyleOf(BatchJobState state)
                : Style::Plain;
 }
 
-void WriteStatus(const Media::Batch& batch, const Media::BatchStatus& status, bool all)
+void WriteStatus(const Media::Batch& batch, const Media::BatchStatus& status, const SlurmTasks& tasks,
+                 bool all)
 {
     const Painter paint = Painter::ForStandardOutput();
     Table table(2);
@@ -65,13 +70,14 @@ void WriteStatus(const Media::Batch& batch, const Media::BatchStatus& status, bo
     {
         const Media::BatchJob& job = batch.jobs[i];
         const BatchJobState state = status.jobs[i].state;
-        if (all || (state != BatchJobState::Done && state != BatchJobState::Waiting))
+        const std::optional<Media::SlurmTask> task = tasks.empty() ? std::nullopt : tasks[i];
+        if (all || (state != BatchJobState::Done && (state != BatchJobState::Waiting || task)))
         {
             table.AddRow({{std::to_string(job.number), Style::Id},
                           {NameOf(state), StyleOf(state)},
                           {job.input},
                           {job.preset},
-                          {ReasonOf(job, status.jobs[i])}});
+                          {ReasonOf(job, status.jobs[i], task)}});
         }
     }
     WriteText(Printable(batch.folder) + ": " + BatchSummaryText(status) + "\n" + MediaTimeText(status) +
@@ -99,7 +105,8 @@ int RunBatchStatus(const BatchStatusArguments& options)
             status = Media::ReadBatchStatus(batch);
         }
     }
-    options.json ? WriteBatchJson(batch, status) : WriteStatus(batch, status, options.all);
+    const SlurmTasks tasks = AskSlurmOf(batch);
+    options.json ? WriteBatchJson(batch, status, tasks) : WriteStatus(batch, status, tasks, options.all);
     return status.IsDone() ? kExitSuccess : kExitNo;
 }
 

@@ -100,8 +100,26 @@ void AddResult(JsonOutput& output, const Media::BatchResult& result)
     writer.Uint64(result.sizeAfter);
 }
 
+void AddTask(JsonOutput& output, const Media::SlurmTask& task)
+{
+    JsonOutput::Writer& writer = output.GetWriter();
+    output.Key("slurm");
+    writer.StartObject();
+    output.Key("array");
+    writer.Int64(task.array);
+    output.Key("index");
+    writer.Int64(task.index);
+    output.Key("state");
+    output.String(NameOf(task.state));
+    output.Key("restarts");
+    writer.Int64(task.restarts);
+    AddText(output, "node", task.node);
+    AddText(output, "reason", task.reason);
+    writer.EndObject();
+}
+
 void AddJob(JsonOutput& output, const Media::Batch& batch, const Media::BatchJob& job,
-            const Media::BatchJobStatus& status)
+            const Media::BatchJobStatus& status, const std::optional<Media::SlurmTask>& task)
 {
     JsonOutput::Writer& writer = output.GetWriter();
     writer.StartObject();
@@ -127,6 +145,10 @@ void AddJob(JsonOutput& output, const Media::Batch& batch, const Media::BatchJob
     if (status.result)
     {
         AddResult(output, *status.result);
+    }
+    if (task)
+    {
+        AddTask(output, *task);
     }
     writer.EndObject();
 }
@@ -185,7 +207,7 @@ std::string BatchFailureText(const Media::BatchJob& job, const std::string& reas
            "'): " + reason;
 }
 
-void WriteBatchJson(const Media::Batch& batch, const Media::BatchStatus& status)
+void WriteBatchJson(const Media::Batch& batch, const Media::BatchStatus& status, const SlurmTasks& tasks)
 {
     JsonOutput output;
     JsonOutput::Writer& writer = output.GetWriter();
@@ -209,7 +231,7 @@ void WriteBatchJson(const Media::Batch& batch, const Media::BatchStatus& status)
     writer.StartArray();
     for (std::size_t i = 0; i < batch.jobs.size(); ++i)
     {
-        AddJob(output, batch, batch.jobs[i], status.jobs[i]);
+        AddJob(output, batch, batch.jobs[i], status.jobs[i], tasks.empty() ? std::nullopt : tasks[i]);
     }
     writer.EndArray();
     writer.EndObject();

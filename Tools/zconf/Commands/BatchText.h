@@ -2,16 +2,22 @@
 
 #include "Media/Batch/BatchRun.h"
 #include "Media/Batch/BatchStatus.h"
+#include "Media/Batch/SlurmTask.h"
 
 #include <CLI/CLI.hpp>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 /// \file
 /// What the commands about batches share.
 
 namespace Zelnor::Tool
 {
+
+/// Of each job of a batch, in its order; empty when Slurm does not have any.
+using SlurmTasks = std::vector<std::optional<Media::SlurmTask>>;
 
 /// Adds the argument BATCH, whose value is kept in `name`.
 void AddBatchArgument(CLI::App& command, std::string& name);
@@ -26,6 +32,8 @@ std::string BatchSummaryText(const Media::BatchStatus& status);
 std::string BatchFailureText(const Media::BatchJob& job, const std::string& reason);
 
 /// Writes how the batch stands as JSON to standard output, with every job.
-void WriteBatchJson(const Media::Batch& batch, const Media::BatchStatus& status);
+/// \param tasks  what Slurm knows of each job
+void WriteBatchJson(const Media::Batch& batch, const Media::BatchStatus& status,
+                    const SlurmTasks& tasks = {});
 
 } // namespace Zelnor::Tool

@@ -1,0 +1,193 @@
+#include "Media/Batch/SlurmFolder.h"
+
+#include "Media/Batch/BatchFiles.h"
+#include "Media/Batch/RecordMembers.h"
+#include "Media/Batch/SlurmText.h"
+#include "Media/MediaException.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+
+namespace Zelnor::Media
+{
+
+namespace
+{
+
+using Core::Property;
+
+constexpr const char* kUnit = "Media/Batch/SlurmFolder";
+
+constexpr const char* kFolder = "slurm";
+constexpr const char* kRecord = "arrays.json";
+constexpr const char* kScript = "task.sh";
+
+constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
+
+constexpr const char* kTask = R"sh(#!/bin/sh
+# Runs one job of a batch. $1: what to add to the index of the task to get the number of the job; then the command.
+offset=$1
+shift
+exec "$@" --only "$((offset + SLURM_ARRAY_TASK_ID))"
+)sh";
+
+/// Names are made here; others would be options of Slurm's programs, or lists.
+bool IsArrayName(const std::string& name)
+{
+    return !name.empty() && name.front() != '-' && std::all_of(name.begin(), name.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+    });
+}
+
+[[noreturn]] void Refuse(const Place& place, const std::string& reason)
+{
+    ZELNOR_THROW(kUnit, MakeError<JobException>(place, reason));
+}
+
+SlurmArray ReadArray(const RecordMembers& members, std::size_t jobs)
+{
+    SlurmArray array;
+    array.name = members.Text("name");
+    if (!IsArrayName(array.name))
+    {
+        Refuse(members.At("name"),
+               "expected lower-case letters, digits and hyphens, found '" + array.name + "'");
+    }
+    array.id = members.Integer("id", 0, kLargest);
+    array.offset = members.Integer("offset", 0, static_cast<std::int64_t>(jobs));
+    const std::string indices = members.Text("indices");
+    const auto read = ReadIndices(indices, jobs);
+    if (!read || read->front() < 1 || read->back() > static_cast<long long>(jobs) - array.offset)
+    {
+        Refuse(members.At("indices"),
+               "expected indices of jobs of the batch, such as 1-4,7, found '" + indices + "'");
+    }
+    array.indices = *read;
+    return array;
+}
+
+} // namespace
+
+SlurmFolder::SlurmFolder(const Batch& batch)
+    : m_name(batch.folder + "/" + kFolder), m_base(batch.base + "/" + kFolder), m_jobs(batch.jobs.size())
+{
+    constexpr mode_t kMode = 0777;
+    if (::mkdir(m_base.c_str(), kMode) != 0 && errno != EEXIST)
+    {
+        ThrowSystem<RunException>("make", m_name, errno);
+    }
+    m_folder = Descriptor(::open(m_base.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!m_folder.IsOpen())
+    {
+        ThrowSystem<RunException>("open", m_name, errno);
+    }
+}
+
+Descriptor SlurmFolder::Lock() const
+{
+    Descriptor folder(::openat(m_folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.IsOpen())
+    {
+        ThrowSystem<RunException>("open", m_name, errno);
+    }
+    // A file system without locks is no reason not to run.
+    while (::flock(folder.Get(), LOCK_EX) != 0 && errno == EINTR)
+    {}
+    return folder;
+}
+
+std::vector<SlurmArray> SlurmFolder::Read() const
+{
+    const std::string name = m_name + "/" + kRecord;
+    const std::optional<std::string> text = ReadFileIn(m_folder, kRecord, name);
+    std::vector<SlurmArray> arrays;
+    if (!text)
+    {
+        return arrays;
+    }
+    const Property record = ParseRecord(*text, name, "slurm");
+    const RecordMembers members(record, Place{name}, {"version", "arrays"});
+    members.Integer("version", 1, 1);
+    for (const Property& array : members.Group("arrays"))
+    {
+        const Place place = members.At("arrays").Under(array.GetName());
+        if (array.GetName() != NumberText(arrays.size() + 1))
+        {
+            Refuse(place, "expected '" + NumberText(arrays.size() + 1) + "' here");
+        }
+        arrays.push_back(ReadArray(RecordMembers(array, place, {"name", "id", "offset", "indices"}), m_jobs));
+    }
+    return arrays;
+}
+
+void SlurmFolder::Write(const std::vector<SlurmArray>& arrays) const
+{
+    Property record("slurm");
+    record.CreateChildT("version", 1);
+    Property& list = record.SetChild("arrays");
+    for (const SlurmArray& array : arrays)
+    {
+        Property& one = list.SetChild(NumberText(list.Count() + 1));
+        one.CreateChildT("name", array.name);
+        one.CreateChildT("id", array.id);
+        one.CreateChildT("offset", array.offset);
+        one.CreateChildT("indices", WriteIndices(array.indices));
+    }
+    WriteFileIn(m_folder, kRecord, m_name + "/" + kRecord, RecordDocument(record));
+}
+
+bool SlurmFolder::HasLog(const SlurmArray& array, long long index) const
+{
+    const std::string name = std::to_string(array.id) + "_" + std::to_string(index) + ".log";
+    struct stat status = {};
+    return ::fstatat(m_folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+std::string SlurmFolder::WriteScript() const
+{
+    WriteFileIn(m_folder, kScript, m_name + "/" + kScript, kTask);
+    return m_base + "/" + kScript;
+}
+
+bool HasSlurmFolder(const Batch& batch)
+{
+    struct stat status = {};
+    return ::lstat((batch.base + "/" + kFolder).c_str(), &status) == 0;
+}
+
+std::vector<SlurmArray> SplitIntoArrays(const std::vector<unsigned int>& jobs, long long limit)
+{
+    std::vector<SlurmArray> arrays;
+    for (const unsigned int job : jobs)
+    {
+        if (arrays.empty() || job - arrays.back().offset >= limit)
+        {
+            // Where the cluster's limit allows it, index and number are the same, which is easier to read.
+            SlurmArray array;
+            array.offset = job < limit ? 0 : job - 1;
+            arrays.push_back(std::move(array));
+        }
+        arrays.back().indices.push_back(job - arrays.back().offset);
+    }
+    return arrays;
+}
+
+std::vector<std::optional<TaskPlace>> LastTasks(std::size_t count, const std::vector<SlurmArray>& arrays)
+{
+    std::vector<std::optional<TaskPlace>> last(count);
+    for (std::size_t i = 0; i < arrays.size(); ++i)
+    {
+        for (const long long index : arrays[i].indices)
+        {
+            last[static_cast<std::size_t>(arrays[i].offset + index - 1)] = TaskPlace(i, index);
+        }
+    }
+    return last;
+}
+
+} // namespace Zelnor::Media

@@ -1,0 +1,41 @@
+#pragma once
+
+// Private to the library, not installed: what Slurm's programs are given and print.
+
+#include "Media/Batch/SlurmTask.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Zelnor::Media
+{
+
+/// Indices of tasks as `sbatch --array` takes them: "1-4,7".
+/// \param indices  ascending
+std::string WriteIndices(const std::vector<long long>& indices);
+
+/// The indices in such a text, in order. Nothing when it is not such a text, when they do not ascend, or when
+/// there are more than `most`.
+std::optional<std::vector<long long>> ReadIndices(std::string_view text, std::size_t most);
+
+/// What `squeue --Format` is given.
+inline constexpr const char* kQueueFields =
+    "ArrayJobID:|,ArrayTaskID:|,State:|,RestartCnt:|,NodeList:|,Reason:|";
+
+/// The tasks in what `squeue` printed. Jobs that are not in an array are left out.
+std::vector<SlurmTask> ReadQueue(std::string_view text);
+
+/// What `sacct --format` is given.
+inline constexpr const char* kAccountFields = "JobID,State,NodeList,Reason";
+
+/// The tasks in what `sacct --parsable2` printed. Tasks of one array that have not begun are one line there;
+/// they are left out, since the queue has them.
+std::vector<SlurmTask> ReadAccounts(std::string_view text);
+
+/// The number that a setting has in what `scontrol show config` printed.
+std::optional<long long> ReadSetting(std::string_view text, std::string_view name);
+
+} // namespace Zelnor::Media

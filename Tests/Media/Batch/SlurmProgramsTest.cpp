@@ -1,0 +1,59 @@
+#include "Media/Batch/SlurmPrograms.h"
+
+#include "Media/MediaException.h"
+#include "Tests/Support/Expect.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace Zelnor::Media
+{
+namespace
+{
+
+std::string FaultOf(const std::string& option)
+{
+    return Testing::ExpectThrow<RunException>([&option] {
+               CheckOptions({"--partition=long", option});
+           })
+        .description.value_or("");
+}
+
+} // namespace
+
+TEST(SlurmOptions, ThatSbatchHasPass)
+{
+    EXPECT_NO_THROW(CheckOptions({}));
+    EXPECT_NO_THROW(CheckOptions({"--partition=long", "-plong", "--no-requeue", "--time=1:00", "-x", "-n4"}));
+}
+
+TEST(SlurmOptions, ThatAreSetForTheBatchAreRefused)
+{
+    for (const char* const option :
+         {"--array=1-3", "-a1-3", "--job-name=x", "-Jx", "--output=x", "-ox", "--chdir=/", "-D/", "--wrap=rm",
+          "--parsable", "--wait", "-W", "--test-only", "--help", "--version"})
+    {
+        EXPECT_EQ(FaultOf(option), std::string(option) + ": this option of sbatch is set for the batch");
+    }
+}
+
+TEST(SlurmOptions, ThatAreSetForTheBatchAreRefusedInAnySpellingThatSbatchTakes)
+{
+    for (const char* const option : {"--wra=rm", "--w=rm", "--arr", "--job=x", "--tes"})
+    {
+        EXPECT_EQ(FaultOf(option), std::string(option) + ": this option of sbatch is set for the batch");
+    }
+}
+
+TEST(SlurmOptions, ThatAreOtherWordsAreRefused)
+{
+    for (const char* const option : {"", "long", "-", "--", "/bin/sh"})
+    {
+        EXPECT_EQ(FaultOf(option), "'" + std::string(option) +
+                                       "' is not an option of sbatch; give an option and its value as one "
+                                       "word, as in --partition=long");
+    }
+}
+
+} // namespace Zelnor::Media

@@ -1,0 +1,140 @@
+#include "Tools/zconf/Commands/BatchSlurm.h"
+
+#include "Media/Batch/BatchStatus.h"
+#include "Media/Running/JobRun.h"
+#include "Media/Text.h"
+#include "Tools/zconf/Commands/BatchText.h"
+#include "Tools/zconf/Console/Errors.h"
+#include "Tools/zconf/Console/Output.h"
+#include "Tools/zconf/Console/SignalGuard.h"
+#include "Tools/zconf/Console/StandardStreams.h"
+#include "Tools/zconf/Console/StatusLine.h"
+#include "Tools/zconf/Console/Text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace Zelnor::Tool
+{
+
+namespace
+{
+
+using Media::SlurmSubmission;
+
+/// "films: 60 jobs submitted as array 1234, 3 are in the queue already"
+std::string SubmissionText(const std::string& folder, const SlurmSubmission& submission)
+{
+    std::string text = Printable(folder) + ": ";
+    if (submission.submitted.empty())
+    {
+        text += "no job is left to submit";
+    }
+    else
+    {
+        text += Media::Count(submission.submitted.size(), "job") + " submitted as " +
+                (submission.arrays.size() == 1 ? "array " : "arrays ");
+        for (const long long array : submission.arrays)
+        {
+            text += (array == submission.arrays.front() ? "" : ", ") + std::to_string(array);
+        }
+    }
+    const std::size_t pending = submission.pending.size();
+    return pending == 0 ? text
+                        : text + ", " + std::to_string(pending) + (pending == 1 ? " is" : " are") +
+                              " in the queue already";
+}
+
+std::size_t CountPending(const std::vector<std::optional<Media::SlurmTask>>& tasks)
+{
+    return static_cast<std::size_t>(
+        std::count_if(tasks.begin(), tasks.end(), [](const std::optional<Media::SlurmTask>& task) {
+            return task && Media::IsPending(task->state);
+        }));
+}
+
+/// Waits until Slurm has nothing of the batch left to do. When it is cancelled, so are the tasks.
+void WaitForSlurm(const Media::Batch& batch)
+{
+    Media::CancelToken cancel;
+    const SignalGuard guard(cancel);
+    StatusLine line;
+    bool isCancelled = false;
+    for (;;)
+    {
+        if (cancel.IsCancelled() && !isCancelled)
+        {
+            Media::CancelSlurm(batch);
+            isCancelled = true;
+        }
+        const std::size_t pending = CountPending(Media::AskSlurm(batch));
+        if (pending == 0)
+        {
+            return;
+        }
+        line.Show(BatchSummaryText(Media::ReadBatchStatus(batch)) + "; " + Media::Count(pending, "task") +
+                  " in Slurm's queue");
+        // Not more often: all users of a cluster ask the same controller.
+        constexpr std::chrono::seconds kPause(2);
+        const auto end = std::chrono::steady_clock::now() + kPause;
+        while (std::chrono::steady_clock::now() < end && (isCancelled || !cancel.IsCancelled()))
+        {
+            constexpr std::chrono::milliseconds kStep(50);
+            std::this_thread::sleep_for(kStep);
+        }
+    }
+}
+
+} // namespace
+
+int RunBatchOnSlurm(const std::string& folder, const Media::SlurmOptions& options, bool wait, bool json)
+{
+    const Media::Batch batch = Media::ReadBatch(folder);
+    WriteMessage("zconf: " + SubmissionText(folder, Media::SubmitBatch(batch, options)) + "\n");
+    if (!wait)
+    {
+        return kExitSuccess;
+    }
+    WaitForSlurm(batch);
+    const Media::BatchStatus status = Media::ReadBatchStatus(batch);
+    if (json)
+    {
+        WriteBatchJson(batch, status, Media::AskSlurm(batch));
+    }
+    WriteMessage("zconf: " + Printable(folder) + ": " + BatchSummaryText(status) + "\n");
+    if (SignalGuard::Caught() != 0)
+    {
+        EndBy(SignalGuard::Caught());
+    }
+    return status.IsDone() ? kExitSuccess : kExitFailure;
+}
+
+SlurmTasks AskSlurmOf(const Media::Batch& batch)
+{
+    try
+    {
+        return Media::AskSlurm(batch);
+    }
+    catch (const Media::RunException&)
+    {
+        ReportFailure(Describe(std::current_exception()));
+        return {};
+    }
+}
+
+std::string OwnProgram() { return std::filesystem::read_symlink("/proc/self/exe").string(); }
+
+std::string SlurmTaskText(const Media::SlurmTask& task)
+{
+    return "Slurm " + std::to_string(task.array) + "_" + std::to_string(task.index) + ": " +
+           NameOf(task.state) + (task.node.empty() ? "" : " on " + task.node) +
+           (task.reason.empty() ? "" : " (" + task.reason + ")");
+}
+
+} // namespace Zelnor::Tool
