@@ -1,11 +1,11 @@
 #include "Media/Batch/BatchFolder.h"
 
+#include "Media/Batch/BatchFiles.h"
 #include "Media/Batch/RecordMembers.h"
 #include "Media/MediaException.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -13,9 +13,8 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
-#include <string_view>
-#include <system_error>
 #include <thread>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -26,19 +25,6 @@ namespace
 constexpr const char* kUnit = "Media/Batch/BatchFolder";
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-
-template <class E>
-[[noreturn]] void ThrowSystem(const char* action, const std::string& name, int reason)
-{
-    if (reason == ENOMEM)
-    {
-        throw std::bad_alloc();
-    }
-    auto exception = MakeError<E>(std::string("Cannot ") + action + " '" + name +
-                                  "': " + std::generic_category().message(reason));
-    exception << MediaException::TagFile(name);
-    ZELNOR_THROW(kUnit, exception);
-}
 
 /// \returns false when somebody else has the lock
 bool TryLock(const Descriptor& file, int kind)
@@ -92,33 +78,12 @@ Descriptor BatchFolder::OpenFolderIn(const char* name) const
 std::string BatchFolder::ReadFile(const Descriptor& folder, const std::string& file,
                                   const std::string& name) const
 {
-    const Descriptor opened(
-        ::openat(folder.Get(), file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    struct stat status = {};
-    if (!opened.IsOpen() || ::fstat(opened.Get(), &status) != 0)
+    std::optional<std::string> text = ReadFileIn(folder, file, name);
+    if (!text)
     {
-        ThrowSystem<JobException>("open", name, errno);
+        ThrowSystem<JobException>("open", name, ENOENT);
     }
-    if (!S_ISREG(status.st_mode))
-    {
-        ThrowSystem<JobException>("open", name, EINVAL);
-    }
-    std::string text;
-    constexpr std::size_t kBlock = 65536;
-    std::array<char, kBlock> block;
-    for (;;)
-    {
-        const ssize_t count = ::read(opened.Get(), block.data(), block.size());
-        if (count == 0)
-        {
-            return text;
-        }
-        if (count < 0 && errno != EINTR)
-        {
-            ThrowSystem<JobException>("read", name, errno);
-        }
-        text.append(block.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
-    }
+    return std::move(*text);
 }
 
 std::string BatchFolder::ReadDocument() const
@@ -135,38 +100,13 @@ std::string BatchFolder::ReadJob(unsigned int number) const
 std::optional<std::string> BatchFolder::ReadResult(unsigned int number) const
 {
     const std::string file = BatchFileName(number);
-    struct stat status = {};
-    if (::fstatat(m_results.Get(), file.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
-    {
-        return std::nullopt;
-    }
-    return ReadFile(m_results, file, NameOf(std::string(BatchNames::kResults) + "/" + file));
+    return ReadFileIn(m_results, file, NameOf(std::string(BatchNames::kResults) + "/" + file));
 }
 
 void BatchFolder::WriteResult(unsigned int number, const std::string& text) const
 {
     const std::string file = BatchFileName(number);
-    const std::string temporary = "." + file + ".new";
-    const std::string name = NameOf(std::string(BatchNames::kResults) + "/" + file);
-    constexpr mode_t kMode = 0666;
-    // What a killed run has left.
-    ::unlinkat(m_results.Get(), temporary.c_str(), 0);
-    const Descriptor opened(::openat(m_results.Get(), temporary.c_str(),
-                                     O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kMode));
-    bool isWritten = opened.IsOpen();
-    for (std::string_view left = text; isWritten && !left.empty();)
-    {
-        const ssize_t count = ::write(opened.Get(), left.data(), left.size());
-        isWritten = count >= 0 || errno == EINTR;
-        left.remove_prefix(count > 0 ? static_cast<std::size_t>(count) : 0);
-    }
-    if (!isWritten || ::fdatasync(opened.Get()) != 0 ||
-        ::renameat(m_results.Get(), temporary.c_str(), m_results.Get(), file.c_str()) != 0)
-    {
-        const int reason = errno;
-        ::unlinkat(m_results.Get(), temporary.c_str(), 0);
-        ThrowSystem<RunException>("write", name, reason);
-    }
+    WriteFileIn(m_results, file, NameOf(std::string(BatchNames::kResults) + "/" + file), text);
 }
 
 Descriptor BatchFolder::OpenToLock(const Descriptor& folder, const std::string& file,

@@ -27,7 +27,7 @@ constexpr const char* kFolder = "slurm";
 constexpr const char* kRecord = "arrays.json";
 constexpr const char* kScript = "task.sh";
 
-constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMostOfSlurm = std::numeric_limits<std::int64_t>::max();
 
 constexpr const char* kTask = R"sh(#!/bin/sh
 # Runs one job of a batch. $1: what to add to the index of the task to get the number of the job; then the command.
@@ -58,7 +58,7 @@ SlurmArray ReadArray(const RecordMembers& members, std::size_t jobs)
         Refuse(members.At("name"),
                "expected lower-case letters, digits and hyphens, found '" + array.name + "'");
     }
-    array.id = members.Integer("id", 0, kLargest);
+    array.id = members.Integer("id", 0, kMostOfSlurm);
     array.offset = members.Integer("offset", 0, static_cast<std::int64_t>(jobs));
     const std::string indices = members.Text("indices");
     const auto read = ReadIndices(indices, jobs);

@@ -130,10 +130,7 @@ case $action in
         # The controller would find out by itself, half a minute later.
         scontrol update NodeName="$node" State=DOWN Reason=killed
         ;;
-    start-node)
-        slurmd -N "$node"
-        scontrol update NodeName="$node" State=RESUME
-        ;;
+    start-node) slurmd -N "$node" ;;
     restart-controller)
         end_process TERM slurmctld # which saves what it knows
         slurmctld

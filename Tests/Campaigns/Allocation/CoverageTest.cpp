@@ -21,11 +21,14 @@ constexpr std::string_view kElsewhere[] = {
     // They start processes.
     "Media::DrawWithGraphviz",
     "Media::MakeJobPage",
+    "Media::AskSlurm",
+    "Media::CancelSlurm",
     "Media::RunBatch",
     "Media::RunBatchJob",
     "Media::RunFilter",
     "Media::RunJob",
     "Media::RunResult::IsDone",
+    "Media::SubmitBatch",
     // It starts threads, and has its own ways when memory runs out in one of them.
     "Media::PlanBatch",
     // Other rows use them.
