@@ -66,8 +66,8 @@ void CheckRepeatedKeys(const Core::Property& record, const JsonPart& part,
         return;
     }
     std::unordered_set<std::string> seen;
-    std::vector<std::size_t> inner = path;
-    inner.push_back(0);
+    std::vector<std::size_t> inner(path.size() + 1);
+    std::copy(path.begin(), path.end(), inner.begin());
     for (const Core::Property& child : record)
     {
         if (!seen.insert(child.GetName()).second)

@@ -15,7 +15,7 @@ using Zelnor::Testing::ExpectThrow;
 
 const NameFields kOfFilm = {"film", "mp4", "web", "000007", "2026"};
 
-void ExpectRefused(const std::string& pattern, const std::string& reason)
+void ExpectPatternRefused(const std::string& pattern, const std::string& reason)
 {
     const auto thrown = ExpectThrow<PlanException>([&] { CheckNamePattern(pattern); });
     EXPECT_EQ(thrown.description, "the name pattern '" + pattern + "': " + reason);
@@ -35,28 +35,29 @@ TEST(NamePattern, LeavesOutTheDotBeforeAnExtensionThatThereIsNot)
 
 TEST(NamePattern, NamesThePlaceholderThatIsNear)
 {
-    ExpectRefused("{stm}.{ext}",
-                  "unknown placeholder '{stm}' (known: {stem}, {ext}, {preset}, {number}, {parent}); did you "
-                  "mean 'stem'?");
+    ExpectPatternRefused(
+        "{stm}.{ext}",
+        "unknown placeholder '{stm}' (known: {stem}, {ext}, {preset}, {number}, {parent}); did you "
+        "mean 'stem'?");
 }
 
 TEST(NamePattern, RefusesBracesThatAreNotPaired)
 {
-    ExpectRefused("{stem", "'{' without '}' after it");
-    ExpectRefused("stem}", "'}' without '{' before it");
+    ExpectPatternRefused("{stem", "'{' without '}' after it");
+    ExpectPatternRefused("stem}", "'}' without '{' before it");
 }
 
 TEST(NamePattern, RefusesSlashes)
 {
-    ExpectRefused("../{stem}.{ext}", "it holds a '/', and all outputs are in one folder");
+    ExpectPatternRefused("../{stem}.{ext}", "it holds a '/', and all outputs are in one folder");
 }
 
 TEST(NamePattern, RefusesWhatCannotBeTheNameOfAFile)
 {
-    ExpectRefused("", "'' cannot be the name of a file");
-    ExpectRefused("..", "'' cannot be the name of a file");
+    ExpectPatternRefused("", "'' cannot be the name of a file");
+    ExpectPatternRefused("..", "'' cannot be the name of a file");
     const std::string longName(256, 'x');
-    ExpectRefused(longName, "'" + longName + "' cannot be the name of a file");
+    ExpectPatternRefused(longName, "'" + longName + "' cannot be the name of a file");
     const auto thrown = ExpectThrow<PlanException>([] {
         ApplyNamePattern("{stem}", {"a/b", "", "", "", ""});
     });

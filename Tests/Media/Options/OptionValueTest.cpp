@@ -29,7 +29,7 @@ CheckedOption Check(AVOptionType type, const std::string& text, double min = 0, 
     return CheckOptionValue(found, Core::Property("", text));
 }
 
-void ExpectFault(const CheckedOption& checked, const std::string& fault)
+void ExpectOptionFault(const CheckedOption& checked, const std::string& fault)
 {
     EXPECT_EQ(checked.fault, fault);
     EXPECT_EQ(checked.value, "");
@@ -43,7 +43,8 @@ TEST(OptionValue, OfASizeIsTwoLengths)
     }
     for (const std::string text : {"", "640", "x480", "640x", "640x480x1", "100000x1", "-1x1", "hd720"})
     {
-        ExpectFault(Check(AV_OPT_TYPE_IMAGE_SIZE, text), "expected a size as 2x1, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_IMAGE_SIZE, text),
+                          "expected a size as 2x1, found '" + text + "'");
     }
 }
 
@@ -55,8 +56,8 @@ TEST(OptionValue, OfALayoutIsAWord)
     }
     for (const std::string text : {"", "FL+FR", "5.1 side", "a/b"})
     {
-        ExpectFault(Check(AV_OPT_TYPE_CHLAYOUT, text),
-                    "expected a channel layout as stereo, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_CHLAYOUT, text),
+                          "expected a channel layout as stereo, found '" + text + "'");
     }
 }
 
@@ -68,16 +69,17 @@ TEST(OptionValue, OfARationalIsANumberOrTwoPositiveIntegers)
     }
     for (const std::string text : {"", "101", "1/0", "-1/2", "1/2/3", "1.5/2", "2147483648/1", "/", "1/x"})
     {
-        ExpectFault(Check(AV_OPT_TYPE_RATIONAL, text, 0, 100),
-                    "expected a number from 0 to 100, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_RATIONAL, text, 0, 100),
+                          "expected a number from 0 to 100, found '" + text + "'");
     }
 }
 
 TEST(OptionValue, OfAWideRangeIsNotToldItsBounds)
 {
     EXPECT_EQ(Check(AV_OPT_TYPE_DOUBLE, "-1.5", -DBL_MAX, DBL_MAX).value, "-1.5");
-    ExpectFault(Check(AV_OPT_TYPE_DOUBLE, "much", -DBL_MAX, DBL_MAX), "expected a number, found 'much'");
-    ExpectFault(Check(AV_OPT_TYPE_INT64, "1.5", -DBL_MAX, DBL_MAX), "expected an integer, found '1.5'");
+    ExpectOptionFault(Check(AV_OPT_TYPE_DOUBLE, "much", -DBL_MAX, DBL_MAX),
+                      "expected a number, found 'much'");
+    ExpectOptionFault(Check(AV_OPT_TYPE_INT64, "1.5", -DBL_MAX, DBL_MAX), "expected an integer, found '1.5'");
 }
 
 TEST(OptionValue, OfATypeWithoutARuleIsNotPassed)
@@ -100,10 +102,11 @@ TEST(OptionValue, OfANumberMayHaveASuffixForThousandsAndMore)
     for (const std::string text :
          {"2T", "2kk", "2 k", "k", "+", "-", "+-2", "2m", "2g", "1.0005k", "3G", "-1"})
     {
-        ExpectFault(Check(AV_OPT_TYPE_INT64, text, 0, 2e9),
-                    "expected an integer from 0 to 2000000000, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_INT64, text, 0, 2e9),
+                          "expected an integer from 0 to 2000000000, found '" + text + "'");
     }
-    ExpectFault(Check(AV_OPT_TYPE_INT, "-2k", -1999, 0), "expected an integer from -1999 to 0, found '-2k'");
+    ExpectOptionFault(Check(AV_OPT_TYPE_INT, "-2k", -1999, 0),
+                      "expected an integer from -1999 to 0, found '-2k'");
 }
 
 TEST(OptionValue, OfANumberHasTheBoundsOfTheOption)
@@ -114,13 +117,14 @@ TEST(OptionValue, OfANumberHasTheBoundsOfTheOption)
     }
     for (const std::string text : {"0.999", "2.001"})
     {
-        ExpectFault(Check(AV_OPT_TYPE_FLOAT, text, 1, 2),
-                    "expected a number from 1 to 2, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_FLOAT, text, 1, 2),
+                          "expected a number from 1 to 2, found '" + text + "'");
     }
     EXPECT_EQ(Check(AV_OPT_TYPE_UINT64, "7", 0, 10).value, "7");
-    ExpectFault(Check(AV_OPT_TYPE_UINT64, "7.5", 0, 10), "expected an integer from 0 to 10, found '7.5'");
-    ExpectFault(Check(AV_OPT_TYPE_INT64, "x", 0, DBL_MAX), "expected an integer, found 'x'");
-    ExpectFault(Check(AV_OPT_TYPE_INT64, "x", -DBL_MAX, 0), "expected an integer, found 'x'");
+    ExpectOptionFault(Check(AV_OPT_TYPE_UINT64, "7.5", 0, 10),
+                      "expected an integer from 0 to 10, found '7.5'");
+    ExpectOptionFault(Check(AV_OPT_TYPE_INT64, "x", 0, DBL_MAX), "expected an integer, found 'x'");
+    ExpectOptionFault(Check(AV_OPT_TYPE_INT64, "x", -DBL_MAX, 0), "expected an integer, found 'x'");
 }
 
 TEST(OptionValue, OfANumberIsFinite)
@@ -129,10 +133,10 @@ TEST(OptionValue, OfANumberIsFinite)
     const std::string withSuffixBeyond = std::string(305, '9') + "G";
     for (const std::string& text : {beyondDoubles, withSuffixBeyond})
     {
-        ExpectFault(Check(AV_OPT_TYPE_DOUBLE, text, -DBL_MAX, DBL_MAX),
-                    "expected a number, found '" + text + "'");
-        ExpectFault(Check(AV_OPT_TYPE_INT64, text, -DBL_MAX, DBL_MAX),
-                    "expected an integer, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_DOUBLE, text, -DBL_MAX, DBL_MAX),
+                          "expected a number, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_INT64, text, -DBL_MAX, DBL_MAX),
+                          "expected an integer, found '" + text + "'");
     }
 }
 
@@ -144,7 +148,8 @@ TEST(OptionValue, OfATruthIsAWordOrANumberOfTheOption)
     }
     for (const std::string text : {"auto", "-1", "2", "0.5", "yes", ""})
     {
-        ExpectFault(Check(AV_OPT_TYPE_BOOL, text, 0, 1), "expected true or false, found '" + text + "'");
+        ExpectOptionFault(Check(AV_OPT_TYPE_BOOL, text, 0, 1),
+                          "expected true or false, found '" + text + "'");
     }
     // Those that have a third value say so with their least one.
     for (const std::string text : {"auto", "-1"})
@@ -155,8 +160,8 @@ TEST(OptionValue, OfATruthIsAWordOrANumberOfTheOption)
 
 TEST(OptionValue, OfFlagsWithoutNamesIsNotThere)
 {
-    ExpectFault(Check(AV_OPT_TYPE_FLAGS, "+a"), "expected no flags, found '+a'");
-    ExpectFault(Check(AV_OPT_TYPE_FLAGS, ""), "expected no flags, found ''");
+    ExpectOptionFault(Check(AV_OPT_TYPE_FLAGS, "+a"), "expected no flags, found '+a'");
+    ExpectOptionFault(Check(AV_OPT_TYPE_FLAGS, ""), "expected no flags, found ''");
 }
 
 TEST(OptionValue, OfANameIsTheWholeText)
@@ -191,12 +196,12 @@ TEST(OptionValue, OfAParameterIsNumbersBetweenCommas)
     }
     for (const std::string value : {"", ",", "1,", ",1", "1,,2", "1,x", "1;2", "autos", "/tmp/x"})
     {
-        ExpectFault(CheckLibraryParameters("number=" + value),
-                    "lib's parameter 'number': expected a number, found '" + value + "'");
+        ExpectOptionFault(CheckLibraryParameters("number=" + value),
+                          "lib's parameter 'number': expected a number, found '" + value + "'");
     }
     const std::string beyondDoubles = std::string(305, '9') + "G";
-    ExpectFault(CheckLibraryParameters("number=" + beyondDoubles),
-                "lib's parameter 'number': expected a number, found '" + beyondDoubles + "'");
+    ExpectOptionFault(CheckLibraryParameters("number=" + beyondDoubles),
+                      "lib's parameter 'number': expected a number, found '" + beyondDoubles + "'");
 }
 
 TEST(OptionValue, OfAParameterWithoutOneIsOne)
@@ -213,18 +218,20 @@ TEST(OptionValue, OfAParameterIsAWordWithoutFolders)
     }
     for (const std::string value : {"", "a/b", "a b", "a=b", "a_b"})
     {
-        ExpectFault(CheckLibraryParameters("word=" + value),
-                    "lib's parameter 'word': expected a word, found '" + value + "'");
+        ExpectOptionFault(CheckLibraryParameters("word=" + value),
+                          "lib's parameter 'word': expected a word, found '" + value + "'");
     }
 }
 
 TEST(OptionValue, OfParametersNamesEachOnceAndKnowsThemAll)
 {
-    ExpectFault(CheckLibraryParameters("number=1:number=2"),
-                "lib's parameter 'number' appears more than once");
-    ExpectFault(CheckLibraryParameters("odd=1"), "lib's parameter 'odd' cannot be set by a job or a preset");
-    ExpectFault(CheckLibraryParameters("number=1:"), "lib's parameter '' cannot be set by a job or a preset");
-    ExpectFault(CheckLibraryParameters(""), "lib's parameter '' cannot be set by a job or a preset");
+    ExpectOptionFault(CheckLibraryParameters("number=1:number=2"),
+                      "lib's parameter 'number' appears more than once");
+    ExpectOptionFault(CheckLibraryParameters("odd=1"),
+                      "lib's parameter 'odd' cannot be set by a job or a preset");
+    ExpectOptionFault(CheckLibraryParameters("number=1:"),
+                      "lib's parameter '' cannot be set by a job or a preset");
+    ExpectOptionFault(CheckLibraryParameters(""), "lib's parameter '' cannot be set by a job or a preset");
 }
 
 } // namespace

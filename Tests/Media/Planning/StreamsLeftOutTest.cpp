@@ -21,8 +21,8 @@ using testing::IsEmpty;
 
 const std::string kMp3 = R"({"audio":{"codec_id":"CODEC_ID_MP3"}})";
 
-PlannedJob Plan(const MediaFile& source, const std::string& container, const std::string& streams,
-                bool strict = false, std::vector<unsigned int> chosen = {})
+PlannedJob PlanFor(const MediaFile& source, const std::string& container, const std::string& streams,
+                   bool strict = false, std::vector<unsigned int> chosen = {})
 {
     JobRequest request;
     request.output = "out";
@@ -34,9 +34,9 @@ PlannedJob Plan(const MediaFile& source, const std::string& container, const std
 TEST(StreamsLeftOut, ArePicturesOfAFileOfSound)
 {
     const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream()});
-    EXPECT_THAT(Plan(source, "mp3", kMp3).notes,
+    EXPECT_THAT(PlanFor(source, "mp3", kMp3).notes,
                 ElementsAre("in.mkv: video stream 0: (h264) is left out; the output file has no video"));
-    const Thrown thrown = ExpectThrow<PlanException>([&] { Plan(source, "mp3", kMp3, true); });
+    const Thrown thrown = ExpectThrow<PlanException>([&] { PlanFor(source, "mp3", kMp3, true); });
     EXPECT_EQ(thrown.description, "in.mkv: video stream 0: (h264) is left out; the output file has no video");
 }
 
@@ -44,7 +44,7 @@ TEST(StreamsLeftOut, AreSoundsOfAFileOfPictures)
 {
     const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream(), MakeAudioStream()});
     EXPECT_THAT(
-        Plan(source, "gif", R"({"video":{"codec_id":"CODEC_ID_GIF"}})").notes,
+        PlanFor(source, "gif", R"({"video":{"codec_id":"CODEC_ID_GIF"}})").notes,
         ElementsAre("in.mkv: audio stream 1: (aac) and 1 more are left out; the output file has no audio"));
 }
 
@@ -53,7 +53,7 @@ TEST(StreamsLeftOut, AreNamedOnceForAKindThatIsMissing)
     const MediaFile source = MakeMediaFile(
         {MakeVideoStream(), MakeAudioStream(), MakeVideoStream(), MakeVideoStream(), MakeSubtitleStream()});
     EXPECT_THAT(
-        Plan(source, "mp3", kMp3).notes,
+        PlanFor(source, "mp3", kMp3).notes,
         ElementsAre("in.mkv: video stream 0: (h264) and 2 more are left out; the output file has no video",
                     "in.mkv: subtitle stream 4: (subrip) is left out; container mp3 cannot hold text "
                     "subtitles"));
@@ -62,13 +62,13 @@ TEST(StreamsLeftOut, AreNamedOnceForAKindThatIsMissing)
 TEST(StreamsLeftOut, AreNotCoversThatTheContainerKeeps)
 {
     const MediaFile source = MakeMediaFile({MakeAttachedPicture(), MakeAudioStream()});
-    EXPECT_THAT(Plan(source, "mp3", kMp3, true).notes, IsEmpty());
+    EXPECT_THAT(PlanFor(source, "mp3", kMp3, true).notes, IsEmpty());
 }
 
 TEST(StreamsLeftOut, AreNotNamedWhereTheSoundWasChosen)
 {
     const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream()});
-    const PlannedJob job = Plan(source, "mp3", kMp3, true, {1});
+    const PlannedJob job = PlanFor(source, "mp3", kMp3, true, {1});
     EXPECT_THAT(job.notes, IsEmpty());
     EXPECT_EQ((*job.graph)[1]["leftOut"], RecordOf(R"({"leftOut":{"":0}})"));
 }
@@ -79,11 +79,11 @@ TEST(StreamsLeftOut, StandInTheJobOnlyWhereSomebodyChose)
     data.codec = "klv";
     const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream(), MakeAudioStream(),
                                             MakeSubtitleStream(), MakeAttachedPicture(), data});
-    EXPECT_FALSE((*Plan(source, "mp3", kMp3).graph)[1].ChildExists("leftOut"));
-    EXPECT_EQ((*Plan(source, "mp3", kMp3, false, {2}).graph)[1]["leftOut"],
+    EXPECT_FALSE((*PlanFor(source, "mp3", kMp3).graph)[1].ChildExists("leftOut"));
+    EXPECT_EQ((*PlanFor(source, "mp3", kMp3, false, {2}).graph)[1]["leftOut"],
               RecordOf(R"({"leftOut":[{"":0},{"":1},{"":3},{"":5}]})"));
     EXPECT_THAT(
-        Plan(source, "mp3", kMp3, true, {2}).notes,
+        PlanFor(source, "mp3", kMp3, true, {2}).notes,
         ElementsAre(
             "in.mkv: audio stream 1: (aac) is left out; the output file has 1 audio stream",
             "in.mkv: subtitle stream 3: (subrip) is left out; container mp3 cannot hold text subtitles",
