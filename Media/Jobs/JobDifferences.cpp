@@ -14,7 +14,7 @@ using Conf::NodeId;
 using Core::Property;
 
 /// A value as it stands in a document; a group by what it holds.
-std::string ValueText(const Property& value)
+std::string DocumentText(const Property& value)
 {
     switch (value.GetType())
     {
@@ -85,7 +85,7 @@ private:
     /// Null: that side does not have it.
     void ReportValues(const std::string& key, const Property* one, const Property* other)
     {
-        const auto text = [](const Property* value) { return value == nullptr ? "" : ValueText(*value); };
+        const auto text = [](const Property* value) { return value == nullptr ? "" : DocumentText(*value); };
         const auto copy = [](const Property* value) {
             return value == nullptr ? std::nullopt : std::optional(*value);
         };
@@ -99,7 +99,7 @@ private:
         {
             Groups(key, one, other);
         }
-        else if (one.GetType() != other.GetType() || ValueText(one) != ValueText(other))
+        else if (one.GetType() != other.GetType() || DocumentText(one) != DocumentText(other))
         {
             ReportValues(key.empty() ? "value of the record" : key, &one, &other);
         }
