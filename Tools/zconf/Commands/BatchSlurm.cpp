@@ -130,11 +130,4 @@ SlurmTasks AskSlurmOf(const Media::Batch& batch)
 
 std::string OwnProgram() { return std::filesystem::read_symlink("/proc/self/exe").string(); }
 
-std::string SlurmTaskText(const Media::SlurmTask& task)
-{
-    return "Slurm " + std::to_string(task.array) + "_" + std::to_string(task.index) + ": " +
-           NameOf(task.state) + (task.node.empty() ? "" : " on " + task.node) +
-           (task.reason.empty() ? "" : " (" + task.reason + ")");
-}
-
 } // namespace Zelnor::Tool

@@ -22,7 +22,4 @@ SlurmTasks AskSlurmOf(const Media::Batch& batch);
 /// The program that runs now, for tasks on other machines.
 std::string OwnProgram();
 
-/// "Slurm 1234_17: queued (Resources)"
-std::string SlurmTaskText(const Media::SlurmTask& task);
-
 } // namespace Zelnor::Tool

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <locale>
-#include <sstream>
 
 namespace Zelnor::Tool
 {
@@ -15,23 +13,7 @@ namespace Zelnor::Tool
 namespace
 {
 
-using Media::BatchJobState;
-
-constexpr BatchJobState kStates[] = {
-    BatchJobState::Done,    BatchJobState::Failed,      BatchJobState::Missing,
-    BatchJobState::Changed, BatchJobState::Cancelled,   BatchJobState::Running,
-    BatchJobState::Waiting, BatchJobState::Interrupted, BatchJobState::Refused};
-
 double Seconds(std::int64_t microseconds) { return static_cast<double>(microseconds) / kSecond; }
-
-std::string SpeedText(double speed)
-{
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text.precision(1);
-    text << std::fixed << speed << "x";
-    return text.str();
-}
 
 void AddText(JsonOutput& output, const char* key, const std::string& text)
 {
@@ -179,24 +161,8 @@ std::string BatchProgressText(const Media::BatchProgress& progress)
             " made, " + ClockText(Seconds(progress.mediaLeft)) + " left";
     if (progress.speed > 0)
     {
-        text += "  " + SpeedText(progress.speed) + "  " +
+        text += "  " + Media::SpeedText(progress.speed) + "  " +
                 ClockText(Seconds(progress.mediaLeft) / progress.speed) + " to go";
-    }
-    return text;
-}
-
-std::string BatchSummaryText(const Media::BatchStatus& status)
-{
-    std::string text = Count(status.jobs.size(), "job") + ":";
-    const char* separator = " ";
-    for (const BatchJobState state : kStates)
-    {
-        const std::size_t count = status.CountOf(state);
-        if (count > 0)
-        {
-            text += separator + std::to_string(count) + " " + NameOf(state);
-            separator = ", ";
-        }
     }
     return text;
 }
@@ -218,7 +184,7 @@ void WriteBatchJson(const Media::Batch& batch, const Media::BatchStatus& status,
     writer.Bool(status.IsDone());
     output.Key("counts");
     writer.StartObject();
-    for (const BatchJobState state : kStates)
+    for (const Media::BatchJobState state : Media::kBatchJobStates)
     {
         output.Key(NameOf(state));
         writer.Uint64(status.CountOf(state));

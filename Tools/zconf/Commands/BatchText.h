@@ -2,6 +2,7 @@
 
 #include "Media/Batch/BatchRun.h"
 #include "Media/Batch/BatchStatus.h"
+#include "Media/Batch/BatchTexts.h"
 #include "Media/Batch/SlurmTask.h"
 
 #include <CLI/CLI.hpp>
@@ -25,8 +26,7 @@ void AddBatchArgument(CLI::App& command, std::string& name);
 /// "[####----]  3 of 12 done, 1 failed, 2 running  0:01:00 made, 0:03:00 left  4.1x  0:00:44 to go"
 std::string BatchProgressText(const Media::BatchProgress& progress);
 
-/// "12 jobs: 8 done, 1 failed, 3 waiting"; states that no job has are left out.
-std::string BatchSummaryText(const Media::BatchStatus& status);
+using Media::BatchSummaryText;
 
 /// "job 3 ('in/c.mkv', preset 'mp3'): ffmpeg failed to ..."
 std::string BatchFailureText(const Media::BatchJob& job, const std::string& reason);

@@ -2,13 +2,8 @@
 
 #include "Tools/zconf/Console/Errors.h"
 
-#include <algorithm>
-#include <array>
 #include <charconv>
-#include <cmath>
-#include <locale>
 #include <optional>
-#include <sstream>
 #include <string_view>
 
 namespace Zelnor::Tool
@@ -80,39 +75,6 @@ std::int64_t ParseTime(const std::string& text)
                         "' is not a time: expected seconds or H:MM:SS, such as 90.5 or 1:02:03.5");
     }
     return *time;
-}
-
-std::string ClockText(double seconds)
-{
-    // A speed near zero would leave more than an integer can hold.
-    constexpr double kLongest = 1e9;
-    const long whole = std::lround(std::ceil(std::min(seconds, kLongest)));
-    const auto twoDigits = [](long number) { return (number < 10 ? "0" : "") + std::to_string(number); };
-    return std::to_string(whole / 3600) + ":" + twoDigits(whole / 60 % 60) + ":" + twoDigits(whole % 60);
-}
-
-std::string SizeText(std::uintmax_t bytes)
-{
-    constexpr double kThousand = 1000;
-    constexpr std::array<const char*, 5> kUnits = {"kB", "MB", "GB", "TB", "PB"};
-    if (bytes < static_cast<std::uintmax_t>(kThousand))
-    {
-        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-    }
-    double size = static_cast<double>(bytes) / kThousand;
-    std::size_t unit = 0;
-    // 999,950 bytes would round to "1000.0 kB".
-    constexpr double kRoundsUp = 999.95;
-    while (size >= kRoundsUp && unit + 1 < kUnits.size())
-    {
-        size /= kThousand;
-        ++unit;
-    }
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text.precision(1);
-    text << std::fixed << size << ' ' << kUnits[unit];
-    return text.str();
 }
 
 } // namespace Zelnor::Tool
