@@ -14,15 +14,6 @@ namespace Zelnor::Media
 namespace
 {
 
-/// Sums overflow only in the batch of somebody who means harm.
-void AddCapped(std::int64_t& sum, std::int64_t part)
-{
-    if (__builtin_add_overflow(sum, part, &sum))
-    {
-        sum = INT64_MAX;
-    }
-}
-
 BatchJobState StateOfDone(const std::string& output, std::uint64_t size)
 {
     struct stat status = {};

@@ -5,12 +5,23 @@
 #include "Media/Batch/BatchStatus.h"
 
 #include <functional>
+#include <limits>
 #include <optional>
 
 namespace Zelnor::Media
 {
 
 class BatchFolder;
+
+/// Sums overflow only in the batch of somebody who means harm.
+template <class T>
+void AddCapped(T& sum, T part)
+{
+    if (__builtin_add_overflow(sum, part, &sum))
+    {
+        sum = std::numeric_limits<T>::max();
+    }
+}
 
 /// How one job stands by its last result.
 /// \param isLocked  whether a process that lives has locked it; asked only where that matters

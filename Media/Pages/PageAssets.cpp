@@ -6,7 +6,7 @@
 namespace Zelnor::Media
 {
 
-const char* const kPageStyle = R"(
+const PageAsset kPageStyle = {R"(
 :root { color-scheme: light dark; --paper: #fff; --ink: #1c2226; --faint: #5b666d; --line: #c6cfd4; --box: #f2f5f7;
   --link: #0b5cad; --bad: #b3261e; --bad-box: #fdeceb; --new: #e7f3ea; --mark: #ffe9a8; }
 @media (prefers-color-scheme: dark) {
@@ -69,6 +69,16 @@ tbody th[colspan] { font-weight: 600; background: var(--box); }
 tr.changed td { background: var(--mark); }
 tr.set td { background: var(--new); }
 tr.same td, tr.kept td, tr.dropped td { color: var(--faint); }
+table.summary { min-width: 0; } .summary th { width: 9rem; }
+table.jobs { table-layout: auto; } table.jobs th { width: auto; white-space: nowrap; }
+.jobs tr:target, section.record:target { background: var(--mark); }
+.amount { text-align: right; }
+.amount, .jobs td:nth-child(2), .jobs td:nth-child(12) { white-space: nowrap; }
+.controls { display: flex; flex-wrap: wrap; gap: .5rem 1.5rem; align-items: baseline; }
+.jobs button { border: 0; padding: 0; background: none; color: inherit; font: inherit; cursor: pointer;
+  text-decoration: underline dotted; }
+th[aria-sort="ascending"] button::after { content: " \25B2"; }
+th[aria-sort="descending"] button::after { content: " \25BC"; }
 @media print {
   :root { --paper: #fff; --ink: #000; --faint: #444; --line: #bbb; --box: #f4f4f4; --link: #000; --bad: #900;
     --bad-box: #fff; --new: #f0f0f0; --mark: #e4e4e4; }
@@ -78,11 +88,12 @@ tr.same td, tr.kept td, tr.dropped td { color: var(--faint); }
   .records:has(.record:target) .record:not(:target) { display: block; }
   svg { max-width: 100%; height: auto; }
   tr, .record { break-inside: avoid; }
-  .all { display: none; }
+  .all, .controls { display: none; }
 }
-)";
+)",
+                              "sha256-Y05rRrNjyAH3GzYvcUBh7s5pl3yDYcGzSecOOvFr9NQ="};
 
-const char* const kPageScript = R"(
+const PageAsset kDrawingScript = {R"(
 (function () {
   "use strict";
   function show() {
@@ -105,9 +116,7 @@ const char* const kPageScript = R"(
   });
   show();
 }());
-)";
-
-const char* const kPageStyleHash = "sha256-lmB+XtG7GnOe/QeMmAd+RphoAhQISJtJ5YVQLcE0Ino=";
-const char* const kPageScriptHash = "sha256-RJaAjyVd69EXZNVF17L0265T++EgeVFtYi2i3TWDL3A=";
+)",
+                                  "sha256-RJaAjyVd69EXZNVF17L0265T++EgeVFtYi2i3TWDL3A="};
 
 } // namespace Zelnor::Media

@@ -7,8 +7,9 @@ namespace Zelnor::Media
 
 std::string MakePage(const Page& page)
 {
-    const std::string policy = std::string("default-src 'none'; style-src '") + kPageStyleHash +
-                               "'; script-src '" + kPageScriptHash + "'; base-uri 'none'; form-action 'none'";
+    const std::string policy = std::string("default-src 'none'; style-src '") + kPageStyle.hash +
+                               "'; script-src '" + page.script->hash +
+                               "'; base-uri 'none'; form-action 'none'";
     return "<!DOCTYPE html>\n"
            "<html lang=\"en\" xmlns=\"http://www.w3.org/1999/xhtml\">\n"
            "<head>\n"
@@ -19,8 +20,9 @@ std::string MakePage(const Page& page)
            "<meta name=\"referrer\" content=\"no-referrer\"/>\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
            "<title>" +
-           HtmlText(page.title) + "</title>\n<style>" + kPageStyle + "</style>\n</head>\n<body>\n<main>\n" +
-           page.main + "</main>\n<script>" + kPageScript + "</script>\n</body>\n</html>\n";
+           HtmlText(page.title) + "</title>\n<style>" + kPageStyle.text +
+           "</style>\n</head>\n<body>\n<main>\n" + page.main + "</main>\n<script>" + page.script->text +
+           "</script>\n</body>\n</html>\n";
 }
 
 } // namespace Zelnor::Media

@@ -7,23 +7,31 @@
 namespace Zelnor::Media
 {
 
+/// A style sheet or a script, and the hash by which the policy of a page allows it: "sha256-...".
+struct PageAsset
+{
+    const char* text;
+    const char* hash;
+};
+
+/// The style sheet of all pages.
+extern const PageAsset kPageStyle;
+/// Marks in a drawing what an address names, and opens what is folded up.
+extern const PageAsset kDrawingScript;
+/// Sorts and filters the rows of a table of jobs, and makes the controls for that.
+extern const PageAsset kTableScript;
+
 /// What differs from page to page.
 struct Page
 {
     std::string title; ///< any text
     std::string main;  ///< HTML, well-formed as XML
+    const PageAsset* script = &kDrawingScript;
 };
 
 /// The whole document: one file that loads nothing. Its policy allows exactly the style sheet and the script
-/// of the frame, so that nothing else would run or be loaded even if it came into the page. It is read
-/// without the script, which only marks in a drawing what an address names and opens what is folded up.
-/// Well-formed as XML, too.
+/// of the page, so that nothing else would run or be loaded even if it came into the page. It is read
+/// without the script. Well-formed as XML, too.
 std::string MakePage(const Page& page);
-
-/// The style sheet and the script of all pages. Their hashes, "sha256-...", stand in the policy.
-extern const char* const kPageStyle;
-extern const char* const kPageScript;
-extern const char* const kPageStyleHash;
-extern const char* const kPageScriptHash;
 
 } // namespace Zelnor::Media

@@ -31,6 +31,8 @@ constexpr std::string_view kElsewhere[] = {
     "Media::SubmitBatch",
     // It starts threads, and has its own ways when memory runs out in one of them.
     "Media::PlanBatch",
+    // It only joins texts.
+    "Media::MakeBatchPage",
     // Other rows use them.
     "Conf::IFormat::IFormat",
     "Conf::IFormat::operator=",

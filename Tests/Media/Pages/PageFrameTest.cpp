@@ -16,6 +16,8 @@ namespace Zelnor::Media
 namespace
 {
 
+constexpr const PageAsset* kAssets[] = {&kPageStyle, &kDrawingScript, &kTableScript};
+
 /// As a policy names what it allows: "sha256-...".
 std::string HashOf(const std::string& text)
 {
@@ -31,12 +33,19 @@ std::string HashOf(const std::string& text)
 
 TEST(PageFrame, AllowsExactlyItsOwnStyleSheetAndScript)
 {
-    EXPECT_EQ(kPageStyleHash, HashOf(kPageStyle));
-    EXPECT_EQ(kPageScriptHash, HashOf(kPageScript));
-    EXPECT_EQ(Testing::AllMatches(MakePage({"a", ""}), "Security-Policy\" content=\"([^\"]*)\""),
-              std::vector<std::string>{"default-src 'none'; style-src '" + std::string(kPageStyleHash) +
-                                       "'; script-src '" + kPageScriptHash +
-                                       "'; base-uri 'none'; form-action 'none'"});
+    for (const PageAsset* const asset : kAssets)
+    {
+        EXPECT_EQ(asset->hash, HashOf(asset->text));
+    }
+    for (const PageAsset* const script : {&kDrawingScript, &kTableScript})
+    {
+        const std::string html = MakePage({"a", "", script});
+        EXPECT_EQ(Testing::AllMatches(html, "Security-Policy\" content=\"([^\"]*)\""),
+                  std::vector<std::string>{"default-src 'none'; style-src '" + std::string(kPageStyle.hash) +
+                                           "'; script-src '" + script->hash +
+                                           "'; base-uri 'none'; form-action 'none'"});
+        EXPECT_NE(html.find(script->text), std::string::npos);
+    }
 }
 
 TEST(PageFrame, NamesThePolicyBeforeAnythingThatItIsAbout)
@@ -52,8 +61,9 @@ TEST(PageFrame, ReadsTheSameAsHtmlAndAsXml)
     Testing::ExpectGoodPage(html);
     EXPECT_NE(html.find("<title>&lt;/title&gt;&lt;script&gt;alert(1)&lt;/script&gt;</title>"),
               std::string::npos);
-    for (const std::string text : {kPageStyle, kPageScript})
+    for (const PageAsset* const asset : kAssets)
     {
+        const std::string text = asset->text;
         EXPECT_EQ(text.find_first_of("<&"), std::string::npos);
         EXPECT_EQ(text.find("]]>"), std::string::npos);
     }
@@ -61,8 +71,9 @@ TEST(PageFrame, ReadsTheSameAsHtmlAndAsXml)
 
 TEST(PageFrame, NamesNoOtherPlace)
 {
-    for (const std::string text : {kPageStyle, kPageScript})
+    for (const PageAsset* const asset : kAssets)
     {
+        const std::string text = asset->text;
         EXPECT_EQ(text.find("//"), std::string::npos);
         EXPECT_EQ(text.find("url("), std::string::npos);
         EXPECT_EQ(text.find("@import"), std::string::npos);

@@ -21,6 +21,7 @@ void AddAllCommands(CLI::App& app)
     AddBatchNewCommand(*batch);
     AddBatchRunCommand(*batch);
     AddBatchStatusCommand(*batch);
+    AddBatchReportCommand(*batch);
     CLI::App* const preset = AddCommandGroup(app, "preset", "List, show and make presets");
     AddPresetListCommand(*preset);
     AddPresetShowCommand(*preset);

@@ -24,6 +24,7 @@ void AddJobDiffCommand(CLI::App& job);
 void AddBatchNewCommand(CLI::App& batch);
 void AddBatchRunCommand(CLI::App& batch);
 void AddBatchStatusCommand(CLI::App& batch);
+void AddBatchReportCommand(CLI::App& batch);
 
 // Commands below "zconf preset".
 void AddPresetListCommand(CLI::App& preset);
