@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <string_view>
 
 namespace Zelnor::Media
 {
@@ -36,12 +37,13 @@ shift
 exec "$@" --only "$((offset + SLURM_ARRAY_TASK_ID))"
 )sh";
 
-/// Names are made here; others would be options of Slurm's programs, or lists.
+/// Names are made here; others may be those of arrays that are not the batch's.
 bool IsArrayName(const std::string& name)
 {
-    return !name.empty() && name.front() != '-' && std::all_of(name.begin(), name.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
-    });
+    constexpr std::string_view kBeginning = "zelnor-";
+    return name.substr(0, kBeginning.size()) == kBeginning &&
+           std::all_of(name.begin(), name.end(),
+                       [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-'; });
 }
 
 [[noreturn]] void Refuse(const Place& place, const std::string& reason)
@@ -55,8 +57,7 @@ SlurmArray ReadArray(const RecordMembers& members, std::size_t jobs)
     array.name = members.Text("name");
     if (!IsArrayName(array.name))
     {
-        Refuse(members.At("name"),
-               "expected lower-case letters, digits and hyphens, found '" + array.name + "'");
+        Refuse(members.At("name"), "expected a name that a run has made, found '" + array.name + "'");
     }
     array.id = members.Integer("id", 0, kMostOfSlurm);
     array.offset = members.Integer("offset", 0, static_cast<std::int64_t>(jobs));
@@ -90,7 +91,10 @@ SlurmFolder::SlurmFolder(const Batch& batch)
 
 Descriptor SlurmFolder::Lock() const
 {
-    Descriptor folder(::openat(m_folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Not the folder itself: other machines do not see locks of folders of a network file system.
+    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    constexpr mode_t kMode = 0666;
+    Descriptor folder(::openat(m_folder.Get(), ".lock", kFlags, kMode));
     if (!folder.IsOpen())
     {
         ThrowSystem<RunException>("open", m_name, errno);
@@ -162,11 +166,18 @@ bool HasSlurmFolder(const Batch& batch)
 
 std::vector<SlurmArray> SplitIntoArrays(const std::vector<unsigned int>& jobs, long long limit)
 {
+    // The indices are one word of a command, of which the system takes 128 KiB.
+    constexpr std::size_t kMostRanges = 4096;
     std::vector<SlurmArray> arrays;
+    std::size_t ranges = 0;
+    unsigned int last = 0;
     for (const unsigned int job : jobs)
     {
-        if (arrays.empty() || job - arrays.back().offset >= limit)
+        ranges += job == last + 1 ? 0 : 1;
+        last = job;
+        if (arrays.empty() || job - arrays.back().offset >= limit || ranges > kMostRanges)
         {
+            ranges = 1;
             // Where the cluster's limit allows it, index and number are the same, which is easier to read.
             SlurmArray array;
             array.offset = job < limit ? 0 : job - 1;

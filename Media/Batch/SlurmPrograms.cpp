@@ -20,20 +20,11 @@ namespace
 
 constexpr const char* kUnit = "Media/Batch/SlurmPrograms";
 
-/// An option of `sbatch` that would make something else of the array than this library says, whose short form
-/// is a letter or none.
-struct FixedOption
-{
-    std::string_view name;
-    char letter;
-};
-
-constexpr std::array kFixedOptions = {
-    FixedOption{"output", 'o'},   FixedOption{"array", 'a'},      FixedOption{"chdir", 'D'},
-    FixedOption{"job-name", 'J'}, FixedOption{"parsable", '\0'},  FixedOption{"wait", 'W'},
-    FixedOption{"wrap", '\0'},    FixedOption{"test-only", '\0'}, FixedOption{"help", 'h'},
-    FixedOption{"version", 'V'},  FixedOption{"usage", '\0'},     FixedOption{"kill-on-bad-exit", 'K'},
-};
+/// Options of `sbatch` that would make something else of the array than this library says, or send it where
+/// the other programs are not asked.
+constexpr std::array<std::string_view, 13> kFixedOptions = {
+    "array",    "chdir",     "cluster", "clusters", "help", "job-name", "output",
+    "parsable", "test-only", "usage",   "version",  "wait", "wrap"};
 
 /// What the program said, in one line.
 std::string OneLine(std::string text)
@@ -120,14 +111,9 @@ bool IsBefore(const SlurmTask& one, const SlurmTask& other)
 /// `getopt_long` takes any beginning of a name that no other name has, so that any beginning counts.
 bool IsFixed(std::string_view option)
 {
-    return std::any_of(kFixedOptions.begin(), kFixedOptions.end(), [&](const FixedOption& fixed) {
-        if (option.substr(0, 2) == "--")
-        {
-            const std::string_view name = option.substr(2, option.find('=') - 2);
-            return !name.empty() && fixed.name.substr(0, name.size()) == name;
-        }
-        return fixed.letter != '\0' && option[1] == fixed.letter;
-    });
+    const std::string_view name = option.substr(2, option.find('=') - 2);
+    return std::any_of(kFixedOptions.begin(), kFixedOptions.end(),
+                       [name](std::string_view fixed) { return fixed.substr(0, name.size()) == name; });
 }
 
 } // namespace
@@ -190,23 +176,27 @@ std::vector<SlurmTask> AskTasks(const std::vector<long long>& arrays)
 
 void CancelTasks(const std::vector<std::string>& tasks)
 {
-    if (tasks.empty())
+    // A command has a longest length.
+    constexpr std::ptrdiff_t kMostAtOnce = 1000;
+    for (auto first = tasks.begin(); first != tasks.end();)
     {
-        return;
+        const auto last = first + std::min(kMostAtOnce, tasks.end() - first);
+        std::vector<std::string> command = {"scancel", "--quiet"};
+        command.insert(command.end(), first, last);
+        Ask(command);
+        first = last;
     }
-    std::vector<std::string> command = {"scancel", "--quiet"};
-    command.insert(command.end(), tasks.begin(), tasks.end());
-    Ask(command);
 }
 
 void CheckOptions(const std::vector<std::string>& options)
 {
     for (const std::string& option : options)
     {
-        if (option.size() < 2 || option[0] != '-' || option == "--")
+        // Short ones may stand for several.
+        if (option.size() < 3 || option.substr(0, 2) != "--")
         {
             ZELNOR_THROW(kUnit, MakeError<RunException>("'" + option +
-                                                        "' is not an option of sbatch; give an option and "
+                                                        "' is not a long option of sbatch; give it and "
                                                         "its value as one word, as in --partition=long"));
         }
         if (IsFixed(option))

@@ -67,7 +67,10 @@ public:
     SlurmTask Of(const SlurmArray& array, long long index) const
     {
         const auto found = m_tasks.find({array.id, index});
-        return found == m_tasks.end() ? SlurmTask{array.id, index} : found->second;
+        // The number may be that of somebody else's array: a cluster that was set up anew counts from 1
+        // again.
+        return found == m_tasks.end() || found->second.name != array.name ? SlurmTask{array.id, index}
+                                                                          : found->second;
     }
 
 private:

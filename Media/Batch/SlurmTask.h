@@ -32,11 +32,12 @@ ZELNOR_API bool IsPending(SlurmState state);
 /// A task of an array of Slurm.
 struct SlurmTask
 {
-    long long array = 0; ///< Slurm's number of the array
-    long long index = 0; ///< of the task in it
-    SlurmState state = SlurmState::Unknown;
-    long long restarts = 0;  ///< how often the cluster began it again
-    std::string node = {};   ///< empty while it has none
+    long long array = 0;   ///< Slurm's number of the array
+    long long index = 0;   ///< of the task in it
+    std::string name = {}; ///< Slurm's name of the array; empty when it does not know the task
+    SlurmState state = SlurmState::Unknown; ///< how it stands
+    long long restarts = 0;                 ///< how often the cluster began it again
+    std::string node = {};                  ///< empty while it has none
     std::string reason = {}; ///< Slurm's own word why it waits or ended; empty when there is none
 };
 

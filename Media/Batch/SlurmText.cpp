@@ -166,6 +166,7 @@ std::vector<SlurmTask> ReadQueue(std::string_view text)
             continue;
         }
         SlurmTask task{*array, *index};
+        task.name = Take(line, '|');
         task.state = StateOf(Take(line, '|'));
         task.restarts = NumberIn(Take(line, '|')).value_or(0);
         task.node = Known(Take(line, '|'));
@@ -193,6 +194,7 @@ std::vector<SlurmTask> ReadAccounts(std::string_view text)
             continue;
         }
         SlurmTask task{*array, *index};
+        task.name = Take(line, '|');
         task.state = StateOf(Take(line, '|'));
         task.node = Known(Take(line, '|'));
         task.reason = Known(Take(line, '|'));

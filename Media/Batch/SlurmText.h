@@ -23,13 +23,13 @@ std::optional<std::vector<long long>> ReadIndices(std::string_view text, std::si
 
 /// What `squeue --Format` is given.
 inline constexpr const char* kQueueFields =
-    "ArrayJobID:|,ArrayTaskID:|,State:|,RestartCnt:|,NodeList:|,Reason:|";
+    "ArrayJobID:|,ArrayTaskID:|,Name:|,State:|,RestartCnt:|,NodeList:|,Reason:|";
 
 /// The tasks in what `squeue` printed. Jobs that are not in an array are left out.
 std::vector<SlurmTask> ReadQueue(std::string_view text);
 
 /// What `sacct --format` is given.
-inline constexpr const char* kAccountFields = "JobID,State,NodeList,Reason";
+inline constexpr const char* kAccountFields = "JobID,JobName,State,NodeList,Reason";
 
 /// The tasks in what `sacct --parsable2` printed. Tasks of one array that have not begun are one line there;
 /// they are left out, since the queue has them.

@@ -56,7 +56,8 @@ bool IsWorkFolderName(std::string_view name)
 bool IsOurFileName(std::string_view name)
 {
     const std::string_view passLog = WorkFolder::kPassLog;
-    return name == WorkFolder::kOutput || name.substr(0, passLog.size()) == passLog;
+    return name == WorkFolder::kOutput || name == WorkFolder::kLock ||
+           name.substr(0, passLog.size()) == passLog;
 }
 
 Descriptor OpenFolder(const Descriptor& parent, const std::string& name)
@@ -94,9 +95,10 @@ std::vector<std::string> NamesIn(const Descriptor& folder)
     return Media::NamesIn(entries);
 }
 
-void Remove(const Descriptor& parent, const std::string& name, const Descriptor& folder)
+void Remove(const Descriptor& parent, const std::string& name, const Descriptor& folder,
+            const std::vector<std::string>& files)
 {
-    for (const std::string& file : NamesIn(folder))
+    for (const std::string& file : files)
     {
         if (IsOurFileName(file))
         {
@@ -105,6 +107,15 @@ void Remove(const Descriptor& parent, const std::string& name, const Descriptor&
     }
     // Fails, as it should, when there is anything else in it.
     ::unlinkat(parent.Get(), name.c_str(), AT_REMOVEDIR);
+}
+
+/// Whether another machine holds the folder. One without the file is that of a run that was killed before it
+/// had made the file, or that will find its folder gone and make another one.
+bool IsLockedElsewhere(const Descriptor& folder)
+{
+    const Descriptor lock(
+        ::openat(folder.Get(), WorkFolder::kLock, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    return lock.IsOpen() ? ::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0 : errno != ENOENT;
 }
 
 } // namespace
@@ -138,7 +149,7 @@ WorkFolder::WorkFolder(const std::string& parent, mode_t outputMode)
     }
     catch (...)
     {
-        Remove(m_parent, m_name, m_folder);
+        Remove(m_parent, m_name, m_folder, NamesIn(m_folder));
         throw;
     }
 }
@@ -168,7 +179,21 @@ bool WorkFolder::Make()
     {
         return false;
     }
-    return IsThere(m_parent, m_name, m_folder);
+    return MakeLock() && IsThere(m_parent, m_name, m_folder);
+}
+
+/// \returns false when another machine has taken the folder
+bool WorkFolder::MakeLock()
+{
+    constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    m_lock = Descriptor(::openat(m_folder.Get(), kLock, kFlags, S_IRUSR | S_IWUSR));
+    if (!m_lock.IsOpen() && errno != ENOENT && errno != ESTALE)
+    {
+        const int reason = errno;
+        ::unlinkat(m_parent.Get(), m_name.c_str(), AT_REMOVEDIR);
+        ThrowSystemError(reason);
+    }
+    return m_lock.IsOpen() && (::flock(m_lock.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK);
 }
 
 void WorkFolder::MakeOutput(mode_t mode) const
@@ -193,7 +218,7 @@ void WorkFolder::MakeOutput(mode_t mode) const
     }
 }
 
-WorkFolder::~WorkFolder() { Remove(m_parent, m_name, m_folder); }
+WorkFolder::~WorkFolder() { Remove(m_parent, m_name, m_folder, NamesIn(m_folder)); }
 
 void RemoveAbandonedWorkFolders(const std::string& parentName)
 {
@@ -213,9 +238,9 @@ void RemoveAbandonedWorkFolders(const std::string& parentName)
             IsThere(parent, name, folder))
         {
             const std::vector<std::string> files = NamesIn(folder);
-            if (std::all_of(files.begin(), files.end(), IsOurFileName))
+            if (std::all_of(files.begin(), files.end(), IsOurFileName) && !IsLockedElsewhere(folder))
             {
-                Remove(parent, name, folder);
+                Remove(parent, name, folder, files);
             }
         }
     }

@@ -21,6 +21,8 @@ public:
     static constexpr const char* kOutput = "output";
     /// Beginning of the names of the files that the first pass leaves for the second.
     static constexpr const char* kPassLog = "pass-";
+    /// A file that is locked as well: other machines do not see locks of folders of a network file system.
+    static constexpr const char* kLock = "lock";
 
     /// Makes it, with an empty file to make in it.
     /// \throw std::system_error
@@ -37,11 +39,13 @@ public:
 
 private:
     bool Make();
+    bool MakeLock();
     void MakeOutput(mode_t mode) const;
 
     std::string m_name;
     Descriptor m_parent;
     Descriptor m_folder;
+    Descriptor m_lock;
     std::string m_path;
 };
 

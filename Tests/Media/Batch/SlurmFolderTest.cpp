@@ -1,5 +1,6 @@
 #include "Media/Batch/SlurmFolder.h"
 
+#include "Media/Batch/SlurmText.h"
 #include "Media/MediaException.h"
 #include "Tests/Support/Expect.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -73,19 +74,22 @@ TEST_F(KeptArrays, OfJobsThatTheBatchDoesNotHaveAreRefused)
     const std::string place = "films/slurm/arrays.json: arrays.000001.indices: ";
     const std::string expected = "expected indices of jobs of the batch, such as 1-4,7, found ";
 
-    EXPECT_EQ(FaultOf(R"({"name":"a","id":1,"offset":0,"indices":"1-10"})"), place + expected + "'1-10'");
-    EXPECT_EQ(FaultOf(R"({"name":"a","id":1,"offset":0,"indices":"0-3"})"), place + expected + "'0-3'");
-    EXPECT_EQ(FaultOf(R"({"name":"a","id":1,"offset":7,"indices":"1-3"})"), place + expected + "'1-3'");
-    EXPECT_EQ(FaultOf(R"({"name":"a","id":1,"offset":0,"indices":""})"), place + expected + "''");
-    EXPECT_EQ(FaultOf(R"({"name":"a","id":1,"offset":0,"indices":"0-9223372036854775807"})"),
+    EXPECT_EQ(FaultOf(R"({"name":"zelnor-1","id":1,"offset":0,"indices":"1-10"})"),
+              place + expected + "'1-10'");
+    EXPECT_EQ(FaultOf(R"({"name":"zelnor-1","id":1,"offset":0,"indices":"0-3"})"),
+              place + expected + "'0-3'");
+    EXPECT_EQ(FaultOf(R"({"name":"zelnor-1","id":1,"offset":7,"indices":"1-3"})"),
+              place + expected + "'1-3'");
+    EXPECT_EQ(FaultOf(R"({"name":"zelnor-1","id":1,"offset":0,"indices":""})"), place + expected + "''");
+    EXPECT_EQ(FaultOf(R"({"name":"zelnor-1","id":1,"offset":0,"indices":"0-9223372036854775807"})"),
               place + expected + "'0-9223372036854775807'");
 }
 
-TEST_F(KeptArrays, WithNamesThatAreOptionsOfSlurmAreRefused)
+TEST_F(KeptArrays, WithNamesThatNoRunHasMadeAreRefused)
 {
-    const std::string expected = "films/slurm/arrays.json: arrays.000001.name: expected lower-case "
-                                 "letters, digits and hyphens, found ";
-    for (const std::string name : {"", "-u", "a,b", "a b", "A"})
+    const std::string expected = "films/slurm/arrays.json: arrays.000001.name: expected a name "
+                                 "that a run has made, found ";
+    for (const std::string name : {"", "x", "-u", "zelnor-1,2", "zelnor-1 2", "zelnor-A"})
     {
         EXPECT_EQ(FaultOf(R"({"name":")" + name + R"(","id":1,"offset":0,"indices":"1"})"),
                   expected + "'" + name + "'");
@@ -142,6 +146,26 @@ TEST(SlurmArrays, HaveIndicesBelowTheLimit)
     EXPECT_EQ(arrays[1].indices, (Indices{1, 2, 3}));
     EXPECT_EQ(arrays[2].offset, 6);
     EXPECT_EQ(arrays[2].indices, (Indices{1, 3}));
+}
+
+TEST(SlurmArrays, OfManyGapsAreSeveralSinceACommandHasALongestLength)
+{
+    Jobs jobs;
+    for (unsigned int job = 1; job < 100'000; job += 2)
+    {
+        jobs.push_back(job);
+    }
+
+    const std::vector<SlurmArray> arrays = SplitIntoArrays(jobs, 1'000'001);
+
+    std::size_t count = 0;
+    for (const SlurmArray& array : arrays)
+    {
+        EXPECT_LT(WriteIndices(array.indices).size(), 65536U);
+        count += array.indices.size();
+    }
+    EXPECT_EQ(count, jobs.size());
+    EXPECT_EQ(arrays.size(), 13U);
 }
 
 TEST(SlurmArrays, OfNoJobsAreNone) { EXPECT_TRUE(SplitIntoArrays({}, 1001).empty()); }

@@ -25,7 +25,8 @@ std::string FaultOf(const std::string& option)
 TEST(SlurmOptions, ThatSbatchHasPass)
 {
     EXPECT_NO_THROW(CheckOptions({}));
-    EXPECT_NO_THROW(CheckOptions({"--partition=long", "-plong", "--no-requeue", "--time=1:00", "-x", "-n4"}));
+    EXPECT_NO_THROW(
+        CheckOptions({"--partition=long", "--no-requeue", "--time=1:00", "--ntasks=4", "--comment=x"}));
 }
 
 TEST(SlurmOptions, ThatAreSetForTheBatchAreRefused)
@@ -48,11 +49,11 @@ TEST(SlurmOptions, ThatAreSetForTheBatchAreRefusedInAnySpellingThatSbatchTakes)
 
 TEST(SlurmOptions, ThatAreOtherWordsAreRefused)
 {
-    for (const char* const option : {"", "long", "-", "--", "/bin/sh"})
+    for (const char* const option : {"", "long", "-", "--", "/bin/sh", "-plong", "-HW"})
     {
         EXPECT_EQ(FaultOf(option), "'" + std::string(option) +
-                                       "' is not an option of sbatch; give an option and its value as one "
-                                       "word, as in --partition=long");
+                                       "' is not a long option of sbatch; give it and its value as one word, "
+                                       "as in --partition=long");
     }
 }
 

@@ -12,7 +12,8 @@ using Indices = std::vector<long long>;
 SlurmState StateInQueue(const std::string& state, const std::string& restarts = "0",
                         const std::string& reason = "None")
 {
-    const std::vector<SlurmTask> tasks = ReadQueue("7|3|" + state + "|" + restarts + "||" + reason + "|\n");
+    const std::vector<SlurmTask> tasks =
+        ReadQueue("7|3|zelnor-1|" + state + "|" + restarts + "||" + reason + "|\n");
     return tasks.size() == 1 ? tasks.front().state : SlurmState::Unknown;
 }
 
@@ -55,11 +56,12 @@ TEST(SlurmIndices, OfOtherTextAreRefused)
 
 TEST(SlurmQueue, TellsWhereATaskRuns)
 {
-    const std::vector<SlurmTask> tasks = ReadQueue("1234|17|RUNNING|2|node3|None|\n");
+    const std::vector<SlurmTask> tasks = ReadQueue("1234|17|zelnor-1|RUNNING|2|node3|None|\n");
 
     ASSERT_EQ(tasks.size(), 1U);
     EXPECT_EQ(tasks[0].array, 1234);
     EXPECT_EQ(tasks[0].index, 17);
+    EXPECT_EQ(tasks[0].name, "zelnor-1");
     EXPECT_EQ(tasks[0].state, SlurmState::Running);
     EXPECT_EQ(tasks[0].restarts, 2);
     EXPECT_EQ(tasks[0].node, "node3");
@@ -68,7 +70,7 @@ TEST(SlurmQueue, TellsWhereATaskRuns)
 
 TEST(SlurmQueue, TellsWhyATaskWaits)
 {
-    const std::vector<SlurmTask> tasks = ReadQueue("7|3|PENDING|0||Resources|\n");
+    const std::vector<SlurmTask> tasks = ReadQueue("7|3|zelnor-1|PENDING|0||Resources|\n");
 
     ASSERT_EQ(tasks.size(), 1U);
     EXPECT_EQ(tasks[0].state, SlurmState::Queued);
@@ -112,14 +114,14 @@ TEST(SlurmQueue, LeavesOutWhatIsNotATask)
 {
     EXPECT_TRUE(ReadQueue("").empty());
     EXPECT_TRUE(ReadQueue("\n\n").empty());
-    EXPECT_TRUE(ReadQueue("1234|N/A|RUNNING|0|node1|None|\n").empty());
-    EXPECT_TRUE(ReadQueue("1234|[1-4]|PENDING|0||None|\n").empty());
+    EXPECT_TRUE(ReadQueue("1234|N/A|zelnor-1|RUNNING|0|node1|None|\n").empty());
+    EXPECT_TRUE(ReadQueue("1234|[1-4]|zelnor-1|PENDING|0||None|\n").empty());
     EXPECT_TRUE(ReadQueue("squeue: error: nothing").empty());
 }
 
 TEST(SlurmQueue, ThatIsCutOffIsReadAsFarAsItGoes)
 {
-    const std::vector<SlurmTask> tasks = ReadQueue("1|2|RUNNING");
+    const std::vector<SlurmTask> tasks = ReadQueue("1|2|zelnor-1|RUNNING");
 
     ASSERT_EQ(tasks.size(), 1U);
     EXPECT_EQ(tasks[0].state, SlurmState::Running);
@@ -127,7 +129,7 @@ TEST(SlurmQueue, ThatIsCutOffIsReadAsFarAsItGoes)
 
 TEST(SlurmAccounts, TellWhoCancelledInTheSameWord)
 {
-    const std::vector<SlurmTask> tasks = ReadAccounts("1234_17|CANCELLED by 1000|node1|None\n");
+    const std::vector<SlurmTask> tasks = ReadAccounts("1234_17|zelnor-1|CANCELLED by 1000|node1|None\n");
 
     ASSERT_EQ(tasks.size(), 1U);
     EXPECT_EQ(tasks[0].array, 1234);
@@ -138,7 +140,9 @@ TEST(SlurmAccounts, TellWhoCancelledInTheSameWord)
 
 TEST(SlurmAccounts, LeaveOutTasksThatHaveNotBegun)
 {
-    EXPECT_TRUE(ReadAccounts("1234_[18-60]|PENDING|None assigned|Resources\n1234|RUNNING|node1|\n").empty());
+    EXPECT_TRUE(
+        ReadAccounts("1234_[18-60]|zelnor-1|PENDING|None assigned|Resources\n1234|zelnor-1|RUNNING|node1|\n")
+            .empty());
 }
 
 TEST(SlurmSettings, AreFoundByTheirWholeName)

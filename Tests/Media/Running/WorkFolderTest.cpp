@@ -100,6 +100,29 @@ TEST_F(WorkFolders, OfOtherRunsAreLeftAlone)
     EXPECT_TRUE(fs::exists(folder.NameOf("output")));
 }
 
+TEST_F(WorkFolders, OfRunsOnOtherMachinesAreLeftAlone)
+{
+    // There a folder's lock is not seen, but that of a file is.
+    Leave();
+    WriteFile(m_folder / kLeft / "lock", "");
+    const Descriptor elsewhere(::open((m_folder / kLeft / "lock").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::flock(elsewhere.Get(), LOCK_EX), 0);
+    RemoveAbandoned();
+    EXPECT_TRUE(fs::exists(m_folder / kLeft / "output"));
+
+    ::flock(elsewhere.Get(), LOCK_UN);
+    RemoveAbandoned();
+    EXPECT_THAT(m_folder.Names(), IsEmpty());
+}
+
+TEST_F(WorkFolders, AreLockedByAFileToo)
+{
+    const WorkFolder folder(m_folder.Path().string(), 0666);
+    const Descriptor other(::open(folder.NameOf("lock").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_TRUE(other.IsOpen());
+    EXPECT_NE(::flock(other.Get(), LOCK_EX | LOCK_NB), 0);
+}
+
 TEST_F(WorkFolders, ThatHoldAnythingElseAreLeftAlone)
 {
     Leave();

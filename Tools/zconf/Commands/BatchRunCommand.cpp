@@ -1,4 +1,5 @@
 #include "Media/Batch/BatchRun.h"
+#include "Tools/zconf/Commands/BatchFailure.h"
 #include "Tools/zconf/Commands/BatchSlurm.h"
 #include "Tools/zconf/Commands/BatchText.h"
 #include "Tools/zconf/Commands/Commands.h"
@@ -61,31 +62,6 @@ Media::BatchRunOptions OptionsOf(const BatchRunArguments& options)
     return run;
 }
 
-/// Of a run in which jobs failed, the exit code that matters most.
-class FailureCode
-{
-public:
-    void Add(BatchResult::Failure failure)
-    {
-        m_hasOther =
-            m_hasOther || failure == BatchResult::Failure::Job || failure == BatchResult::Failure::Run;
-        m_hasFFmpeg = m_hasFFmpeg || failure == BatchResult::Failure::FFmpeg;
-        m_hasDifferent = m_hasDifferent || failure == BatchResult::Failure::Different;
-    }
-    int Get() const
-    {
-        return m_hasOther       ? kExitFailure
-               : m_hasFFmpeg    ? kExitFFmpeg
-               : m_hasDifferent ? kExitDifferent
-                                : kExitSuccess;
-    }
-
-private:
-    bool m_hasOther = false;
-    bool m_hasFFmpeg = false;
-    bool m_hasDifferent = false;
-};
-
 void RunAll(const BatchRunArguments& options, const Media::BatchRunOptions& run)
 {
     const Media::BatchStatus status = Media::RunBatch(options.batch, run);
@@ -125,12 +101,13 @@ int RunOnSlurm(const BatchRunArguments& options)
         throw ToolError(std::string(options.failFast ? "--fail-fast" : "--only") +
                         " cannot be combined with --engine slurm");
     }
+    const Media::Batch batch = Media::ReadBatch(options.batch);
     Media::SlurmOptions slurm;
-    slurm.command = TaskCommand(options, std::filesystem::canonical(options.batch).string());
+    slurm.command = TaskCommand(options, batch.base);
     slurm.sbatch = options.sbatch;
     slurm.parallel = options.parallel;
     slurm.choice = OptionsOf(options).choice;
-    return RunBatchOnSlurm(options.batch, slurm, options.wait, options.json);
+    return RunBatchOnSlurm(batch, slurm, options.wait, options.json);
 }
 
 int RunBatchRun(const BatchRunArguments& options)
@@ -167,6 +144,11 @@ int RunBatchRun(const BatchRunArguments& options)
     else
     {
         Media::RunBatchJob(options.batch, options.only, run);
+        if (options.json)
+        {
+            const Media::Batch batch = Media::ReadBatch(options.batch);
+            WriteBatchJson(batch, Media::ReadBatchStatus(batch));
+        }
     }
     line.Clear();
     if (SignalGuard::Caught() != 0)

@@ -3,6 +3,7 @@
 #include "Media/Batch/BatchStatus.h"
 #include "Media/Running/JobRun.h"
 #include "Media/Text.h"
+#include "Tools/zconf/Commands/BatchFailure.h"
 #include "Tools/zconf/Commands/BatchText.h"
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/Output.h"
@@ -59,6 +60,32 @@ std::size_t CountPending(const std::vector<std::optional<Media::SlurmTask>>& tas
         }));
 }
 
+/// Shows how the batch stands. A controller that does not answer for a while, as when it is begun anew, is
+/// asked again.
+/// \returns whether Slurm has anything of the batch left to do
+/// \throw RunException when it has not answered for long
+bool Look(const Media::Batch& batch, StatusLine& line, int& failures)
+{
+    constexpr int kMostFailures = 60;
+    try
+    {
+        const std::size_t pending = CountPending(Media::AskSlurm(batch));
+        failures = 0;
+        line.Show(BatchSummaryText(Media::ReadBatchStatus(batch)) + "; " + Media::Count(pending, "task") +
+                  " in Slurm's queue");
+        return pending > 0;
+    }
+    catch (const Media::RunException&)
+    {
+        if (++failures == kMostFailures)
+        {
+            throw;
+        }
+        line.Show(Describe(std::current_exception()));
+        return true;
+    }
+}
+
 /// Waits until Slurm has nothing of the batch left to do. When it is cancelled, so are the tasks.
 void WaitForSlurm(const Media::Batch& batch)
 {
@@ -66,6 +93,7 @@ void WaitForSlurm(const Media::Batch& batch)
     const SignalGuard guard(cancel);
     StatusLine line;
     bool isCancelled = false;
+    int failures = 0;
     for (;;)
     {
         if (cancel.IsCancelled() && !isCancelled)
@@ -73,13 +101,10 @@ void WaitForSlurm(const Media::Batch& batch)
             Media::CancelSlurm(batch);
             isCancelled = true;
         }
-        const std::size_t pending = CountPending(Media::AskSlurm(batch));
-        if (pending == 0)
+        if (!Look(batch, line, failures))
         {
             return;
         }
-        line.Show(BatchSummaryText(Media::ReadBatchStatus(batch)) + "; " + Media::Count(pending, "task") +
-                  " in Slurm's queue");
         // Not more often: all users of a cluster ask the same controller.
         constexpr std::chrono::seconds kPause(2);
         const auto end = std::chrono::steady_clock::now() + kPause;
@@ -93,26 +118,34 @@ void WaitForSlurm(const Media::Batch& batch)
 
 } // namespace
 
-int RunBatchOnSlurm(const std::string& folder, const Media::SlurmOptions& options, bool wait, bool json)
+int RunBatchOnSlurm(const Media::Batch& batch, const Media::SlurmOptions& options, bool wait, bool json)
 {
-    const Media::Batch batch = Media::ReadBatch(folder);
-    WriteMessage("zconf: " + SubmissionText(folder, Media::SubmitBatch(batch, options)) + "\n");
-    if (!wait)
+    WriteMessage("zconf: " + SubmissionText(batch.folder, Media::SubmitBatch(batch, options)) + "\n");
+    if (wait)
     {
-        return kExitSuccess;
+        WaitForSlurm(batch);
     }
-    WaitForSlurm(batch);
     const Media::BatchStatus status = Media::ReadBatchStatus(batch);
     if (json)
     {
         WriteBatchJson(batch, status, Media::AskSlurm(batch));
     }
-    WriteMessage("zconf: " + Printable(folder) + ": " + BatchSummaryText(status) + "\n");
+    if (!wait)
+    {
+        return kExitSuccess;
+    }
+    WriteMessage("zconf: " + Printable(batch.folder) + ": " + BatchSummaryText(status) + "\n");
     if (SignalGuard::Caught() != 0)
     {
         EndBy(SignalGuard::Caught());
     }
-    return status.IsDone() ? kExitSuccess : kExitFailure;
+    FailureCode code;
+    for (const Media::BatchJobStatus& job : status.jobs)
+    {
+        code.Add(job.state == Media::BatchJobState::Failed ? job.result->failure
+                                                           : Media::BatchResult::Failure::None);
+    }
+    return code.Get() == kExitSuccess && !status.IsDone() ? kExitFailure : code.Get();
 }
 
 SlurmTasks AskSlurmOf(const Media::Batch& batch)

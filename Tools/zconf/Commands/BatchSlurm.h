@@ -13,8 +13,9 @@ namespace Zelnor::Tool
 
 /// Gives Slurm the jobs of a batch that are not done.
 /// \param wait  until Slurm has finished them; a signal cancels them
+/// \param json  whether to write how the batch stands then
 /// \returns the exit code
-int RunBatchOnSlurm(const std::string& folder, const Media::SlurmOptions& options, bool wait, bool json);
+int RunBatchOnSlurm(const Media::Batch& batch, const Media::SlurmOptions& options, bool wait, bool json);
 
 /// What Slurm knows of each job; when it cannot be asked, a message says so.
 SlurmTasks AskSlurmOf(const Media::Batch& batch);
