@@ -98,7 +98,7 @@ public:
     {
         TargetResult result;
         result.file = m_progress.file;
-        TargetFile target(result.file, m_options.overwrite);
+        TargetFile target(result.file, m_options.overwrite, m_options.scratch);
         const PassFiles files = {target.GetWorkName(), target.GetPassLog(), true};
         for (std::size_t pass = 0; pass < m_prepared.passes.size(); ++pass)
         {
@@ -111,7 +111,8 @@ public:
             }
             TakeMessages(*run, files.output, result);
         }
-        if (!Verify(target, result))
+        if (!Verify(target, result) ||
+            !target.LeaveScratch([this] { return m_options.cancel.IsCancelled(); }))
         {
             return result;
         }
@@ -223,10 +224,15 @@ private:
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
 };
 
-/// Removes what killed runs have left beside the targets.
-void RemoveLeftovers(const std::vector<PreparedTranscode>& prepared)
+/// Removes what killed runs have left beside the targets and in the scratch folder.
+void RemoveLeftovers(const std::vector<PreparedTranscode>& prepared, const std::string& scratch)
 {
     std::set<std::string> folders;
+    // Of a name with a NUL, the system would see another one.
+    if (!scratch.empty() && scratch.find('\0') == std::string::npos)
+    {
+        folders.insert(scratch);
+    }
     for (const PreparedTranscode& transcode : prepared)
     {
         folders.insert(
@@ -267,7 +273,7 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
     preparation.ffmpeg = options.ffmpeg;
     const std::vector<PreparedTranscode> prepared = PrepareJob(job, preparation);
     ReportLosses(prepared, options);
-    RemoveLeftovers(prepared);
+    RemoveLeftovers(prepared, options.scratch);
     KeptFiles kept;
     for (const PreparedTranscode& transcode : prepared)
     {

@@ -97,6 +97,10 @@ struct RunOptions
     VerificationDepth verification = VerificationDepth::Quick;
     /// Whether a target that is not what the job says is kept beside its place: "out.unverified.mp4".
     bool keepUnverified = false;
+    /// A folder, such as one on the disk of a cluster's node, in which ffmpeg writes. A finished and verified
+    /// file is copied from there beside its place, and takes its name as one step, also when that is in
+    /// another file system. Empty: ffmpeg writes beside the target's place.
+    std::string scratch = {};
     /// What messages call the job: "job.json"; empty: they begin with the place. A file of that name is not
     /// replaced by a target.
     std::string document = {};

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace Zelnor::Media
 {
@@ -53,6 +54,70 @@ bool RenameToNew(int fromFolder, const char* from, int toFolder, const char* to)
     return ::linkat(fromFolder, from, toFolder, to, 0) == 0;
 }
 
+/// What was made for the target; it must have stayed a regular file.
+/// \throw RunException
+Descriptor OpenOutput(const WorkFolder& folder, const std::string& target)
+{
+    Descriptor file(
+        ::openat(folder.Get(), WorkFolder::kOutput, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status = {};
+    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0)
+    {
+        Refuse(target, errno);
+    }
+    if (!S_ISREG(status.st_mode))
+    {
+        Refuse(target, "Cannot write '" + target + "': it became " + FileKindText(status.st_mode));
+    }
+    return file;
+}
+
+/// \returns false when it cannot be written; errno says why
+bool WriteAll(int file, const char* data, std::size_t size)
+{
+    while (size > 0)
+    {
+        const ssize_t written = ::write(file, data, size);
+        if (written < 0 && errno != EINTR)
+        {
+            return false;
+        }
+        const std::size_t step = written < 0 ? 0 : static_cast<std::size_t>(written);
+        data += step;
+        size -= step;
+    }
+    return true;
+}
+
+enum class CopyEnd
+{
+    Done,
+    Cancelled,
+    Failed, ///< errno says why
+};
+
+CopyEnd CopyFile(int from, int to, const std::function<bool()>& isCancelled)
+{
+    constexpr std::size_t kBlock = 1U << 20U;
+    std::vector<char> block(kBlock);
+    for (;;)
+    {
+        if (isCancelled())
+        {
+            return CopyEnd::Cancelled;
+        }
+        const ssize_t size = ::read(from, block.data(), block.size());
+        if (size == 0)
+        {
+            return CopyEnd::Done;
+        }
+        if (size < 0 ? errno != EINTR : !WriteAll(to, block.data(), static_cast<std::size_t>(size)))
+        {
+            return CopyEnd::Failed;
+        }
+    }
+}
+
 } // namespace
 
 bool MayBeWrittenDirectly(const struct stat& status)
@@ -88,7 +153,7 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     }
 }
 
-TargetFile::TargetFile(const std::string& name, bool overwrite)
+TargetFile::TargetFile(const std::string& name, bool overwrite, const std::string& scratch)
     : m_name(name), m_target(ResolveLinks(name)), m_workName(m_target), m_overwrite(overwrite)
 {
     CheckReplaceable(name, overwrite);
@@ -117,6 +182,11 @@ TargetFile::TargetFile(const std::string& name, bool overwrite)
     {
         Refuse(name, "Cannot write '" + name + "': it is " + FileKindText(status.st_mode));
     }
+    m_passFolder = m_folder.get();
+    if (!scratch.empty())
+    {
+        OpenScratch(scratch);
+    }
 }
 
 TargetFile::~TargetFile() = default;
@@ -137,19 +207,55 @@ void TargetFile::Open(const std::string& folder, mode_t mode)
     }
 }
 
-void TargetFile::Finish() const
+void TargetFile::OpenScratch(const std::string& folder)
 {
-    const Descriptor file(
-        ::openat(m_folder->Get(), WorkFolder::kOutput, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    struct stat status = {};
-    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0)
+    try
+    {
+        if (folder.find('\0') != std::string::npos)
+        {
+            throw std::system_error(EINVAL, std::generic_category());
+        }
+        m_scratch = std::make_unique<WorkFolder>(folder, S_IRUSR | S_IWUSR);
+    }
+    catch (const std::system_error& error)
+    {
+        Refuse(m_name, "Cannot write in the scratch folder '" + folder +
+                           "': " + std::generic_category().message(error.code().value()));
+    }
+    m_passFolder = m_scratch.get();
+    if (!m_isDirect)
+    {
+        m_workName = m_scratch->NameOf(WorkFolder::kOutput);
+    }
+}
+
+bool TargetFile::LeaveScratch(const std::function<bool()>& isCancelled)
+{
+    if (m_isDirect || m_scratch == nullptr)
+    {
+        return true;
+    }
+    const Descriptor from = OpenOutput(*m_scratch, m_name);
+    const Descriptor to(
+        ::openat(m_folder->Get(), WorkFolder::kOutput, O_WRONLY | O_TRUNC | O_NOFOLLOW | O_CLOEXEC));
+    const CopyEnd end = to.IsOpen() ? CopyFile(from.Get(), to.Get(), isCancelled) : CopyEnd::Failed;
+    if (end == CopyEnd::Failed)
     {
         Refuse(m_name, errno);
     }
-    if (!S_ISREG(status.st_mode))
+    if (end == CopyEnd::Cancelled)
     {
-        Refuse(m_name, "Cannot write '" + m_name + "': it became " + FileKindText(status.st_mode));
+        return false;
     }
+    m_workName = m_folder->NameOf(WorkFolder::kOutput);
+    m_passFolder = m_folder.get();
+    m_scratch.reset();
+    return true;
+}
+
+void TargetFile::Finish() const
+{
+    const Descriptor file = OpenOutput(*m_folder, m_name);
     if ((m_replaced && !Core::InheritAccess(file.Get(), *m_replaced)) || ::fsync(file.Get()) != 0)
     {
         Refuse(m_name, errno);
@@ -162,6 +268,7 @@ void TargetFile::Commit()
     {
         return;
     }
+    LeaveScratch([] { return false; });
     Finish();
     const std::string name = fs::path(m_target).filename().string();
     const bool renamed =
@@ -177,6 +284,7 @@ void TargetFile::Commit()
 
 std::string TargetFile::KeepAside()
 {
+    LeaveScratch([] { return false; });
     Finish();
     const fs::path target = m_target;
     const fs::path folder =

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,11 +19,15 @@ namespace Zelnor::Media
 /// is in a private folder beside it, which disappears with this object. A symbolic link is followed, and the
 /// file that is replaced leaves its permissions and, as far as the process may give files away, its owner and
 /// group, but no set-user-ID and the like. `/dev/null` and a pipe are written to directly.
+///
+/// With a scratch folder, the other program writes in a private folder there, and the complete file is copied
+/// into the one beside the target.
 class TargetFile
 {
 public:
+    /// \param scratch  the scratch folder; empty: none
     /// \throw RunException when the file is there and must not be replaced, or cannot be made
-    TargetFile(const std::string& name, bool overwrite);
+    TargetFile(const std::string& name, bool overwrite, const std::string& scratch = {});
     ~TargetFile();
     TargetFile(const TargetFile&) = delete;
     TargetFile& operator=(const TargetFile&) = delete;
@@ -32,7 +37,12 @@ public:
     /// What to write to, as an absolute name.
     const std::string& GetWorkName() const { return m_workName; }
     /// Beginning of the names of the files that one pass may leave for the next, until `Commit`.
-    std::string GetPassLog() const { return m_folder->NameOf(WorkFolder::kPassLog); }
+    std::string GetPassLog() const { return m_passFolder->NameOf(WorkFolder::kPassLog); }
+    /// Copies the file out of the scratch folder, which takes a while. `Commit` and `KeepAside` do so when it
+    /// was not done before.
+    /// \returns false when it was cancelled
+    /// \throw RunException
+    bool LeaveScratch(const std::function<bool()>& isCancelled);
     /// Puts the file in place, safely on the disk.
     /// \throw RunException when another one has appeared there that must not be replaced
     void Commit();
@@ -44,6 +54,7 @@ public:
 
 private:
     void Open(const std::string& folder, mode_t mode);
+    void OpenScratch(const std::string& folder);
     /// Makes sure that the file is on the disk, with the access of the one that it replaces.
     void Finish() const;
 
@@ -54,6 +65,8 @@ private:
     bool m_isDirect = false;
     std::optional<struct stat> m_replaced; ///< the file that is replaced
     std::unique_ptr<WorkFolder> m_folder;
+    std::unique_ptr<WorkFolder> m_scratch;    ///< null: none, or not needed any more
+    const WorkFolder* m_passFolder = nullptr; ///< one of them
 };
 
 /// Whether a file that is not a regular one may be a target: `/dev/null`, which takes what nobody needs, and

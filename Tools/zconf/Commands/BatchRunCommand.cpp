@@ -3,6 +3,7 @@
 #include "Tools/zconf/Commands/BatchSlurm.h"
 #include "Tools/zconf/Commands/BatchText.h"
 #include "Tools/zconf/Commands/Commands.h"
+#include "Tools/zconf/Commands/JobRunning.h"
 #include "Tools/zconf/Commands/VerificationOutput.h"
 #include "Tools/zconf/Console/CommandLine.h"
 #include "Tools/zconf/Console/Errors.h"
@@ -42,6 +43,7 @@ struct BatchRunArguments
     bool json = false;
     std::string ffmpeg = "ffmpeg";
     std::string verify = "quick";
+    std::string scratch;
     std::vector<std::string> sbatch;
     bool wait = false;
 };
@@ -54,6 +56,7 @@ Media::BatchRunOptions OptionsOf(const BatchRunArguments& options)
     run.job.strict = options.strict;
     run.job.verification = VerificationDepths().at(options.verify);
     run.job.keepUnverified = options.keepUnverified;
+    run.job.scratch = options.scratch;
     run.parallel = std::max(options.parallel, 1U);
     run.retries = options.retries;
     run.failFast = options.failFast;
@@ -88,6 +91,10 @@ std::vector<std::string> TaskCommand(const BatchRunArguments& options, const std
     add(options.strict, {"--strict"});
     add(options.keepUnverified, {"--keep-unverified"});
     // A task runs elsewhere, so that a name with a folder is made absolute.
+    if (!options.scratch.empty())
+    {
+        add(true, {"--scratch", std::filesystem::absolute(options.scratch).string()});
+    }
     const bool isPath = options.ffmpeg.find('/') != std::string::npos;
     add(true, {"--ffmpeg", isPath ? std::filesystem::absolute(options.ffmpeg).string() : options.ffmpeg,
                "--verify", options.verify});
@@ -203,6 +210,7 @@ void AddBatchRunCommand(CLI::App& batch)
     command->add_flag("--keep-unverified", options->keepUnverified,
                       "Keep an output file that is not what the job says beside its place, as "
                       "\"out.unverified.mp4\"");
+    AddScratchOption(*command, options->scratch);
     AddJsonFlag(*command, options->json);
     command
         ->add_option("--slurm", options->sbatch,

@@ -153,6 +153,7 @@ Media::RunOptions OptionsOf(const Media::JobFile& job, const RunSettings& settin
     run.document = job.name;
     run.verification = VerificationDepths().at(settings.verify);
     run.keepUnverified = settings.keepUnverified;
+    run.scratch = settings.scratch;
     return run;
 }
 
@@ -188,6 +189,17 @@ int Run(const Media::JobFile& job, const RunSettings& settings, RunReport& repor
 
 } // namespace
 
+void AddScratchOption(CLI::App& command, std::string& folder)
+{
+    command
+        .add_option(
+            "--scratch", folder,
+            "A folder in which ffmpeg writes, such as one on the disk of a cluster's node; a finished "
+            "and verified file is copied from there to its place, where it appears as a whole "
+            "(default: beside that place)")
+        ->type_name("FOLDER");
+}
+
 void AddRunOptions(CLI::App& command, RunSettings& settings)
 {
     AddStrictFlag(command, settings.strict);
@@ -199,6 +211,7 @@ void AddRunOptions(CLI::App& command, RunSettings& settings)
     command.add_flag("--keep-unverified", settings.keepUnverified,
                      "Keep an output file that is not what the job says beside its place, as "
                      "\"out.unverified.mp4\"");
+    AddScratchOption(command, settings.scratch);
     AddJsonFlag(command, settings.json);
 }
 

@@ -21,9 +21,13 @@ struct RunSettings
     bool tellsLosses = true; ///< whether that is told otherwise
     std::string verify = "quick";
     bool keepUnverified = false;
+    std::string scratch = {};
     bool json = false;         ///< what became of the files, when all is done
     std::string progress = {}; ///< "json": progress for programs on standard output
 };
+
+/// Adds the option for the folder in which ffmpeg writes.
+void AddScratchOption(CLI::App& command, std::string& folder);
 
 void AddRunOptions(CLI::App& command, RunSettings& settings);
 
