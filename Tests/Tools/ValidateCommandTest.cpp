@@ -4,9 +4,6 @@
 #include <gmock/gmock.h>
 #include <rapidjson/document.h>
 
-#include <fstream>
-#include <sstream>
-
 namespace
 {
 
@@ -16,17 +13,6 @@ using testing::Not;
 
 class ValidateCommand : public ZconfTest
 {};
-
-/// The block of the tool's README that begins with that line.
-std::string ReadmeBlock(const std::string& first)
-{
-    std::ifstream file(ZELNOR_SOURCE_DIR "/Tools/zconf/README.md");
-    std::ostringstream text;
-    text << file.rdbuf();
-    const std::string readme = text.str();
-    const std::size_t begin = readme.find("\n" + first + "\n");
-    return begin == std::string::npos ? "" : readme.substr(begin + 1, readme.find("```", begin) - begin - 1);
-}
 
 TEST_F(ValidateCommand, IsQuietAboutGoodDocuments)
 {
@@ -53,15 +39,6 @@ TEST_F(ValidateCommand, ShowsTheLineOfEachFault)
         "    |       \"audio\": {\"codec_id\": \"CODEC_ID_AAC\", \"bitrate\": \"fast\"}\n"
         "    |                                                        ^~~~~~\n"
         "p.json: not valid, 2 faults\n");
-}
-
-TEST_F(ValidateCommand, WritesJsonAsItsReadmeShows)
-{
-    Write("p.json", With(kGoodPreset, "\"width\"", "\"widht\""));
-    const ProcessResult result = Zconf({"validate", "p.json", "--json"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_NE(result.output, "");
-    EXPECT_EQ(result.output, ReadmeBlock("[{"));
 }
 
 TEST_F(ValidateCommand, WritesPlacesOfJobsAsJson)
