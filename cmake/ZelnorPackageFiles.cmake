@@ -40,10 +40,6 @@ foreach(root IN LISTS staged)
   file(WRITE "${documents}/changelog.Debian"
        "zelnor (${CPACK_PACKAGE_VERSION}-1) unstable; urgency=medium\n\n  * New release.\n\n -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
   execute_process(COMMAND gzip -9nf "${documents}/changelog.Debian" COMMAND_ERROR_IS_FATAL ANY)
-  file(GLOB pages "${root}/usr/share/man/man1/*.1")
-  if(pages)
-    execute_process(COMMAND gzip -9nf ${pages} COMMAND_ERROR_IS_FATAL ANY)
-  endif()
   # Nobody asked Debian for a package that this upload would give them.
   set(overrides "${package}: initial-upload-closes-no-bugs *\n")
   if(libraries)

@@ -1,18 +1,34 @@
 #include "Media/Batch/BatchFiles.h"
 
+#include "Media/AmountText.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace Zelnor::Media
 {
 
+namespace
+{
+
+[[noreturn]] void ThrowTooLarge(const std::string& name, std::size_t most)
+{
+    auto exception =
+        MakeError<JobException>("Cannot read '" + name + "': it is larger than " + SizeText(most));
+    exception << MediaException::TagFile(name);
+    ZELNOR_THROW("Media/Batch/BatchFiles", exception);
+}
+
+} // namespace
+
 std::optional<std::string> ReadFileIn(const Descriptor& folder, const std::string& file,
-                                      const std::string& name)
+                                      const std::string& name, std::size_t most)
 {
     const Descriptor opened(
         ::openat(folder.Get(), file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
@@ -29,6 +45,10 @@ std::optional<std::string> ReadFileIn(const Descriptor& folder, const std::strin
     {
         ThrowSystem<JobException>("open", name, EINVAL);
     }
+    if (static_cast<std::uintmax_t>(status.st_size) > most)
+    {
+        ThrowTooLarge(name, most);
+    }
     std::string text;
     constexpr std::size_t kBlock = 65536;
     std::array<char, kBlock> block;
@@ -44,6 +64,11 @@ std::optional<std::string> ReadFileIn(const Descriptor& folder, const std::strin
             ThrowSystem<JobException>("read", name, errno);
         }
         text.append(block.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+        // It may grow meanwhile.
+        if (text.size() > most)
+        {
+            ThrowTooLarge(name, most);
+        }
     }
 }
 

@@ -7,6 +7,7 @@
 #include "Media/Running/Descriptor.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <new>
 #include <optional>
 #include <string>
@@ -30,11 +31,17 @@ template <class E>
     ZELNOR_THROW("Media/Batch/BatchFiles", exception);
 }
 
+/// The most that documents and results of a batch may hold, in bytes. No batch that was made here comes near
+/// them.
+inline constexpr std::size_t kMostOfDocument = 1'000'000'000;
+inline constexpr std::size_t kMostOfResult = 16'000'000;
+
 /// Nothing when there is no such file.
 /// \param name  what messages call it
-/// \throw JobException
+/// \param most  bytes that the file may hold
+/// \throw JobException "Cannot read 'films/batch.json': it is larger than 1.0 GB"
 std::optional<std::string> ReadFileIn(const Descriptor& folder, const std::string& file,
-                                      const std::string& name);
+                                      const std::string& name, std::size_t most = kMostOfDocument);
 
 /// Replaces the file as a whole. One process at a time may do so.
 /// \throw RunException

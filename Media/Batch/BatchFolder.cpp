@@ -100,7 +100,7 @@ std::string BatchFolder::ReadJob(unsigned int number) const
 std::optional<std::string> BatchFolder::ReadResult(unsigned int number) const
 {
     const std::string file = BatchFileName(number);
-    return ReadFileIn(m_results, file, NameOf(std::string(BatchNames::kResults) + "/" + file));
+    return ReadFileIn(m_results, file, NameOf(std::string(BatchNames::kResults) + "/" + file), kMostOfResult);
 }
 
 void BatchFolder::WriteResult(unsigned int number, const std::string& text) const

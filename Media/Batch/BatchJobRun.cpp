@@ -90,14 +90,8 @@ public:
     OneJobRun(const BatchFolder& folder, const Batch& batch, const BatchJob& job,
               const BatchRunOptions& options, const BatchJobHooks& hooks)
         : m_folder(folder), m_batch(batch), m_job(job), m_options(options), m_hooks(hooks),
-          m_output(batch.PathOf(batch.OutputOf(job)))
-    {
-        if (const auto text = folder.ReadResult(job.number))
-        {
-            m_former = ParseResult(
-                *text, folder.NameOf(std::string(BatchNames::kResults) + "/" + BatchFileName(job.number)));
-        }
-    }
+          m_output(batch.PathOf(batch.OutputOf(job))), m_former(ReadBatchResult(folder, job.number))
+    {}
 
     BatchResult Run()
     {
@@ -168,8 +162,9 @@ private:
         result.ended = Now();
     }
 
-    /// Takes the output of a run that was killed right after it had put it in place. As long as that cannot
-    /// be verified, the job counts as interrupted.
+    /// Takes the output of a run that was killed right after it had put it in place. It is verified also
+    /// where runs verify nothing: somebody else may have put it there. As long as that is not possible, the
+    /// job counts as interrupted.
     BatchResult Adopt(const Conf::ITranscodingMetaGraph& graph) const
     {
         BatchResult result = *m_former;
@@ -177,7 +172,7 @@ private:
         result.notes.push_back("the run that made it was killed before it could say so");
         try
         {
-            if (m_options.job.verification != VerificationDepth::Off && !IsVerified(graph, result))
+            if (!IsVerified(graph, result))
             {
                 return result;
             }
@@ -201,7 +196,10 @@ private:
     bool IsVerified(const Conf::ITranscodingMetaGraph& graph, BatchResult& result) const
     {
         VerifyOptions options;
-        options.depth = m_options.job.verification;
+        if (m_options.job.verification != VerificationDepth::Off)
+        {
+            options.depth = m_options.job.verification;
+        }
         options.document = m_batch.DocumentOf(m_job.number);
         options.cancel = m_options.job.cancel;
         options.onProgress = m_hooks.onProgress;

@@ -21,6 +21,14 @@ namespace
 
 constexpr const char* kUnit = "Media/Batch/BatchRun";
 
+/// \param part  0 to 1; the largest durations have no `double` of their own
+std::int64_t PartOf(std::int64_t duration, double part)
+{
+    const auto whole = static_cast<double>(duration);
+    const double made = std::max(0.0, part) * whole;
+    return made < whole ? static_cast<std::int64_t>(made) : duration;
+}
+
 /// Runs the chosen jobs in several threads.
 class BatchRunner
 {
@@ -40,7 +48,7 @@ public:
         m_mediaBefore = status.mediaDone;
         for (const unsigned int number : m_numbers)
         {
-            m_mediaOfAll += batch.JobOf(number).duration.value_or(0);
+            AddCapped(m_mediaOfAll, batch.JobOf(number).duration.value_or(0));
         }
     }
 
@@ -62,17 +70,20 @@ private:
         const BatchJob& job = m_batch.JobOf(*number);
         BatchJobHooks hooks;
         hooks.onProgress = [this, &job](const RunProgress& progress) { Report(job, progress); };
+        Descriptor lock;
+        BatchResult result;
         try
         {
-            const Descriptor lock = m_folder.LockJob(job.number);
-            const BatchResult result = RunOneBatchJob(m_folder, m_batch, job, m_options, hooks);
-            End(job, &result);
+            lock = m_folder.LockJob(job.number);
+            result = RunOneBatchJob(m_folder, m_batch, job, m_options, hooks);
         }
         catch (...)
         {
             End(job, nullptr);
             throw;
         }
+        // What a callback throws here comes from a job that has ended already.
+        End(job, &result);
         return true;
     }
 
@@ -92,10 +103,8 @@ private:
     void Report(const BatchJob& job, const RunProgress& progress)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        const auto duration = static_cast<double>(job.duration.value_or(0));
-        m_running[job.number] = progress.isVerifying
-                                    ? job.duration.value_or(0)
-                                    : static_cast<std::int64_t>(progress.part.value_or(0) * duration);
+        const std::int64_t duration = job.duration.value_or(0);
+        m_running[job.number] = progress.isVerifying ? duration : PartOf(duration, progress.part.value_or(0));
         Tell();
     }
 
@@ -112,12 +121,12 @@ private:
         if (result->state == BatchResult::State::Done)
         {
             ++m_progress.done;
-            m_mediaMade += job.duration.value_or(0);
+            AddCapped(m_mediaMade, job.duration.value_or(0));
         }
         if (result->state == BatchResult::State::Failed)
         {
             ++m_progress.failed;
-            m_mediaOfAll -= job.duration.value_or(0);
+            m_mediaOfAll = std::max<std::int64_t>(0, m_mediaOfAll - job.duration.value_or(0));
         }
         if (m_options.onJobEnd)
         {
@@ -135,9 +144,10 @@ private:
         std::int64_t made = m_mediaMade;
         for (const auto& [number, media] : m_running)
         {
-            made += media;
+            AddCapped(made, media);
         }
-        m_progress.mediaDone = m_mediaBefore + made;
+        m_progress.mediaDone = m_mediaBefore;
+        AddCapped(m_progress.mediaDone, made);
         m_progress.mediaLeft = std::max<std::int64_t>(0, m_mediaOfAll - made);
         const std::chrono::duration<double, std::micro> elapsed = std::chrono::steady_clock::now() - m_begin;
         m_progress.speed = static_cast<double>(made) / std::max(1.0, elapsed.count());

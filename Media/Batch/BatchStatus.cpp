@@ -3,6 +3,7 @@
 #include "Media/Batch/BatchFolder.h"
 #include "Media/Batch/BatchRecord.h"
 #include "Media/Batch/BatchStatusOf.h"
+#include "Media/MediaException.h"
 
 #include <sys/stat.h>
 
@@ -13,6 +14,9 @@ namespace Zelnor::Media
 
 namespace
 {
+
+/// The whole batch stands still otherwise.
+constexpr const char* kAdvice = " (delete the file to make the job wait again)";
 
 BatchJobState StateOfDone(const std::string& output, std::uint64_t size)
 {
@@ -89,6 +93,26 @@ BatchJobState StateOf(const Batch& batch, const BatchJob& job, const std::option
     return BatchJobState::Cancelled;
 }
 
+std::optional<BatchResult> ReadBatchResult(const BatchFolder& folder, unsigned int number)
+{
+    const std::optional<std::string> text = folder.ReadResult(number);
+    if (!text)
+    {
+        return std::nullopt;
+    }
+    try
+    {
+        return ParseResult(*text,
+                           folder.NameOf(std::string(BatchNames::kResults) + "/" + BatchFileName(number)));
+    }
+    catch (JobException& exception)
+    {
+        const std::string* const reason = boost::get_error_info<TagDescription>(exception);
+        exception << TagDescription((reason == nullptr ? "" : *reason) + kAdvice);
+        throw;
+    }
+}
+
 BatchStatus ReadBatchStatus(const BatchFolder& folder, const Batch& batch)
 {
     BatchStatus status;
@@ -98,12 +122,9 @@ BatchStatus ReadBatchStatus(const BatchFolder& folder, const Batch& batch)
     for (const BatchJob& job : batch.jobs)
     {
         BatchJobStatus one;
-        const std::optional<std::string> text =
-            job.IsPlanned() ? folder.ReadResult(job.number) : std::nullopt;
-        if (text)
+        if (job.IsPlanned())
         {
-            one.result = ParseResult(
-                *text, folder.NameOf(std::string(BatchNames::kResults) + "/" + BatchFileName(job.number)));
+            one.result = ReadBatchResult(folder, job.number);
         }
         one.state =
             StateOf(batch, job, one.result, [&folder, &job] { return folder.IsJobLocked(job.number); });

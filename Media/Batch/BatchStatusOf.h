@@ -23,6 +23,10 @@ void AddCapped(T& sum, T part)
     }
 }
 
+/// Nothing when the job has none.
+/// \throw JobException when it cannot be read, with the advice to delete it
+std::optional<BatchResult> ReadBatchResult(const BatchFolder& folder, unsigned int number);
+
 /// How one job stands by its last result.
 /// \param isLocked  whether a process that lives has locked it; asked only where that matters
 BatchJobState StateOf(const Batch& batch, const BatchJob& job, const std::optional<BatchResult>& result,

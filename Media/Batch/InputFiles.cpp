@@ -1,6 +1,7 @@
 #include "Media/Batch/InputFiles.h"
 
 #include "Media/Folder.h"
+#include "Media/Running/Files.h"
 #include "Media/Text.h"
 
 #include "Conf/Interfaces/MediaTypeUtils.h"
@@ -41,6 +42,27 @@ std::unordered_set<std::string> MediaExtensions()
 
 using FolderId = std::pair<dev_t, ino_t>;
 
+/// The same for each spelling of a name. Two links to one file are two names.
+std::string NameIdentity(const std::string& path)
+{
+    const std::filesystem::path name(path);
+    const std::string folder = name.parent_path().string();
+    return FileIdentity(folder.empty() ? "." : folder) + "/" + name.filename().string();
+}
+
+/// The names in a folder, in order, without the hidden ones; empty when it cannot be listed.
+/// \param reason  the error number then, else 0
+std::vector<std::string> ListFolder(const std::string& path, int& reason)
+{
+    const Folder folder(::opendir(path.c_str()));
+    reason = folder == nullptr ? errno : 0;
+    std::vector<std::string> names = NamesIn(folder);
+    const auto isHidden = [](const std::string& name) { return name.front() == '.'; };
+    names.erase(std::remove_if(names.begin(), names.end(), isHidden), names.end());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 class FolderWalk
 {
 public:
@@ -72,7 +94,7 @@ public:
 private:
     void AddFile(const std::string& path, const std::string& reason = "")
     {
-        if (m_known.insert(path).second)
+        if (m_known.insert(NameIdentity(path)).second)
         {
             m_files.push_back({path, reason});
         }
@@ -84,21 +106,17 @@ private:
         {
             return;
         }
-        const Folder folder(::opendir(path.c_str()));
-        if (folder == nullptr)
+        // It is closed before those below it are opened: trees are deeper than a process has open files.
+        int reason = 0;
+        const std::vector<std::string> names = ListFolder(path, reason);
+        if (reason != 0)
         {
-            const int reason = errno;
             AddFile(path, path + ": cannot be listed: " + std::generic_category().message(reason));
             return;
         }
-        std::vector<std::string> names = NamesIn(folder);
-        std::sort(names.begin(), names.end());
         for (const std::string& name : names)
         {
-            if (name.front() != '.')
-            {
-                AddEntry((path.back() == '/' ? path : path + "/") + name);
-            }
+            AddEntry((path.back() == '/' ? path : path + "/") + name);
         }
     }
 

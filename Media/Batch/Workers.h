@@ -5,7 +5,7 @@
 #include <atomic>
 #include <exception>
 #include <functional>
-#include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -15,7 +15,7 @@ namespace Zelnor::Media
 
 /// Calls `step` again and again in so many threads, of which the calling one is one, until it returns false
 /// in each. After the first exception no thread begins another step, and when all have ended it is thrown. A
-/// system that has fewer threads left gives fewer.
+/// system that has fewer threads or less memory left gives fewer.
 inline void RunWorkers(unsigned int count, const std::function<bool()>& step)
 {
     std::atomic<bool> hasFailed{false};
@@ -44,6 +44,8 @@ inline void RunWorkers(unsigned int count, const std::function<bool()>& step)
         }
     }
     catch (const std::system_error&)
+    {}
+    catch (const std::bad_alloc&)
     {}
     work();
     for (std::thread& thread : threads)

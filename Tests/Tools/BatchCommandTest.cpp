@@ -199,6 +199,25 @@ TEST_F(BatchCommand, WaitsForTheEndWhenItWatches)
     EXPECT_EQ(result.output, "b: 3 jobs: 3 done\n0:00:01 of media made, 0:00:00 left\n");
 }
 
+TEST_F(BatchCommand, DoesNotWatchABatchThatNobodyRuns)
+{
+    ASSERT_EQ(NewBatch().exitCode, 0);
+    const ProcessResult result = Shell("timeout 60 \"$ZCONF\" batch status b --watch");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.output, "b: 3 jobs: 3 waiting\n0:00:00 of media made, 0:00:01 left\n");
+}
+
+TEST_F(BatchCommand, WritesJsonThatIsUtf8WhateverNamesAre)
+{
+    Write("in/x\xff\\.wav", SilentWav());
+    ASSERT_EQ(NewBatch({"in/x\xff\\.wav"}).exitCode, 0);
+    const ProcessResult status = Zconf({"batch", "status", "b", "--json"});
+    rapidjson::Document json;
+    json.Parse<rapidjson::kParseValidateEncodingFlag>(status.output.data(), status.output.size());
+    ASSERT_FALSE(json.HasParseError()) << status.output;
+    EXPECT_EQ(json["jobs"][0]["input"].GetString(), (fs::canonical(Folder()) / "in/x\\xff\\.wav").string());
+}
+
 TEST_F(BatchCommand, ShowsALineOnATerminal)
 {
     ASSERT_EQ(NewBatch().exitCode, 0);

@@ -162,6 +162,15 @@ TEST_F(JobShow, ARecordCannotSteerTheTerminal)
               "    k\\x07  \\x00\\xc2\\x9b\\xff\xe6\x97\xa5\n");
 }
 
+TEST_F(JobShow, WritesRecordsThatAreNotUtf8AsJsonThatIs)
+{
+    Write("job.json", "{\"vertices\":[{\"id\":1,\"data\":{\"data\":{\"a\":{\"k\xff\":\"v\xfe\\n\"}}}}],"
+                      "\"edges\":[]}");
+    const ProcessResult result = Zconf({"job", "show", "--json", "job.json"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.output, testing::HasSubstr(R"("k\\xff": "v\\xfe\\n")"));
+}
+
 TEST_F(JobShow, AHubWithManyLinksIsShownInLinearTime)
 {
     std::string nodes = R"({"id":1})";

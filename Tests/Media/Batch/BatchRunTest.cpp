@@ -12,8 +12,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -208,14 +210,13 @@ TEST_F(RunningBatch, TakesAnOutputThatAKilledRunHasPutInPlace)
     EXPECT_EQ(Result(2).sizeAfter, SilentWav().size());
 }
 
-TEST_F(RunningBatch, DoesNotTakeAnOutputOfSomebodyElse)
+TEST_F(RunningBatch, DoesNotTakeAnOutputOfSomebodyElseEvenWhenItVerifiesNothing)
 {
     WriteResult(2, Begun());
     fs::create_directory(Name("out"));
     WriteFile(Name("out/b.wav"), "not media");
-    BatchRunOptions options = With(kCopy);
-    options.job.verification = VerificationDepth::Quick;
-    EXPECT_THAT(States(Run(options)), ElementsAre("done", "failed", "done"));
+    EXPECT_THAT(States(Run(With(kCopy))), ElementsAre("done", "failed", "done"));
+    EXPECT_EQ(Result(2).verification, "quick");
     EXPECT_EQ(Result(2).failure, BatchResult::Failure::Different);
     EXPECT_EQ(ReadFile(Name("out/b.wav")), "not media");
 }
@@ -324,8 +325,71 @@ TEST_F(RunningBatch, SaysWhichResultCannotBeRead)
 {
     WriteFile(Name("b/results/000002.json"), "{");
     const auto thrown = ExpectThrow<JobException>([this] { Run(With(kCopy)); });
-    EXPECT_EQ(thrown.description,
-              Name("b/results/000002.json") + ": line 1, column 2: Missing a name for object member.");
+    EXPECT_EQ(thrown.description, Name("b/results/000002.json") +
+                                      ": line 1, column 2: Missing a name for object member. "
+                                      "(delete the file to make the job wait again)");
+    const auto one = ExpectThrow<JobException>([this] { RunBatchJob(Name("b"), 2, With(kCopy)); });
+    EXPECT_EQ(one.description, thrown.description);
+    fs::remove(Name("b/results/000002.json"));
+    EXPECT_THAT(States(), ElementsAre("waiting", "waiting", "waiting"));
+}
+
+TEST_F(RunningBatch, DoesNotReadFilesThatNoBatchCanHave)
+{
+    // With a hole, so that nothing is written.
+    WriteFile(Name("b/results/000002.json"), "");
+    fs::resize_file(Name("b/results/000002.json"), 16'000'001);
+    const auto result = ExpectThrow<JobException>([this] { Run(With(kCopy)); });
+    EXPECT_EQ(result.description,
+              "Cannot read '" + Name("b/results/000002.json") + "': it is larger than 16.0 MB");
+    fs::remove(Name("b/results/000002.json"));
+    fs::resize_file(Name("b/jobs/000001.json"), 1'000'000'001);
+    EXPECT_THAT(States(Run(With(kCopy))), ElementsAre("failed", "done", "done"));
+    EXPECT_EQ(Result(1).reason, "Cannot read '" + Name("b/jobs/000001.json") + "': it is larger than 1.0 GB");
+    fs::resize_file(Name("b/batch.json"), 1'000'000'001);
+    const auto batch = ExpectThrow<JobException>([this] { Run(With(kCopy)); });
+    EXPECT_EQ(batch.description, "Cannot read '" + Name("b/batch.json") + "': it is larger than 1.0 GB");
+}
+
+TEST_F(RunningBatch, CountsNoFurtherThanAnIntegerHolds)
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        Edit("b/batch.json", "\"duration\": 200000", "\"duration\": 9223372036854775807");
+    }
+    // The first one fails, the others are made at once, and tell that they are.
+    BatchRunOptions options = With("[[ $* != *a.wav* ]] || exit 1; echo out_time_us=9223372036854775807; "
+                                   "echo progress=continue; sleep 0.1; " +
+                                   std::string(kCopy));
+    options.parallel = 2;
+    std::int64_t least = 0;
+    BatchProgress last;
+    options.onProgress = [&](const BatchProgress& progress) {
+        least = std::min({least, progress.mediaDone, progress.mediaLeft});
+        last = progress;
+    };
+    EXPECT_THAT(States(Run(options)), ElementsAre("failed", "done", "done"));
+    EXPECT_EQ(least, 0);
+    EXPECT_EQ(last.mediaDone, 9223372036854775807);
+    EXPECT_EQ(last.mediaLeft, 0);
+    EXPECT_GT(last.speed, 0);
+}
+
+TEST_F(RunningBatch, CountsAJobOnceWhoseEndCannotBeTold)
+{
+    BatchRunOptions options = With("[[ $* == *a.wav* ]] || sleep 0.3; " + std::string(kCopy));
+    options.parallel = 2;
+    std::size_t most = 0;
+    options.onProgress = [&most](const BatchProgress& progress) { most = std::max(most, progress.running); };
+    options.onJobEnd = [](const BatchJob& job, const BatchResult&) {
+        if (job.number == 1)
+        {
+            throw std::runtime_error("no room for a line");
+        }
+    };
+    EXPECT_THROW(Run(options), std::runtime_error);
+    EXPECT_LE(most, 2U);
+    EXPECT_THAT(States(), ElementsAre("done", "done", "waiting"));
 }
 
 TEST_F(RunningBatch, SaysThatAnOutputFolderCannotBeMade)

@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -76,6 +79,35 @@ TEST_F(FindingInputs, TakesAFileThatIsNamedTwiceOnce)
 {
     Make({"d/a.mp4", "d/b.mp4"});
     EXPECT_THAT(Find({"d/b.mp4", "d", "d/b.mp4"}), ElementsAre("d/b.mp4", "d/a.mp4"));
+}
+
+TEST_F(FindingInputs, TakesAFileThatIsNamedInTwoSpellingsOnce)
+{
+    Make({"d/a.mp4", "d/sub/b.mp4"});
+    fs::create_directory_symlink(Name("d"), Name("link"));
+    EXPECT_THAT(Find({"d/a.mp4", "d/./a.mp4", "d//a.mp4", "d/sub/../a.mp4", "link/a.mp4"}),
+                ElementsAre("d/a.mp4"));
+    EXPECT_THAT(Find({"d/not there", "d/./not there", "not there"}), ElementsAre("d/not there", "not there"));
+}
+
+TEST_F(FindingInputs, WalksDeeperThanAProcessHasOpenFiles)
+{
+    std::string deep = "d";
+    for (int i = 0; i < 40; ++i)
+    {
+        deep += "/n";
+    }
+    Make({deep + "/a.mp4"});
+    const int status = RunForked([&] {
+        const int first = ::dup(0);
+        const auto most = static_cast<rlim_t>(first + 8);
+        const rlimit few = {most, most};
+        ::close(first);
+        ::setrlimit(RLIMIT_NOFILE, &few);
+        const std::vector<InputFile> found = FindInputFiles({Name("d")}, "", [] { return false; });
+        return found.size() == 1 && found[0].path == Name(deep + "/a.mp4") && found[0].reason.empty() ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(FindingInputs, EndsWhereFoldersLeadBackToThemselves)

@@ -130,12 +130,10 @@ int RunBatchRun(const BatchRunArguments& options)
     Media::BatchRunOptions run = OptionsOf(options);
     StatusLine line;
     FailureCode code;
-    bool isCancelled = false;
     run.onProgress = [&line](const Media::BatchProgress& progress) {
         line.Show(BatchProgressText(progress));
     };
     run.onJobEnd = [&](const Media::BatchJob& job, const BatchResult& result) {
-        isCancelled = isCancelled || result.state == BatchResult::State::Cancelled;
         if (result.state == BatchResult::State::Failed)
         {
             code.Add(result.failure);

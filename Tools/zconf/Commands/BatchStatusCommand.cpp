@@ -11,6 +11,7 @@
 #include "Tools/zconf/Console/Text.h"
 #include "Tools/zconf/Console/TimeText.h"
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -90,21 +91,39 @@ bool IsOpen(const Media::BatchStatus& status)
     return status.CountOf(BatchJobState::Waiting) + status.CountOf(BatchJobState::Running) > 0;
 }
 
+bool IsAnyPending(const SlurmTasks& tasks)
+{
+    return std::any_of(tasks.begin(), tasks.end(), [](const std::optional<Media::SlurmTask>& task) {
+        return task && Media::IsPending(task->state);
+    });
+}
+
+/// Waits until nothing is open any more, or nobody runs the batch.
+Media::BatchStatus Watch(const Media::Batch& batch)
+{
+    StatusLine line;
+    // A run may just begin, and it begins its next job a moment after one has ended.
+    constexpr int kPatience = 10;
+    int idle = 0;
+    for (;;)
+    {
+        const Media::BatchStatus status = Media::ReadBatchStatus(batch);
+        idle = status.CountOf(BatchJobState::Running) > 0 ? 0 : idle + 1;
+        if (!IsOpen(status) || (idle > kPatience && !IsAnyPending(AskSlurmOf(batch))))
+        {
+            return Media::ReadBatchStatus(batch);
+        }
+        idle = idle > kPatience ? 0 : idle;
+        line.Show(BatchSummaryText(status) + "; " + MediaTimeText(status));
+        constexpr std::chrono::milliseconds kPause(500);
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
 int RunBatchStatus(const BatchStatusArguments& options)
 {
     const Media::Batch batch = Media::ReadBatch(options.batch);
-    Media::BatchStatus status = Media::ReadBatchStatus(batch);
-    if (options.watch)
-    {
-        StatusLine line;
-        while (IsOpen(status))
-        {
-            line.Show(BatchSummaryText(status) + "; " + MediaTimeText(status));
-            constexpr std::chrono::milliseconds kPause(500);
-            std::this_thread::sleep_for(kPause);
-            status = Media::ReadBatchStatus(batch);
-        }
-    }
+    const Media::BatchStatus status = options.watch ? Watch(batch) : Media::ReadBatchStatus(batch);
     const SlurmTasks tasks = AskSlurmOf(batch);
     options.json ? WriteBatchJson(batch, status, tasks) : WriteStatus(batch, status, tasks, options.all);
     return status.IsDone() ? kExitSuccess : kExitNo;
@@ -121,7 +140,8 @@ void AddBatchStatusCommand(CLI::App& batch)
     command->add_flag("--all", options->all, "List each job, also those that are done or wait to be run");
     command->add_flag(
         "--watch", options->watch,
-        "Wait until no job is left that waits or runs; a line on the terminal tells how far it is");
+        "Wait until no job is left that waits or runs, or nobody has run the batch for five seconds; a line "
+        "on the terminal tells how far it is");
     AddJsonFlag(*command, options->json);
     OnRun(*command, [options] { return RunBatchStatus(*options); });
 }

@@ -145,8 +145,8 @@ void AddBatchArgument(CLI::App& command, std::string& name)
 std::string BatchProgressText(const Media::BatchProgress& progress)
 {
     constexpr std::size_t kBar = 20;
-    const std::int64_t all = progress.mediaDone + progress.mediaLeft;
-    const double part = all > 0 ? static_cast<double>(progress.mediaDone) / static_cast<double>(all)
+    const double all = Seconds(progress.mediaDone) + Seconds(progress.mediaLeft);
+    const double part = all > 0 ? Seconds(progress.mediaDone) / all
                         : progress.count > 0
                             ? static_cast<double>(progress.done) / static_cast<double>(progress.count)
                             : 0;

@@ -9,7 +9,6 @@
 #include "Tools/zconf/Console/Terminal.h"
 #include "Tools/zconf/Console/Text.h"
 
-#include "Core/Interfaces/Utf8.h"
 #include "Media/Validating/DocumentFault.h"
 
 #include <algorithm>
@@ -70,25 +69,10 @@ const char* KindText(Media::DocumentFaults::Kind kind)
     return "unknown";
 }
 
-/// JSON is UTF-8, whatever the document is.
-std::string Utf8Text(const std::string& text)
-{
-    for (std::size_t i = 0; i < text.size();)
-    {
-        const std::size_t length = Core::Utf8Length(std::string_view(text).substr(i));
-        if (length == 0)
-        {
-            return Printable(text);
-        }
-        i += length;
-    }
-    return text;
-}
-
 void WriteString(JsonOutput& output, const char* key, const std::string& text)
 {
     output.Key(key);
-    output.String(Utf8Text(text));
+    output.String(text);
 }
 
 void WriteFault(const Media::DocumentFault& fault, JsonOutput& output)
@@ -96,9 +80,7 @@ void WriteFault(const Media::DocumentFault& fault, JsonOutput& output)
     JsonOutput::Writer& writer = output.GetWriter();
     writer.StartObject();
     WriteString(output, "fault", fault.Name());
-    Media::Place place = fault.place;
-    place.key = Utf8Text(place.key);
-    WritePlace(place, output);
+    WritePlace(fault.place, output);
     WriteString(output, "text", fault.reason);
     WriteString(output, "pointer", fault.pointer);
     for (const auto& [key, number] : {std::pair("line", fault.line), std::pair("column", fault.column),

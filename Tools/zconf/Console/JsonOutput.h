@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tools/zconf/Console/StandardStreams.h"
+#include "Tools/zconf/Console/Text.h"
 
 #include "Core/Interfaces/JsonMemory.h"
 #include "Core/Interfaces/JsonStream.h"
@@ -15,12 +16,31 @@
 namespace Zelnor::Tool
 {
 
+/// Writes texts that are not UTF-8 in the form of `Utf8Text`, also those in records.
+class JsonWriter : public rapidjson::PrettyWriter<Core::JsonZelnorStreamOut, rapidjson::UTF8<>,
+                                                  rapidjson::UTF8<>, Core::JsonMemory>
+{
+public:
+    using PrettyWriter::Key;
+    using PrettyWriter::PrettyWriter;
+    using PrettyWriter::String;
+
+    bool Key(const char* text, rapidjson::SizeType length, bool copy = false)
+    {
+        return String(text, length, copy);
+    }
+    bool String(const char* text, rapidjson::SizeType length, bool copy = false)
+    {
+        const std::string shown = Utf8Text(std::string(text, length));
+        return PrettyWriter::String(shown.data(), static_cast<rapidjson::SizeType>(shown.size()), copy);
+    }
+};
+
 /// Writes one JSON document for scripts to standard output, indented so that people can read it too.
 class JsonOutput
 {
 public:
-    using Writer = rapidjson::PrettyWriter<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, rapidjson::UTF8<>,
-                                           Core::JsonMemory>;
+    using Writer = JsonWriter;
 
     JsonOutput() : m_output(MakeStandardOutput()), m_stream(*m_output), m_writer(m_stream)
     {

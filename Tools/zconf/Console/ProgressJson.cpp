@@ -1,5 +1,6 @@
 #include "Tools/zconf/Console/ProgressJson.h"
 
+#include "Tools/zconf/Console/Text.h"
 #include "Tools/zconf/Console/TimeText.h"
 
 #include "Core/Interfaces/JsonMemory.h"
@@ -29,7 +30,7 @@ public:
     void Add(const char* key, const std::string& text)
     {
         m_writer.Key(key);
-        m_writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+        AddString(text);
     }
     void Add(const char* key, std::uint64_t number)
     {
@@ -55,7 +56,7 @@ public:
         m_writer.StartArray();
         for (const std::string& text : texts)
         {
-            m_writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+            AddString(text);
         }
         m_writer.EndArray();
     }
@@ -86,6 +87,12 @@ public:
 
 private:
     using Buffer = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, Core::JsonMemory>;
+
+    void AddString(const std::string& text)
+    {
+        const std::string shown = Utf8Text(text);
+        m_writer.String(shown.data(), static_cast<rapidjson::SizeType>(shown.size()));
+    }
 
     Buffer m_buffer;
     rapidjson::Writer<Buffer, rapidjson::UTF8<>, rapidjson::UTF8<>, Core::JsonMemory> m_writer{m_buffer};

@@ -60,6 +60,20 @@ std::string Printable(const std::string& text)
     return printable;
 }
 
+std::string Utf8Text(const std::string& text)
+{
+    for (std::size_t i = 0; i < text.size();)
+    {
+        const std::size_t length = Core::Utf8Length(std::string_view(text).substr(i));
+        if (length == 0)
+        {
+            return Printable(text);
+        }
+        i += length;
+    }
+    return text;
+}
+
 std::size_t Columns(const std::string& text)
 {
     return static_cast<std::size_t>(

@@ -13,6 +13,10 @@ namespace Zelnor::Tool
 /// terminal or look like another text.
 std::string Printable(const std::string& text);
 
+/// The text itself, or what `Printable` makes of one that is not UTF-8, for JSON, which is UTF-8 whatever
+/// files and documents hold.
+std::string Utf8Text(const std::string& text);
+
 /// The width of a printable text, with one column for each character.
 std::size_t Columns(const std::string& text);
 
