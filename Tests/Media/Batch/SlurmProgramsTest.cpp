@@ -32,8 +32,8 @@ TEST(SlurmOptions, ThatSbatchHasPass)
 TEST(SlurmOptions, ThatAreSetForTheBatchAreRefused)
 {
     for (const char* const option :
-         {"--array=1-3", "-a1-3", "--job-name=x", "-Jx", "--output=x", "-ox", "--chdir=/", "-D/", "--wrap=rm",
-          "--parsable", "--wait", "-W", "--test-only", "--help", "--version"})
+         {"--array=1-3", "--job-name=x", "--output=x", "--chdir=/", "--wrap=rm", "--parsable", "--wait",
+          "--test-only", "--help", "--version", "--clusters=all"})
     {
         EXPECT_EQ(FaultOf(option), std::string(option) + ": this option of sbatch is set for the batch");
     }
