@@ -16,7 +16,7 @@ namespace Zelnor::Media
 {
 
 /// The folders that exist of those in which presets are found, best first. Those of people and systems are
-/// the XDG Base Directory Specification's: "zelnor/presets" in $XDG_DATA_HOME ("~/.local/share") and in each
+/// the XDG base directories: "zelnor/presets" in $XDG_DATA_HOME ("~/.local/share") and in each
 /// of $XDG_DATA_DIRS ("/usr/local/share:/usr/share"), where names that are not absolute count for nothing.
 /// Then those that are installed with the libraries: "../share/zelnor/Presets" seen from the program's
 /// folder, the same seen from this library's folder, and, for a library that stands where it was built, the
