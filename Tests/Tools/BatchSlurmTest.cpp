@@ -261,6 +261,30 @@ TEST_F(BatchOnSlurm, SaysThatSlurmIsNotInstalled)
                   "there is no program 'scontrol': Slurm's client programs are not installed");
 }
 
+TEST_F(BatchOnSlurm, LeavesArraysAloneThatHaveItsNumberAndAnotherName)
+{
+    PlanBatch(1);
+    const auto writeProgram = [this](const std::string& name, const std::string& line) {
+        Write(name, "#!/bin/sh\n" + line + "\n");
+        std::filesystem::permissions(Folder() / name, std::filesystem::perms::owner_all);
+    };
+    writeProgram("scontrol", "echo 'MaxArraySize = 1001'");
+    writeProgram("squeue", "echo '4711|1|holiday|PENDING|0||launch failed requeued held|'");
+    writeProgram("sacct", "exit 1");
+    writeProgram("scancel", "echo \"$@\" >> '" + (Folder() / "cancelled").string() + "'");
+    writeProgram("sbatch", "echo 4712");
+    std::filesystem::create_directory(Folder() / "b/slurm");
+    Write("b/slurm/arrays.json", R"({"slurm":{"version":1,"arrays":{"000001":)"
+                                 R"({"name":"zelnor-1","id":4711,"offset":0,"indices":"1"}}}})");
+    ProcessOptions options;
+    options.environment = {"PATH=" + Folder().string() + ":/usr/bin:/bin"};
+
+    const ProcessResult run = Zconf({"batch", "run", "b", "--engine", "slurm"}, options);
+
+    EXPECT_EQ(run.messages, "zconf: b: 1 job submitted as array 4712\n");
+    EXPECT_FALSE(Exists("cancelled"));
+}
+
 TEST_F(BatchOnSlurm, IsNotSubmittedWithOptionsThatAreSetForIt)
 {
     PlanBatch(1);
