@@ -29,6 +29,11 @@ void Calls::Run(const std::function<void()>& work)
     }
     if (m_thrown)
     {
+        // A terminal's Ctrl+C reaches ffmpeg, too, whose end may be seen before the signal is.
+        if (PyErr_CheckSignals() != 0)
+        {
+            throw py::error_already_set();
+        }
         std::rethrow_exception(m_thrown);
     }
 }

@@ -89,6 +89,7 @@ constexpr std::string_view kElsewhere[] = {
     "Media::BatchResult::Speed",
     "Media::BatchStatus::CountOf",
     "Media::BatchStatus::IsDone",
+    "Media::IsPending",
     "Media::FFmpegPass::Arguments",
     "Media::DocumentFault::Name",
     "Media::DocumentFault::Sentence",
