@@ -112,18 +112,7 @@ void Property::CopyChildrenFrom(const Property& other)
         const Copy copy = pending.back();
         pending.pop_back();
         copy.to->m_value = Children::Create(copy.from->Count());
-        Children& children = *copy.to->GetChildren();
-        for (const Property* child = copy.from->GetFirst(); child != nullptr; child = child->m_next)
-        {
-            if (child->IsGroup())
-            {
-                plan(child->GetChildren(), children.Append(child->m_name));
-            }
-            else
-            {
-                children.Append(*child);
-            }
-        }
+        copy.to->GetChildren()->CopyFrom(*copy.from, plan);
     }
 }
 
@@ -350,7 +339,15 @@ Property& Property::SetChild(const std::string& name)
     {
         ZELNOR_THROW(details::kPropertyUnit, NotApplicable("SetChild"));
     }
-    return PutChild(name, Property(name));
+    Property* const found = FindToSet(name);
+    if (found == nullptr)
+    {
+        return Append(Named(), name, std::in_place_type<Group>);
+    }
+    // The old value is destroyed last: `name` may be a part of it.
+    Value group;
+    found->m_value.swap(group);
+    return *found;
 }
 
 Property& Property::SetChild(const std::string& name, const Property& value)
@@ -399,33 +396,28 @@ Property& Property::PutChild(const std::string& name, Property&& value)
     return *found;
 }
 
-void Property::MakeRoom()
-{
-    // Most groups have few children.
-    constexpr std::size_t kFewChildren = 2;
-    Group& group = *std::get_if<Group>(&m_value);
-    if (group == nullptr)
-    {
-        group = Children::Create(kFewChildren);
-    }
-    group->MakeRoom();
-}
+void Property::MakeRoom() { Children::Of(*this).MakeRoom(); }
 
 template <class... Arguments>
 Property& Property::Append(Arguments&&... arguments)
 {
-    MakeRoom();
-    return GetChildren()->Append(std::forward<Arguments>(arguments)...);
+    return Children::Of(*this).Append(std::forward<Arguments>(arguments)...);
 }
 
-Property& Property::AppendValue(const std::string& name, long long value) { return Append(name, value); }
+Property& Property::AppendValue(const std::string& name, long long value)
+{
+    return Append(Named(), name, std::in_place_type<long long>, value);
+}
 
 Property& Property::AppendValue(const std::string& name, const std::string& value)
 {
-    return Append(name, value);
+    return Append(Named(), name, std::in_place_type<std::string>, value);
 }
 
-Property& Property::AppendValue(const std::string& name, const Ratio& value) { return Append(name, value); }
+Property& Property::AppendValue(const std::string& name, const Ratio& value)
+{
+    return Append(Named(), name, std::in_place_type<Ratio>, value);
+}
 
 Property& Property::AppendValue(Property&& child) { return Append(std::move(child)); }
 

@@ -3,9 +3,13 @@
 #include "Core/Private/EqualText.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
+#include <cstdint>
+#include <iterator>
 #include <utility>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace Zelnor::Core
 {
@@ -15,6 +19,27 @@ namespace
 
 /// From here on an index of names is faster than comparing them.
 constexpr std::size_t kManyChildren = 64;
+
+/// A bit for each place at which `tag` stands. A call of `memchr` would take longer than all else in a
+/// search.
+std::uint64_t PlacesOfTag(const unsigned char (&tags)[32], unsigned char tag)
+{
+#ifdef __SSE2__
+    const __m128i wanted = _mm_set1_epi8(static_cast<char>(tag));
+    const auto placesIn = [wanted](const unsigned char* half) {
+        const __m128i found = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(half)), wanted);
+        return static_cast<std::uint64_t>(_mm_movemask_epi8(found));
+    };
+    return placesIn(tags) | placesIn(tags + 16) << 16;
+#else
+    std::uint64_t places = 0;
+    for (std::size_t i = 0; i < std::size(tags); ++i)
+    {
+        places |= std::uint64_t{tags[i] == tag} << i;
+    }
+    return places;
+#endif
+}
 
 } // namespace
 
@@ -26,14 +51,21 @@ Property::Group Property::Children::Create(std::size_t capacity)
     return Group(::new (memory) Children(capacity));
 }
 
+Property::Children& Property::Children::Of(Property& group)
+{
+    // Most groups have few children.
+    constexpr std::size_t kFewChildren = 4;
+    Group& children = *std::get_if<Group>(&group.m_value);
+    if (children == nullptr)
+    {
+        children = Create(kFewChildren);
+    }
+    return *children;
+}
+
 Property::Children::Children(std::size_t capacity) noexcept
     : m_unused(PlacesOf(m_firstBlock)), m_firstBlock{nullptr, nullptr, 0, capacity}
 {}
-
-Property* Property::Children::PlacesOf(const Block& block)
-{
-    return reinterpret_cast<Property*>(const_cast<Block*>(&block) + 1);
-}
 
 void Property::Children::Destroy(Children* children) noexcept
 {
@@ -86,21 +118,6 @@ void Property::Children::AddBlock()
 
 // Editing
 
-Property& Property::Children::Link(Property* child) noexcept
-{
-    child->m_siblings = this;
-    child->m_previous = m_last;
-    child->m_next = nullptr;
-    (m_last == nullptr ? m_first : m_last->m_next) = child;
-    m_last = child;
-    if (m_count < kTags)
-    {
-        m_tags[m_count] = TagOf(child->m_name);
-    }
-    ++m_count;
-    return *child;
-}
-
 void Property::Children::Remove(Property& child) noexcept
 {
     ForgetNameOf(child);
@@ -139,12 +156,7 @@ Property* Property::Children::At(std::size_t index) const
 {
     if (m_isDense)
     {
-        const Block* block = m_lastBlock;
-        while (index < block->begin)
-        {
-            block = block->previous;
-        }
-        return PlacesOf(*block) + (index - block->begin);
+        return AtPlace(index);
     }
     if (index < m_count / 2)
     {
@@ -163,6 +175,16 @@ Property* Property::Children::At(std::size_t index) const
     return child;
 }
 
+Property* Property::Children::AtPlace(std::size_t index) const
+{
+    const Block* block = m_lastBlock;
+    while (index < block->begin)
+    {
+        block = block->previous;
+    }
+    return PlacesOf(*block) + (index - block->begin);
+}
+
 Property* Property::Children::Find(std::string_view name) const
 {
     if (m_names != nullptr)
@@ -172,33 +194,19 @@ Property* Property::Children::Find(std::string_view name) const
     return m_isTagged ? FindTagged(name) : FindFrom(m_first, name);
 }
 
-Property::Children::Tag Property::Children::TagOf(std::string_view name)
-{
-    const auto at = [name](std::size_t i) { return std::size_t{static_cast<unsigned char>(name[i])}; };
-    // Names that begin alike, as "codec.options.encode" and "codec.options.analyze", mostly end differently.
-    return name.empty() ? Tag{0}
-                        : static_cast<Tag>(name.size() + 7 * at(0) + 13 * at(name.size() / 2) +
-                                           31 * at(name.size() - 1));
-}
-
 Property* Property::Children::FindTagged(std::string_view name) const
 {
-    const Tag tag = TagOf(name);
-    const Tag* const end = m_tags + std::min(m_count, kTags);
-    for (const Tag* at = m_tags; at != end; ++at)
+    const std::size_t tagged = std::min(m_count, kTags);
+    std::uint64_t places = PlacesOfTag(m_tags, TagOf(name)) & ((std::uint64_t{1} << tagged) - 1);
+    for (; places != 0; places &= places - 1)
     {
-        at = static_cast<const Tag*>(std::memchr(at, tag, static_cast<std::size_t>(end - at)));
-        if (at == nullptr)
-        {
-            break;
-        }
-        Property* const child = At(static_cast<std::size_t>(at - m_tags));
+        Property* const child = AtPlace(static_cast<std::size_t>(__builtin_ctzll(places)));
         if (IsEqualText(child->m_name, name))
         {
             return child;
         }
     }
-    return m_count <= kTags ? nullptr : FindFrom(At(kTags), name);
+    return m_count <= kTags ? nullptr : FindFrom(AtPlace(kTags), name);
 }
 
 Property* Property::Children::FindFrom(Property* child, std::string_view name)

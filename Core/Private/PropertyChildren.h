@@ -6,6 +6,7 @@
 #include "Core/Private/NameIndex.h"
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -24,6 +25,8 @@ class ZELNOR_LOCAL Property::Children
 public:
     /// With room for that many children.
     static Group Create(std::size_t capacity);
+    /// Those of a group, made when it has none.
+    static Children& Of(Property& group);
     static void Destroy(Children* children) noexcept;
 
     Children(const Children&) = delete;
@@ -43,11 +46,16 @@ public:
     /// Gets memory for one more child.
     void MakeRoom()
     {
-        if (m_free == nullptr && m_unused == PlacesOf(*m_lastBlock) + m_lastBlock->capacity)
+        if (m_free == nullptr && m_unused == EndOf(*m_lastBlock))
         {
             AddBlock();
         }
     }
+    /// Appends copies of the others' children. Precondition: this was created with room for them and has
+    /// none. \param copyGroup  is called with the children of a group, which are not copied, and the empty
+    /// group
+    template <class CopyGroup>
+    void CopyFrom(const Children& other, CopyGroup&& copyGroup);
     /// Appends a child that is constructed from the arguments. Precondition: there is room for it.
     template <class... Arguments>
     Property& Append(Arguments&&... arguments);
@@ -83,7 +91,11 @@ private:
     explicit Children(std::size_t capacity) noexcept;
     ~Children() = default;
 
-    static Property* PlacesOf(const Block& block);
+    static Property* PlacesOf(const Block& block)
+    {
+        return reinterpret_cast<Property*>(const_cast<Block*>(&block) + 1);
+    }
+    static Property* EndOf(const Block& block) { return PlacesOf(block) + block.capacity; }
     static void DestroyOne(Children* children, Children*& pending) noexcept;
     void AddBlock();
     void FreeBlocksBehindFirst() noexcept;
@@ -91,7 +103,11 @@ private:
     using Tag = unsigned char;
     static constexpr std::size_t kTags = 32;
     static Tag TagOf(std::string_view name);
+    static Property* CopyWithoutChildren(const Property& from, void* place);
     Property& Link(Property* child) noexcept;
+    Property& LinkUntagged(Property* child) noexcept;
+    /// Precondition: no child was removed, and `index` is less than `Count()`.
+    Property* AtPlace(std::size_t index) const;
     static Property* FindFrom(Property* child, std::string_view name);
     Property* FindTagged(std::string_view name) const;
     Property* FindNamed(std::string_view name) const;
@@ -112,7 +128,7 @@ private:
     /// Exists only where children are many and have been set by their names.
     std::unique_ptr<Names> m_names;
     Children* m_nextToDestroy = nullptr;
-    Tag m_tags[kTags];
+    Tag m_tags[kTags] = {};
     Block* m_lastBlock = &m_firstBlock;
     /// The last member: its places follow.
     Block m_firstBlock;
@@ -122,6 +138,77 @@ template <class T, class... Arguments>
 Property::Property(Named, std::string_view name, std::in_place_type_t<T> type, Arguments&&... arguments)
     : m_name(name), m_value(type, std::forward<Arguments>(arguments)...)
 {}
+
+inline Property::Children::Tag Property::Children::TagOf(std::string_view name)
+{
+    const auto at = [name](std::size_t i) { return std::size_t{static_cast<unsigned char>(name[i])}; };
+    // Names that begin alike, as "codec.options.encode" and "codec.options.analyze", mostly end differently.
+    return name.empty() ? Tag{0}
+                        : static_cast<Tag>(name.size() + 7 * at(0) + 13 * at(name.size() / 2) +
+                                           31 * at(name.size() - 1));
+}
+
+inline Property& Property::Children::LinkUntagged(Property* child) noexcept
+{
+    child->m_siblings = this;
+    child->m_previous = m_last;
+    child->m_next = nullptr;
+    (m_last == nullptr ? m_first : m_last->m_next) = child;
+    m_last = child;
+    ++m_count;
+    return *child;
+}
+
+inline Property& Property::Children::Link(Property* child) noexcept
+{
+    if (m_count < kTags)
+    {
+        m_tags[m_count] = TagOf(child->m_name);
+    }
+    return LinkUntagged(child);
+}
+
+inline Property* Property::Children::CopyWithoutChildren(const Property& from, void* place)
+{
+    constexpr Named named;
+    const auto copy = [&](auto type, const auto* value) {
+        return ::new (place) Property(named, from.m_name, type, *value);
+    };
+    switch (from.GetType())
+    {
+    case PROPERTY_TYPE_INT64:
+        return copy(std::in_place_type<long long>, std::get_if<long long>(&from.m_value));
+    case PROPERTY_TYPE_STRING:
+        return copy(std::in_place_type<std::string>, std::get_if<std::string>(&from.m_value));
+    case PROPERTY_TYPE_RATIO:
+        return copy(std::in_place_type<Ratio>, std::get_if<Ratio>(&from.m_value));
+    case PROPERTY_TYPE_NONE:
+        return copy(std::in_place_type<std::monostate>, std::get_if<std::monostate>(&from.m_value));
+    case PROPERTY_TYPE_GROUP:
+        break;
+    }
+    return ::new (place) Property(named, from.m_name, std::in_place_type<Group>);
+}
+
+template <class CopyGroup>
+void Property::Children::CopyFrom(const Children& other, CopyGroup&& copyGroup)
+{
+    const bool isTagged = other.m_isTagged;
+    if (isTagged)
+    {
+        std::memcpy(m_tags, other.m_tags, sizeof m_tags);
+    }
+    for (const Property* child = other.m_first; child != nullptr; child = child->m_next)
+    {
+        Property* const copy = CopyWithoutChildren(*child, m_unused);
+        ++m_unused;
+        isTagged ? LinkUntagged(copy) : Link(copy);
+        if (const Group* const group = std::get_if<Group>(&child->m_value); group != nullptr)
+        {
+            copyGroup(group->get(), *copy);
+        }
+    }
+}
 
 template <class... Arguments>
 Property& Property::Children::Append(Arguments&&... arguments)
@@ -133,7 +220,7 @@ Property& Property::Children::Append(Arguments&&... arguments)
         void* const place = std::exchange(m_free, m_free->next);
         return Link(::new (place) Property(std::move(child)));
     }
-    if (m_unused == PlacesOf(*m_lastBlock) + m_lastBlock->capacity)
+    if (m_unused == EndOf(*m_lastBlock))
     {
         AddBlock();
     }
