@@ -11,7 +11,10 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace Zelnor::Conf
@@ -99,13 +102,42 @@ public:
 private:
     static bool NeedsEscapes(std::string_view text)
     {
-        unsigned found = 0;
-        for (const char c : text)
+        const std::size_t size = text.size();
+        const auto at = [text](std::size_t i, auto word) {
+            std::memcpy(&word, text.data() + i, sizeof word);
+            return NeedsEscape(word);
+        };
+        if (size >= 8)
         {
-            found |= static_cast<unsigned>(static_cast<unsigned char>(c) < 0x20) |
-                     static_cast<unsigned>(c == '"') | static_cast<unsigned>(c == '\\');
+            // The last word may overlap the one before.
+            bool found = at(size - 8, std::uint64_t{});
+            for (std::size_t i = 0; i + 8 < size; i += 8)
+            {
+                found |= at(i, std::uint64_t{});
+            }
+            return found;
         }
-        return found != 0;
+        if (size >= 4)
+        {
+            return at(0, std::uint32_t{}) || at(size - 4, std::uint32_t{});
+        }
+        return std::any_of(text.begin(), text.end(), [](char c) {
+            return static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\';
+        });
+    }
+
+    /// Whether one of the bytes is a control character, a quote or a backslash. The difference has the high
+    /// bit of a byte where it is less than what is subtracted, and where it had that bit before. A borrow
+    /// reaches the next byte only from one that is less itself.
+    template <class Word>
+    static bool NeedsEscape(Word bytes)
+    {
+        constexpr auto each = [](unsigned char byte) {
+            return static_cast<Word>(0x0101010101010101 * std::uint64_t{byte});
+        };
+        const Word isLess =
+            (bytes - each(' ')) | ((bytes ^ each('"')) - each(1)) | ((bytes ^ each('\\')) - each(1));
+        return (isLess & ~bytes & each(0x80)) != 0;
     }
 };
 

@@ -118,6 +118,44 @@ TEST(GraphSave, WritesNodesInTheOrderOfStorageAndLinksInTheOrderOfCreation)
     })"));
 }
 
+TEST(GraphSave, EscapesEveryByteThatNeedsItAtEveryPlaceOfATextOfAnySize)
+{
+    const auto escaped = [](unsigned char byte) {
+        constexpr char kDigits[] = "0123456789ABCDEF";
+        constexpr std::string_view kShort = "\"\\\b\f\n\r\t";
+        constexpr std::string_view kLetters = "\"\\bfnrt";
+        const char c = static_cast<char>(byte);
+        if (const std::size_t at = kShort.find(c); at != std::string_view::npos)
+        {
+            return std::string("\\") + kLetters[at];
+        }
+        return byte < 0x20 ? std::string("\\u00") + kDigits[byte / 16] + kDigits[byte % 16]
+                           : std::string(1, c);
+    };
+    for (std::size_t size = 1; size <= 20; ++size)
+    {
+        Property record("record");
+        std::string expected;
+        for (std::size_t place = 0; place < size; ++place)
+        {
+            for (unsigned byte = 0; byte < 0x80; ++byte)
+            {
+                std::string text(size, 'x');
+                text[place] = static_cast<char>(byte);
+                const std::string name = std::to_string(place) + "/" + std::to_string(byte);
+                record.CreateChildT(name, text);
+                expected += (expected.empty() ? "\"" : ",\"") + name + "\":\"" + std::string(place, 'x') +
+                            escaped(static_cast<unsigned char>(byte)) + std::string(size - place - 1, 'x') +
+                            '"';
+            }
+        }
+        const auto graph = ITranscodingMetaGraph::Create();
+        graph->AddNode(record);
+        // Without a message of GoogleTest's, which would be a megabyte.
+        EXPECT_TRUE(JsonOf(*graph).find(expected) != std::string::npos) << size;
+    }
+}
+
 TEST(GraphSave, LeavesOutOnlyRecordsThatSayNothing)
 {
     const GraphPtr graph = ITranscodingMetaGraph::Create();
