@@ -3,10 +3,12 @@
 #include "Conf/Interfaces/ConfException.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
+#include "Conf/Private/Texts.h"
 
 #include <cmath>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 
 namespace Zelnor::Conf
 {
@@ -28,22 +30,22 @@ using Limits = std::numeric_limits<long long>;
 
 struct CodecCurve
 {
-    const std::string* codecId;
+    std::string_view codecId;
     const double* coefficients;
 };
 
 constexpr CodecCurve kCurves[] = {
-    {&IFormatCodecVideo::CODEC_ID_H264, coef_h264},
-    {&IFormatCodecVideo::CODEC_ID_THEORA, coef_h264},
-    {&IFormatCodecVideo::CODEC_ID_VP8, coef_h264},
-    {&IFormatCodecVideo::CODEC_ID_VP9, coef_h264},
-    {&IFormatCodecVideo::CODEC_ID_MPEG4, coef_mpeg4},
-    {&IFormatCodecVideo::CODEC_ID_MPEG1VIDEO, coef_mpeg12},
-    {&IFormatCodecVideo::CODEC_ID_MPEG2VIDEO, coef_mpeg12},
-    {&IFormatCodecVideo::CODEC_ID_MJPEG, coef_mjpeg},
-    {&IFormatCodecVideo::CODEC_ID_WMV2, coef_wmv2},
-    {&IFormatCodecVideo::CODEC_ID_H263, coef_h263},
-    {&IFormatCodecVideo::CODEC_ID_GIF, coef_gif},
+    {Texts::IFormatCodecVideo::CODEC_ID_H264, coef_h264},
+    {Texts::IFormatCodecVideo::CODEC_ID_THEORA, coef_h264},
+    {Texts::IFormatCodecVideo::CODEC_ID_VP8, coef_h264},
+    {Texts::IFormatCodecVideo::CODEC_ID_VP9, coef_h264},
+    {Texts::IFormatCodecVideo::CODEC_ID_MPEG4, coef_mpeg4},
+    {Texts::IFormatCodecVideo::CODEC_ID_MPEG1VIDEO, coef_mpeg12},
+    {Texts::IFormatCodecVideo::CODEC_ID_MPEG2VIDEO, coef_mpeg12},
+    {Texts::IFormatCodecVideo::CODEC_ID_MJPEG, coef_mjpeg},
+    {Texts::IFormatCodecVideo::CODEC_ID_WMV2, coef_wmv2},
+    {Texts::IFormatCodecVideo::CODEC_ID_H263, coef_h263},
+    {Texts::IFormatCodecVideo::CODEC_ID_GIF, coef_gif},
 };
 
 /// Null when there is none.
@@ -51,7 +53,7 @@ const double* FindOwnCurve(const std::string& codecId)
 {
     for (const CodecCurve& curve : kCurves)
     {
-        if (*curve.codecId == codecId)
+        if (curve.codecId == codecId)
         {
             return curve.coefficients;
         }

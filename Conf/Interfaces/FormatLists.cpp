@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
 
 namespace Zelnor::Conf
 {
@@ -26,7 +27,7 @@ using Accelerator = IFormatCodecVideo::AcceleratorType;
 /// as it was.
 template <std::size_t N>
 bool ListAccelerated(const Accelerated (&table)[N], Accelerator accelerator,
-                     const std::string* Accelerated::*column, std::vector<std::string>& out)
+                     std::string_view Accelerated::*column, std::vector<std::string>& out)
 {
     const auto isRow = [&](const Accelerated& row) { return row.accelerator == accelerator; };
     const auto begin = std::find_if(std::begin(table), std::end(table), isRow);
@@ -38,19 +39,19 @@ bool ListAccelerated(const Accelerated (&table)[N], Accelerator accelerator,
     std::vector<std::string> list;
     list.reserve(static_cast<std::size_t>(end - begin));
     std::transform(begin, end, std::back_inserter(list),
-                   [&](const Accelerated& row) { return *(row.*column); });
+                   [&](const Accelerated& row) { return std::string(row.*column); });
     out.swap(list);
     return true;
 }
 
 template <std::size_t N>
-const std::string* FindAccelerated(const Accelerated (&table)[N], Accelerator accelerator,
-                                   const std::string& codecId)
+const std::string_view* FindAccelerated(const Accelerated (&table)[N], Accelerator accelerator,
+                                        const std::string& codecId)
 {
     const auto found = std::find_if(std::begin(table), std::end(table), [&](const Accelerated& row) {
-        return row.accelerator == accelerator && *row.codec == codecId;
+        return row.accelerator == accelerator && row.codec == codecId;
     });
-    return found == std::end(table) ? nullptr : found->implementation;
+    return found == std::end(table) ? nullptr : &found->implementation;
 }
 
 std::out_of_range KeyNotFound() { return std::out_of_range("key not found"); }
@@ -120,22 +121,22 @@ void IFormatCodecVideo::GetAcceleratedDecoderCodecs(AcceleratorType accelerator,
 
 std::string IFormatCodecVideo::GetAcceleratedEncoder(AcceleratorType accelerator, const std::string& codecId)
 {
-    const std::string* const encoder = FindAccelerated(acceleratedEncoders, accelerator, codecId);
+    const std::string_view* const encoder = FindAccelerated(acceleratedEncoders, accelerator, codecId);
     if (encoder == nullptr)
     {
         ZELNOR_THROW_WITHOUT_STACK(kStubUnit, KeyNotFound());
     }
-    return *encoder;
+    return std::string(*encoder);
 }
 
 std::string IFormatCodecVideo::GetAcceleratedDecoder(AcceleratorType accelerator, const std::string& codecId)
 {
-    const std::string* const decoder = FindAccelerated(acceleratedDecoders, accelerator, codecId);
+    const std::string_view* const decoder = FindAccelerated(acceleratedDecoders, accelerator, codecId);
     if (decoder == nullptr)
     {
         ZELNOR_THROW_WITHOUT_STACK(kStubUnit, KeyNotFound());
     }
-    return *decoder;
+    return std::string(*decoder);
 }
 
 void IFormatCodecVideo::GetAcceleratedEncoders(AcceleratorType accelerator, std::vector<std::string>& out)

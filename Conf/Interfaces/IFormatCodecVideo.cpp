@@ -1,7 +1,6 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include "Conf/Private/SetChildren.h"
-#include "Core/Private/Early.h"
 
 #include <boost/rational.hpp>
 
@@ -43,8 +42,6 @@ FrameInfo GetReducedFrameAspect(const Core::Property& property)
 }
 
 } // namespace
-
-ZELNOR_EARLY const std::string TAG_PIX_FMT("PIXELFORMAT");
 
 std::ostream& operator<<(std::ostream& os, const FrameInfo& info)
 {

@@ -14,7 +14,7 @@ MediaType IPreset::MediaTypeFromPresetStreamType(const std::string& streamType)
 {
     for (const TypedText& row : mapStringToMediaType)
     {
-        if (*row.text == streamType)
+        if (row.text == streamType)
         {
             return row.mediaType;
         }
@@ -28,7 +28,7 @@ std::string IPreset::PresetStreamTypeFormMediaType(MediaType mediaType)
     {
         if (row.mediaType == mediaType)
         {
-            return *row.text;
+            return std::string(row.text);
         }
     }
     ZELNOR_THROW(kStubUnit, std::logic_error("Unknown media type"));

@@ -1,5 +1,6 @@
 #include "Conf/Interfaces/MediaTypeUtils.h"
 
+#include "Conf/Private/Texts.h"
 #include "Core/Interfaces/Exception.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ constexpr const char* kUnit = "Conf/Interfaces/MediaTypeUtils";
 
 struct Group
 {
-    const std::string* name;
+    std::string_view name;
     IFormatFile::MediaType mediaType;
     /// Separated by semicolons.
     std::string_view extensions;
@@ -39,82 +40,104 @@ constexpr std::string_view kAllAudio =
 
 /// In the order of a file dialog.
 constexpr Group kGroups[] = {
-    {&IFormatFile::GROUP_ALL_FILES, IFormatFile::MEDIA_ALL, "*", "*.*"},
-    {&IFormatFile::GROUP_ALL_VIDEO, IFormatFile::MEDIA_VIDEO, kAllVideo, "*.mp4;*.avi;*.mpeg;*.flv;..."},
-    {&IFormatFile::GROUP_AVI, IFormatFile::MEDIA_VIDEO, "avi"},
-    {&IFormatFile::GROUP_MP4, IFormatFile::MEDIA_VIDEO, "mp4;m4v;mpeg4"},
-    {&IFormatFile::GROUP_MPEG, IFormatFile::MEDIA_VIDEO, "mpg;mpeg;mp2;mp3;mod"},
-    {&IFormatFile::GROUP_WMV, IFormatFile::MEDIA_VIDEO, "wmv;asf;wm;wmvhd"},
-    {&IFormatFile::GROUP_3GP, IFormatFile::MEDIA_VIDEO, "3gp;3g2;3gpp;3gp2"},
-    {&IFormatFile::GROUP_DVD, IFormatFile::MEDIA_VIDEO, "ifo;vob;vro"},
-    {&IFormatFile::GROUP_RM, IFormatFile::MEDIA_VIDEO, "rm;rmvb;rv;ivr"},
-    {&IFormatFile::GROUP_QUICKTIME, IFormatFile::MEDIA_VIDEO, "mov;qt;mp4;m4v;m4b"},
-    {&IFormatFile::GROUP_FLASH, IFormatFile::MEDIA_VIDEO, "flv"},
-    {&IFormatFile::GROUP_HD, IFormatFile::MEDIA_VIDEO, "tod;m2ts;m2t;mts"},
-    {&IFormatFile::GROUP_MKV, IFormatFile::MEDIA_VIDEO, "mkv"},
-    {&IFormatFile::GROUP_WEBM, IFormatFile::MEDIA_VIDEO, "webm;ogg;ogv"},
-    {&IFormatFile::GROUP_ALL_AUDIO, IFormatFile::MEDIA_AUDIO, kAllAudio, "*.mp3;*.flac;*.wav;..."},
-    {&IFormatFile::GROUP_MP3, IFormatFile::MEDIA_AUDIO, "mp3"},
-    {&IFormatFile::GROUP_WAV, IFormatFile::MEDIA_AUDIO, "wav;pcm"},
-    {&IFormatFile::GROUP_WMA, IFormatFile::MEDIA_AUDIO, "wma"},
-    {&IFormatFile::GROUP_FLAC, IFormatFile::MEDIA_AUDIO, "flac"},
-    {&IFormatFile::GROUP_AC3, IFormatFile::MEDIA_AUDIO, "ac3"},
-    {&IFormatFile::GROUP_AAC, IFormatFile::MEDIA_AUDIO, "aac"},
-    {&IFormatFile::GROUP_M4A, IFormatFile::MEDIA_AUDIO, "m4a;m4r;alac"},
-    {&IFormatFile::GROUP_OGG, IFormatFile::MEDIA_AUDIO, "ogg"},
-    {&IFormatFile::GROUP_AMR, IFormatFile::MEDIA_AUDIO, "amr;amr-nb;amr-wb"},
-    {&IFormatFile::GROUP_ALL_SUBTITLES, IFormatFile::MEDIA_SUBTITLES, "aas;ass;srt;ssa"},
-    {&IFormatFile::GROUP_ALL_IMAGES, IFormatFile::MEDIA_IMAGES,
+    {Texts::IFormatFile::GROUP_ALL_FILES, IFormatFile::MEDIA_ALL, "*", "*.*"},
+    {Texts::IFormatFile::GROUP_ALL_VIDEO, IFormatFile::MEDIA_VIDEO, kAllVideo,
+     "*.mp4;*.avi;*.mpeg;*.flv;..."},
+    {Texts::IFormatFile::GROUP_AVI, IFormatFile::MEDIA_VIDEO, "avi"},
+    {Texts::IFormatFile::GROUP_MP4, IFormatFile::MEDIA_VIDEO, "mp4;m4v;mpeg4"},
+    {Texts::IFormatFile::GROUP_MPEG, IFormatFile::MEDIA_VIDEO, "mpg;mpeg;mp2;mp3;mod"},
+    {Texts::IFormatFile::GROUP_WMV, IFormatFile::MEDIA_VIDEO, "wmv;asf;wm;wmvhd"},
+    {Texts::IFormatFile::GROUP_3GP, IFormatFile::MEDIA_VIDEO, "3gp;3g2;3gpp;3gp2"},
+    {Texts::IFormatFile::GROUP_DVD, IFormatFile::MEDIA_VIDEO, "ifo;vob;vro"},
+    {Texts::IFormatFile::GROUP_RM, IFormatFile::MEDIA_VIDEO, "rm;rmvb;rv;ivr"},
+    {Texts::IFormatFile::GROUP_QUICKTIME, IFormatFile::MEDIA_VIDEO, "mov;qt;mp4;m4v;m4b"},
+    {Texts::IFormatFile::GROUP_FLASH, IFormatFile::MEDIA_VIDEO, "flv"},
+    {Texts::IFormatFile::GROUP_HD, IFormatFile::MEDIA_VIDEO, "tod;m2ts;m2t;mts"},
+    {Texts::IFormatFile::GROUP_MKV, IFormatFile::MEDIA_VIDEO, "mkv"},
+    {Texts::IFormatFile::GROUP_WEBM, IFormatFile::MEDIA_VIDEO, "webm;ogg;ogv"},
+    {Texts::IFormatFile::GROUP_ALL_AUDIO, IFormatFile::MEDIA_AUDIO, kAllAudio, "*.mp3;*.flac;*.wav;..."},
+    {Texts::IFormatFile::GROUP_MP3, IFormatFile::MEDIA_AUDIO, "mp3"},
+    {Texts::IFormatFile::GROUP_WAV, IFormatFile::MEDIA_AUDIO, "wav;pcm"},
+    {Texts::IFormatFile::GROUP_WMA, IFormatFile::MEDIA_AUDIO, "wma"},
+    {Texts::IFormatFile::GROUP_FLAC, IFormatFile::MEDIA_AUDIO, "flac"},
+    {Texts::IFormatFile::GROUP_AC3, IFormatFile::MEDIA_AUDIO, "ac3"},
+    {Texts::IFormatFile::GROUP_AAC, IFormatFile::MEDIA_AUDIO, "aac"},
+    {Texts::IFormatFile::GROUP_M4A, IFormatFile::MEDIA_AUDIO, "m4a;m4r;alac"},
+    {Texts::IFormatFile::GROUP_OGG, IFormatFile::MEDIA_AUDIO, "ogg"},
+    {Texts::IFormatFile::GROUP_AMR, IFormatFile::MEDIA_AUDIO, "amr;amr-nb;amr-wb"},
+    {Texts::IFormatFile::GROUP_ALL_SUBTITLES, IFormatFile::MEDIA_SUBTITLES, "aas;ass;srt;ssa"},
+    {Texts::IFormatFile::GROUP_ALL_IMAGES, IFormatFile::MEDIA_IMAGES,
      "bmp;dpx;gif;jpg;jpeg;jpe;jfif;jif;jp2;j2p;pbm;pcx;pgm;ppm;pnm;png;ras;tga;tiff;tif;xbm",
      "*.jpeg;*.png;*.bmp;..."},
 };
 
 /// A group with extensions that a file dialog does not offer.
-constexpr Group kOther = {&IFormatFile::GROUP_OTHER, IFormatFile::MEDIA_ALL, "dat;mrec"};
+constexpr Group kOther = {Texts::IFormatFile::GROUP_OTHER, IFormatFile::MEDIA_ALL, "dat;mrec"};
 
 struct Container
 {
-    const std::string* name;
+    std::string_view name;
     std::string_view extension;
 };
 
 constexpr Container kContainers[] = {
-    {&IFormatFile::FORMAT_MP4, "mp4"},        {&IFormatFile::FORMAT_M4A, "m4a"},
-    {&IFormatFile::FORMAT_PSP, "mp4"},  // kept: a profile of MP4
-    {&IFormatFile::FORMAT_IPOD, "mp4"}, // kept: a profile of MP4
-    {&IFormatFile::FORMAT_AVI, "avi"},        {&IFormatFile::FORMAT_MATROSKA, "mkv"},
-    {&IFormatFile::FORMAT_MPEG, "mpg"},       {&IFormatFile::FORMAT_MPEG1VIDEO, "mpg"},
-    {&IFormatFile::FORMAT_MPEG2VIDEO, "mpg"}, {&IFormatFile::FORMAT_VOB, "mpg"}, // kept: not "vob"
-    {&IFormatFile::FORMAT_DVD, "vob"},                                           // kept: not "mpg"
-    {&IFormatFile::FORMAT_OGV, "ogv"},        {&IFormatFile::FORMAT_WEBM, "webm"},
-    {&IFormatFile::FORMAT_MP3, "mp3"},        {&IFormatFile::FORMAT_MOV, "mov"},
-    {&IFormatFile::FORMAT_MPEGTS, "mts"},     {&IFormatFile::FORMAT_MPEG2TS, "m2ts"},
-    {&IFormatFile::FORMAT_FLV, "flv"},        {&IFormatFile::FORMAT_3GP, "3gp"},
-    {&IFormatFile::FORMAT_3G2, "3g2"},        {&IFormatFile::FORMAT_SWF, "swf"},
-    {&IFormatFile::FORMAT_AAC, "aac"},        {&IFormatFile::FORMAT_OGG, "ogg"},
-    {&IFormatFile::FORMAT_FLAC, "flac"},      {&IFormatFile::FORMAT_WAV, "wav"},
-    {&IFormatFile::FORMAT_WMA, "wma"},        {&IFormatFile::FORMAT_WMV, "wmv"},
-    {&IFormatFile::FORMAT_ASF, "wmv"}, // kept: not "asf"
-    {&IFormatFile::FORMAT_IMAGE2, "jpg"},     {&IFormatFile::FORMAT_BMP, "bmp"},
-    {&IFormatFile::FORMAT_GIF, "gif"},        {&IFormatFile::FORMAT_PNG, "png"},
-    {&IFormatFile::FORMAT_TIFF, "tiff"},      {&IFormatFile::FORMAT_DPX, "dpx"},
-    {&IFormatFile::FORMAT_JPEG2000, "j2k"},   {&IFormatFile::FORMAT_PBM, "pbm"},
-    {&IFormatFile::FORMAT_PCX, "pcx"},        {&IFormatFile::FORMAT_PGM, "pgm"},
-    {&IFormatFile::FORMAT_PPM, "ppm"},        {&IFormatFile::FORMAT_TARGA, "tga"},
-    {&IFormatFile::FORMAT_XBM, "xbm"},        {&IFormatFile::FORMAT_JPEGLS, "jls"},
-    {&IFormatFile::FORMAT_PAM, "pam"},        {&IFormatFile::FORMAT_PGMYUV, "pgm"},
-    {&IFormatFile::FORMAT_SGI, "sgi"},        {&IFormatFile::FORMAT_XWD, "xwd"},
+    {Texts::IFormatFile::FORMAT_MP4, "mp4"},
+    {Texts::IFormatFile::FORMAT_M4A, "m4a"},
+    {Texts::IFormatFile::FORMAT_PSP, "mp4"},  // kept: a profile of MP4
+    {Texts::IFormatFile::FORMAT_IPOD, "mp4"}, // kept: a profile of MP4
+    {Texts::IFormatFile::FORMAT_AVI, "avi"},
+    {Texts::IFormatFile::FORMAT_MATROSKA, "mkv"},
+    {Texts::IFormatFile::FORMAT_MPEG, "mpg"},
+    {Texts::IFormatFile::FORMAT_MPEG1VIDEO, "mpg"},
+    {Texts::IFormatFile::FORMAT_MPEG2VIDEO, "mpg"},
+    {Texts::IFormatFile::FORMAT_VOB, "mpg"}, // kept: not "vob"
+    {Texts::IFormatFile::FORMAT_DVD, "vob"}, // kept: not "mpg"
+    {Texts::IFormatFile::FORMAT_OGV, "ogv"},
+    {Texts::IFormatFile::FORMAT_WEBM, "webm"},
+    {Texts::IFormatFile::FORMAT_MP3, "mp3"},
+    {Texts::IFormatFile::FORMAT_MOV, "mov"},
+    {Texts::IFormatFile::FORMAT_MPEGTS, "mts"},
+    {Texts::IFormatFile::FORMAT_MPEG2TS, "m2ts"},
+    {Texts::IFormatFile::FORMAT_FLV, "flv"},
+    {Texts::IFormatFile::FORMAT_3GP, "3gp"},
+    {Texts::IFormatFile::FORMAT_3G2, "3g2"},
+    {Texts::IFormatFile::FORMAT_SWF, "swf"},
+    {Texts::IFormatFile::FORMAT_AAC, "aac"},
+    {Texts::IFormatFile::FORMAT_OGG, "ogg"},
+    {Texts::IFormatFile::FORMAT_FLAC, "flac"},
+    {Texts::IFormatFile::FORMAT_WAV, "wav"},
+    {Texts::IFormatFile::FORMAT_WMA, "wma"},
+    {Texts::IFormatFile::FORMAT_WMV, "wmv"},
+    {Texts::IFormatFile::FORMAT_ASF, "wmv"}, // kept: not "asf"
+    {Texts::IFormatFile::FORMAT_IMAGE2, "jpg"},
+    {Texts::IFormatFile::FORMAT_BMP, "bmp"},
+    {Texts::IFormatFile::FORMAT_GIF, "gif"},
+    {Texts::IFormatFile::FORMAT_PNG, "png"},
+    {Texts::IFormatFile::FORMAT_TIFF, "tiff"},
+    {Texts::IFormatFile::FORMAT_DPX, "dpx"},
+    {Texts::IFormatFile::FORMAT_JPEG2000, "j2k"},
+    {Texts::IFormatFile::FORMAT_PBM, "pbm"},
+    {Texts::IFormatFile::FORMAT_PCX, "pcx"},
+    {Texts::IFormatFile::FORMAT_PGM, "pgm"},
+    {Texts::IFormatFile::FORMAT_PPM, "ppm"},
+    {Texts::IFormatFile::FORMAT_TARGA, "tga"},
+    {Texts::IFormatFile::FORMAT_XBM, "xbm"},
+    {Texts::IFormatFile::FORMAT_JPEGLS, "jls"},
+    {Texts::IFormatFile::FORMAT_PAM, "pam"},
+    {Texts::IFormatFile::FORMAT_PGMYUV, "pgm"},
+    {Texts::IFormatFile::FORMAT_SGI, "sgi"},
+    {Texts::IFormatFile::FORMAT_XWD, "xwd"},
 };
 
 const Group* FindGroup(const std::string& groupId)
 {
     const auto found = std::find_if(std::begin(kGroups), std::end(kGroups),
-                                    [&](const Group& group) { return *group.name == groupId; });
+                                    [&](const Group& group) { return group.name == groupId; });
     if (found != std::end(kGroups))
     {
         return found;
     }
-    return groupId == *kOther.name ? &kOther : nullptr;
+    return groupId == kOther.name ? &kOther : nullptr;
 }
 
 } // namespace
@@ -125,7 +148,7 @@ std::vector<std::pair<IFormatFile::MediaType, std::string>> GetSupportedFormats(
     formats.reserve(std::size(kGroups));
     for (const Group& group : kGroups)
     {
-        formats.emplace_back(group.mediaType, *group.name);
+        formats.emplace_back(group.mediaType, group.name);
     }
     return formats;
 }
@@ -162,7 +185,7 @@ std::string GetDefaultFileExtensionForContainer(const std::string& containerName
                    [global = std::locale()](char c) { return std::tolower(c, global); });
     for (const Container& container : kContainers)
     {
-        if (*container.name == name)
+        if (container.name == name)
         {
             return std::string(container.extension);
         }

@@ -1,76 +1,36 @@
-// The constants and the tables of the library, in this order, because tables copy constants and some
-// constants copy others. Nothing here may read a dynamically initialised object of another source.
+// The tables of the library, in this order, because some copy others. The constants of the vocabulary stand
+// in Conf/Private/Constants.cpp. Nothing here may read a dynamically initialised object of another source.
 
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/FormatLists.h"
-#include "Conf/Interfaces/IFormat.h"
-#include "Conf/Interfaces/IFormatCodec.h"
-#include "Conf/Interfaces/IFormatCodecAudio.h"
-#include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
-#include "Conf/Interfaces/IFormatFile.h"
-#include "Conf/Interfaces/IPreset.h"
-#include "Conf/Interfaces/IPropertyConstraint.h"
-#include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Conf/Private/CodecIndex.h"
 #include "Conf/Private/Registry.h"
+#include "Conf/Private/Texts.h"
 #include "Core/Private/Early.h"
 
-#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <initializer_list>
 #include <iterator>
+#include <string_view>
 
 namespace Zelnor::Conf
 {
 
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormat::name(text);
-#include "Conf/Interfaces/Vocabulary/IFormat.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatFile::name(text);
-#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatFile::name(#name);
-#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodec::name(text);
-#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodec::name(#name);
-#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodec::name(#name);
-#include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecVideo::name(text);
-#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
-#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
-#define ZELNOR_CODEC_AS(name, enumerator) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
-#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecAudio::name(text);
-#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodecAudio::name(#name);
-#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecAudio::name(#name);
-#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecSubtitle::name(text);
-#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecSubtitle::name(#name);
-#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IPreset::name(text);
-#include "Conf/Interfaces/Vocabulary/IPreset.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IPropertyConstraint::name(text);
-#include "Conf/Interfaces/Vocabulary/IPropertyConstraint.def"
-
-#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string ITranscodingMetaGraph::name(text);
-#include "Conf/Interfaces/Vocabulary/ITranscodingMetaGraph.def"
-
-// Accelerated encoders and decoders: addresses of constants, so that their order does not matter.
+// Accelerated encoders and decoders
 
 constexpr Accelerated acceleratedEncoders[] = {
 #define ZELNOR_ENCODER(accelerator, codec, implementation)                                                   \
-    {IFormatCodecVideo::accelerator, &IFormatCodecVideo::codec, &IFormatCodecVideo::implementation},
+    {IFormatCodecVideo::accelerator, Texts::IFormatCodecVideo::codec,                                        \
+     Texts::IFormatCodecVideo::implementation},
 #include "Conf/Interfaces/Vocabulary/Accelerated.def"
 };
 
 constexpr Accelerated acceleratedDecoders[] = {
 #define ZELNOR_DECODER(accelerator, codec, implementation)                                                   \
-    {IFormatCodecVideo::accelerator, &IFormatCodecVideo::codec, &IFormatCodecVideo::implementation},
+    {IFormatCodecVideo::accelerator, Texts::IFormatCodecVideo::codec,                                        \
+     Texts::IFormatCodecVideo::implementation},
 #include "Conf/Interfaces/Vocabulary/Accelerated.def"
 };
 
@@ -86,28 +46,28 @@ const char details::ZELNOR_CODEC_NUMBERS = 0;
 
 // clang-format off
 ZELNOR_EARLY decltype(details::videoCodecTable) details::videoCodecTable = {{
-#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecVideo::name)
+#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, #name)
 #define ZELNOR_CODEC_AS(name, enumerator)                                                                    \
-    ZELNOR_CODEC_ROW(ZELNOR_HAS_##enumerator, enumerator, IFormatCodecVideo::name)
+    ZELNOR_CODEC_ROW(ZELNOR_HAS_##enumerator, enumerator, #name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
-    {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
+    {AV_CODEC_ID_NONE, std::string(Texts::IFormatCodec::CODEC_ID_NONE)},
 }, {}};
 
 ZELNOR_EARLY decltype(details::audioCodecTable) details::audioCodecTable = {{
-#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecAudio::name)
+#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, #name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
-    {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
+    {AV_CODEC_ID_NONE, std::string(Texts::IFormatCodec::CODEC_ID_NONE)},
 }, {}};
 
 ZELNOR_EARLY decltype(details::subtitleCodecTable) details::subtitleCodecTable = {{
-#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodecSubtitle::name)
+#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, #name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
 }, {}};
 
 ZELNOR_EARLY decltype(details::unknownCodecTable) details::unknownCodecTable = {{
-#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, IFormatCodec::name)
+#define ZELNOR_CODEC(name) ZELNOR_CODEC_ROW(ZELNOR_HAS_AV_##name, AV_##name, #name)
 #include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
-    {AV_CODEC_ID_NONE, IFormatCodec::CODEC_ID_NONE},
+    {AV_CODEC_ID_NONE, std::string(Texts::IFormatCodec::CODEC_ID_NONE)},
 }, {}};
 
 // clang-format on
@@ -116,17 +76,6 @@ static_assert(details::kAllVideoCodecs == 187);
 static_assert(details::kAllAudioCodecs == 134);
 static_assert(details::kAllSubtitleCodecs == 21);
 static_assert(details::kAllUnknownCodecs == 9);
-
-// kept: without PCM_U16BE, although with PCM_U16LE
-ZELNOR_EARLY const std::string PCMCodecs[] = {
-    IFormatCodecAudio::CODEC_ID_PCM_U8,    IFormatCodecAudio::CODEC_ID_PCM_S8,
-    IFormatCodecAudio::CODEC_ID_PCM_U16LE, IFormatCodecAudio::CODEC_ID_PCM_S16BE,
-    IFormatCodecAudio::CODEC_ID_PCM_S16LE, IFormatCodecAudio::CODEC_ID_PCM_U32BE,
-    IFormatCodecAudio::CODEC_ID_PCM_U32LE, IFormatCodecAudio::CODEC_ID_PCM_S24BE,
-    IFormatCodecAudio::CODEC_ID_PCM_S24LE, IFormatCodecAudio::CODEC_ID_PCM_S32BE,
-    IFormatCodecAudio::CODEC_ID_PCM_S32LE, IFormatCodecAudio::CODEC_ID_PCM_U24BE,
-    IFormatCodecAudio::CODEC_ID_PCM_U24LE,
-};
 
 namespace
 {
@@ -182,86 +131,105 @@ const struct CodecTexts
 namespace
 {
 
-/// Copies of constants.
-std::vector<std::string> ListOf(std::initializer_list<const std::string*> constants)
+constexpr std::string_view kContainerTexts[] = {
+#define ZELNOR_CONTAINER(name, text) Texts::IFormatFile::name,
+#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
+};
+
+/// Which containers' texts no row before has.
+constexpr std::array<bool, std::size(kContainerTexts)> FindNewContainers()
 {
-    std::vector<std::string> list;
-    list.reserve(constants.size());
-    for (const std::string* const constant : constants)
+    std::array<bool, std::size(kContainerTexts)> isNew = {};
+    for (std::size_t row = 0; row < isNew.size(); ++row)
     {
-        list.push_back(*constant);
+        isNew[row] = true;
+        for (std::size_t before = 0; before < row; ++before)
+        {
+            isNew[row] = isNew[row] && kContainerTexts[before] != kContainerTexts[row];
+        }
+    }
+    return isNew;
+}
+
+std::vector<std::string> ListContainers()
+{
+    constexpr std::array<bool, std::size(kContainerTexts)> kIsNew = FindNewContainers();
+    std::vector<std::string> list;
+    list.reserve(kIsNew.size());
+    for (std::size_t row = 0; row < kIsNew.size(); ++row)
+    {
+        if (kIsNew[row])
+        {
+            list.emplace_back(kContainerTexts[row]);
+        }
     }
     return list;
 }
 
-std::vector<std::string> WithoutRepeats(const std::vector<std::string>& list)
+std::vector<std::string> ListOf(std::initializer_list<std::string_view> texts)
 {
-    std::vector<std::string> once;
-    std::copy_if(list.begin(), list.end(), std::back_inserter(once), [&once](const std::string& text) {
-        return std::find(once.begin(), once.end(), text) == once.end();
-    });
-    return once;
+    return {texts.begin(), texts.end()};
 }
 
 } // namespace
 
-ZELNOR_EARLY const std::vector<std::string> g_containerList = WithoutRepeats(ListOf({
-#define ZELNOR_CONTAINER(name, text) &IFormatFile::name,
-#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
-}));
+ZELNOR_EARLY const std::vector<std::string> g_containerList = ListContainers();
 ZELNOR_EARLY const std::vector<std::string> g_formatList = ListOf({
-#define ZELNOR_FORMAT(name) &IFormatFile::name,
+#define ZELNOR_FORMAT(name) Texts::IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/FormatLists.def"
 });
-ZELNOR_EARLY const std::vector<std::string> g_fileFormatParserDisabled = ListOf({&IFormatFile::FORMAT_NULL});
-ZELNOR_EARLY const std::vector<std::string> g_fileFormatMuxerDisabled = ListOf({&IFormatFile::FORMAT_NULL});
-ZELNOR_EARLY const std::vector<std::string> g_decodersDisabled = ListOf({&IFormatCodecVideo::CODEC_ID_H265});
+ZELNOR_EARLY const std::vector<std::string> g_fileFormatParserDisabled =
+    ListOf({Texts::IFormatFile::FORMAT_NULL});
+ZELNOR_EARLY const std::vector<std::string> g_fileFormatMuxerDisabled =
+    ListOf({Texts::IFormatFile::FORMAT_NULL});
+ZELNOR_EARLY const std::vector<std::string> g_decodersDisabled =
+    ListOf({Texts::IFormatCodecVideo::CODEC_ID_H265});
 ZELNOR_EARLY const std::vector<std::string> g_codecExternal =
-    ListOf({&IFormatCodecAudio::CODEC_ID_MP3, &IFormatCodecVideo::CODEC_ID_H264});
+    ListOf({Texts::IFormatCodecAudio::CODEC_ID_MP3, Texts::IFormatCodecVideo::CODEC_ID_H264});
 ZELNOR_EARLY const std::vector<std::string> g_encodersDisabled =
-    ListOf({&IFormatCodecVideo::CODEC_ID_H265, &IFormatCodecAudio::CODEC_ID_AMR_NB,
-            &IFormatCodecAudio::CODEC_ID_AMR_WB});
-ZELNOR_EARLY const std::vector<std::string> g_muxerImplList = ListOf({&IFormatFile::MUXER_FFMPEG_IMPL});
+    ListOf({Texts::IFormatCodecVideo::CODEC_ID_H265, Texts::IFormatCodecAudio::CODEC_ID_AMR_NB,
+            Texts::IFormatCodecAudio::CODEC_ID_AMR_WB});
+ZELNOR_EARLY const std::vector<std::string> g_muxerImplList = ListOf({Texts::IFormatFile::MUXER_FFMPEG_IMPL});
 ZELNOR_EARLY const std::vector<std::string> g_parserImplList =
-    ListOf({&IFormatFile::MUXER_FFMPEG_IMPL}); // kept: the list of parsers names the muxer
+    ListOf({Texts::IFormatFile::MUXER_FFMPEG_IMPL}); // kept: the list of parsers names the muxer
 ZELNOR_EARLY const std::vector<std::string> g_imageFormatList = ListOf({
-#define ZELNOR_IMAGE_FORMAT(name) &IFormatFile::name,
+#define ZELNOR_IMAGE_FORMAT(name) Texts::IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/FormatLists.def"
 });
 ZELNOR_EARLY const std::vector<std::string> g_audioFormatList = ListOf({
-#define ZELNOR_AUDIO_FORMAT(name) &IFormatFile::name,
+#define ZELNOR_AUDIO_FORMAT(name) Texts::IFormatFile::name,
 #include "Conf/Interfaces/Vocabulary/FormatLists.def"
 });
 // kept: without DECODER_CUDA_MPEG2_IMPL
 ZELNOR_EARLY const std::vector<std::string> g_decoderImplList = ListOf({
-    &IFormatCodec::DECODER_FFMPEG_IMPL,
-    &IFormatCodecVideo::DECODER_CUDA_H264_IMPL,
-    &IFormatCodecVideo::DECODER_CUDA_MPEG1_IMPL,
-    &IFormatCodecVideo::DECODER_CUDA_VC1_IMPL,
-    &IFormatCodecVideo::DECODER_CUDA_WMV3_IMPL,
-    &IFormatCodecVideo::DECODER_IM_HW_H264_IMPL,
-    &IFormatCodecVideo::DECODER_IM_HW_MPEG2_IMPL,
-    &IFormatCodecVideo::DECODER_IM_SW_H264_IMPL,
-    &IFormatCodecVideo::DECODER_IM_SW_MPEG1_IMPL,
-    &IFormatCodecVideo::DECODER_IM_SW_MPEG2_IMPL,
+    Texts::IFormatCodec::DECODER_FFMPEG_IMPL,
+    Texts::IFormatCodecVideo::DECODER_CUDA_H264_IMPL,
+    Texts::IFormatCodecVideo::DECODER_CUDA_MPEG1_IMPL,
+    Texts::IFormatCodecVideo::DECODER_CUDA_VC1_IMPL,
+    Texts::IFormatCodecVideo::DECODER_CUDA_WMV3_IMPL,
+    Texts::IFormatCodecVideo::DECODER_IM_HW_H264_IMPL,
+    Texts::IFormatCodecVideo::DECODER_IM_HW_MPEG2_IMPL,
+    Texts::IFormatCodecVideo::DECODER_IM_SW_H264_IMPL,
+    Texts::IFormatCodecVideo::DECODER_IM_SW_MPEG1_IMPL,
+    Texts::IFormatCodecVideo::DECODER_IM_SW_MPEG2_IMPL,
 });
 ZELNOR_EARLY const std::vector<std::string> g_encoderImplList = ListOf({
-    &IFormatCodec::ENCODER_FFMPEG_IMPL,
-    &IFormatCodecVideo::ENCODER_NVENC_H264_IMPL,
-    &IFormatCodecVideo::ENCODER_CUDA_H264_IMPL,
-    &IFormatCodecVideo::ENCODER_IM_HW_H264_IMPL,
-    &IFormatCodecVideo::ENCODER_IM_HW_MPEG2_IMPL,
-    &IFormatCodecVideo::ENCODER_IM_SW_H264_IMPL,
-    &IFormatCodecVideo::ENCODER_IM_SW_MPEG2_IMPL,
+    Texts::IFormatCodec::ENCODER_FFMPEG_IMPL,
+    Texts::IFormatCodecVideo::ENCODER_NVENC_H264_IMPL,
+    Texts::IFormatCodecVideo::ENCODER_CUDA_H264_IMPL,
+    Texts::IFormatCodecVideo::ENCODER_IM_HW_H264_IMPL,
+    Texts::IFormatCodecVideo::ENCODER_IM_HW_MPEG2_IMPL,
+    Texts::IFormatCodecVideo::ENCODER_IM_SW_H264_IMPL,
+    Texts::IFormatCodecVideo::ENCODER_IM_SW_MPEG2_IMPL,
 });
 
 // Presets
 
 constexpr TypedText mapStringToMediaType[] = {
-    {&IPreset::STREAM_TYPE_AUDIO, MEDIA_TYPE_AUDIO},
-    {&IPreset::STREAM_TYPE_VIDEO, MEDIA_TYPE_VIDEO},
-    {&IPreset::STREAM_TYPE_SUBTITLES_VIDEO, MEDIA_TYPE_SUBTITLE},
-    {&IPreset::STREAM_TYPE_SUBTITLES_TEXT, MEDIA_TYPE_SUBTITLE},
+    {Texts::IPreset::STREAM_TYPE_AUDIO, MEDIA_TYPE_AUDIO},
+    {Texts::IPreset::STREAM_TYPE_VIDEO, MEDIA_TYPE_VIDEO},
+    {Texts::IPreset::STREAM_TYPE_SUBTITLES_VIDEO, MEDIA_TYPE_SUBTITLE},
+    {Texts::IPreset::STREAM_TYPE_SUBTITLES_TEXT, MEDIA_TYPE_SUBTITLE},
 };
 
 } // namespace Zelnor::Conf

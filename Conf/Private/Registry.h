@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Zelnor::Conf
@@ -19,8 +20,8 @@ inline constexpr const char* kStubUnit = "Conf/Interfaces/Stub";
 struct Accelerated
 {
     IFormatCodecVideo::AcceleratorType accelerator;
-    const std::string* codec;
-    const std::string* implementation;
+    std::string_view codec;
+    std::string_view implementation;
 };
 
 // clang-format off
@@ -54,7 +55,7 @@ extern const std::vector<std::string> g_audioFormatList;
 /// A constant that belongs to one kind of stream.
 struct TypedText
 {
-    const std::string* text;
+    std::string_view text;
     MediaType mediaType;
 };
 

@@ -34,7 +34,7 @@ struct Reader<Conf::ITranscodingMetaGraph>
 
 void Add(const char* name, const std::string& expected, const std::string& read)
 {
-    g_constants.push_back({name, expected, read});
+    g_constants.push_back({name, expected, read, &read});
 }
 
 template <>
