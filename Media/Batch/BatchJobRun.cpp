@@ -186,6 +186,7 @@ private:
         {
             const std::optional<FileStamp> stamp = StampOf(m_output);
             result.state = BatchResult::State::Done;
+            result.commands.clear();
             result.sizeAfter = stamp ? stamp->size : 0;
         }
         Store(result);
@@ -244,6 +245,11 @@ private:
         run.onLoss = {};
         run.onTargetDone = {};
         run.onProgress = m_hooks.onProgress;
+        // Before ffmpeg starts, so that it is known also when the run is killed.
+        run.onCommands = [this, &result](const std::vector<std::vector<std::string>>& commands) {
+            result.commands = commands;
+            Store(result);
+        };
         try
         {
             MakeOutputFolder(m_batch.PathOf(m_batch.outputFolder));
@@ -253,6 +259,10 @@ private:
             result.messages = target.warnings;
             result.notes = target.notes;
             result.sizeAfter = target.size;
+            if (made.IsDone())
+            {
+                result.commands.clear();
+            }
         }
         catch (const TranscodeFailed& failure)
         {

@@ -4,8 +4,11 @@
 #include "Media/Batch/RecordMembers.h"
 #include "Media/MediaException.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <limits>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -69,6 +72,48 @@ FileStamp ReadStamp(const RecordMembers& result)
     return stamp;
 }
 
+/// The numbers of the passes that ffmpeg can need.
+constexpr std::array<const char*, 2> kPasses = {"1", "2"};
+
+std::vector<std::vector<std::string>> ReadCommands(const RecordMembers& result)
+{
+    std::vector<std::vector<std::string>> commands;
+    if (!result.Has("commands"))
+    {
+        return commands;
+    }
+    const RecordMembers members(result.Group("commands"), result.At("commands"), {kPasses[0], kPasses[1]});
+    for (std::size_t i = 0; i < kPasses.size() && (i == 0 || members.Has(kPasses.at(i))); ++i)
+    {
+        const char* const pass = kPasses.at(i);
+        std::vector<std::string> words = members.Texts(pass);
+        const bool hasNul = std::any_of(words.begin(), words.end(), [](const std::string& word) {
+            return word.find('\0') != std::string::npos;
+        });
+        if (words.empty() || hasNul)
+        {
+            ZELNOR_THROW(kUnit, MakeError<JobException>(members.At(pass),
+                                                        words.empty() ? "expected the words of a command"
+                                                                      : "a command cannot hold a NUL byte"));
+        }
+        commands.push_back(std::move(words));
+    }
+    return commands;
+}
+
+void SetCommands(Property& record, const std::vector<std::vector<std::string>>& commands)
+{
+    if (commands.empty())
+    {
+        return;
+    }
+    Property& group = record.SetChild("commands");
+    for (std::size_t i = 0; i < commands.size(); ++i)
+    {
+        SetTexts(group, kPasses.at(i), commands[i]);
+    }
+}
+
 } // namespace
 
 double BatchResult::Speed() const
@@ -95,6 +140,7 @@ std::string ResultText(const BatchResult& result)
         record.CreateChildT("exitCode", result.exitCode);
     }
     SetTexts(record, "messages", result.messages);
+    SetCommands(record, result.commands);
     SetTexts(record, "notes", result.notes);
     record.CreateChildT("verification", result.verification);
     record.CreateChildT("attempts", result.attempts);
@@ -126,9 +172,9 @@ BatchResult ParseResult(const std::string& text, const std::string& file)
 {
     const Property record = ParseRecord(text, file, "result");
     const RecordMembers members(record, Place{file},
-                                {"version", "state", "failure", "reason", "exitCode", "messages", "notes",
-                                 "verification", "attempts", "host", "process", "started", "ended", "elapsed",
-                                 "duration", "sizeBefore", "sizeAfter", "replaced"});
+                                {"version", "state", "failure", "reason", "exitCode", "messages", "commands",
+                                 "notes", "verification", "attempts", "host", "process", "started", "ended",
+                                 "elapsed", "duration", "sizeBefore", "sizeAfter", "replaced"});
     members.Integer("version", 1, 1);
     BatchResult result;
     result.state = static_cast<BatchResult::State>(members.Choice("state", StateNames()));
@@ -139,6 +185,7 @@ BatchResult ParseResult(const std::string& text, const std::string& file)
     }
     result.exitCode = members.Has("exitCode") ? static_cast<int>(members.Integer("exitCode", 0, 255)) : 0;
     result.messages = members.Texts("messages");
+    result.commands = ReadCommands(members);
     result.notes = members.Texts("notes");
     result.verification = members.Text("verification");
     result.attempts =

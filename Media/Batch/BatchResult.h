@@ -45,11 +45,14 @@ struct ZELNOR_API BatchResult
         Run,       ///< anything else: ffmpeg cannot be started, the disk is full
     };             ///< Whose fault it is.
 
-    State state = State::Running;              ///< how far it came
-    Failure failure = Failure::None;           ///< of which kind
-    std::string reason = {};                   ///< of a failure: a sentence without an end
-    int exitCode = 0;                          ///< ffmpeg's, when it failed
-    std::vector<std::string> messages = {};    ///< ffmpeg's last lines
+    State state = State::Running;           ///< how far it came
+    Failure failure = Failure::None;        ///< of which kind
+    std::string reason = {};                ///< of a failure: a sentence without an end
+    int exitCode = 0;                       ///< ffmpeg's, when it failed
+    std::vector<std::string> messages = {}; ///< ffmpeg's last lines
+    /// The command lines that ffmpeg was started with, but that they write right to the output: the program
+    /// and its arguments, for each pass. Empty when it was not started, and when the job is done.
+    std::vector<std::vector<std::string>> commands = {};
     std::vector<std::string> notes = {};       ///< what could not be verified
     std::string verification = {};             ///< how the output was verified: "quick", "full" or "off"
     unsigned int attempts = 0;                 ///< how often it was tried, in all runs

@@ -3,7 +3,9 @@
 #include "Media/Batch/BatchFolder.h"
 #include "Media/Batch/BatchTexts.h"
 #include "Media/Pages/HtmlText.h"
+#include "Media/Running/ShellWords.h"
 
+#include <optional>
 #include <vector>
 
 namespace Zelnor::Media
@@ -67,9 +69,29 @@ std::string AttemptText(const BatchResult& result)
     return text + (result.ended.empty() ? "" : " to " + result.ended);
 }
 
-/// ffmpeg's own command depends on what the sources hold, which are not opened for a page.
-std::string CommandHtml(const BatchJob& job)
+/// The commands as a reader copies them into a shell. Nothing is escaped but what HTML needs: a shell line
+/// shows by itself what nobody would see.
+std::string CommandsHtml(const std::vector<std::vector<std::string>>& commands)
 {
+    std::string html = commands.size() == 1 ? "<p class=\"neighbours\">ffmpeg's command:</p>\n"
+                                            : "<p class=\"neighbours\">ffmpeg's commands:</p>\n";
+    for (const std::vector<std::string>& words : commands)
+    {
+        html += "<pre>";
+        AppendHtml(ShellLine(words), html);
+        html += "</pre>\n";
+    }
+    return html;
+}
+
+/// What ffmpeg was given, or how to learn what it would be given: that depends on what the sources hold,
+/// which are not opened for a page.
+std::string CommandHtml(const BatchJob& job, const std::optional<BatchResult>& result)
+{
+    if (result && !result->commands.empty())
+    {
+        return CommandsHtml(result->commands);
+    }
     return job.IsPlanned() ? "<p class=\"neighbours\">ffmpeg's command, asked in the batch's folder: "
                              "<code>zconf job run --dry-run --overwrite jobs/" +
                                  BatchFileName(job.number) + "</code></p>\n"
@@ -112,7 +134,7 @@ std::string DetailsHtml(const BatchJobDetails& details)
     html += result ? ListHtml("ffmpeg's last lines:", result->messages) : "";
     html += result ? ListHtml("Of the run:", result->notes) : "";
     html += ListHtml("Of the plan:", job.notes);
-    html += details.IsOpen() ? CommandHtml(job) : "";
+    html += details.IsOpen() ? CommandHtml(job, result) : "";
     return html + "</section>\n";
 }
 

@@ -1,5 +1,7 @@
 #include "Media/Pages/HtmlText.h"
 
+#include "Media/Unicode.h"
+
 #include "Core/Interfaces/Utf8.h"
 
 #include <algorithm>
@@ -9,12 +11,6 @@ namespace Zelnor::Media
 
 namespace
 {
-
-/// Unicode never assigns them, and documents may not hold them.
-bool IsNonCharacter(char32_t point)
-{
-    return (point >= 0xFDD0 && point <= 0xFDEF) || (point & 0xFFFEU) == 0xFFFEU;
-}
 
 bool IsShownAsItIs(std::string_view character)
 {

@@ -21,7 +21,7 @@ h2 { font-size: 1.15rem; margin: 1.75rem 0 .5rem; }
 h3 { font-size: 1rem; margin: 0 0 .4rem; }
 a { color: var(--link); }
 a:focus-visible, summary:focus-visible { outline: 3px solid var(--link); outline-offset: 2px; }
-code, .key, .value, td, tbody th, svg text { font-family: ui-monospace, "DejaVu Sans Mono", monospace; }
+code, pre, .key, .value, td, tbody th, svg text { font-family: ui-monospace, "DejaVu Sans Mono", monospace; }
 .verdict { margin: 0; color: var(--faint); }
 .bad { color: var(--bad); font-weight: 600; }
 .faults li { color: var(--bad); }
@@ -54,6 +54,7 @@ svg a[aria-current] .line { stroke: var(--link); stroke-width: 3.5; }
 .tree ul { padding-left: 1.1rem; border-left: 1px solid var(--line); }
 .tree .key { color: var(--faint); }
 .tree .value, p.value { white-space: pre-wrap; }
+pre { margin: 0 0 .4rem; padding: .4rem .6rem; background: var(--box); white-space: pre-wrap; }
 .level { color: var(--faint); font-size: .85em; }
 .wide { overflow-x: auto; }
 table { border-collapse: collapse; table-layout: fixed; width: 100%; min-width: 40rem; margin-bottom: 1.5rem; }
@@ -91,7 +92,7 @@ th[aria-sort="descending"] button::after { content: " \25BC"; }
   .all, .controls { display: none; }
 }
 )",
-                              "sha256-Y05rRrNjyAH3GzYvcUBh7s5pl3yDYcGzSecOOvFr9NQ="};
+                              "sha256-ZcH2KoKMAypPA8sPEqgYSKupsj4Krivk/gjTqAwbJec="};
 
 const PageAsset kDrawingScript = {R"(
 (function () {

@@ -303,4 +303,18 @@ std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job
     return prepared;
 }
 
+std::vector<std::vector<std::string>> CommandsOf(const PreparedTranscode& prepared, const std::string& ffmpeg,
+                                                 bool replace)
+{
+    const PassFiles files = {prepared.transcode.output, "ffmpeg2pass-", replace};
+    std::vector<std::vector<std::string>> commands;
+    for (const FFmpegPass& pass : prepared.passes)
+    {
+        std::vector<std::string> words = pass.Arguments(files);
+        words.insert(words.begin(), ffmpeg);
+        commands.push_back(std::move(words));
+    }
+    return commands;
+}
+
 } // namespace Zelnor::Media

@@ -45,4 +45,9 @@ void CheckJobDocument(const Conf::ITranscodingMetaGraph& job, const std::string&
 ZELNOR_API std::vector<PreparedTranscode> PrepareJob(const Conf::ITranscodingMetaGraph& job,
                                                      const PreparationOptions& options = {});
 
+/// The command lines of ffmpeg that write right to the target: the program and its arguments, for each pass.
+/// \param replace  whether the target may be there already
+ZELNOR_API std::vector<std::vector<std::string>> CommandsOf(const PreparedTranscode& prepared,
+                                                            const std::string& ffmpeg, bool replace);
+
 } // namespace Zelnor::Media

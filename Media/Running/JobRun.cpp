@@ -291,6 +291,10 @@ RunResult RunJob(const Conf::ITranscodingMetaGraph& job, const RunOptions& optio
             result.targets.back().file = prepared[i].transcode.output;
             continue;
         }
+        if (options.onCommands)
+        {
+            options.onCommands(CommandsOf(prepared[i], options.ffmpeg, options.overwrite));
+        }
         result.targets.push_back(TargetRun(prepared[i], options, kept, i, prepared.size()).Run());
         if (result.targets.back().outcome == TargetResult::Outcome::Done && options.onTargetDone)
         {

@@ -106,7 +106,10 @@ struct RunOptions
     std::string document = {};
     /// Called before anything runs, once for each thing of a source that no target will have.
     std::function<void(const JobFault&)> onLoss = {};
-    /// Called on the thread that called `RunJob`, at the beginning of each pass and about twice a second,
+    /// Called on the thread that called `RunJob`, before ffmpeg makes a target, with the command lines that
+    /// would write right to it: the program and its arguments; two where a first pass analyses a stream.
+    std::function<void(const std::vector<std::vector<std::string>>&)> onCommands = {};
+    /// Called on the same thread, at the beginning of each pass and about twice a second,
     /// also while everything of a target is decoded to verify it.
     std::function<void(const RunProgress&)> onProgress = {};
     /// Called on the same thread when a target is done, before the next one begins.

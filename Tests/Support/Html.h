@@ -37,10 +37,10 @@ inline std::vector<std::string> AllMatches(const std::string& text, const std::s
 inline void ExpectOnlyWhatPagesHave(const std::string& html)
 {
     static const std::set<std::string> kElements = {
-        "a",     "body", "caption", "circle",  "code",  "defs",   "details", "div",     "figure", "h1",
-        "h2",    "h3",   "head",    "html",    "li",    "main",   "marker",  "meta",    "ol",     "p",
-        "path",  "rect", "script",  "section", "span",  "strong", "style",   "summary", "svg",    "table",
-        "tbody", "td",   "text",    "th",      "thead", "title",  "tr",      "ul"};
+        "a",     "body",  "caption", "circle", "code",    "defs",  "details", "div",   "figure",  "h1",
+        "h2",    "h3",    "head",    "html",   "li",      "main",  "marker",  "meta",  "ol",      "p",
+        "path",  "pre",   "rect",    "script", "section", "span",  "strong",  "style", "summary", "svg",
+        "table", "tbody", "td",      "text",   "th",      "thead", "title",   "tr",    "ul"};
     static const std::set<std::string> kAttributes = {"aria-label",  "charset",
                                                       "class",       "colspan",
                                                       "content",     "cx",

@@ -146,6 +146,40 @@ TEST_F(BatchCommand, TellsFailuresByTheirExitCodes)
     EXPECT_THAT(status.output, HasSubstr("failed"));
 }
 
+TEST_F(BatchCommand, EndsWithTheExitCodeOfTheFailureThatMattersMost)
+{
+    ASSERT_EQ(NewBatch().exitCode, 0);
+    const std::string fail = "[[ $* != */a.wav* ]] || exit 5; ";
+    const std::string differ = "[[ $* != */b.wav* ]] || { echo 'not media' > \"$target\"; exit 0; }; ";
+    const std::string copy = "cp in/c.wav \"$target\"";
+    fs::rename(Folder() / "in/c.wav", Folder() / "c.wav");
+    Script(fail + differ + copy);
+    EXPECT_EQ(Run({"--ffmpeg", "./engine"}).exitCode, 2);
+    fs::rename(Folder() / "c.wav", Folder() / "in/c.wav");
+    EXPECT_EQ(Run({"--ffmpeg", "./engine", "--retry", "1"}).exitCode, 3);
+    Script(differ + copy);
+    EXPECT_EQ(Run({"--ffmpeg", "./engine"}).exitCode, 4);
+    Script(copy);
+    ExpectQuietSuccess(Run({"--ffmpeg", "./engine"}));
+}
+
+TEST_F(BatchCommand, TellsTheCommandsOfFailuresAsJson)
+{
+    ASSERT_EQ(NewBatch().exitCode, 0);
+    Script("exit 5");
+    EXPECT_EQ(Run({"--ffmpeg", "./engine", "--fail-fast"}).exitCode, 3);
+    const ProcessResult status = Zconf({"batch", "status", "b", "--json"});
+    rapidjson::Document json;
+    json.Parse(status.output.c_str());
+    ASSERT_TRUE(json.IsObject()) << status.output;
+    const auto& commands = json["jobs"][0]["commands"];
+    ASSERT_EQ(commands.Size(), 1U);
+    EXPECT_STREQ(commands[0][0].GetString(), "./engine");
+    EXPECT_EQ(commands[0][commands[0].Size() - 1].GetString(),
+              "file:" + (fs::canonical(Folder()) / "out/a.wav").string());
+    EXPECT_FALSE(json["jobs"][1].HasMember("commands"));
+}
+
 TEST_F(BatchCommand, WritesTheStatusAsJson)
 {
     ASSERT_EQ(NewBatch().exitCode, 0);

@@ -18,6 +18,7 @@
 #include "Media/Running/JobPreparation.h"
 #include "Media/Running/JobRun.h"
 #include "Media/Running/JobVerification.h"
+#include "Media/Running/ShellWords.h"
 #include "Media/Running/SizeEstimate.h"
 
 #include "Tests/Support/Clip.h"
@@ -271,6 +272,15 @@ void AddJobs(Operations& rows)
         }
         return text;
     })));
+    rows.push_back(UsingFFmpeg(Call("Media::CommandsOf", [job] {
+        std::string text;
+        for (const std::vector<std::string>& command : CommandsOf(PrepareJob(*job).front(), "ffmpeg", true))
+        {
+            text += Text(command);
+        }
+        return text;
+    })));
+    rows.push_back(Call("Media::ShellLine", [] { return ShellLine({"a b", "it's \xff", "-y"}); }));
     rows.push_back(UsingFFmpeg(Call("Media::EstimateSize", [job] {
         return EstimateSize(PrepareJob(*job).front().transcode).value_or(-1);
     })));

@@ -22,6 +22,7 @@ BatchResult Full()
     result.reason = "ffmpeg failed";
     result.exitCode = 69;
     result.messages = {"one", "two \"quoted\""};
+    result.commands = {{"ffmpeg", "-pass", "1"}, {"ffmpeg", "$(rm \xff)"}};
     result.notes = {"a note"};
     result.verification = "quick";
     result.attempts = 3;
@@ -53,6 +54,7 @@ TEST(BatchResult, IsReadAsItWasWritten)
     EXPECT_EQ(ResultText(read), ResultText(Full()));
     EXPECT_EQ(read.exitCode, 69);
     EXPECT_EQ(read.messages, Full().messages);
+    EXPECT_EQ(read.commands, Full().commands);
     EXPECT_TRUE(*read.replaced == *Full().replaced);
     EXPECT_DOUBLE_EQ(read.Speed(), 2);
 }
@@ -82,6 +84,17 @@ TEST(BatchResult, IsNotTakenOnTrust)
     ExpectRefused("\"sizeAfter\": 5", "\"sizeAfter\": -5",
                   "sizeAfter: expected an integer from 0 to 9223372036854775807, found -5");
     ExpectRefused("\"inode\"", "\"node\"", "replaced.node: unknown member; did you mean 'inode'?");
+}
+
+TEST(BatchResult, HasCommandsThatCanBeOnes)
+{
+    ExpectRefused("\"commands\": {\n   \"1\"", "\"commands\": {\n   \"2\"", "commands.2: stands there twice");
+    ExpectRefused("\n   \"2\": {", "\n   \"3\": {", "commands.3: unknown member; did you mean '1' or '2'?");
+    ExpectRefused("-pass", "-pa\\u0000ss", "commands.1: a command cannot hold a NUL byte");
+    BatchResult result = Full();
+    result.commands = {{}, {"ffmpeg"}};
+    const auto thrown = ExpectThrow<JobException>([&] { ParseResult(ResultText(result), "r.json"); });
+    EXPECT_EQ(thrown.description, "r.json: commands.1: expected the words of a command");
 }
 
 TEST(BatchResult, HasNamesForScripts)

@@ -137,6 +137,44 @@ TEST_F(RunningBatch, BeginsNoOtherJobAfterAFailureWhenToldSo)
     BatchRunOptions options = With("exit 1");
     options.failFast = true;
     EXPECT_THAT(States(Run(options)), ElementsAre("failed", "waiting", "waiting"));
+    options.retries = 2;
+    EXPECT_THAT(States(Run(options)), ElementsAre("failed", "waiting", "waiting"));
+    EXPECT_EQ(Result(1).attempts, 4U);
+}
+
+TEST_F(RunningBatch, BeginsOthersWhenWhatFailedSucceedsInTheEnd)
+{
+    BatchRunOptions options =
+        With("echo run >> log; [[ $(grep -c . log) -gt 2 ]] || exit 1; " + std::string(kCopy));
+    options.failFast = true;
+    options.retries = 2;
+    EXPECT_THAT(States(Run(options)), ElementsAre("done", "done", "done"));
+}
+
+TEST_F(RunningBatch, KeepsTheCommandOfAFailureAndNoneOfWhatIsDone)
+{
+    BatchRunOptions options = With("[[ $* != *b.wav* ]] || exit 1; " + std::string(kCopy));
+    EXPECT_THAT(States(Run(options)), ElementsAre("done", "failed", "done"));
+    EXPECT_THAT(Result(1).commands, IsEmpty());
+    ASSERT_EQ(Result(2).commands.size(), 1U);
+    const std::vector<std::string> words = Result(2).commands.front();
+    EXPECT_EQ(words.front(), options.job.ffmpeg);
+    EXPECT_EQ(words.back(), "file:" + Name("out/b.wav"));
+    EXPECT_THAT(words, testing::Contains("file:" + Name("in/b.wav")));
+    EXPECT_THAT(words, testing::Contains("-n"));
+    // One that a task of a cluster runs is written by the same process that ran it.
+    RunBatchJob(Name("b"), 2, options);
+    EXPECT_THAT(Result(2).commands, ElementsAre(words));
+}
+
+TEST_F(RunningBatch, HasNoCommandWhereFFmpegWasNotStarted)
+{
+    Run(With("exit 1"));
+    EXPECT_FALSE(Result(2).commands.empty());
+    fs::remove(Name("in/b.wav"));
+    Run(With("exit 1"));
+    EXPECT_EQ(Result(2).failure, BatchResult::Failure::Job);
+    EXPECT_THAT(Result(2).commands, IsEmpty());
 }
 
 TEST_F(RunningBatch, TriesAgainWhatFails)
@@ -233,6 +271,8 @@ TEST_F(RunningBatch, TellsTheFileThatWasToBeReplacedFromTheNewOne)
         return 0;
     });
     EXPECT_THAT(States(), ElementsAre("waiting", "interrupted", "waiting"));
+    ASSERT_EQ(Result(2).commands.size(), 1U);
+    EXPECT_EQ(Result(2).commands.front().back(), "file:" + Name("out/b.wav"));
     BatchRunOptions again = With(kCopy);
     again.job.overwrite = true;
     EXPECT_THAT(States(Run(again)), ElementsAre("done", "done", "done"));

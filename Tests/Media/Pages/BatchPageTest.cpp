@@ -150,6 +150,22 @@ TEST(BatchPage, TellsWhyAJobFailedAndHowToLookFurther)
               "--dry-run --overwrite jobs/000001.json</code></p>\n");
 }
 
+TEST(BatchPage, ShowsTheCommandsOfAFailureAsTheyAreTyped)
+{
+    BatchResult result = Failed("so");
+    result.commands = {{"ffmpeg", "-pass", "1", "file:it's <b> & \\ $HOME"}};
+    std::string html = MakeBatchPage(MakeBatch(1), StatusOf({{BatchJobState::Failed, result}}));
+    ExpectGoodPage(html);
+    EXPECT_THAT(DetailsOf(html, 1),
+                HasSubstr("<p class=\"neighbours\">ffmpeg's command:</p>\n<pre>ffmpeg -pass 1 "
+                          "&#39;file:it&#39;\\&#39;&#39;s &lt;b&gt; &amp; \\ $HOME&#39;</pre>\n"));
+    EXPECT_THAT(DetailsOf(html, 1), Not(HasSubstr("--dry-run")));
+    result.commands = {{"ffmpeg", "-pass", "1"}, {"ffmpeg", "-pass", "2"}};
+    html = MakeBatchPage(MakeBatch(1), StatusOf({{BatchJobState::Cancelled, result}}));
+    EXPECT_THAT(DetailsOf(html, 1), HasSubstr("ffmpeg's commands:</p>\n<pre>ffmpeg -pass 1</pre>\n"
+                                              "<pre>ffmpeg -pass 2</pre>\n"));
+}
+
 TEST(BatchPage, KnowsEveryState)
 {
     Batch batch = MakeBatch(9);
@@ -218,7 +234,7 @@ TEST(BatchPage, ShowsHostileTextsAsTexts)
           std::string("\"><img src=x onerror=alert(1)>"), std::string("' onmouseover='alert(1)"),
           std::string("--><!-- ]]> <![CDATA["), std::string("&lt;b&gt;"), std::string("a\nb\r\t\x1b[31m\x7f"),
           std::string("\xff\xfe \xed\xa0\x80"), std::string("\xe2\x80\xae gpj.exe"),
-          std::string("javascript:alert(1)"), std::string("a\0b", 3)})
+          std::string("javascript:alert(1)"), std::string("\n</pre>\xef\xbf\xbf"), std::string("a\0b", 3)})
     {
         Batch batch = MakeBatch(2);
         batch.folder = batch.base = batch.outputFolder = batch.presets[0].name = text;
@@ -227,6 +243,7 @@ TEST(BatchPage, ShowsHostileTextsAsTexts)
         batch.jobs[1].refusal = text;
         BatchResult result = Failed(text);
         result.messages = result.notes = {text};
+        result.commands = {{text, text}, {text + text}};
         result.verification = result.host = result.started = result.ended = text;
         SlurmTask task;
         task.node = task.reason = text;

@@ -150,6 +150,23 @@ TEST_F(RunningJob, TellsEachTargetThatIsDoneBeforeTheNextOneBegins)
                                     "done " + Name("b.wav")));
 }
 
+TEST_F(RunningJob, TellsTheCommandsThatWouldWriteRightToATargetBeforeItMakesIt)
+{
+    std::vector<std::string> events;
+    RunOptions options = With(kWrite);
+    options.overwrite = true;
+    options.onCommands = [&](const std::vector<std::vector<std::string>>& commands) {
+        ASSERT_EQ(commands.size(), 1U);
+        EXPECT_EQ(commands[0].front(), options.ffmpeg);
+        EXPECT_THAT(commands[0], testing::Contains("-y"));
+        events.push_back("command " + commands[0].back());
+    };
+    options.onProgress = [&](const RunProgress& progress) { events.push_back("at " + progress.file); };
+    RunJob(*Job({"a.wav", "b.wav"}), options);
+    EXPECT_THAT(events, ElementsAre("command file:" + Name("a.wav"), "at " + Name("a.wav"),
+                                    "command file:" + Name("b.wav"), "at " + Name("b.wav")));
+}
+
 TEST_F(RunningJob, AFailureOfFFmpegCarriesItsExitCodeAndLastLines)
 {
     const Thrown thrown = ExpectThrow<TranscodeFailed>(

@@ -54,6 +54,26 @@ void AddSpeed(JsonOutput& output, double speed)
     }
 }
 
+/// Each as its words.
+void AddCommands(JsonOutput& output, const std::vector<std::vector<std::string>>& commands)
+{
+    if (commands.empty())
+    {
+        return;
+    }
+    JsonOutput::Writer& writer = output.GetWriter();
+    output.Key("commands");
+    writer.StartArray();
+    for (const std::vector<std::string>& words : commands)
+    {
+        writer.StartArray();
+        std::for_each(words.begin(), words.end(),
+                      [&output](const std::string& word) { output.String(word); });
+        writer.EndArray();
+    }
+    writer.EndArray();
+}
+
 void AddResult(JsonOutput& output, const Media::BatchResult& result)
 {
     JsonOutput::Writer& writer = output.GetWriter();
@@ -65,6 +85,7 @@ void AddResult(JsonOutput& output, const Media::BatchResult& result)
         writer.Int(result.exitCode);
     }
     AddTexts(output, "messages", result.messages);
+    AddCommands(output, result.commands);
     AddTexts(output, "result_notes", result.notes);
     AddText(output, "verification", result.verification);
     output.Key("attempts");

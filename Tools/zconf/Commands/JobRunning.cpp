@@ -2,6 +2,7 @@
 
 #include "Media/Running/JobPreparation.h"
 #include "Media/Running/JobRun.h"
+#include "Media/Running/ShellWords.h"
 #include "Media/Running/SizeEstimate.h"
 #include "Tools/zconf/Commands/VerificationOutput.h"
 #include "Tools/zconf/Console/CommandLine.h"
@@ -9,7 +10,6 @@
 #include "Tools/zconf/Console/Output.h"
 #include "Tools/zconf/Console/ProgressDisplay.h"
 #include "Tools/zconf/Console/ProgressJson.h"
-#include "Tools/zconf/Console/ShellWords.h"
 #include "Tools/zconf/Console/SignalGuard.h"
 #include "Tools/zconf/Console/StandardStreams.h"
 #include "Tools/zconf/Console/Text.h"
@@ -24,13 +24,6 @@ namespace Zelnor::Tool
 
 namespace
 {
-
-std::vector<std::string> Command(const RunSettings& settings, const std::vector<std::string>& arguments)
-{
-    std::vector<std::string> command = {settings.ffmpeg};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return command;
-}
 
 void WriteWithLines(const std::string& sentence, const std::vector<std::string>& lines)
 {
@@ -239,10 +232,9 @@ void PrintCommands(const Media::JobFile& job, const RunSettings& settings)
         {
             std::for_each(prepared.losses.begin(), prepared.losses.end(), &ReportLoss);
         }
-        for (const Media::FFmpegPass& pass : prepared.passes)
+        for (const auto& command : CommandsOf(prepared, settings.ffmpeg, settings.overwrite))
         {
-            const Media::PassFiles files = {prepared.transcode.output, "ffmpeg2pass-", settings.overwrite};
-            text += ShellLine(Command(settings, pass.Arguments(files))) + "\n";
+            text += Media::ShellLine(command) + "\n";
         }
         if (const auto size = Media::EstimateSize(prepared.transcode))
         {

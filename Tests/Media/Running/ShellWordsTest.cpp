@@ -1,4 +1,4 @@
-#include "Tools/zconf/Console/ShellWords.h"
+#include "Media/Running/ShellWords.h"
 
 #include "Tests/Support/Process.h"
 
@@ -12,7 +12,7 @@ namespace
 {
 
 using namespace Zelnor::Testing;
-using Zelnor::Tool::ShellLine;
+using Zelnor::Media::ShellLine;
 
 TEST(ShellLine, LeavesPlainWordsUnquoted)
 {
@@ -33,6 +33,7 @@ TEST(ShellLine, ShowsWhatNobodyWouldSee)
               "'a'\"$(printf '\\342\\200\\256')\"'b'");
     EXPECT_EQ(ShellLine({"\x1b[31m"}), "''\"$(printf '\\033')\"'[31m'");
     EXPECT_EQ(ShellLine({"\xff"}), "''\"$(printf '\\377')\"''");
+    EXPECT_EQ(ShellLine({"\xef\xbf\xbe"}), "''\"$(printf '\\357\\277\\276')\"''");
     EXPECT_EQ(ShellLine({"\xc3\xa4"}), "'\xc3\xa4'");
 }
 

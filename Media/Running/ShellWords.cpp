@@ -1,4 +1,6 @@
-#include "Tools/zconf/Console/ShellWords.h"
+#include "Media/Running/ShellWords.h"
+
+#include "Media/Unicode.h"
 
 #include "Core/Interfaces/Utf8.h"
 
@@ -6,7 +8,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace Zelnor::Tool
+namespace Zelnor::Media
 {
 
 namespace
@@ -22,8 +24,12 @@ bool IsPlain(char c)
 /// Whether a reader does not see the character as it is. Blanks, tabs and ends of lines only make room.
 bool IsHidden(std::string_view character)
 {
-    return character != "\n" && character != "\t" &&
-           (Core::Utf8Length(character) == 0 || Core::IsInvisibleControl(Core::Utf8CodePoint(character)));
+    if (character == "\n" || character == "\t")
+    {
+        return false;
+    }
+    const char32_t point = Core::Utf8Length(character) == 0 ? U'\0' : Core::Utf8CodePoint(character);
+    return Core::IsInvisibleControl(point) || IsNonCharacter(point);
 }
 
 /// A command that writes the bytes: every shell knows it, and no line hides what it writes.
@@ -72,4 +78,4 @@ std::string ShellLine(const std::vector<std::string>& words)
     return line;
 }
 
-} // namespace Zelnor::Tool
+} // namespace Zelnor::Media
