@@ -15,8 +15,12 @@ extern "C" {
 #include <libavutil/samplefmt.h>
 }
 
+#include <map>
 #include <memory>
+#include <mutex>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -115,15 +119,10 @@ struct FreeContext
     void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
 };
 
-/// FLAC and ALAC write 24 bits of samples of 32; the encoder says so when it is open.
-int WrittenBits(const AVCodec& encoder, AVSampleFormat format)
+/// What the encoder says when it is open; nothing when it does not open, 0 when it does not say.
+std::optional<int> AskWrittenBits(const AVCodec& encoder, AVSampleFormat format)
 {
     constexpr int kUsualRate = 48000;
-    const int exact = av_get_exact_bits_per_sample(encoder.id);
-    if (exact != 0)
-    {
-        return exact;
-    }
     const std::unique_ptr<AVCodecContext, FreeContext> context(avcodec_alloc_context3(&encoder));
     if (context == nullptr)
     {
@@ -134,7 +133,33 @@ int WrittenBits(const AVCodec& encoder, AVSampleFormat format)
     context->sample_rate = kUsualRate;
     av_channel_layout_default(&context->ch_layout, 2);
     const bool isOpen = avcodec_open2(context.get(), &encoder, nullptr) == 0;
-    return isOpen && context->bits_per_raw_sample > 0 ? context->bits_per_raw_sample : PrecisionOf(format);
+    return isOpen ? std::optional(context->bits_per_raw_sample) : std::nullopt;
+}
+
+/// FLAC and ALAC write 24 bits of samples of 32.
+int WrittenBits(const AVCodec& encoder, AVSampleFormat format)
+{
+    const int exact = av_get_exact_bits_per_sample(encoder.id);
+    if (exact != 0)
+    {
+        return exact;
+    }
+    // To open an encoder takes as long as to plan the rest of a job.
+    static std::mutex s_mutex;
+    static std::map<std::pair<std::string, AVSampleFormat>, int> s_known;
+    const std::pair<std::string, AVSampleFormat> asked(encoder.name, format);
+    const std::lock_guard<std::mutex> lock(s_mutex);
+    auto known = s_known.find(asked);
+    if (known == s_known.end())
+    {
+        const std::optional<int> bits = AskWrittenBits(encoder, format);
+        if (!bits)
+        {
+            return PrecisionOf(format);
+        }
+        known = s_known.emplace(asked, *bits).first;
+    }
+    return known->second > 0 ? known->second : PrecisionOf(format);
 }
 
 AVSampleFormat SampleFormatOf(const Property& record, const AVCodec& encoder, AVSampleFormat source)

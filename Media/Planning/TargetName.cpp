@@ -14,7 +14,7 @@
 #include <initializer_list>
 #include <stdexcept>
 #include <system_error>
-#include <vector>
+#include <unordered_map>
 
 namespace Zelnor::Media
 {
@@ -38,6 +38,17 @@ std::string DefaultExtension(const std::string& container)
     {
         return "";
     }
+}
+
+/// The first container of the vocabulary for each usual extension.
+std::unordered_map<std::string, std::string> ContainersByExtension()
+{
+    std::unordered_map<std::string, std::string> containers;
+    for (const std::string& container : Conf::GetContainerList())
+    {
+        containers.try_emplace(DefaultExtension(container), container);
+    }
+    return containers;
 }
 
 bool IsIn(const std::string& text, std::initializer_list<const char*> texts)
@@ -98,12 +109,10 @@ bool Fits(const std::string& container, const std::string& extension)
 /// The first container of the vocabulary whose files have the extension; empty when there is none.
 std::string ContainerOf(const std::string& extension)
 {
-    const std::vector<std::string>& containers = Conf::GetContainerList();
-    const auto found =
-        std::find_if(containers.begin(), containers.end(), [&extension](const std::string& container) {
-            return DefaultExtension(container) == extension;
-        });
-    return found == containers.end() ? "" : *found;
+    // Many containers do not have one, and each of them says so with an exception, which takes its time.
+    static const std::unordered_map<std::string, std::string> s_containers = ContainersByExtension();
+    const auto found = s_containers.find(extension);
+    return found == s_containers.end() ? "" : found->second;
 }
 
 bool IsFolder(const std::string& output)
