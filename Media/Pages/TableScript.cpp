@@ -12,10 +12,16 @@ const PageAsset kTableScript = {R"(
   var table = document.querySelector("table.jobs");
   if (table === null) { return; }
   var body = table.tBodies[0];
-  var rows = Array.from(body.rows);
+  var jobs = Array.from(body.rows).map(function (row) {
+    return { row: row, text: row.textContent.toLowerCase(), state: row.cells[1].textContent };
+  });
+  var ordered = jobs;
   var heads = Array.from(table.tHead.rows[0].cells);
-  var texts = rows.map(function (row) { return row.textContent.toLowerCase(); });
   var order = new Intl.Collator("en", { numeric: true });
+  /* Laying out thousands of rows takes a browser seconds, each time that they are sorted. */
+  var first = 200;
+  var most = first;
+  var addressed = null;
 
   function make(parent, name, text) {
     var element = document.createElement(name);
@@ -23,7 +29,61 @@ const PageAsset kTableScript = {R"(
     parent.appendChild(element);
     return element;
   }
-  function stateOf(row) { return row.cells[1].textContent; }
+
+  var controls = document.createElement("p");
+  controls.className = "controls";
+  var state = make(make(controls, "label", "State "), "select", "");
+  var search = make(make(controls, "label", "Search "), "input", "");
+  var count = make(controls, "output", "");
+  var all = make(controls, "button", "Show all");
+  state.id = "state";
+  search.id = "search";
+  search.type = "search";
+  count.id = "count";
+  all.id = "all";
+  all.type = "button";
+  make(state, "option", "all").value = "";
+  Array.from(new Set(jobs.map(function (job) { return job.state; }))).sort().forEach(function (name) {
+    make(state, "option", name);
+  });
+  table.parentNode.parentNode.insertBefore(controls, table.parentNode);
+
+  function isWanted(job, text) {
+    return state.value === "" || job.state === state.value ? job.text.includes(text) : false;
+  }
+  function show() {
+    var text = search.value.toLowerCase();
+    var found = 0;
+    ordered.forEach(function (job) {
+      var wanted = isWanted(job, text);
+      found += wanted ? 1 : 0;
+      var isHidden = wanted ? found > most : true;
+      isHidden = job.row === addressed ? false : isHidden;
+      if (job.row.hidden !== isHidden) { job.row.hidden = isHidden; }
+    });
+    count.textContent = found + " of " + jobs.length + " jobs" + (found > most ? ", the first " + most + " are shown" : "");
+    all.hidden = most >= found;
+  }
+  function filter() {
+    most = first;
+    addressed = null;
+    show();
+  }
+  function showAll() {
+    most = jobs.length;
+    show();
+  }
+  function showAddressed() {
+    var row = document.getElementById(location.hash.slice(1));
+    if (row !== null ? row.hidden : false) {
+      state.value = "";
+      search.value = "";
+      addressed = row;
+      show();
+      row.scrollIntoView();
+    }
+  }
+
   function keyOf(cell) {
     if (cell.dataset.key === undefined) { return cell.textContent; }
     return cell.dataset.key === "" ? null : Number(cell.dataset.key);
@@ -35,47 +95,17 @@ const PageAsset kTableScript = {R"(
     var turn = head.getAttribute("aria-sort") === "ascending" ? -1 : 1;
     heads.forEach(function (other) { other.removeAttribute("aria-sort"); });
     head.setAttribute("aria-sort", turn === 1 ? "ascending" : "descending");
-    var keyed = rows.map(function (row) { return { row: row, key: keyOf(row.cells[column]) }; });
-    keyed.sort(function (a, b) {
+    jobs.forEach(function (job) { job.key = keyOf(job.row.cells[column]); });
+    ordered = jobs.slice().sort(function (a, b) {
       if (a.key === null || b.key === null) { return Number(a.key === null) - Number(b.key === null); }
       return turn * compare(a.key, b.key);
     });
-    var sorted = document.createDocumentFragment();
-    keyed.forEach(function (one) { sorted.appendChild(one.row); });
-    body.appendChild(sorted);
-  }
-
-  var controls = document.createElement("p");
-  controls.className = "controls";
-  var state = make(make(controls, "label", "State "), "select", "");
-  var search = make(make(controls, "label", "Search "), "input", "");
-  var count = make(controls, "output", "");
-  state.id = "state";
-  search.id = "search";
-  search.type = "search";
-  count.id = "count";
-  make(state, "option", "all").value = "";
-  Array.from(new Set(rows.map(stateOf))).sort().forEach(function (name) { make(state, "option", name); });
-  table.parentNode.parentNode.insertBefore(controls, table.parentNode);
-
-  function filter() {
-    var wanted = search.value.toLowerCase();
-    var shown = 0;
-    rows.forEach(function (row, i) {
-      var isOther = state.value === "" ? false : stateOf(row) !== state.value;
-      row.hidden = isOther || !texts[i].includes(wanted);
-      shown += row.hidden ? 0 : 1;
-    });
-    count.textContent = shown + " of " + rows.length + " jobs";
-  }
-  function showAddressed() {
-    var row = document.getElementById(location.hash.slice(1));
-    if (row !== null ? row.hidden : false) {
-      state.value = "";
-      search.value = "";
-      filter();
-      row.scrollIntoView();
-    }
+    most = first;
+    show();
+    /* Rows of a table that is shown are moved one by one, which takes ten times as long. */
+    table.removeChild(body);
+    ordered.forEach(function (job) { body.appendChild(job.row); });
+    table.appendChild(body);
   }
 
   heads.forEach(function (head, column) {
@@ -87,10 +117,13 @@ const PageAsset kTableScript = {R"(
   });
   state.addEventListener("change", filter);
   search.addEventListener("input", filter);
+  all.addEventListener("click", showAll);
+  window.addEventListener("beforeprint", showAll);
   window.addEventListener("hashchange", showAddressed);
-  filter();
+  show();
+  showAddressed();
 }());
 )",
-                                "sha256-JYqY19UL4d1Wcvbpjragh6vtybfe40r2yTxPQtZTupI="};
+                                "sha256-NJBhSX2vzSXITNTKimEC2KfVzleE/qPn38e3fgBcZQs="};
 
 } // namespace Zelnor::Media

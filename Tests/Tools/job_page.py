@@ -97,6 +97,16 @@ class Browser:
             self.call("Input.dispatchKeyEvent", type=kind, key=key, code=key,
                       windowsVirtualKeyCode={"Tab": 9, "Enter": 13, "Escape": 27}[key], **text)
 
+    def seconds(self, expression):
+        """What the page takes of a processor to do it, however busy the machine is."""
+        self.call("Performance.enable", timeDomain="threadTicks")
+        before = self.metric("TaskDuration")
+        self.ask(expression)
+        return self.metric("TaskDuration") - before
+
+    def metric(self, name):
+        return next(m["value"] for m in self.call("Performance.getMetrics")["metrics"] if m["name"] == name)
+
     def dark(self, is_dark):
         self.call("Emulation.setEmulatedMedia",
                   features=[{"name": "prefers-color-scheme", "value": "dark" if is_dark else "light"}])
