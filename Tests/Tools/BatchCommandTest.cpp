@@ -254,9 +254,12 @@ TEST_F(BatchCommand, WritesJsonThatIsUtf8WhateverNamesAre)
 
 TEST_F(BatchCommand, ShowsALineOnATerminal)
 {
-    ASSERT_EQ(NewBatch().exitCode, 0);
     ProcessOptions options;
     options.terminal = true;
+    const ProcessResult made = NewBatch({"in"}, options);
+    EXPECT_EQ(made.exitCode, 0);
+    EXPECT_THAT(made.output, HasSubstr("[######--------------] planning 1 of 3 inputs"));
+    EXPECT_THAT(made.output, testing::EndsWith("zconf: b: 3 jobs planned\r\n"));
     const ProcessResult result = Run({}, options);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.output, HasSubstr("] 2 of 3 done, 1 running  "));

@@ -102,7 +102,7 @@ int RunBatchNew(const BatchNewArguments& options)
     }
     StatusLine line;
     request.onProgress = [&line](std::size_t done, std::size_t count) {
-        line.Show("planning " + std::to_string(done) + " of " + Count(count, "input"));
+        line.Show(PlanProgressText(done, count));
     };
     const SignalGuard guard(request.cancel);
     const Media::PlannedBatch planned = Media::PlanBatch(request);

@@ -15,6 +15,15 @@ namespace
 
 double Seconds(std::int64_t microseconds) { return static_cast<double>(microseconds) / kSecond; }
 
+/// "[####----------------]"
+/// \param part  of all, 0 to 1
+std::string BarText(double part)
+{
+    constexpr std::size_t kBar = 20;
+    const auto filled = static_cast<std::size_t>(std::clamp(part, 0.0, 1.0) * kBar);
+    return "[" + std::string(filled, '#') + std::string(kBar - filled, '-') + "]";
+}
+
 void AddText(JsonOutput& output, const char* key, const std::string& text)
 {
     if (!text.empty())
@@ -163,17 +172,21 @@ void AddBatchArgument(CLI::App& command, std::string& name)
     command.add_option("BATCH", name, "The batch's folder")->type_name("FOLDER")->required();
 }
 
+std::string PlanProgressText(std::size_t done, std::size_t count)
+{
+    return BarText(static_cast<double>(done) / static_cast<double>(std::max<std::size_t>(1, count))) +
+           " planning " + std::to_string(done) + " of " + Count(count, "input");
+}
+
 std::string BatchProgressText(const Media::BatchProgress& progress)
 {
-    constexpr std::size_t kBar = 20;
     const double all = Seconds(progress.mediaDone) + Seconds(progress.mediaLeft);
     const double part = all > 0 ? Seconds(progress.mediaDone) / all
                         : progress.count > 0
                             ? static_cast<double>(progress.done) / static_cast<double>(progress.count)
                             : 0;
-    const auto filled = static_cast<std::size_t>(std::clamp(part, 0.0, 1.0) * kBar);
-    std::string text = "[" + std::string(filled, '#') + std::string(kBar - filled, '-') + "] " +
-                       std::to_string(progress.done) + " of " + std::to_string(progress.count) + " done";
+    std::string text = BarText(part) + " " + std::to_string(progress.done) + " of " +
+                       std::to_string(progress.count) + " done";
     if (progress.failed > 0)
     {
         text += ", " + std::to_string(progress.failed) + " failed";

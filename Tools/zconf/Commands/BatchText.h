@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,7 +24,10 @@ using SlurmTasks = std::vector<std::optional<Media::SlurmTask>>;
 /// Adds the argument BATCH, whose value is kept in `name`.
 void AddBatchArgument(CLI::App& command, std::string& name);
 
-/// "[####----]  3 of 12 done, 1 failed, 2 running  0:01:00 made, 0:03:00 left  4.1x  0:00:44 to go"
+/// "[####----] planning 3 of 12 inputs"
+std::string PlanProgressText(std::size_t done, std::size_t count);
+
+/// "[####----] 3 of 12 done, 1 failed, 2 running  0:01:00 made, 0:03:00 left  4.1x  0:00:44 to go"
 std::string BatchProgressText(const Media::BatchProgress& progress);
 
 using Media::BatchSummaryText;
