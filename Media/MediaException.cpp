@@ -1,5 +1,7 @@
 #include "Media/MediaException.h"
 
+#include "Core/Private/AttachTag.h"
+
 namespace Zelnor::Media
 {
 
@@ -10,6 +12,19 @@ PlanException::~PlanException() noexcept = default;
 JobException::~JobException() noexcept = default;
 RunException::~RunException() noexcept = default;
 TranscodeFailed::~TranscodeFailed() noexcept = default;
+
+namespace details
+{
+
+ZELNOR_ATTACH_TAG(MediaException::TagFile)
+ZELNOR_ATTACH_TAG(MediaException::TagNode)
+ZELNOR_ATTACH_TAG(MediaException::TagLink)
+ZELNOR_ATTACH_TAG(MediaException::TagStream)
+ZELNOR_ATTACH_TAG(MediaException::TagKey)
+ZELNOR_ATTACH_TAG(TranscodeFailed::TagExitCode)
+ZELNOR_ATTACH_TAG(TranscodeFailed::TagMessages)
+
+} // namespace details
 
 void details::TagPlace(const Place& place, const MediaException& exception)
 {

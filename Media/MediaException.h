@@ -93,6 +93,17 @@ public:
     ~TranscodeFailed() noexcept override;
 };
 
+namespace details
+{
+ZELNOR_TAG(MediaException::TagFile)
+ZELNOR_TAG(MediaException::TagNode)
+ZELNOR_TAG(MediaException::TagLink)
+ZELNOR_TAG(MediaException::TagStream)
+ZELNOR_TAG(MediaException::TagKey)
+ZELNOR_TAG(TranscodeFailed::TagExitCode)
+ZELNOR_TAG(TranscodeFailed::TagMessages)
+} // namespace details
+
 /// An exception with that description.
 template <class E>
 E MakeError(const std::string& description)

@@ -1,5 +1,6 @@
 #include "Conf/Interfaces/ConfException.h"
 
+#include "Core/Private/AttachTag.h"
 #include "Core/Private/Early.h"
 
 namespace Zelnor::Conf
@@ -17,6 +18,15 @@ NodeNotFound::~NodeNotFound() noexcept = default;
 LinkExists::~LinkExists() noexcept = default;
 LinkNotFound::~LinkNotFound() noexcept = default;
 BadJson::~BadJson() noexcept = default;
+
+namespace details
+{
+
+ZELNOR_ATTACH_TAG(ProfileException::TagRequestedLink)
+ZELNOR_ATTACH_TAG(ProfileException::TagRequestedNodeId)
+ZELNOR_ATTACH_TAG(ProfileException::TagJsonBadStructure)
+
+} // namespace details
 
 ZELNOR_EARLY ConfException exportDummyException;
 ZELNOR_EARLY PresetException exportDummyException1;

@@ -79,6 +79,13 @@ public:
     ~ProfileException() noexcept override;
 };
 
+namespace details
+{
+ZELNOR_TAG(ProfileException::TagRequestedLink)
+ZELNOR_TAG(ProfileException::TagRequestedNodeId)
+ZELNOR_TAG(ProfileException::TagJsonBadStructure)
+} // namespace details
+
 /// A graph does not have a node with the identifier in `TagRequestedNodeId`.
 class ZELNOR_API NodeNotFound : public ProfileException
 {

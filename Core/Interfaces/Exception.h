@@ -28,6 +28,7 @@ class ZELNOR_API error_info;
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 // This header has static objects in templates, and what GCC makes of those keeps a library that has them in
 // memory after dlclose, unless they are hidden. What it includes itself stands above and is not hidden.
@@ -101,6 +102,35 @@ public:
 };
 
 } // namespace Core
+
+/// Makes `exception << tag` a call of the library that has the tag. Boost's own operator would compile a map
+/// of tags into whoever throws, and without optimisation GCC then keeps a library that does in memory after
+/// dlclose. To be written in the namespace of the tag's name, where the operators are looked for.
+#define ZELNOR_TAG(Tag)                                                                                      \
+    ZELNOR_API void Attach(const boost::exception& exception, Tag&& tag);                                    \
+    template <class E>                                                                                       \
+    std::enable_if_t<std::is_base_of_v<boost::exception, E>, const E&> operator<<(const E& exception,        \
+                                                                                  Tag&& tag)                 \
+    {                                                                                                        \
+        Attach(exception, std::move(tag));                                                                   \
+        return exception;                                                                                    \
+    }                                                                                                        \
+    template <class E>                                                                                       \
+    std::enable_if_t<std::is_base_of_v<boost::exception, E>, const E&> operator<<(const E& exception,        \
+                                                                                  const Tag& tag)            \
+    {                                                                                                        \
+        Attach(exception, Tag(tag));                                                                         \
+        return exception;                                                                                    \
+    }
+
+namespace details
+{
+ZELNOR_TAG(TagDescription)
+ZELNOR_TAG(TagCallStack)
+ZELNOR_TAG(Core::PropertyException::TagPropertyName)
+ZELNOR_TAG(Core::PropertyException::TagPropertyType)
+ZELNOR_TAG(Core::PropertyException::TagMethodName)
+} // namespace details
 
 /// Attaches the current call stack to `exception` and returns that same object.
 template <class E>

@@ -34,7 +34,9 @@ namespace Zelnor::Media
 class ZELNOR_API CancelToken
 {
 public:
-    CancelToken() : m_isCancelled(std::make_shared<std::atomic<bool>>(false)) {}
+    // Made together with its counter, the flag would bring a unique symbol, which keeps in memory whoever
+    // uses this header.
+    CancelToken() : m_isCancelled(new std::atomic<bool>(false)) {}
 
     /// For good: there is no way back. May be called from a signal handler.
     void Cancel() const noexcept { m_isCancelled->store(true); }

@@ -1,9 +1,19 @@
 #include "Media/Verifying/Verification.h"
 
+#include "Core/Private/AttachTag.h"
+
 namespace Zelnor::Media
 {
 
 VerificationFailed::~VerificationFailed() noexcept = default;
+
+namespace details
+{
+
+ZELNOR_ATTACH_TAG(VerificationFailed::TagDifferences)
+ZELNOR_ATTACH_TAG(VerificationFailed::TagKeptFile)
+
+} // namespace details
 
 std::string TargetDifference::Sentence() const
 {

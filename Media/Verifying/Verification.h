@@ -70,4 +70,10 @@ public:
     ~VerificationFailed() noexcept override;
 };
 
+namespace details
+{
+ZELNOR_TAG(VerificationFailed::TagDifferences)
+ZELNOR_TAG(VerificationFailed::TagKeptFile)
+} // namespace details
+
 } // namespace Zelnor::Media

@@ -32,9 +32,16 @@ bool IsLoaded(const std::string& library)
     return handle != nullptr;
 }
 
-void LoadUseAndUnload()
+/// Modules of users, who optimise or not.
+class Libraries : public testing::TestWithParam<const char*>
 {
-    void* const module = dlopen(ZELNOR_MODULE, RTLD_NOW | RTLD_LOCAL);
+public:
+    static void LoadUseAndUnload();
+};
+
+void Libraries::LoadUseAndUnload()
+{
+    void* const module = dlopen(GetParam(), RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module, nullptr) << dlerror();
     EXPECT_TRUE(IsLoaded(ZELNOR_CORE_LIBRARY));
     EXPECT_TRUE(IsLoaded(ZELNOR_CONF_LIBRARY));
@@ -44,12 +51,12 @@ void LoadUseAndUnload()
 
     EXPECT_EQ(dlclose(module), 0);
 
-    EXPECT_FALSE(IsLoaded(ZELNOR_MODULE));
+    EXPECT_FALSE(IsLoaded(GetParam()));
     EXPECT_FALSE(IsLoaded(ZELNOR_CONF_LIBRARY));
     EXPECT_FALSE(IsLoaded(ZELNOR_CORE_LIBRARY));
 }
 
-TEST(Libraries, LeaveMemoryTogetherWithTheirLog)
+TEST_P(Libraries, LeaveMemoryTogetherWithTheirLog)
 {
 #ifdef ZELNOR_ADDRESS_SANITIZER
     GTEST_SKIP() << "glog loses the memory of its flags when it is unloaded";
@@ -66,14 +73,14 @@ void KeepTheLog()
 #endif
 }
 
-TEST(Libraries, LeaveMemoryWhenTheirLogStays)
+TEST_P(Libraries, LeaveMemoryWhenTheirLogStays)
 {
     KeepTheLog();
     LoadUseAndUnload();
     LoadUseAndUnload();
 }
 
-TEST(Libraries, OfTwoMajorVersionsAreLoadedForEverybodyAndEndWithTheProcess)
+TEST(TwoMajorVersions, AreLoadedForEverybodyAndEndWithTheProcess)
 {
     const auto useBoth = [] {
         for (const char* const name : {ZELNOR_MODULE, ZELNOR_NEXT_MODULE})
@@ -112,7 +119,7 @@ long ResidentKilobytes()
     return lines.empty() ? 0 : std::stol(lines.front().substr(std::string("VmRSS:").size()));
 }
 
-TEST(Libraries, ComeAndGoWithoutTakingMoreMemoryEachTime)
+TEST_P(Libraries, ComeAndGoWithoutTakingMoreMemoryEachTime)
 {
 #ifdef ZELNOR_ADDRESS_SANITIZER
     GTEST_SKIP() << "the sanitizer keeps what was freed";
@@ -138,5 +145,8 @@ TEST(Libraries, ComeAndGoWithoutTakingMoreMemoryEachTime)
     Zelnor::Testing::ReportFigures(std::to_string(times) + " times loaded and unloaded, " +
                                    std::to_string(grown) + " KiB grown");
 }
+
+INSTANTIATE_TEST_SUITE_P(Modules, Libraries, testing::Values(ZELNOR_MODULE, ZELNOR_UNOPTIMISED_MODULE),
+                         [](const auto& module) { return module.index == 0 ? "Optimised" : "NotOptimised"; });
 
 } // namespace

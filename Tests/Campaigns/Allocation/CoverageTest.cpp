@@ -34,6 +34,7 @@ constexpr std::string_view kElsewhere[] = {
     // It only joins texts.
     "Media::MakeBatchPage",
     // Other rows use them.
+    "Conf::details::Attach",
     "Conf::IFormat::IFormat",
     "Conf::IFormat::operator=",
     "Conf::IFormatCodec::IFormatCodec",
@@ -103,7 +104,9 @@ constexpr std::string_view kElsewhere[] = {
     "Media::PresetFile::GetStreamIndexes",
     "Media::PresetFile::PresetFile",
     "Media::TargetDifference::Sentence",
+    "Media::details::Attach",
     "Media::details::TagPlace",
+    "details::Attach",
     "PixFmtDescription::PixFmtDescription",
     "PixFmtDescription::RecordsMaker",
     "intrusive_ptr_add_ref",

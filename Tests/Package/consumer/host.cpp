@@ -1,5 +1,5 @@
-// host <library>: loads the plug-in, catches what it throws, throws into it, uses an object of it, and sees
-// it leave memory.
+// host <library> <times>: loads the plug-in, catches what it throws, throws into it, uses an object of it,
+// and sees it leave memory.
 #include "plugin.h"
 
 #include "Conf/Interfaces/ConfException.h"
@@ -45,13 +45,11 @@ void ThrowOfHost()
     ZELNOR_THROW("host", Zelnor::Conf::BadJson() << Zelnor::TagDescription("of the program"));
 }
 
-} // namespace
-
-int main(int, char** arguments)
+void LoadUseAndUnload(const char* library)
 {
     using Zelnor::Core::MethodIsNotApplicable;
     using Zelnor::Core::PropertyException;
-    void* const plugin = dlopen(arguments[1], RTLD_NOW | RTLD_LOCAL);
+    void* const plugin = dlopen(library, RTLD_NOW | RTLD_LOCAL);
     Check(plugin != nullptr, "not loaded");
     const auto function = [plugin](const char* name) {
         return reinterpret_cast<void (*)()>(dlsym(plugin, name));
@@ -74,5 +72,15 @@ int main(int, char** arguments)
     codec->Release();
 
     dlclose(plugin);
-    Check(dlopen(arguments[1], RTLD_NOW | RTLD_NOLOAD) == nullptr, "stays in memory");
+    Check(dlopen(library, RTLD_NOW | RTLD_NOLOAD) == nullptr, "stays in memory");
+}
+
+} // namespace
+
+int main(int, char** arguments)
+{
+    for (int left = std::atoi(arguments[2]); left > 0; --left)
+    {
+        LoadUseAndUnload(arguments[1]);
+    }
 }
