@@ -1,5 +1,7 @@
 #include "Tests/Campaigns/Allocation/FailingMalloc.h"
 
+#include <execinfo.h>
+
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -25,15 +27,46 @@ struct State
     std::size_t failAt;
     std::size_t asked;
     std::size_t failed;
+    AllocationSites* sites;
 };
 
-thread_local State t_state = {false, Shortage::Moment, Whose::Everybodys, kNone, 0, 0};
+thread_local State t_state = {false, Shortage::Moment, Whose::Everybodys, kNone, 0, 0, nullptr};
 std::atomic<long> g_outstanding{0};
+
+/// A number for the calls that lead to this one.
+std::uint64_t HashOfStack()
+{
+    std::array<void*, 48> calls{};
+    const int count = ::backtrace(calls.data(), static_cast<int>(calls.size()));
+    std::uint64_t hash = 14695981039346656037u;
+    for (int i = 0; i < count; ++i)
+    {
+        hash = (hash ^ reinterpret_cast<std::uintptr_t>(calls[static_cast<std::size_t>(i)])) * 1099511628211u;
+    }
+    return hash;
+}
+
+void WriteDown(AllocationSites& sites)
+{
+    // What walking the stack allocates is not the operation's.
+    t_state.isRunning = false;
+    if (sites.count < sites.stacks.size())
+    {
+        sites.stacks[sites.count] = HashOfStack();
+    }
+    ++sites.count;
+    t_state.isRunning = true;
+}
 
 bool Fails(Whose whose)
 {
     if (!t_state.isRunning || t_state.whose != whose)
     {
+        return false;
+    }
+    if (t_state.sites != nullptr)
+    {
+        WriteDown(*t_state.sites);
         return false;
     }
     const std::size_t number = t_state.asked++;
@@ -67,10 +100,14 @@ using namespace details;
 
 FailingMalloc::FailingMalloc(std::size_t n, Shortage shortage, Whose whose)
 {
-    t_state = {true, shortage, whose, n, 0, 0};
+    t_state = {true, shortage, whose, n, 0, 0, nullptr};
 }
 
-FailingMalloc::FailingMalloc(Whose whose) : FailingMalloc(kNone, Shortage::Moment, whose) {}
+FailingMalloc::FailingMalloc(Whose whose, AllocationSites& sites)
+{
+    sites.count = 0;
+    t_state = {true, Shortage::Moment, whose, kNone, 0, 0, &sites};
+}
 
 FailingMalloc::~FailingMalloc() { Stop(); }
 
@@ -80,7 +117,6 @@ void FailingMalloc::Stop()
     if (m_isRunning)
     {
         m_isRunning = false;
-        m_asked = t_state.asked;
         m_failed = t_state.failed;
     }
 }

@@ -21,6 +21,7 @@
 #include "Media/Running/ShellWords.h"
 #include "Media/Running/SizeEstimate.h"
 
+#include "Tests/Support/Campaign.h"
 #include "Tests/Support/Clip.h"
 #include "Tests/Support/DocumentFaults.h"
 #include "Tests/Support/Graphs.h"
@@ -255,8 +256,9 @@ void AddJobs(Operations& rows)
         return Sentences(ValidateFile(path));
     })));
     for (const std::string& text :
-         {With(kGoodJob, "\"bitrate\": 400000", "\"bitrat\": 400000, \"dpi\": 1.5, \"layout\": \"STERO\""),
-          With(kGoodPreset, "96000", "\"fast\", \"bitrate\": 5"), std::string("[x")})
+         {With(With(kGoodJob, "H264", "MPEG4"), "\"bitrate\": 400000",
+               "\"bitrat\": 400000, \"dpi\": 1.5, \"layout\": \"STERO\""),
+          With(With(kGoodPreset, "H264", "MPEG4"), "96000", "\"fast\", \"bitrate\": 5"), std::string("[x")})
     {
         rows.push_back(UsingFFmpeg(
             Call("Media::ValidateDocument", [text] { return Sentences(ValidateDocument(text, "a.json")); })));
@@ -350,9 +352,10 @@ void AddBatches(Operations& rows)
 void AddNewPresets(Operations& rows)
 {
     const auto text = [](const NewPreset& made) { return Text(made.record) + Text(made.notes); };
-    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream()});
+    // An encoder that is opened in no time: it is tried with each allocation that fails.
+    const MediaFile source = MakeMediaFile({MakeVideoStream(64, 48, "CODEC_ID_MPEG4"), MakeAudioStream()});
     const Core::Property preset =
-        MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_H264"}})")->GetProperty();
+        MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})")->GetProperty();
     rows.push_back(UsingFFmpeg(Call(
         "Media::MakePresetLike", [=] { return text(MakePresetLike(source, "a preset of some length")); })));
     rows.push_back(UsingFFmpeg(Call("Media::ChangePreset", [=] {
@@ -408,6 +411,26 @@ Operations MediaOperations()
     return rows;
 }
 
-TEST(Allocation, Media) { RunCampaign(MediaOperations()); }
+/// The operations are dealt out to parts, which run beside each other. Those that take long stand together,
+/// so that every part gets some.
+class AllocationOfMedia : public ::testing::TestWithParam<std::size_t>
+{
+public:
+    static constexpr std::size_t kParts = 6;
+};
+
+TEST_P(AllocationOfMedia, Part)
+{
+    const Operations all = MediaOperations();
+    Operations part;
+    for (std::size_t i = GetParam(); i < all.size(); i += kParts)
+    {
+        part.push_back(all[i]);
+    }
+    ReportFigures(RunCampaign(part));
+}
+
+INSTANTIATE_TEST_SUITE_P(Running, AllocationOfMedia,
+                         ::testing::Range<std::size_t>(0, AllocationOfMedia::kParts));
 
 } // namespace Zelnor::Testing

@@ -173,7 +173,7 @@ inline Operation Variant(std::string variant, Operation operation)
     return operation;
 }
 
-/// Fails every allocation of each operation, and prints the figures.
-void RunCampaign(const Operations& operations);
+/// Fails every allocation of each operation, and reports what it finds to GoogleTest. \returns the figures
+std::string RunCampaign(const Operations& operations);
 
 } // namespace Zelnor::Testing
