@@ -52,7 +52,7 @@ protected:
     template <class Action>
     void Repeat(Action&& action)
     {
-        const std::size_t runs = CampaignRuns(10'000);
+        const std::size_t runs = CampaignRuns(QuickRuns(10'000));
         std::size_t done = 0;
         for (; done < runs && !HasFailure(); ++done)
         {

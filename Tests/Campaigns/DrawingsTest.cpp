@@ -188,7 +188,7 @@ TEST(Drawings, AreAcceptedByGraphvizAndWellFormed)
         GTEST_SKIP() << "no dot or no xmllint";
     }
     constexpr std::size_t kBatch = 100;
-    const std::size_t runs = CampaignRuns(500);
+    const std::size_t runs = CampaignRuns(QuickRuns(500));
     const std::uint64_t seed = CampaignSeed(1);
     AnyDrawing graphs(seed);
     for (std::size_t done = 0; done < runs && !HasFailure();)

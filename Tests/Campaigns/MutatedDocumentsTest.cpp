@@ -224,7 +224,7 @@ protected:
     const std::vector<std::string> m_documents = GetParam().Documents();
     const std::uint64_t m_seed = CampaignSeed(1);
     /// Of each kind of document for the change of bytes; twice as many for that of the structure.
-    const std::size_t m_runs = std::max<std::size_t>(CampaignRuns(100'000) / 9, 1);
+    const std::size_t m_runs = std::max<std::size_t>(CampaignRuns(QuickRuns(100'000)) / 9, 1);
 
 private:
     std::size_t m_tried = 0;

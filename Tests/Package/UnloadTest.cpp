@@ -11,14 +11,6 @@
 #include <string>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define ZELNOR_ADDRESS_SANITIZER
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ZELNOR_ADDRESS_SANITIZER
-#endif
-#endif
-
 namespace
 {
 

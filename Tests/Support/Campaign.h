@@ -10,6 +10,14 @@
 #include <stdexcept>
 #include <string>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define ZELNOR_ADDRESS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZELNOR_ADDRESS_SANITIZER
+#endif
+#endif
+
 namespace Zelnor::Testing
 {
 
@@ -43,6 +51,18 @@ inline std::size_t CampaignRuns(std::size_t quick)
         throw std::invalid_argument("ZELNOR_CAMPAIGN_RUNS: expected at least 1");
     }
     return static_cast<std::size_t>(runs);
+}
+
+/// What is quick of a campaign that computes: `quick`, and a fifth of it under the address sanitizer, where
+/// it takes as long. A release tries them all; the sanitizer has the fuzzers as well.
+constexpr std::size_t QuickRuns(std::size_t quick)
+{
+#ifdef ZELNOR_ADDRESS_SANITIZER
+    constexpr std::size_t share = 5;
+#else
+    constexpr std::size_t share = 1;
+#endif
+    return quick < share ? 1 : quick / share;
 }
 
 /// Where a campaign's random numbers begin: what ZELNOR_CAMPAIGN_SEED says, and without it `otherwise`. A

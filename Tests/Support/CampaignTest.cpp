@@ -74,6 +74,13 @@ TEST_F(CampaignTest, RefusesASizeThatIsNotANumber)
               "ZELNOR_CAMPAIGN_RUNS: expected at least 1");
 }
 
+TEST_F(CampaignTest, TriesSomethingHoweverSmallTheShareIs)
+{
+    EXPECT_EQ(QuickRuns(1), 1u);
+    EXPECT_GE(QuickRuns(100), 20u);
+    EXPECT_LE(QuickRuns(100), 100u);
+}
+
 } // namespace
 
 } // namespace Zelnor::Testing

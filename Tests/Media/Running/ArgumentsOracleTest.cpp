@@ -125,11 +125,14 @@ void RunCampaign(const char* what, std::size_t quick, std::size_t leastShare,
     EXPECT_TRUE(runs < quick || accepted * leastShare >= runs) << accepted;
 }
 
-TEST(ArgumentsOracle, FindsNothingInTheArgumentsOfAnyJob) { RunCampaign("jobs", 10000, 8, AnyJob); }
+TEST(ArgumentsOracle, FindsNothingInTheArgumentsOfAnyJob)
+{
+    RunCampaign("jobs", QuickRuns(10000), 8, AnyJob);
+}
 
 TEST(ArgumentsOracle, FindsNothingInTheArgumentsOfAnyPreset)
 {
-    RunCampaign("presets", 2000, 8, JobOfAnyPreset);
+    RunCampaign("presets", QuickRuns(2000), 8, JobOfAnyPreset);
 }
 
 /// The oracle's opinion of other arguments than those of the transcode.
