@@ -98,6 +98,22 @@ TEST(JobPage, ShowsNodesThatOthersHide)
     EXPECT_THAT(html, HasSubstr("<p>An earlier node has this id, and hides this one.</p>"));
 }
 
+TEST(JobPage, MarksNodesThatShareAnId)
+{
+    const std::string html =
+        PageOf(R"({"vertices":[{"id":1},{"id":1},{"id":2}],"edges":[{"from":1,"to":2}]})");
+    EXPECT_EQ(AllMatches(html, "\">(more than one node has this id)</a>").size(), 1U);
+}
+
+TEST(JobPage, ShowsATargetThatHasNoName)
+{
+    std::string json = kJob;
+    json.replace(json.find(",\"filePath\":\"out.mp3\""), 21, "");
+    const std::string html = PageOf(json);
+    ExpectGoodPage(html);
+    EXPECT_THAT(html, HasSubstr("<caption>a target without a name</caption>"));
+}
+
 TEST(JobPage, OfAnEmptyJobSaysThatThereIsNothing)
 {
     const std::string html = PageOf(R"({"vertices":[],"edges":[]})");
