@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstring>
+#include <cstdlib>
 #include <utility>
 
 namespace Zelnor::Media
@@ -20,11 +20,17 @@ namespace
 
 constexpr const char* kUnit = "Media/Batch/SlurmPrograms";
 
-/// Options of `sbatch` that would make something else of the array than this library says, or send it where
-/// the other programs are not asked.
-constexpr std::array<std::string_view, 13> kFixedOptions = {
-    "array",    "chdir",     "cluster", "clusters", "help", "job-name", "output",
-    "parsable", "test-only", "usage",   "version",  "wait", "wrap"};
+/// Options of `sbatch` that would make something else of the array than this library says, send it where the
+/// other programs are not asked, or keep its number from being printed.
+constexpr std::array<std::string_view, 14> kFixedOptions = {
+    "array",    "chdir", "cluster",   "clusters", "help",    "job-name", "output",
+    "parsable", "quiet", "test-only", "usage",    "version", "wait",     "wrap"};
+
+/// A user's own defaults for these programs. Those would hide tasks from the queue and the accounts, so that
+/// they would be taken for lost and submitted again, keep some from being cancelled, or wait for the array's
+/// end. Those of `sbatch` for partition, account and the like are meant for the batch, too.
+constexpr std::array kHiddenVariables = {"SQUEUE_", "SACCT_", "SCANCEL_",
+                                         "SBATCH_WAIT=", "SLURM_EXIT_ERROR="};
 
 /// What the program said, in one line.
 std::string OneLine(std::string text)
@@ -37,10 +43,37 @@ std::string OneLine(std::string text)
     return text;
 }
 
+FilterResult RunIfThere(const std::vector<std::string>& command)
+{
+    SubprocessOptions options;
+    options.hidden.assign(kHiddenVariables.begin(), kHiddenVariables.end());
+    return RunFilter(command, options);
+}
+
+/// Tasks have numbers that only one cluster knows, which all programs must mean.
+void CheckClusters()
+{
+    if (std::getenv("SBATCH_CLUSTERS") != nullptr)
+    {
+        ZELNOR_THROW(kUnit,
+                     MakeError<RunException>("SBATCH_CLUSTERS is set, which the other programs of Slurm "
+                                             "do not know; name the cluster with SLURM_CLUSTERS"));
+    }
+    const char* const variable = std::getenv("SLURM_CLUSTERS");
+    const std::string clusters = variable == nullptr ? "" : variable;
+    if (clusters == "all" || clusters.find(',') != std::string::npos)
+    {
+        ZELNOR_THROW(kUnit,
+                     MakeError<RunException>("SLURM_CLUSTERS: expected the name of one cluster, found '" +
+                                             clusters + "'"));
+    }
+}
+
 /// What the program prints, or nothing and its messages when it refuses.
 FilterResult Run(const std::vector<std::string>& command)
 {
-    FilterResult result = RunFilter(command, "");
+    CheckClusters();
+    FilterResult result = RunIfThere(command);
     if (!result.started)
     {
         ZELNOR_THROW(kUnit, MakeError<RunException>("there is no program '" + command.front() +
@@ -97,9 +130,8 @@ std::vector<SlurmTask> AskQueue(const std::vector<long long>& arrays)
 std::vector<SlurmTask> AskAccounts(const std::vector<long long>& arrays)
 {
     const FilterResult result =
-        RunFilter({"sacct", "--noheader", "--allocations", "--parsable2", "--jobs=" + JoinNumbers(arrays),
-                   std::string("--format=") + kAccountFields},
-                  "");
+        RunIfThere({"sacct", "--noheader", "--allocations", "--parsable2", "--jobs=" + JoinNumbers(arrays),
+                    std::string("--format=") + kAccountFields});
     return result.started && result.exitCode == 0 ? ReadAccounts(result.output) : std::vector<SlurmTask>();
 }
 

@@ -50,7 +50,9 @@ bool IsLaunchFailure(std::string_view reason)
 
 bool IsHeld(std::string_view reason)
 {
-    return reason.substr(0, 7) == "JobHeld" || reason.find("requeued held") != std::string_view::npos;
+    // "JobHeldUser", "JobHoldMaxRequeue", "job requeued in held state"
+    return reason.find("Held") != std::string_view::npos || reason.find("Hold") != std::string_view::npos ||
+           reason.find("held") != std::string_view::npos;
 }
 
 /// What waits, more exactly.
@@ -195,7 +197,8 @@ std::vector<SlurmTask> ReadAccounts(std::string_view text)
         }
         SlurmTask task{*array, *index};
         task.name = Take(line, '|');
-        task.state = StateOf(Take(line, '|'));
+        const SlurmState state = StateOf(Take(line, '|'));
+        task.state = IsPending(state) ? SlurmState::Unknown : state;
         task.node = Known(Take(line, '|'));
         task.reason = Known(Take(line, '|'));
         tasks.push_back(std::move(task));

@@ -32,7 +32,8 @@ std::vector<SlurmTask> ReadQueue(std::string_view text);
 inline constexpr const char* kAccountFields = "JobID,JobName,State,NodeList,Reason";
 
 /// The tasks in what `sacct --parsable2` printed. Tasks of one array that have not begun are one line there;
-/// they are left out, since the queue has them.
+/// they are left out, since the queue has them until they begin or are cancelled. A task that still waits or
+/// runs by the accounts is unknown: the queue tells what does, and accounts may never have heard of the end.
 std::vector<SlurmTask> ReadAccounts(std::string_view text);
 
 /// The number that a setting has in what `scontrol show config` printed.

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <string_view>
 
 namespace Zelnor::Media
 {
@@ -25,6 +26,7 @@ struct ChildSetup
 {
     std::vector<std::string> programs; ///< the files to try, in this order
     std::vector<char*> words;
+    std::vector<char*> environment;
     std::array<int, 3> streams;
     bool inOwnGroup;
     pid_t parent;
@@ -49,6 +51,23 @@ std::vector<std::string> Candidates(const std::string& name)
         begin = end + 1;
     }
     return candidates;
+}
+
+std::vector<char*> VisibleEnvironment(const std::vector<std::string>& hidden)
+{
+    std::vector<char*> visible;
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+    {
+        const std::string_view text = *variable;
+        if (std::none_of(hidden.begin(), hidden.end(), [text](const std::string& beginning) {
+                return text.substr(0, beginning.size()) == beginning;
+            }))
+        {
+            visible.push_back(*variable);
+        }
+    }
+    visible.push_back(nullptr);
+    return visible;
 }
 
 /// Signals that this process handles or ignores are as a program expects them. What waits meanwhile is
@@ -83,7 +102,7 @@ int Execute(const ChildSetup& setup)
     int reason = ENOENT;
     for (const std::string& program : setup.programs)
     {
-        ::execve(program.c_str(), setup.words.data(), environ);
+        ::execve(program.c_str(), setup.words.data(), setup.environment.data());
         if (errno != ENOENT && errno != ENOTDIR && errno != EACCES)
         {
             return errno;
@@ -147,6 +166,7 @@ int StartChild(const ChildCommand& command, pid_t& process)
     }
     ChildSetup setup = {Candidates(command.words.front()),
                         {},
+                        VisibleEnvironment(command.hidden),
                         command.streams,
                         command.inOwnGroup,
                         ::getpid(),

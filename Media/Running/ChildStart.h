@@ -17,6 +17,8 @@ struct ChildCommand
     const std::vector<std::string>& words; ///< the program first
     std::array<int, 3> streams;            ///< its standard streams, none of which is 0, 1 or 2 here
     bool inOwnGroup = false;               ///< signals from the terminal do not reach it
+    /// It does not see variables of the environment whose "NAME=value" begins with one of these.
+    std::vector<std::string> hidden = {};
 };
 
 /// Starts a program. Its signals are as a program expects to find them, whatever this process does with its

@@ -96,7 +96,7 @@ Descriptor MakeInput(const std::string& text)
 }
 
 pid_t Spawn(const std::vector<std::string>& command, const Descriptor& input, const Descriptor& output,
-            const Descriptor& messages, bool inOwnGroup)
+            const Descriptor& messages, const SubprocessOptions& options)
 {
     const std::string what = "Cannot run '" + command.front() + "'";
     const auto hasNul = [](const std::string& word) { return word.find('\0') != std::string::npos; };
@@ -106,8 +106,8 @@ pid_t Spawn(const std::vector<std::string>& command, const Descriptor& input, co
         ThrowSystemError(EINVAL, what);
     }
     pid_t process = -1;
-    const int reason =
-        StartChild({command, {input.Get(), output.Get(), messages.Get()}, inOwnGroup}, process);
+    const int reason = StartChild(
+        {command, {input.Get(), output.Get(), messages.Get()}, options.inOwnGroup, options.hidden}, process);
     if (reason != 0)
     {
         ThrowSystemError(reason, what);
@@ -142,7 +142,7 @@ public:
         const Descriptor input = MakeInput(options.input);
         Pipe output = MakePipe();
         Pipe messages = MakePipe();
-        m_process = Spawn(command, input, output.write, messages.write, options.inOwnGroup);
+        m_process = Spawn(command, input, output.write, messages.write, options);
         m_output = std::move(output.read);
         m_messages = std::move(messages.read);
     }

@@ -26,6 +26,8 @@ struct SubprocessOptions
     /// Signals from the terminal do not reach the program, and what it has started ends with it when it is
     /// cancelled.
     bool inOwnGroup = false;
+    /// The program does not see variables of the environment whose "NAME=value" begins with one of these.
+    std::vector<std::string> hidden = {};
 };
 
 /// A program cannot be started, or the system does not tell how it ended (`no_child_process`) because this

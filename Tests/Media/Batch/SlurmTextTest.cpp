@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace Zelnor::Media
 {
 namespace
@@ -88,6 +91,8 @@ TEST(SlurmQueue, OfATaskThatSomebodyHoldsIsHeld)
     EXPECT_EQ(StateInQueue("PENDING", "0", "JobHeldUser"), SlurmState::Held);
     EXPECT_EQ(StateInQueue("PENDING", "0", "JobHeldAdmin"), SlurmState::Held);
     EXPECT_EQ(StateInQueue("REQUEUE_HOLD", "1"), SlurmState::Held);
+    EXPECT_EQ(StateInQueue("PENDING", "1", "job requeued in held state"), SlurmState::Held);
+    EXPECT_EQ(StateInQueue("PENDING", "1", "JobHoldMaxRequeue"), SlurmState::Held);
 }
 
 TEST(SlurmQueue, OfATaskThatANodeCouldNotStartIsLost)
@@ -143,6 +148,17 @@ TEST(SlurmAccounts, LeaveOutTasksThatHaveNotBegun)
     EXPECT_TRUE(
         ReadAccounts("1234_[18-60]|zelnor-1|PENDING|None assigned|Resources\n1234|zelnor-1|RUNNING|node1|\n")
             .empty());
+}
+
+TEST(SlurmAccounts, DoNotTellWhatWaitsOrRuns)
+{
+    for (const std::string state : {"PENDING", "RUNNING", "REQUEUED", "SUSPENDED"})
+    {
+        const std::vector<SlurmTask> tasks = ReadAccounts("1234_17|zelnor-1|" + state + "|node1|None\n");
+
+        ASSERT_EQ(tasks.size(), 1U);
+        EXPECT_EQ(tasks[0].state, SlurmState::Unknown) << state;
+    }
 }
 
 TEST(SlurmSettings, AreFoundByTheirWholeName)

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <stdexcept>
@@ -67,6 +68,22 @@ TEST(Subprocess, GivesTheExitCode)
     EXPECT_EQ(RunSubprocess(Bash("exit 0"), {}), 0);
     EXPECT_EQ(RunSubprocess(Bash("exit 7"), {}), 7);
     EXPECT_EQ(RunSubprocess(Bash("kill -KILL $$"), {}), 128 + SIGKILL);
+}
+
+TEST(Subprocess, HidesVariablesFromTheProgram)
+{
+    ::setenv("HIDDEN_ONE", "1", 1);
+    ::setenv("HIDDEN", "2", 1);
+    ::setenv("SHOWN", "3", 1);
+    SubprocessOptions options;
+    options.hidden = {"HIDDEN_", "SHOW="};
+
+    EXPECT_EQ(RunFilter(Bash("echo $HIDDEN_ONE,$HIDDEN,$SHOWN"), options).output, ",2,3\n");
+
+    for (const char* const name : {"HIDDEN_ONE", "HIDDEN", "SHOWN"})
+    {
+        ::unsetenv(name);
+    }
 }
 
 TEST(Subprocess, HandsOnWhatTheProgramWrites)
