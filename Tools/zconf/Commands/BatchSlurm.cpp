@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -60,60 +61,93 @@ std::size_t CountPending(const std::vector<std::optional<Media::SlurmTask>>& tas
         }));
 }
 
-/// Shows how the batch stands. A controller that does not answer for a while, as when it is begun anew, is
-/// asked again.
-/// \returns whether Slurm has anything of the batch left to do
-/// \throw RunException when it has not answered for long
-bool Look(const Media::Batch& batch, StatusLine& line, int& failures)
+/// A controller that does not answer for a while, as when it is begun anew, is asked again.
+class PatientAsking
 {
-    constexpr int kMostFailures = 60;
-    try
+public:
+    explicit PatientAsking(StatusLine& line) : m_line(line) {}
+
+    /// \returns whether Slurm has answered
+    /// \throw RunException when it has not for that long
+    bool Try(const std::function<void()>& ask, std::chrono::seconds patience)
     {
-        const std::size_t pending = CountPending(Media::AskSlurm(batch));
-        failures = 0;
-        line.Show(BatchSummaryText(Media::ReadBatchStatus(batch)) + "; " + Media::Count(pending, "task") +
-                  " in Slurm's queue");
-        return pending > 0;
-    }
-    catch (const Media::RunException&)
-    {
-        if (++failures == kMostFailures)
+        try
         {
-            throw;
+            ask();
+            m_answered = Clock::now();
+            return true;
         }
-        line.Show(Describe(std::current_exception()));
-        return true;
+        catch (const Media::RunException&)
+        {
+            if (Clock::now() - m_answered >= patience)
+            {
+                throw;
+            }
+            m_line.Show(Describe(std::current_exception()));
+            return false;
+        }
     }
-}
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    StatusLine& m_line;
+    Clock::time_point m_answered = Clock::now();
+};
 
 /// Waits until Slurm has nothing of the batch left to do. When it is cancelled, so are the tasks.
 void WaitForSlurm(const Media::Batch& batch)
 {
+    constexpr std::chrono::minutes kPatience(10);
+    constexpr std::chrono::seconds kPatienceToCancel(30); // somebody waits for that
+    // Not more often: all users of a cluster ask the same controller.
+    constexpr std::chrono::seconds kPause(2);
     Media::CancelToken cancel;
     const SignalGuard guard(cancel);
     StatusLine line;
-    bool isCancelled = false;
-    int failures = 0;
+    PatientAsking asking(line);
+    bool areCancelled = false;
     for (;;)
     {
-        if (cancel.IsCancelled() && !isCancelled)
+        const bool isCancelled = cancel.IsCancelled();
+        const std::chrono::seconds patience = isCancelled ? kPatienceToCancel : kPatience;
+        if (isCancelled && !areCancelled)
         {
-            Media::CancelSlurm(batch);
-            isCancelled = true;
+            areCancelled = asking.Try([&batch] { Media::CancelSlurm(batch); }, patience);
         }
-        if (!Look(batch, line, failures))
+        std::size_t pending = 0;
+        if (asking.Try([&] { pending = CountPending(Media::AskSlurm(batch)); }, patience))
         {
-            return;
+            if (pending == 0)
+            {
+                return;
+            }
+            line.Show(BatchSummaryText(Media::ReadBatchStatus(batch)) + "; " + Media::Count(pending, "task") +
+                      " in Slurm's queue");
         }
-        // Not more often: all users of a cluster ask the same controller.
-        constexpr std::chrono::seconds kPause(2);
         const auto end = std::chrono::steady_clock::now() + kPause;
-        while (std::chrono::steady_clock::now() < end && (isCancelled || !cancel.IsCancelled()))
+        while (std::chrono::steady_clock::now() < end && cancel.IsCancelled() == isCancelled)
         {
             constexpr std::chrono::milliseconds kStep(50);
             std::this_thread::sleep_for(kStep);
         }
     }
+}
+
+/// What a run here would return.
+int ExitCodeOf(const Media::BatchStatus& status, const Media::BatchChoice& choice)
+{
+    FailureCode code;
+    std::vector<Media::BatchJobState> states;
+    for (const Media::BatchJobStatus& job : status.jobs)
+    {
+        states.push_back(job.state);
+        code.Add(job.state == Media::BatchJobState::Failed ? job.result->failure
+                                                           : Media::BatchResult::Failure::None);
+    }
+    const bool isLeft =
+        !Media::ChooseJobs(states, choice).empty() || status.CountOf(Media::BatchJobState::Running) > 0;
+    return code.Get() == kExitSuccess && isLeft ? kExitFailure : code.Get();
 }
 
 } // namespace
@@ -128,7 +162,7 @@ int RunBatchOnSlurm(const Media::Batch& batch, const Media::SlurmOptions& option
     const Media::BatchStatus status = Media::ReadBatchStatus(batch);
     if (json)
     {
-        WriteBatchJson(batch, status, Media::AskSlurm(batch));
+        WriteBatchJson(batch, status, AskSlurmOf(batch));
     }
     if (!wait)
     {
@@ -139,13 +173,7 @@ int RunBatchOnSlurm(const Media::Batch& batch, const Media::SlurmOptions& option
     {
         EndBy(SignalGuard::Caught());
     }
-    FailureCode code;
-    for (const Media::BatchJobStatus& job : status.jobs)
-    {
-        code.Add(job.state == Media::BatchJobState::Failed ? job.result->failure
-                                                           : Media::BatchResult::Failure::None);
-    }
-    return code.Get() == kExitSuccess && !status.IsDone() ? kExitFailure : code.Get();
+    return ExitCodeOf(status, options.choice);
 }
 
 SlurmTasks AskSlurmOf(const Media::Batch& batch)
