@@ -1,10 +1,15 @@
 #!/bin/bash
 # A Slurm cluster of one controller and two nodes on this machine, run by whoever starts it, with free ports and with all
 # that it writes in one folder. `SLURM_CONF=FOLDER/slurm.conf` is what its clients need.
-#   slurm_cluster.sh FOLDER start|stop|kill-node NODE|start-node NODE|restart-controller
+#   slurm_cluster.sh FOLDER start|stop|kill-node NODE|start-node NODE|stop-controller|start-controller
+# OWNER=PROCESS: the cluster, and its folder with it, is gone a moment after that process is.
 set -euo pipefail
 shopt -s nullglob
 
+# Not in the environment that this script has from its beginning, by which the cluster's processes are told.
+if [[ -v SLURM_CONF ]]; then
+    exec env --unset=SLURM_CONF bash "$0" "$@"
+fi
 folder=$(readlink -m "$1")
 action=$2
 node=${3:-}
@@ -15,8 +20,6 @@ free_port() {
 }
 
 write_configuration() {
-    local cpus
-    cpus=$(nproc)
     cat >"$SLURM_CONF" <<EOF
 ClusterName=zelnor
 SlurmctldHost=$(hostname -s)(127.0.0.1)
@@ -24,7 +27,7 @@ SlurmctldPort=$(free_port)
 SlurmUser=$(id -un)
 SlurmdUser=$(id -un)
 AuthType=auth/munge
-AuthInfo=socket=$folder/munge.socket
+AuthInfo=socket=$folder/munge.socket,cred_expire=5
 CredType=cred/munge
 StateSaveLocation=$folder/state
 SlurmdSpoolDir=$folder/spool.%n
@@ -35,6 +38,7 @@ SlurmdLogFile=$folder/slurmd.%n.log
 MaxArraySize=${MAX_ARRAY_SIZE:-1001}
 ProctrackType=proctrack/linuxproc
 TaskPlugin=task/none
+SlurmdParameters=config_overrides
 MpiDefault=none
 SelectType=select/cons_tres
 SelectTypeParameters=CR_Core
@@ -43,12 +47,12 @@ ReturnToService=2
 SlurmdTimeout=5
 SlurmctldTimeout=10
 InactiveLimit=0
-KillWait=2
+KillWait=1
 MinJobAge=600
 AccountingStorageType=accounting_storage/none
 JobAcctGatherType=jobacct_gather/none
-NodeName=node1 NodeHostname=$(hostname -s) NodeAddr=127.0.0.1 Port=$(free_port) CPUs=$cpus State=UNKNOWN
-NodeName=node2 NodeHostname=$(hostname -s) NodeAddr=127.0.0.1 Port=$(free_port) CPUs=$cpus State=UNKNOWN
+NodeName=node1 NodeHostname=$(hostname -s) NodeAddr=127.0.0.1 Port=$(free_port) CPUs=4 State=UNKNOWN
+NodeName=node2 NodeHostname=$(hostname -s) NodeAddr=127.0.0.1 Port=$(free_port) CPUs=4 State=UNKNOWN
 PartitionName=all Nodes=ALL Default=YES MaxTime=INFINITE State=UP
 EOF
 }
@@ -57,14 +61,19 @@ EOF
 end_process() {
     local signal=$1 file=$folder/$2.pid
     [[ -e $file ]] || return 0
-    local process
+    local process try
     process=$(<"$file")
     kill "-$signal" "$process" 2>/dev/null || true
     # Not a child of this shell, so it cannot be waited for.
-    while [[ $(ps -o stat= -p "$process") == [!Z]* ]]; do
+    for ((try = 0; try < 200; ++try)); do
+        if [[ $(ps -o stat= -p "$process") != [!Z]* ]]; then
+            rm -f "$file"
+            return
+        fi
         sleep 0.05
     done
-    rm -f "$file"
+    echo "$2 does not end." >&2
+    return 1
 }
 
 start_munge() {
@@ -75,26 +84,56 @@ start_munge() {
 }
 
 wait_for_nodes() {
-    for ((try = 0; try < 200; ++try)); do
-        if [[ $(sinfo --noheader --Node --format=%T 2>/dev/null | grep -c idle) == 2 ]]; then
+    local end=$((SECONDS + 20))
+    while ((SECONDS < end)); do
+        if [[ $(timeout 5 sinfo --noheader --Node --format=%T 2>/dev/null | grep -c idle) == 2 ]]; then
             return
         fi
         sleep 0.1
+    done
+    return 1
+}
+
+start_daemons() {
+    start_munge && write_configuration && slurmctld && slurmd -N node1 && slurmd -N node2 && wait_for_nodes
+}
+
+start() {
+    local program try
+    for program in munged slurmctld slurmd sinfo scontrol; do
+        if ! command -v "$program" >/dev/null; then
+            echo "There is no program '$program'." >&2
+            return 1
+        fi
+    done
+    mkdir -p "$folder/state"
+    chmod 700 "$folder"
+    if [[ -n ${OWNER:-} ]]; then
+        env --unset=SLURM_CONF setsid --fork bash "${BASH_SOURCE[0]}" "$folder" guard </dev/null >/dev/null 2>&1
+    fi
+    # Somebody else may take a port before a daemon does.
+    for ((try = 0; try < 2; ++try)); do
+        if start_daemons; then
+            return
+        fi
+        stop
+        rm -rf "$folder"/{state,spool}*
+        mkdir "$folder/state"
     done
     echo "The cluster does not start:" >&2
     tail -n 5 "$folder"/*.log >&2
     return 1
 }
 
-start() {
-    mkdir -p "$folder/state"
-    chmod 700 "$folder"
-    start_munge
-    write_configuration
-    slurmctld
-    slurmd -N node1
-    slurmd -N node2
-    wait_for_nodes
+# Waits until the owner or the folder is gone.
+guard() {
+    while [[ -e /proc/$OWNER && -d $folder ]]; do
+        sleep 0.5
+    done
+    if [[ ! -e /proc/$OWNER ]]; then
+        stop
+        rm -rf "$folder"
+    fi
 }
 
 # As if it lost its power: with the tasks that run there, each in the session of a `slurmstepd` whose socket in the node's
@@ -115,24 +154,36 @@ kill_node() {
     done
 }
 
+# All that the daemons have started has their configuration in its environment.
+kill_leftovers() {
+    local try left
+    for ((try = 0; try < 50; ++try)); do
+        left=$(env --unset=SLURM_CONF grep -lzx "SLURM_CONF=$SLURM_CONF" /proc/[0-9]*/environ 2>/dev/null || true)
+        left=$(grep -o '[0-9]*' <<<"$left" | grep -vx $$ || true)
+        [[ -n $left ]] || return 0
+        xargs kill -KILL <<<"$left" 2>/dev/null || true
+        sleep 0.1
+    done
+}
+
 stop() {
-    kill_node node1
-    kill_node node2
-    end_process KILL slurmctld
-    end_process TERM munged
+    kill_node node1 || true
+    kill_node node2 || true
+    end_process KILL slurmctld || true
+    end_process TERM munged || true
+    kill_leftovers
 }
 
 case $action in
     start) start ;;
     stop) stop ;;
+    guard) guard ;;
     kill-node)
         kill_node "$node"
         # The controller would find out by itself, half a minute later.
-        scontrol update NodeName="$node" State=DOWN Reason=killed
+        timeout 20 scontrol update NodeName="$node" State=DOWN Reason=killed
         ;;
     start-node) slurmd -N "$node" ;;
-    restart-controller)
-        end_process TERM slurmctld # which saves what it knows
-        slurmctld
-        ;;
+    stop-controller) end_process TERM slurmctld ;; # which saves what it knows
+    start-controller) slurmctld ;;
 esac

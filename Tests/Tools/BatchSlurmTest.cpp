@@ -1,23 +1,21 @@
-#include "Tests/Support/RunFixtures.h"
+#include "Tests/Support/SlurmBatchTest.h"
 #include "Tests/Support/SlurmCluster.h"
-#include "Tests/Support/ZconfTest.h"
 
 #include <gmock/gmock.h>
-#include <rapidjson/document.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
-#include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
-#include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace
@@ -26,98 +24,82 @@ namespace
 using namespace Zelnor::Testing;
 using testing::HasSubstr;
 
-/// Batches of short sounds, in the test's folder, on a cluster of its own.
-class BatchOnSlurm : public ZconfTest
+/// On a cluster of its own.
+class BatchOnSlurm : public SlurmBatchTest
 {
 protected:
-    static constexpr const char* kPreset =
-        R"({"wav":{"container":"wav","$$STREAMS$$":{"audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}})";
-
     /// \returns whether there is one; where there cannot be, the test is over
     bool StartCluster(int largestArray = 1001)
     {
-        m_cluster = std::make_unique<SlurmCluster>(largestArray);
+        m_cluster = std::make_unique<SlurmCluster>(largestArray, m_user);
         return m_cluster->Fault().empty();
     }
     const SlurmCluster& Cluster() const { return *m_cluster; }
 
-    void PlanBatch(int count) const
+    std::vector<std::string> Environment() const override { return {Cluster().Environment()}; }
+
+    /// The indices of the tasks that run on a node.
+    std::vector<std::string> TasksOn(const std::string& node) const
     {
-        Write("wav.json", kPreset);
-        std::filesystem::create_directory(Folder() / "in");
-        for (int i = 1; i <= count; ++i)
+        std::istringstream text(Cluster().Ask(
+            {"squeue", "--noheader", "--array", "--states=RUNNING", "--nodelist=" + node, "--format=%K"}));
+        return {std::istream_iterator<std::string>(text), {}};
+    }
+    bool IsQueueEmpty() const { return Cluster().Ask({"squeue", "--noheader"}).empty(); }
+
+    using FileId = std::tuple<ino_t, time_t, long>;
+    static FileId IdOf(const std::filesystem::path& file)
+    {
+        struct stat status = {};
+        EXPECT_EQ(::stat(file.c_str(), &status), 0) << file;
+        return {status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+    }
+    /// The outputs that are complete.
+    std::map<std::filesystem::path, FileId> Outputs() const
+    {
+        std::map<std::filesystem::path, FileId> outputs;
+        for (const auto& file : std::filesystem::directory_iterator(Folder() / "out"))
         {
-            Write("in/" + std::to_string(1000 + i) + ".wav", SilentWav());
+            if (file.path().extension() == ".wav")
+            {
+                outputs[file.path()] = IdOf(file.path());
+            }
         }
-        // Slow enough that something can happen meanwhile, and slower as long as there is a file "hold".
-        Write("slow", "#!/bin/sh\ncase \"$*\" in *progress*) sleep 0.1; while [ -e '" +
-                          (Folder() / "hold").string() +
-                          "' ]; do sleep 0.1; done;; esac\nexec ffmpeg \"$@\"\n");
-        std::filesystem::permissions(Folder() / "slow", std::filesystem::perms::owner_all);
-        const ProcessResult made =
-            Zconf({"batch", "new", "--preset", "wav.json", "--output-dir", "out", "-o", "b", "in"});
-        ASSERT_EQ(made.exitCode, 0) << made.messages;
-    }
-    ProcessResult Batch(std::vector<std::string> arguments) const
-    {
-        arguments.insert(arguments.begin(), "batch");
-        ProcessOptions options;
-        options.environment = {Cluster().Environment()};
-        return Zconf(std::move(arguments), options);
-    }
-    ProcessResult RunOnSlurm(const std::vector<std::string>& more = {}) const
-    {
-        std::vector<std::string> arguments = {"run",   "b",        "--engine",
-                                              "slurm", "--ffmpeg", (Folder() / "slow").string()};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return Batch(arguments);
+        return outputs;
     }
 
-    /// The jobs' states, and those of their tasks, as `batch status --json` tells them.
-    std::vector<std::string> States() const { return WordsOf("state", false); }
-    std::vector<std::string> TaskStates() const { return WordsOf("state", true); }
-    std::size_t CountDone() const { return Count(States(), "done"); }
-    static std::size_t Count(const std::vector<std::string>& words, const std::string& word)
-    {
-        return static_cast<std::size_t>(std::count(words.begin(), words.end(), word));
-    }
-    static bool WaitUntil(const std::function<bool()>& isSo)
-    {
-        constexpr int kTries = 400;
-        for (int i = 0; i < kTries; ++i)
-        {
-            if (isSo())
-            {
-                return true;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        return false;
-    }
+    OtherUser m_user;
 
 private:
-    std::vector<std::string> WordsOf(const char* key, bool ofTask) const
+    std::unique_ptr<SlurmCluster> m_cluster;
+};
+
+/// Neither the folder of the sources nor that of the build need be one which the user is let into.
+class BatchOfAnotherUser : public BatchOnSlurm
+{
+protected:
+    std::vector<std::string> Environment() const override
     {
-        const ProcessResult status = Batch({"status", "b", "--json"});
-        rapidjson::Document json;
-        json.Parse(status.output.c_str());
-        EXPECT_FALSE(json.HasParseError()) << status.output << status.messages;
-        std::vector<std::string> words;
-        for (const auto& job : json["jobs"].GetArray())
+        return {Cluster().Environment(), "LD_LIBRARY_PATH=" + Folder().string()};
+    }
+    std::vector<std::string> Program(std::vector<std::string> arguments) const override
+    {
+        arguments.insert(arguments.begin(), (Folder() / "zconf").string());
+        return m_user.Run(std::move(arguments));
+    }
+    void CopyProgram() const
+    {
+        const std::filesystem::path program = ZCONF_PROGRAM;
+        std::filesystem::copy_file(program, Folder() / "zconf");
+        for (const auto& file : std::filesystem::directory_iterator(program.parent_path()))
         {
-            if (!ofTask)
+            const std::string name = file.path().filename().string();
+            if (name.substr(0, 9) == "libZelnor" && name.find(".so.") != std::string::npos)
             {
-                words.emplace_back(job[key].GetString());
-            }
-            else if (job.HasMember("slurm"))
-            {
-                words.emplace_back(job["slurm"][key].GetString());
+                std::filesystem::copy_file(file.path(), Folder() / name);
             }
         }
-        return words;
     }
-
-    std::unique_ptr<SlurmCluster> m_cluster;
 };
 
 #define ZELNOR_START_CLUSTER(...)                                                                            \
@@ -198,99 +180,111 @@ TEST_F(BatchOnSlurm, ThatIsInterruptedCancelsItsTasks)
     }
 }
 
-TEST_F(BatchOnSlurm, EndsDoneOnceWhateverHappensToTheCluster)
+TEST_F(BatchOnSlurm, GoesOnWhenTheControllerIsAwayForAWhile)
 {
-    constexpr std::size_t kCount = 60;
+    ZELNOR_START_CLUSTER();
+    PlanBatch(2);
+    Write("hold", "");
+    ProcessOptions options;
+    options.environment = Environment();
+    options.environment.push_back("CLUSTER=" + Cluster().Command());
+
+    const ProcessResult run =
+        Shell("$ZCONF batch run b --engine slurm --wait --ffmpeg ./slow & "
+              "until [ -e b/results/000002.json ]; do sleep 0.1; done; $CLUSTER stop-controller; "
+              "rm hold; until [ -e out/1002.wav ]; do sleep 0.1; done; $CLUSTER start-controller; wait $!",
+              options);
+
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.messages, "zconf: b: 2 jobs submitted as array 1\nzconf: b: 2 jobs: 2 done\n");
+}
+
+TEST_F(BatchOfAnotherUser, IsRunLikeOneOfTheSuperuser)
+{
+    if (::geteuid() != 0)
+    {
+        GTEST_SKIP() << "All tests are run by another user.";
+    }
+    m_user = OtherUser("nobody");
+    CopyProgram();
+    ZELNOR_START_CLUSTER();
+    PlanBatch(3);
+    m_user.Own(Folder());
+
+    const ProcessResult run = RunOnSlurm({"--wait"});
+
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.messages, "zconf: b: 3 jobs submitted as array 1\nzconf: b: 3 jobs: 3 done\n");
+    struct stat status = {};
+    EXPECT_EQ(::stat((Folder() / "out/1003.wav").c_str(), &status), 0);
+    EXPECT_NE(status.st_uid, 0U);
+}
+
+/// All that can happen to a cluster happens to this batch.
+class LargeBatchOnSlurm : public BatchOnSlurm
+{
+protected:
+    static constexpr std::size_t kCount = 60;
+    static constexpr std::size_t kTasksOfNode = SlurmCluster::kProcessorsOfNode;
+
+    /// While tasks run on all processors, one of them has no time left, one that waits is cancelled, one is
+    /// put back into the queue and a node goes down.
+    void DisturbTasks()
+    {
+        Write("hold", "");
+        ASSERT_TRUE(WaitUntil([this] { return TasksOn("node2").size() == kTasksOfNode; }));
+        ASSERT_TRUE(WaitUntil([this] { return Count(States(), "running") == 2 * kTasksOfNode; }));
+        const std::vector<std::string> tasks = TasksOn("node2");
+        Write("held", std::to_string(1000 + std::stoi(tasks[0])) + ".wav");
+        Cluster().Ask({"scontrol", "update", "JobId=1_" + tasks[0], "TimeLimit=0"});
+        Cluster().Ask({"scontrol", "update", "JobId=1_" + tasks[1], "Requeue=1"});
+        Cluster().Ask({"scontrol", "requeue", "1_" + tasks[1]});
+        Cluster().Ask({"scancel", "1_60"});
+        Cluster().KillNode("node1");
+        ASSERT_TRUE(WaitUntil([this] { return Count(TaskStates(), "requeued") == 1; }));
+    }
+};
+
+TEST_F(LargeBatchOnSlurm, EndsDoneOnceWhateverHappensToTheCluster)
+{
     ZELNOR_START_CLUSTER();
     PlanBatch(kCount);
-    const std::vector<std::string> more = {"--slurm=--no-requeue"};
+    const std::vector<std::string> more = {"--slurm=--no-requeue", "--slurm=--time=10"};
     ASSERT_EQ(RunOnSlurm(more).messages, "zconf: b: 60 jobs submitted as array 1\n");
-
     ASSERT_TRUE(WaitUntil([this] { return CountDone() >= 4; }));
-    Cluster().RestartController();
-    ASSERT_TRUE(WaitUntil([this] { return CountDone() >= 8; }));
-    Write("hold", "");
-    ASSERT_TRUE(WaitUntil([this] { return Count(States(), "running") == 4; }));
-    Cluster().Ask({"scancel", "1_60"});
-    Cluster().KillNode("node1");
+    Cluster().StopController();
+    Cluster().StartController();
+    ASSERT_TRUE(WaitUntil([this] { return CountDone() >= 12; }));
+    ASSERT_NO_FATAL_FAILURE(DisturbTasks());
+    const auto before = Outputs();
     std::filesystem::remove(Folder() / "hold");
-    std::map<std::string, std::tuple<ino_t, time_t, long>> done;
-    for (const auto& file : std::filesystem::directory_iterator(Folder() / "out"))
-    {
-        struct stat status = {};
-        if (file.path().extension() == ".wav" && ::stat(file.path().c_str(), &status) == 0)
-        {
-            done[file.path().string()] = {status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
-        }
-    }
     Cluster().StartNode("node1");
-    ASSERT_TRUE(WaitUntil([this] { return Cluster().Ask({"squeue", "--noheader"}).empty(); }));
+    ASSERT_TRUE(WaitUntil([this] { return IsQueueEmpty(); }));
+
     EXPECT_EQ(Count(TaskStates(), "cancelled"), 1U);
-    EXPECT_EQ(Count(TaskStates(), "lost"), 2U);
+    EXPECT_EQ(Count(TaskStates(), "timed-out"), 1U);
+    EXPECT_EQ(Count(TaskStates(), "lost"), kTasksOfNode);
+    EXPECT_EQ(Count(TaskStates(), "ended"), kCount - kTasksOfNode - 2);
     EXPECT_EQ(Count(States(), "waiting"), 1U);
-    EXPECT_EQ(Count(States(), "interrupted"), 2U);
-    EXPECT_EQ(CountDone(), kCount - 3);
+    EXPECT_EQ(Count(States(), "interrupted"), kTasksOfNode);
+    EXPECT_EQ(CountDone(), kCount - kTasksOfNode - 2);
+    std::filesystem::remove(Folder() / "held");
 
-    EXPECT_EQ(RunOnSlurm({"--wait", more.front()}).exitCode, 0);
+    const ProcessResult again = RunOnSlurm({"--wait", more.front()});
 
+    EXPECT_EQ(again.exitCode, 0);
+    EXPECT_THAT(again.messages, testing::StartsWith("zconf: b: 6 jobs submitted as array "));
     EXPECT_EQ(CountDone(), kCount);
-    EXPECT_GE(done.size(), 8U);
-    for (const auto& [file, before] : done)
+    EXPECT_GE(before.size(), 12U);
+    for (const auto& [file, id] : before)
     {
-        struct stat status = {};
-        EXPECT_EQ(::stat(file.c_str(), &status), 0) << file;
-        EXPECT_EQ(before, std::tuple(status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec)) << file;
-    }
-    for (std::size_t i = 1; i <= kCount; ++i)
-    {
-        const std::string name = "out/" + std::to_string(1000 + i) + ".wav";
-        EXPECT_EQ(Shell("ffprobe -v error -show_entries stream=codec_name -of csv=p=0 " + name).output,
-                  "pcm_s16le\n")
-            << name;
+        EXPECT_EQ(IdOf(file), id) << file;
     }
     EXPECT_EQ(Shell("ls -A out | wc -l").output, "60\n");
-}
-
-TEST_F(BatchOnSlurm, SaysThatSlurmIsNotInstalled)
-{
-    PlanBatch(1);
-    ProcessOptions options;
-    options.environment = {"PATH=" + Folder().string()};
-
-    ExpectFailure(Zconf({"batch", "run", "b", "--engine", "slurm"}, options),
-                  "there is no program 'scontrol': Slurm's client programs are not installed");
-}
-
-TEST_F(BatchOnSlurm, LeavesArraysAloneThatHaveItsNumberAndAnotherName)
-{
-    PlanBatch(1);
-    const auto writeProgram = [this](const std::string& name, const std::string& line) {
-        Write(name, "#!/bin/sh\n" + line + "\n");
-        std::filesystem::permissions(Folder() / name, std::filesystem::perms::owner_all);
-    };
-    writeProgram("scontrol", "echo 'MaxArraySize = 1001'");
-    writeProgram("squeue", "echo '4711|1|holiday|PENDING|0||launch failed requeued held|'");
-    writeProgram("sacct", "exit 1");
-    writeProgram("scancel", "echo \"$@\" >> '" + (Folder() / "cancelled").string() + "'");
-    writeProgram("sbatch", "echo 4712");
-    std::filesystem::create_directory(Folder() / "b/slurm");
-    Write("b/slurm/arrays.json", R"({"slurm":{"version":1,"arrays":{"000001":)"
-                                 R"({"name":"zelnor-1","id":4711,"offset":0,"indices":"1"}}}})");
-    ProcessOptions options;
-    options.environment = {"PATH=" + Folder().string() + ":/usr/bin:/bin"};
-
-    const ProcessResult run = Zconf({"batch", "run", "b", "--engine", "slurm"}, options);
-
-    EXPECT_EQ(run.messages, "zconf: b: 1 job submitted as array 4712\n");
-    EXPECT_FALSE(Exists("cancelled"));
-}
-
-TEST_F(BatchOnSlurm, IsNotSubmittedWithOptionsThatAreSetForIt)
-{
-    PlanBatch(1);
-
-    ExpectFailure(Zconf({"batch", "run", "b", "--engine", "slurm", "--slurm=--wrap=rm"}),
-                  "--wrap=rm: this option of sbatch is set for the batch");
+    EXPECT_EQ(
+        Shell("ffprobe -v error -show_entries stream=codec_name,duration -of csv=p=0 out/1001.wav").output,
+        "pcm_s16le,0.200000\n");
+    EXPECT_EQ(Shell("sha256sum out/*.wav | cut -d ' ' -f 1 | uniq -c | wc -l").output, "1\n");
 }
 
 } // namespace
