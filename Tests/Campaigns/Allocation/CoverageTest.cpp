@@ -90,6 +90,7 @@ constexpr std::string_view kElsewhere[] = {
     "Media::BatchResult::Speed",
     "Media::BatchStatus::CountOf",
     "Media::BatchStatus::IsDone",
+    "Media::CommandsOf",
     "Media::IsPending",
     "Media::FFmpegPass::Arguments",
     "Media::DocumentFault::Name",

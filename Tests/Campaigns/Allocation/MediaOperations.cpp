@@ -267,18 +267,10 @@ void AddJobs(Operations& rows)
         std::string text;
         for (const PreparedTranscode& prepared : PrepareJob(*job))
         {
-            for (const FFmpegPass& pass : prepared.passes)
+            for (const std::vector<std::string>& command : CommandsOf(prepared, "ffmpeg", true))
             {
-                text += Text(pass.Arguments({"out", "log", true}));
+                text += Text(command);
             }
-        }
-        return text;
-    })));
-    rows.push_back(UsingFFmpeg(Call("Media::CommandsOf", [job] {
-        std::string text;
-        for (const std::vector<std::string>& command : CommandsOf(PrepareJob(*job).front(), "ffmpeg", true))
-        {
-            text += Text(command);
         }
         return text;
     })));
