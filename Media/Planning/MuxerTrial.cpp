@@ -178,6 +178,8 @@ public:
         m_context->flags |= AVFMT_FLAG_BITEXACT;
         m_context->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
         m_context->pb = m_file.Get();
+        // Some encoders begin before 0, which some muxers refuse.
+        m_context->avoid_negative_ts = AVFMT_AVOID_NEG_TS_MAKE_ZERO;
     }
     ~MemoryMuxer() = default;
     MemoryMuxer(const MemoryMuxer&) = delete;
@@ -263,16 +265,11 @@ private:
     {
         for (std::size_t i = 0; i < m_streams.size(); ++i)
         {
-            // Some encoders begin before 0, which some muxers refuse.
-            const std::int64_t first = m_streams[i]->packets.front()->dts;
-            const std::int64_t begin = first == AV_NOPTS_VALUE ? 0 : first;
             for (const auto& packet : m_streams[i]->packets)
             {
                 const std::unique_ptr<AVPacket, FreePacket> copy(
                     RequireMemory(av_packet_clone(packet.get())));
                 copy->stream_index = static_cast<int>(i);
-                copy->pts -= begin;
-                copy->dts -= begin;
                 av_packet_rescale_ts(copy.get(), m_streams[i]->timeBase, m_context->streams[i]->time_base);
                 if (av_interleaved_write_frame(m_context.get(), copy.get()) < 0)
                 {
