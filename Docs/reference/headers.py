@@ -29,9 +29,15 @@ def members(include, kinds):
 
 def expanded(lines):
     """The lines with the vocabulary in its place."""
-    kinds = {}
+    kinds, goes_on = {}, False
     for line in lines:
+        if goes_on:
+            # Without its beginning, doxygen would take the rest of a definition for declarations.
+            goes_on = line.endswith("\\")
+            yield ""
+            continue
         define, include = DEFINE.match(line), INCLUDE.match(line)
+        goes_on = bool(define) and line.endswith("\\")
         # What is added up is not a member.
         if define and not define[3].startswith(("+", "\\")):
             kinds[define[1]] = (define[2].split(", "), define[3])
