@@ -18,14 +18,14 @@ struct [[gnu::abi_tag("cxx11")]] ConstantText
 {
     template <std::size_t Size>
     constexpr explicit ConstantText(const char(&text)[Size])
-        : data(text), size(Size - 1), capacity(Size - 1), rest(0)
+        : data(text), size(Size - 1), capacity(Size - 1), rest()
     {}
 
     const char* data;
     std::size_t size;
     /// With the rest, where a string keeps a short text of its own.
     std::size_t capacity;
-    std::size_t rest;
+    char rest[16 - sizeof(std::size_t)];
 };
 
 static_assert(sizeof(ConstantText) == sizeof(std::string));
