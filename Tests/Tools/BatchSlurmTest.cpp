@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
@@ -14,6 +15,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -285,6 +287,35 @@ TEST_F(LargeBatchOnSlurm, EndsDoneOnceWhateverHappensToTheCluster)
         Shell("ffprobe -v error -show_entries stream=codec_name,duration -of csv=p=0 out/1001.wav").output,
         "pcm_s16le,0.200000\n");
     EXPECT_EQ(Shell("sha256sum out/*.wav | cut -d ' ' -f 1 | uniq -c | wc -l").output, "1\n");
+}
+
+TEST(SlurmClusterOfATest, IsGoneSoonAfterItsOwner)
+{
+    const TemporaryFolder folder;
+    const std::string cluster = (folder / "c").string();
+
+    const ProcessResult killed =
+        RunProcess({"bash", "-c",
+                    "OWNER=$$ bash '" SLURM_CLUSTER_SCRIPT "' '" + cluster + "' start || exit 77; cat '" +
+                        cluster + "'/*.pid; kill -KILL $$"});
+
+    if (killed.exitCode == 77)
+    {
+        GTEST_SKIP() << "Slurm does not start here: " << killed.messages;
+    }
+    std::istringstream text(killed.output);
+    const std::vector<pid_t> daemons(std::istream_iterator<pid_t>(text), {});
+    EXPECT_EQ(daemons.size(), 4U);
+    for (int i = 0; i < 200 && std::filesystem::exists(cluster); ++i)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    EXPECT_FALSE(std::filesystem::exists(cluster));
+    for (const pid_t daemon : daemons)
+    {
+        // One that has ended stays until whoever adopted it asks, without a command line.
+        EXPECT_EQ(ReadFile("/proc/" + std::to_string(daemon) + "/cmdline"), "") << daemon;
+    }
 }
 
 } // namespace
