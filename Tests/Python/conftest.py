@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 from fractions import Fraction
@@ -19,6 +20,10 @@ PRESETS = SOURCES / "Presets"
 
 # A sanitizer that is loaded into the tests is not for ffmpeg and dot, but for other interpreters.
 PRELOAD = os.environ.pop("LD_PRELOAD", "")
+
+
+# A shell that starts the tests in the background has them ignore Ctrl+C, and so would the interpreters that they start.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 def _ffmpeg(*arguments: str) -> None:
