@@ -56,7 +56,7 @@ void AddJobNewCommand(CLI::App& job)
     command
         ->add_option("-t,--target,--output", options->target,
                      "The media file to make; a name without an extension gets that of the container, and a "
-                     "folder gets a file named like the input (--output is the option's old name)")
+                     "folder gets a file named like the input (--output is another name of this option)")
         ->type_name("FILE")
         ->required();
     AddJobOptions(*command, options->job);

@@ -123,7 +123,7 @@ void AddDocumentOption(CLI::App& command, std::string& name, const std::string& 
     command
         .add_option("-o,--document," + oldName, name,
                     what + " to write; \"-\" (the default) is standard output (" + oldName +
-                        " is the option's old name)")
+                        " is another name of this option)")
         ->type_name("FILE");
 }
 
