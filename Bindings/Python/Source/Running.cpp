@@ -57,9 +57,19 @@ Media::VerificationDepth ReadDepth(const py::object& depth)
     throw py::type_error("the depth is a VerificationDepth");
 }
 
+/// The library takes no name for no folder.
+std::string ReadScratch(const std::optional<Path>& scratch)
+{
+    if (scratch && scratch->bytes.empty())
+    {
+        throw py::value_error("the scratch folder has no name");
+    }
+    return scratch ? scratch->bytes : "";
+}
+
 py::object Run(Graph& graph, const Path& ffmpeg, bool overwrite, bool strict, const py::object& verification,
-               bool keepUnverified, const Text& document, const py::object& onLoss,
-               const py::object& onProgress, const py::object& onTargetDone,
+               bool keepUnverified, const std::optional<Path>& scratch, const Text& document,
+               const py::object& onLoss, const py::object& onProgress, const py::object& onTargetDone,
                const std::optional<CancelToken>& cancel)
 {
     RequireFunctions({onLoss, onProgress, onTargetDone});
@@ -71,6 +81,7 @@ py::object Run(Graph& graph, const Path& ffmpeg, bool overwrite, bool strict, co
     options.strict = strict;
     options.verification = ReadDepth(verification);
     options.keepUnverified = keepUnverified;
+    options.scratch = ReadScratch(scratch);
     options.document = document.bytes;
     options.onLoss = ToCallback<Media::JobFault>(calls, onLoss);
     options.onProgress = ToCallback<Media::RunProgress>(calls, onProgress);
@@ -160,12 +171,14 @@ void BindRunning(py::module_& module)
     module.def("run", &Run, py::arg("graph"), py::kw_only(), py::arg("ffmpeg") = Path{"ffmpeg"},
                py::arg("overwrite").noconvert() = false, py::arg("strict").noconvert() = false,
                py::arg("verification") = quick, py::arg("keep_unverified").noconvert() = false,
-               py::arg("document") = Text(), py::arg("on_loss") = py::none(),
+               py::arg("scratch") = py::none(), py::arg("document") = Text(), py::arg("on_loss") = py::none(),
                py::arg("on_progress") = py::none(), py::arg("on_target_done") = py::none(),
                py::arg("cancel") = py::none(),
                "Make the targets of a job with ffmpeg; return a RunResult.\n\n"
                "Callbacks are called in this thread. What they raise, and KeyboardInterrupt, stops ffmpeg\n"
-               "and passes through. Raise JobException, TranscodeFailed, VerificationFailed, RunException.");
+               "and passes through. With a scratch folder, ffmpeg writes there, and what is finished and\n"
+               "verified is put in its place as one step.\n"
+               "Raise JobException, TranscodeFailed, VerificationFailed, RunException.");
     module.def("verify", &Verify, py::arg("graph"), py::kw_only(), py::arg("depth") = quick,
                py::arg("quality").noconvert() = false, py::arg("ffmpeg") = Path{"ffmpeg"},
                py::arg("document") = Text(), py::arg("on_progress") = py::none(),

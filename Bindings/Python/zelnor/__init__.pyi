@@ -250,6 +250,7 @@ def run(
     strict: bool = False,
     verification: VerificationDepth = ...,
     keep_unverified: bool = False,
+    scratch: Optional[_Path] = None,
     document: str = "",
     on_loss: Optional[Callable[[JobFault], object]] = None,
     on_progress: Optional[Callable[[RunProgress], object]] = None,
