@@ -193,9 +193,13 @@ bool IsLayout(std::string_view text)
 
 bool IsNumber(const FoundOption& found, std::string_view text, bool mustBeInteger)
 {
+    // FFmpeg, too, looks for a name first: ProRes has a profile that is called 4444.
+    if (IsConstant(found, text))
+    {
+        return true;
+    }
     const auto number = ParseNumber(text);
-    return number ? (number->isInteger || !mustBeInteger) && IsInRange(*found.option, *number)
-                  : IsConstant(found, text);
+    return number && (number->isInteger || !mustBeInteger) && IsInRange(*found.option, *number);
 }
 
 /// "30000/1001"

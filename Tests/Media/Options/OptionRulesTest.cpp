@@ -84,6 +84,15 @@ TEST(OptionRules, TakeTheNamesThatFFmpegHasForNumbers)
                 "expected an integer from 0 to 2 or one of simple, bits, rd, found 'best'");
 }
 
+TEST(OptionRules, TakeNamesThatLookLikeNumbers)
+{
+    ExpectValue(Encoder("prores_ks", "profile", Text("4444")), "4444");
+    ExpectValue(Encoder("prores_ks", "profile", Integer(4444)), "4444");
+    ExpectFault(Encoder("prores_ks", "profile", Text("4443")),
+                "expected an integer from -1 to 5 or one of auto, proxy, lt, standard, hq, 4444, 4444xq, found "
+                "'4443'");
+}
+
 TEST(OptionRules, TakeTruths)
 {
     ExpectValue(Encoder("libx264", "intra-refresh", Integer(1)), "1");
