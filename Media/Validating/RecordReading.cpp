@@ -114,6 +114,7 @@ private:
 struct Refusal
 {
     Id value;
+    std::string path; ///< empty: the whole record
     std::string reason;
 };
 
@@ -125,11 +126,11 @@ Refusal FindRefusal(const JsonPart& part, const std::vector<Id>& replaced, const
         if (const auto value =
                 PathFinder(part.index, replaced).Find(0, std::string_view(text).substr(0, end)))
         {
-            return {*value, text.substr(end + 2)};
+            return {*value, text.substr(0, end), text.substr(end + 2)};
         }
     }
     constexpr std::string_view kWhole = "record: ";
-    return {0, text.compare(0, kWhole.size(), kWhole) == 0 ? text.substr(kWhole.size()) : text};
+    return {0, "", text.compare(0, kWhole.size(), kWhole) == 0 ? text.substr(kWhole.size()) : text};
 }
 
 /// The innermost value around a fault that can be replaced by another kind of value.
@@ -171,7 +172,10 @@ ReadRecord ReadRecordPart(const JsonPart& part, const Place& place, FaultCollect
         catch (const Core::PropertyException&)
         {
             const Refusal refusal = FindRefusal(part, read.replaced, ErrorText(std::current_exception()));
-            faults.Add(DocumentFault::Form, place, refusal.reason, part, refusal.value);
+            // The record of a job is not called by its own name.
+            const bool isOfJob = place.node || place.link;
+            faults.Add(DocumentFault::Form, isOfJob ? place : place.At(refusal.path), refusal.reason, part,
+                       refusal.value);
             const Id value = ReplaceableAround(part.index, refusal.value);
             faults.Close(part, value);
             if (value == 0)
