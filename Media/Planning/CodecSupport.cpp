@@ -3,6 +3,7 @@
 #include "Media/MediaException.h"
 #include "Media/NearestNames.h"
 #include "Media/Options/ValueNames.h"
+#include "Media/Planning/CodecReasons.h"
 #include "Media/Planning/CodecsInstead.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderChoice.h"
@@ -36,30 +37,27 @@ void RequireKnown(const std::string& key, const std::string& noun, const std::st
 
 void AddReasons(CodecSupport& support)
 {
-    const auto add = [&support](const std::string& reason) { support.reasons.push_back(reason); };
-    if (support.muxer.empty())
+    const auto add = [&support](const std::string& reason) {
+        support.reasons.push_back(AsSentences(reason));
+    };
+    const std::string cannotWrite = CannotWriteText(support.container);
+    const bool isHeld = !cannotWrite.empty() || support.isHeld != CodecSupport::No;
+    if (!cannotWrite.empty())
     {
-        add("The installed FFmpeg cannot write the container " + support.container + ".");
+        add(cannotWrite);
     }
-    else if (!IsOneFile(support.container))
+    else if (!isHeld)
     {
-        add("The container " + support.container + " is not written as one file.");
-    }
-    else if (support.isHeld == CodecSupport::No)
-    {
-        add("The container " + support.container + " cannot hold " + support.codec + "." +
-            (support.codecs.empty() ? "" : " It holds " + AlternativesText(support.codecs) + ".") +
-            (support.containers.empty()
-                 ? ""
-                 : " " + support.codec + " goes into " + AlternativesText(support.containers) + "."));
+        add(CannotHoldText(support.container, support.codec));
     }
     if (support.encoder.empty())
     {
-        add("The installed FFmpeg does not have an encoder for " + support.codec + ".");
+        // What the container holds instead has been said.
+        add(NoEncoderText(isHeld ? support.container : "", support.codec));
     }
     else if (support.isEncodingDisabled)
     {
-        add("Encoding " + support.codec + " is disabled; name an encoder, such as " + support.encoder + ".");
+        add(DisabledText(support.codec, support.encoder));
     }
 }
 

@@ -66,12 +66,6 @@ std::vector<std::string> CodecsFor(const std::string& container, const std::stri
     return BestOf(std::move(ranked));
 }
 
-std::string HoldsInsteadText(const std::string& container, const std::string& codec)
-{
-    const std::vector<std::string> codecs = CodecsFor(container, codec);
-    return codecs.empty() ? "" : "; it holds " + AlternativesText(codecs);
-}
-
 std::string AlternativesText(const std::vector<std::string>& names)
 {
     std::string text;

@@ -13,10 +13,6 @@ namespace Zelnor::Media
 /// for, then the others; of each, those whose names are like the codec's come first.
 std::vector<std::string> CodecsFor(const std::string& container, const std::string& codec);
 
-/// "; it holds CODEC_ID_VP9 or CODEC_ID_VP8", to end a sentence about a container that cannot hold a codec;
-/// empty when there is nothing like it.
-std::string HoldsInsteadText(const std::string& container, const std::string& codec);
-
 /// "CODEC_ID_H264, CODEC_ID_H263 or CODEC_ID_MPEG4"
 std::string AlternativesText(const std::vector<std::string>& names);
 

@@ -4,6 +4,7 @@
 #include "Media/Jobs/JobKeys.h"
 #include "Media/Jobs/MediaSpan.h"
 #include "Media/MediaException.h"
+#include "Media/Planning/CodecReasons.h"
 #include "Media/Planning/OutputContents.h"
 #include "Media/Planning/SettingOverrides.h"
 #include "Media/Planning/StreamLimit.h"
@@ -142,6 +143,17 @@ Property SettingsOf(const Conf::IPreset& preset, const JobRequest& request, std:
         CheckPreset(settings);
     }
     return settings;
+}
+
+/// \throw PlanException
+void RequireWritten(const std::string& container, const Property& settings)
+{
+    const std::string reason = CannotWriteText(container);
+    if (!reason.empty())
+    {
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(
+                                Place().At(settings.GetName()).Under(IFormatFile::TAG_CONTAINER), reason));
+    }
 }
 
 /// What is copied has no settings. \throw PlanException
@@ -303,6 +315,7 @@ PlannedJob PlanJob(const MediaFile& source, const boost::intrusive_ptr<const Con
     const bool losslessDvd = request.streams.losslessDvd;
     const std::string container =
         losslessDvd ? IFormatFile::FORMAT_DVD : settings[IFormatFile::TAG_CONTAINER].GetString();
+    RequireWritten(container, settings);
     StreamPlan plan = PlanStreams(source, settings, container, request.streams, request.settings);
     CheckMerges(source, plan, request.merges);
     LeaveOutDrawn(source, request, plan);

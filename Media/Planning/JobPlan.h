@@ -43,6 +43,8 @@ struct PlannedJob
 /// \throw PlanException when the source, the preset and the request do not go together, or the installed
 ///        FFmpeg cannot make a stream; with the tags that name the file, the stream and the preset's key:
 ///        "in.mkv: video stream 0, p.$$STREAMS$$.video.width: encoder mpeg2video does not support ..."
+/// \throw PlanException with the reasons of `ExplainCodecSupport`, when the container cannot hold a codec or
+///        the installed FFmpeg does not have its encoder
 /// \throw PlanException when the request is strict and something would be lost; it names the first thing
 /// \throw PresetFileException when the preset's record does not keep to the rules
 ZELNOR_API PlannedJob PlanJob(const MediaFile& source,

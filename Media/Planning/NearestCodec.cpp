@@ -2,8 +2,8 @@
 
 #include "Media/MediaException.h"
 #include "Media/Planning/AudioTrial.h"
+#include "Media/Planning/CodecReasons.h"
 #include "Media/Planning/EncoderCapabilities.h"
-#include "Media/Planning/EncoderChoice.h"
 #include "Media/Probe/FFmpegNames.h"
 #include "Media/ValueText.h"
 
@@ -42,11 +42,9 @@ void AllowEncoder(const TargetStream& stream, const StreamRequest& request, Prop
     }
     if (!request.allowDisabled)
     {
-        ZELNOR_THROW(kUnit,
-                     MakeError<PlanException>(
-                         stream.place.Under(choice.key),
-                         choice.fault + " unless the preset names its encoder ('" + encoder->name +
-                             "', under " + IFormatCodec::TAG_PREFERREDIMPL + ") or the request allows it"));
+        ZELNOR_THROW(kUnit, MakeError<PlanException>(stream.place.Under(choice.key),
+                                                     DisabledText(codecId, encoder->name) +
+                                                         " or the request allows it"));
     }
     settings.SetChildT(IFormatCodec::TAG_PREFERREDIMPL, std::string(encoder->name));
 }

@@ -378,7 +378,7 @@ NewPreset ChangePreset(const Property& preset, const std::string& name,
     made.record.SetChildT(IPreset::KEY_ID, name);
     ResolveNames(made.record);
     CheckPreset(made.record);
-    const std::vector<UnsupportedStream> unsupported = FindUnsupportedStreams(made.record);
+    const std::vector<UnsupportedSetting> unsupported = FindUnsupportedSettings(made.record);
     if (!unsupported.empty())
     {
         ZELNOR_THROW(kUnit, MakeError<PlanException>(unsupported.front().place, unsupported.front().reason));

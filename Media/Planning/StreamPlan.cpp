@@ -3,12 +3,14 @@
 #include "Media/FFmpeg/Calls.h"
 #include "Media/MediaException.h"
 #include "Media/Planning/AudioChoice.h"
+#include "Media/Planning/CodecReasons.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/DvdSettings.h"
 #include "Media/Planning/NearestCodec.h"
 #include "Media/Planning/SettingOverrides.h"
 #include "Media/Planning/TargetCodec.h"
 #include "Media/Probe/FFmpegNames.h"
+#include "Media/RecordText.h"
 #include "Media/Text.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
@@ -330,9 +332,9 @@ private:
                                                                      : MayHold(m_container, codec->id));
         if (!isHeld)
         {
-            ZELNOR_THROW(kUnit, MakeError<PlanException>(PlaceOf(m_source, stream),
-                                                         "cannot be copied, since the container " +
-                                                             m_container + " cannot hold " + stream.codec));
+            ZELNOR_THROW(kUnit,
+                         MakeError<PlanException>(PlaceOf(m_source, stream),
+                                                  "cannot be copied, since " + WhyNotHeld(stream, codec)));
         }
         m_plan.streams.push_back({stream.index, true, MakeCopiedCodec(stream)});
     }
@@ -378,12 +380,24 @@ private:
         AddConverted(stream, {&settings, ""});
     }
 
+    std::string WhyNotHeld(const MediaStream& stream, const AVCodecDescriptor* codec) const
+    {
+        return codec == nullptr ? "the container " + m_container + " cannot hold " + stream.codec
+                                : CannotHoldText(m_container, codec->id);
+    }
+
     void AddConverted(const MediaStream& stream, const Settings& settings)
     {
+        const Place place = PlaceOf(m_source, stream).At(settings.key);
+        const std::string codec = TextUnder(*settings.record, IFormatCodec::TAG_CODEC_ID);
+        if (!MayHold(m_container, CodecNumberOf(codec)))
+        {
+            ZELNOR_THROW(kUnit, MakeError<PlanException>(place.Under(IFormatCodec::TAG_CODEC_ID),
+                                                         CannotHoldText(m_container, codec)));
+        }
         m_plan.streams.push_back({stream.index, false,
-                                  MakeNearestCodec({stream, *settings.record, m_container,
-                                                    PlaceOf(m_source, stream).At(settings.key), m_plan.notes,
-                                                    settings.isBitrateAsked},
+                                  MakeNearestCodec({stream, *settings.record, m_container, place,
+                                                    m_plan.notes, settings.isBitrateAsked},
                                                    m_request)});
     }
 

@@ -4,11 +4,11 @@
 #include "Media/Jobs/JobKeys.h"
 #include "Media/MediaException.h"
 #include "Media/Options/OptionRules.h"
+#include "Media/Planning/CodecReasons.h"
 #include "Media/Planning/ColorPlan.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/EncoderCapabilities.h"
 #include "Media/Planning/EncoderCheck.h"
-#include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/HdrPlan.h"
 #include "Media/Planning/SampleLosses.h"
 #include "Media/Planning/VideoGeometry.h"
@@ -55,13 +55,7 @@ const std::string& CodecIdOf(const Property& record)
 
 const AVCodec& RequireEncoder(const TargetStream& stream)
 {
-    const std::string& codecId = CodecIdOf(stream.settings);
-    if (FindEncoder(codecId) == nullptr)
-    {
-        ZELNOR_THROW(kUnit, MakeError<PlanException>(stream.place.Under(IFormatCodec::TAG_CODEC_ID),
-                                                     "the installed FFmpeg has no encoder for " + codecId));
-    }
-    const EncoderChoice choice = ChooseEncoder(stream.settings);
+    const EncoderChoice choice = ChooseEncoderFor(stream.settings, stream.container);
     if (choice.encoder == nullptr)
     {
         ZELNOR_THROW(kUnit, MakeError<PlanException>(stream.place.Under(choice.key), choice.fault));
@@ -176,7 +170,8 @@ void ChooseDeinterlacing(const AVCodec& encoder, const TargetStream& stream, Pro
                                                                      : JobKeys::kDeinterlaceEveryFrame));
 }
 
-void FillBitrate(const AVCodec& encoder, const Conf::FrameInfo& frame, Property& record)
+void FillBitrate(const TargetStream& stream, const AVCodec& encoder, const Conf::FrameInfo& frame,
+                 Property& record)
 {
     if (record.ChildExists(IFormatCodec::TAG_BITRATE) || IsWithoutBitrate(encoder.id))
     {
@@ -185,8 +180,14 @@ void FillBitrate(const AVCodec& encoder, const Conf::FrameInfo& frame, Property&
     const Property::Ratio& rate = record[IFormatCodecVideo::TAG_FPS].GetRatio();
     const double fps = static_cast<double>(rate.numerator()) / static_cast<double>(rate.denominator());
     const long long bitrate = Conf::GetDefVideoBitrate(CodecIdOf(record), frame.width, frame.height, fps);
-    record.SetChildT(IFormatCodec::TAG_BITRATE,
-                     std::min<long long>(bitrate, IFormatCodecVideo::MAX_VIDEO_BITRATE));
+    const long long filled = std::min<long long>(bitrate, IFormatCodecVideo::MAX_VIDEO_BITRATE);
+    record.SetChildT(IFormatCodec::TAG_BITRATE, filled);
+    if (!Conf::HasVideoBitrateCurve(CodecIdOf(record)))
+    {
+        stream.notes.push_back("Stream " + std::to_string(stream.source.index) + " gets " +
+                               std::to_string(filled) + " bit/s, as for " + IFormatCodecVideo::CODEC_ID_H264 +
+                               ", since the bitrate calculator does not know " + CodecIdOf(record));
+    }
 }
 
 /// "25" or "30000/1001"
@@ -311,7 +312,7 @@ Property MakeVideo(const TargetStream& stream)
     PlanColor(stream.source, encoder, stream.container, record);
     PlanHdr(stream.source, encoder, record);
     RequireAccepted(record, encoder, stream.place);
-    FillBitrate(encoder, target->GetFrameInfo(), record);
+    FillBitrate(stream, encoder, target->GetFrameInfo(), record);
     RaiseBitrate(stream, encoder, target->GetFrameInfo(), record);
     LimitKeyInterval(encoder, record);
     FillBitrateMode(record);

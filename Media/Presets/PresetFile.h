@@ -25,7 +25,8 @@ namespace Zelnor::Media
 class ZELNOR_API PresetFile final : public Counted<Conf::IPreset>
 {
 public:
-    /// Reads and checks a preset.
+    /// Reads a preset and checks that it obeys the rules. Whether the installed FFmpeg can make its streams,
+    /// and the container hold them, is asked when a job is planned, and by `ValidateFile`.
     /// \throw PresetFileException with file, place and what was expected there: "mp3.json:
     ///        mp3.$$STREAMS$$.audio.bitrate: expected a positive integer, found 'fast'"; "Cannot open
     ///        'mp3.json': No such file or directory"

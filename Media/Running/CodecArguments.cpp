@@ -1,8 +1,8 @@
 #include "Media/Running/CodecArguments.h"
 
 #include "Media/Options/OptionRules.h"
+#include "Media/Planning/CodecReasons.h"
 #include "Media/Planning/EncoderCapabilities.h"
-#include "Media/Planning/EncoderChoice.h"
 #include "Media/Planning/VideoSettings.h"
 #include "Media/Running/BitrateArguments.h"
 #include "Media/Running/EncoderProfiles.h"
@@ -230,9 +230,10 @@ bool WantsTwoPasses(const Property& codec)
                                                     : passes->GetString() == IFormatCodec::TAG_TWO_PASS_MODE;
 }
 
-const AVCodec* EncoderFor(const Property& codec, const Place& place, FaultList& faults)
+const AVCodec* EncoderFor(const Property& codec, const std::string& container, const Place& place,
+                          FaultList& faults)
 {
-    const EncoderChoice choice = ChooseEncoder(codec);
+    const EncoderChoice choice = ChooseEncoderFor(codec, container);
     if (choice.encoder == nullptr)
     {
         faults.Add(JobFault::Encoder, place.At(choice.key), choice.fault);

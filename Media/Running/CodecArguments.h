@@ -16,7 +16,8 @@ bool WantsTwoPasses(const Core::Property& codec);
 
 /// The encoder that a codec's record of checked settings asks for; null, with the reason among the faults,
 /// when there is none here, or it must not be used.
-const AVCodec* EncoderFor(const Core::Property& codec, const Place& place, FaultList& faults);
+const AVCodec* EncoderFor(const Core::Property& codec, const std::string& container, const Place& place,
+                          FaultList& faults);
 
 /// Everything that a codec's record of checked settings says about encoding, but for what filters do (size,
 /// rate, samples). What the encoder does not support is a fault.

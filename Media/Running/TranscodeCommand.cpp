@@ -6,7 +6,7 @@
 #include "Media/Options/OptionRules.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Options/ValueNames.h"
-#include "Media/Planning/CodecsInstead.h"
+#include "Media/Planning/CodecReasons.h"
 #include "Media/Planning/Containers.h"
 #include "Media/Planning/CoverTag.h"
 #include "Media/Planning/EncoderCheck.h"
@@ -151,9 +151,7 @@ private:
     {
         if (m_isMuxerKnown && !MayHold(m_transcode.container, codec))
         {
-            AddFault(JobFault::Container,
-                     "the container " + m_transcode.container + " cannot hold " + avcodec_get_name(codec) +
-                         HoldsInsteadText(m_transcode.container, CodecTextOf(codec).value_or("")));
+            AddFault(JobFault::Container, CannotHoldText(m_transcode.container, codec));
         }
     }
 
@@ -182,9 +180,10 @@ private:
 
     void MakeEncoded(const MediaStream* source)
     {
-        const AVCodec* const encoder = m_faults.IsAt(m_stream.place.At(IFormatCodec::TAG_CODEC_ID))
-                                           ? nullptr
-                                           : EncoderFor(m_codec, m_stream.place, m_faults);
+        const AVCodec* const encoder =
+            m_faults.IsAt(m_stream.place.At(IFormatCodec::TAG_CODEC_ID))
+                ? nullptr
+                : EncoderFor(m_codec, m_transcode.container, m_stream.place, m_faults);
         if (encoder == nullptr || !CheckType(*encoder, source))
         {
             return;
@@ -335,16 +334,10 @@ void ChooseMuxer(const Transcode& transcode, TranscodeCommand& command, FaultLis
         command.isPicture = IsPicture(container);
         command.startsFast = CanStartFast(container);
     }
-    else if (muxer != nullptr)
+    else if (muxer != nullptr || !faults.IsAt(place))
     {
         faults.Add(JobFault::Container, place,
-                   "expected a container that is written as one file, found '" + container + "'");
-    }
-    else if (!faults.IsAt(place))
-    {
-        faults.Add(JobFault::Container, place,
-                   "the installed FFmpeg cannot write the container '" + container + "'" +
-                       SuggestName(IFormatFile::TAG_CONTAINER, container));
+                   CannotWriteText(container) + SuggestName(IFormatFile::TAG_CONTAINER, container));
     }
 }
 

@@ -140,10 +140,11 @@ void ValidatePreset(const JsonPart& document, const std::string& name, FaultColl
     {
         AddFault(fault, preset, part, faults);
     }
-    for (const UnsupportedStream& stream : FindUnsupportedStreams(preset, name))
+    for (const UnsupportedSetting& setting : FindUnsupportedSettings(preset, name))
     {
-        faults.Add(DocumentFault::Container, stream.place, stream.reason, part,
-                   ValueAt(part, PathTo(preset, *stream.codec)), Aspect::Value, stream.nearest);
+        faults.Add(setting.kind == JobFault::Encoder ? DocumentFault::Encoder : DocumentFault::Container,
+                   setting.place, setting.reason, part, ValueAt(part, PathTo(preset, *setting.value)),
+                   Aspect::Value, setting.nearest);
     }
     CheckRepeated(preset, name, part, faults);
 }

@@ -1,5 +1,6 @@
 // A document passes validation exactly when its reader takes it and the check of jobs finds nothing but what
-// is about files; and each fault points to a place in the text.
+// is about files, or a preset has a codec that is not made here; and each fault points to a place in the
+// text.
 
 #include "Media/Jobs/JobFile.h"
 #include "Media/MediaException.h"
@@ -55,6 +56,16 @@ bool IsAboutFiles(const JobFault& fault, bool isCopied)
            (isCopied && fault.kind == JobFault::Container) ||
            std::any_of(std::begin(kAboutSources), std::end(kAboutSources),
                        [&](const char* text) { return fault.reason.find(text) != std::string::npos; });
+}
+
+/// Whether all faults are what only a job of the preset meets, so that its reader takes it.
+bool AreOfTheInstallation(const std::vector<DocumentFault>& faults)
+{
+    return std::all_of(faults.begin(), faults.end(), [](const DocumentFault& fault) {
+        return fault.kind == DocumentFault::Ignored || fault.kind == DocumentFault::Container ||
+               (fault.kind == DocumentFault::Encoder &&
+                fault.reason.find("does not have an encoder") != std::string::npos);
+    });
 }
 
 /// What the reader of jobs and the check say; nothing when the job can be run as far as documents tell.
@@ -250,6 +261,10 @@ private:
             return "it is taken for the other kind of document";
         }
         const std::string refusal = isJob ? job : preset;
+        if (!isJob && refusal.empty() && AreOfTheInstallation(found.faults))
+        {
+            return "";
+        }
         if (said.empty() != refusal.empty() && !(isJob && !said.empty() && isRefused))
         {
             return "validation says '" + said + "', the reader '" + refusal + "'";

@@ -213,6 +213,18 @@ def test_a_stream_that_there_is_not_is_refused_with_its_file(plan_mp3: Plan, cli
     assert caught.value.file == str(clip)
 
 
+def test_a_codec_that_the_container_cannot_hold_is_refused_with_what_it_holds(
+    media: zelnor.MediaFile, tmp_path: pathlib.Path
+) -> None:
+    preset = zelnor.Preset.read('{"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_VP8"}}}}')
+    reason = "the container mp4 cannot hold CODEC_ID_VP8; it holds CODEC_ID_H264, "
+    with pytest.raises(zelnor.PlanException, match=reason) as caught:
+        zelnor.plan(media, preset, JobRequest(output=tmp_path / "out"))
+    assert caught.value.key == "p.$$STREAMS$$.video.codec_id"
+    [said] = zelnor.explain_codec_support("mp4", "CODEC_ID_VP8").reasons
+    assert said.startswith("The container mp4 cannot hold CODEC_ID_VP8. It holds CODEC_ID_H264, ")
+
+
 def test_a_strict_request_refuses_losses(plan_mp3: Plan) -> None:
     with pytest.raises(zelnor.PlanException):
         plan_mp3(strict=True)

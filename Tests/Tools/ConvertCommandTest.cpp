@@ -242,8 +242,10 @@ TEST_F(Convert, CopiesStreamsAsTheyAre)
         Shell("for f in in.mkv out.mkv; do ffmpeg -v error -i $f -map 0:v -map 0:a -c copy "
               "-f streamhash -; done | sort | uniq -c | awk '{print $1}' | sort -u");
     EXPECT_EQ(sums.output, "2\n");
-    ExpectRefused(Run({"in.mkv", "out.webm", "--copy", "video"}),
-                  "in.mkv: video stream 0: cannot be copied, since the container webm cannot hold h264");
+    ExpectRefused(
+        Run({"in.mkv", "out.webm", "--copy", "video"}),
+        "in.mkv: video stream 0: cannot be copied, since the container webm cannot hold CODEC_ID_H264; it "
+        "holds CODEC_ID_VP9 or CODEC_ID_VP8; CODEC_ID_H264 goes into matroska, mov or mp4");
 }
 
 TEST_F(Convert, ConvertsAPartOfTheInput)
@@ -256,8 +258,8 @@ TEST_F(Convert, ConvertsAPartOfTheInput)
 TEST_F(Convert, UsesADisabledEncoderWhenAsked)
 {
     EXPECT_THAT(Refusal({"--codec", "h265"}),
-                HasSubstr("encoding CODEC_ID_H265 is disabled unless the preset "
-                          "names its encoder ('libx265'"));
+                HasSubstr("encoding CODEC_ID_H265 is disabled unless its encoder is named "
+                          "('libx265'"));
     const ProcessResult result = Run({"in.mkv", "out.mkv", "-p", "mkv-h264-ac3", "--codec", "h265",
                                       "--allow-disabled", "--progress", "json"});
     EXPECT_EQ(result.exitCode, 0);

@@ -183,16 +183,19 @@ const Break kBreaks[] = {
     {"CodecThatTheContainerCannotHold",
      R"("codec_id":"CODEC_ID_AAC")",
      R"("codec_id":"CODEC_ID_WAVPACK")",
-     {kAudio + ": the container mp4 cannot hold wavpack; it holds CODEC_ID_AAC, CODEC_ID_MP2 or CODEC_ID_MP3",
+     {kAudio + ": the container mp4 cannot hold CODEC_ID_WAVPACK; it holds CODEC_ID_AAC, CODEC_ID_MP2 or "
+               "CODEC_ID_MP3; CODEC_ID_WAVPACK goes into matroska, wv or nut",
       kAudio + ", profile: encoder wavpack does not have a profile 'aac_low'"}},
     {"NoEncoder",
      "CODEC_ID_H264",
      "CODEC_ID_RV40",
-     {kVideo + ", codec_id: the installed FFmpeg does not have an encoder for CODEC_ID_RV40"}},
+     {kVideo + ", codec_id: the installed FFmpeg does not have an encoder for CODEC_ID_RV40; for mp4 it can "
+               "encode CODEC_ID_H264, CODEC_ID_MPEG1VIDEO or CODEC_ID_MPEG2VIDEO"}},
     {"DisabledEncoder",
      "CODEC_ID_H264",
      "CODEC_ID_H265",
-     {kVideo + ", codec_id: encoding CODEC_ID_H265 is disabled"}},
+     {kVideo + ", codec_id: encoding CODEC_ID_H265 is disabled unless its encoder is named ('libx265', under "
+               "preferred_encoder)"}},
     {"CodecOfAnotherKind",
      "CODEC_ID_H264",
      "CODEC_ID_AAC",
@@ -200,7 +203,8 @@ const Break kBreaks[] = {
     {"UnknownEncoder",
      R"("preset":"medium")",
      R"("preferred_encoder":"x")",
-     {kVideo + ", preferred_encoder: the installed FFmpeg does not have an encoder 'x' for CODEC_ID_H264"}},
+     {kVideo + ", preferred_encoder: the installed FFmpeg does not have an encoder 'x' for CODEC_ID_H264; it "
+               "has 'libx264'"}},
     {"UnknownOption",
      R"("codec.options.encode":{})",
      R"("codec.options.encode":{"no_such":1})",

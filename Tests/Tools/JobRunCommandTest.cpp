@@ -353,10 +353,11 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
     };
     const Case kCases[] = {
         {"CODEC_ID_H264", "CODEC_ID_H265",
-         "job.json: link 3 -> 2, video stream 0, codec_id: encoding CODEC_ID_H265 is disabled"},
+         "job.json: link 3 -> 2, video stream 0, codec_id: encoding CODEC_ID_H265 is disabled unless its "
+         "encoder is named ('libx265', under preferred_encoder)"},
         {"CODEC_ID_H264", "CODEC_ID_RV40",
          "job.json: link 3 -> 2, video stream 0, codec_id: the installed FFmpeg does not have an encoder for "
-         "CODEC_ID_RV40"},
+         "CODEC_ID_RV40; for mp4 it can encode CODEC_ID_H264, CODEC_ID_MPEG1VIDEO or CODEC_ID_MPEG2VIDEO"},
         {"CODEC_ID_H264", "CODEC_ID_AUTO",
          "job.json: link 3 -> 2, video stream 0, codec_id: the installed FFmpeg does not have an encoder for "
          "CODEC_ID_AUTO"},
@@ -364,8 +365,9 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
          "job.json: node 2, container: the installed FFmpeg cannot write the container 'a64x'; did you mean "
          "'a64' or 'adx'?"},
         {R"("container":"mp4")", R"("container":"webm")",
-         "job.json: link 3 -> 2, video stream 0: the container webm cannot hold h264; it holds CODEC_ID_VP9 "
-         "or CODEC_ID_VP8"},
+         "job.json: link 3 -> 2, video stream 0: the container webm cannot hold CODEC_ID_H264; it holds "
+         "CODEC_ID_VP9 "
+         "or CODEC_ID_VP8; CODEC_ID_H264 goes into matroska, mov or mp4"},
         {R"("profile":"high")", R"("profile":"highest")",
          "job.json: link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
          "'highest'"},
@@ -381,7 +383,7 @@ TEST_F(JobRun, WhatCannotBeHonouredIsRefusedBeforeAnythingRuns)
          "did you mean 'CBR' or 'VBR'?"},
         {R"("preset":"medium")", R"("preferred_encoder":"ENCODER_NVENC_H264")",
          "job.json: link 3 -> 2, video stream 0, preferred_encoder: the installed FFmpeg does not have an "
-         "encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264"},
+         "encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264; it has 'libx264'"},
         {R"("codec.options.encode":{})", R"("codec.options.encode":{"no_such":1})",
          "job.json: link 3 -> 2, video stream 0, codec.options.encode.no_such: encoder libx264 does not "
          "have an option 'no_such'"},

@@ -101,6 +101,18 @@ TEST_F(PresetCommand, ShowsEverySettingOfAPreset)
                              "  codec.options.encode.crf  20\n");
 }
 
+TEST_F(PresetCommand, ShowsWhyNoJobCanBeMadeWithAPreset)
+{
+    Write("p.json", R"({"p":{"container":"webm","$$STREAMS$$":{"audio":{"codec_id":"CODEC_ID_MP3"}}}})");
+    const ProcessResult result = Preset({"show", "p.json"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.output, HasSubstr("CODEC_ID_MP3"));
+    EXPECT_EQ(result.messages,
+              "zconf: note: p.json: p.$$STREAMS$$.audio.codec_id: the container webm cannot hold "
+              "CODEC_ID_MP3; it holds "
+              "CODEC_ID_OPUS or CODEC_ID_VORBIS; CODEC_ID_MP3 goes into avi, matroska or mov\n");
+}
+
 TEST_F(PresetCommand, ShowsAPresetForScripts)
 {
     const rapidjson::Document shown = Json(Preset({"show", "mp3", "--json"}));

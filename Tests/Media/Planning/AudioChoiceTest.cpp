@@ -105,7 +105,10 @@ TEST_F(AudioChoice, CopiesWhatTheContainerCanHold)
     m_source = MakeMediaFile(
         {MakeVideoStream(), MakeAudioStream(Conf::CH_LAYOUT_STEREO, 48000, "CODEC_ID_PCM_S16LE")});
     EXPECT_EQ(ExpectThrow<PlanException>([&] { Plan(); }).description,
-              "in.mkv: audio stream 1: cannot be copied, since the container mp4 cannot hold pcm_s16le");
+              "in.mkv: audio stream 1: cannot be copied, since the container mp4 cannot hold "
+              "CODEC_ID_PCM_S16LE; it holds CODEC_ID_AAC, CODEC_ID_MP2 or CODEC_ID_MP3; CODEC_ID_PCM_S16LE "
+              "goes into "
+              "wav, avi or matroska");
 }
 
 TEST_F(AudioChoice, CopiesAllSubtitlesOrSaysWhichItCannot)
@@ -115,7 +118,9 @@ TEST_F(AudioChoice, CopiesAllSubtitlesOrSaysWhichItCannot)
     EXPECT_EQ(Plan().graph->GetLink(4, 2)["lossless"].GetInt64(), 1);
     m_source = MakeMediaFile({MakeVideoStream(), MakeSubtitleStream()});
     EXPECT_EQ(ExpectThrow<PlanException>([&] { Plan(); }).description,
-              "in.mkv: subtitle stream 1: cannot be copied, since the container mp4 cannot hold subrip");
+              "in.mkv: subtitle stream 1: cannot be copied, since the container mp4 cannot hold "
+              "CODEC_ID_SUBRIP; it "
+              "holds CODEC_ID_DVD_SUBTITLE or CODEC_ID_MOV_TEXT; CODEC_ID_SUBRIP goes into matroska or srt");
 }
 
 TEST_F(AudioChoice, DoesNotSetAnythingOfACopy)

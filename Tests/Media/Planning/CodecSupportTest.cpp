@@ -52,21 +52,24 @@ TEST(CodecSupport, NamesCodecsAndContainersThatFit)
                 testing::StartsWith("The container webm cannot hold CODEC_ID_H264. It holds "));
 }
 
-TEST(CodecSupport, TellsWhatFFmpegCannotEncode)
+TEST(CodecSupport, TellsWhatFFmpegCannotEncodeAndWhatItCan)
 {
     const CodecSupport support = ExplainCodecSupport("avi", "CODEC_ID_VC1");
     EXPECT_EQ(support.encoder, "");
     EXPECT_EQ(support.hasBitrateCurve, false);
     EXPECT_THAT(support.reasons,
-                ElementsAre("The installed FFmpeg does not have an encoder for CODEC_ID_VC1."));
+                ElementsAre("The installed FFmpeg does not have an encoder for CODEC_ID_VC1. For avi it can "
+                            "encode " +
+                            AlternativesText(support.codecs) + "."));
 }
 
 TEST(CodecSupport, TellsWhatIsEncodedOnlyByAnEncoderThatIsNamed)
 {
     const CodecSupport support = ExplainCodecSupport("mp4", "CODEC_ID_H265");
     EXPECT_TRUE(support.isEncodingDisabled);
-    EXPECT_THAT(support.reasons, ElementsAre("Encoding CODEC_ID_H265 is disabled; name an encoder, such as " +
-                                             support.encoder + "."));
+    EXPECT_THAT(support.reasons,
+                ElementsAre("Encoding CODEC_ID_H265 is disabled unless its encoder is named ('" +
+                            support.encoder + "', under preferred_encoder)."));
 }
 
 TEST(CodecSupport, RefusesNamesThatAreNotKnown)
@@ -76,10 +79,8 @@ TEST(CodecSupport, RefusesNamesThatAreNotKnown)
     EXPECT_THROW(ExplainCodecSupport("", ""), PlanException);
 }
 
-TEST(CodecsInstead, SayNothingWhereNothingFits)
+TEST(AlternativesText, JoinsNames)
 {
-    EXPECT_EQ(HoldsInsteadText("none of that name", "CODEC_ID_AAC"), "");
-    EXPECT_EQ(HoldsInsteadText("wav", "CODEC_ID_H264"), "");
     EXPECT_EQ(AlternativesText({}), "");
     EXPECT_EQ(AlternativesText({"a"}), "a");
     EXPECT_EQ(AlternativesText({"a", "b", "c"}), "a, b or c");

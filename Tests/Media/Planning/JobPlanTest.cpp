@@ -144,9 +144,9 @@ TEST(PlanJob, NamesThePresetsKeyThatFFmpegCannotHonour)
                                   "does not support pixel format RGBA");
     EXPECT_EQ(format.Get<MediaException::TagKey>(), "p.$$STREAMS$$.video.PIXELFORMAT");
     EXPECT_EQ(format.Get<MediaException::TagStream>(), 0U);
-    EXPECT_EQ(ExpectRefused(source, R"({"audio":{"codec_id":"CODEC_ID_ATRAC3"}})", Request()).description,
-              "in.mkv: audio stream 1, p.$$STREAMS$$.audio.codec_id: the installed FFmpeg has no encoder for "
-              "CODEC_ID_ATRAC3");
+    EXPECT_EQ(ExpectRefused(source, R"({"audio":{"codec_id":"CODEC_ID_QCELP"}})", Request()).description,
+              "in.mkv: audio stream 1, p.$$STREAMS$$.audio.codec_id: the installed FFmpeg does not have an "
+              "encoder for CODEC_ID_QCELP; for mp4 it can encode CODEC_ID_AAC, CODEC_ID_MP2 or CODEC_ID_MP3");
     EXPECT_EQ(
         ExpectRefused(source, R"({"audio":{"codec_id":"CODEC_ID_MP3","sample_rate":44101}})", Request())
             .description,
@@ -451,7 +451,8 @@ TEST(PlanJob, EveryCodecIsPlannedOrRefusedWithItsPlace)
             const std::string streams = std::string("{\"") + type + R"(":{"codec_id":")" + text + "\"}}";
             try
             {
-                EXPECT_TRUE(Plan(source, streams).graph->TopologyIsValid());
+                EXPECT_TRUE(
+                    PlanJob(source, MakePreset("matroska", streams), Request()).graph->TopologyIsValid());
                 ++planned;
             }
             catch (const PlanException& exception)

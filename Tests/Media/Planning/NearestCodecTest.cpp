@@ -171,8 +171,8 @@ TEST_F(NearestCodec, UsesADisabledEncoderOnlyWhenAsked)
     const Thrown thrown = ExpectThrow<PlanException>([&] { Make(MakeVideoStream(), plain); });
     EXPECT_EQ(
         thrown.description,
-        "in.mkv: video stream 0, p.$$STREAMS$$.video.codec_id: encoding CODEC_ID_H265 is disabled unless the "
-        "preset names its encoder ('libx265', under preferred_encoder) or the request allows it");
+        "in.mkv: video stream 0, p.$$STREAMS$$.video.codec_id: encoding CODEC_ID_H265 is disabled unless its "
+        "encoder is named ('libx265', under preferred_encoder) or the request allows it");
     EXPECT_EQ(
         Make(MakeVideoStream(),
              R"({"video":{"codec_id":"CODEC_ID_H265","preferred_encoder":"libx265"}})")["preferred_encoder"]
@@ -196,7 +196,7 @@ TEST_F(NearestCodec, AsksTheEncoderThatIsNamed)
               }).description,
               "in.mkv: video stream 0, p.$$STREAMS$$.video.preferred_encoder: the installed FFmpeg does not "
               "have an "
-              "encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264");
+              "encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264; it has 'libx264'");
 }
 
 } // namespace

@@ -154,11 +154,25 @@ TEST_F(TargetCodecChoices, ChannelsWithoutALayoutStayWhereTheEncoderTakesAny)
     EXPECT_EQ(layout("CODEC_ID_MP2", 3), "MONO");
 }
 
+TEST_F(TargetCodecChoices, TellOfABitrateThatTheCalculatorDoesNotKnow)
+{
+    Ask("CODEC_ID_MPEG4");
+    Make(MakeVideoStream());
+    EXPECT_THAT(m_notes, testing::IsEmpty());
+    Ask("CODEC_ID_FLV1");
+    const Property made = Make(MakeVideoStream());
+    EXPECT_THAT(m_notes, testing::ElementsAre("Stream 0 gets " + std::to_string(made["bitrate"].GetInt64()) +
+                                              " bit/s, as for CODEC_ID_H264, since the bitrate calculator "
+                                              "does not know CODEC_ID_FLV1"));
+}
+
 TEST_F(TargetCodecChoices, ThatFFmpegCannotMakeAreRefused)
 {
     Ask("CODEC_ID_QDM2");
     EXPECT_EQ(ExpectThrow<PlanException>([&] { Make(MakeAudioStream()); }).description,
-              "in.mkv: codec_id: the installed FFmpeg has no encoder for CODEC_ID_QDM2");
+              "in.mkv: codec_id: the installed FFmpeg does not have an encoder for CODEC_ID_QDM2; for "
+              "matroska it can "
+              "encode CODEC_ID_VORBIS, CODEC_ID_PCM_S16LE or CODEC_ID_PCM_S16BE");
     MediaStream data = MakeStream(StreamKind::Data, Conf::IFormatCodec::Create());
     EXPECT_EQ(ExpectThrow<PlanException>([&] { Make(data); }).description,
               "in.mkv: streams of this kind cannot be converted");

@@ -240,15 +240,15 @@ TEST(FFmpegArguments, EveryFaultOfAStreamIsTold)
                           VideoRecord(R"("codec_id":"CODEC_ID_H264","width":-640,"height":360,"aspect_x":1,)"
                                       R"("aspect_y":1,"PIXELFORMAT":28,"profile":"odd","more":1)"),
                           "webm")),
-        (Arguments{
-            "link 3 -> 2, video stream 0, width: expected an integer from 1 to 65535, found -640",
-            "link 3 -> 2, video stream 0: unknown setting 'more'",
-            "link 3 -> 2, video stream 0: the container webm cannot hold h264; it holds CODEC_ID_VP9 or "
-            "CODEC_ID_VP8",
-            "link 3 -> 2, video stream 0, PIXELFORMAT: encoder libx264 does not support "
-            "pixel format RGBA",
-            "link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
-            "'odd'"}));
+        (Arguments{"link 3 -> 2, video stream 0, width: expected an integer from 1 to 65535, found -640",
+                   "link 3 -> 2, video stream 0: unknown setting 'more'",
+                   "link 3 -> 2, video stream 0: the container webm cannot hold CODEC_ID_H264; it holds "
+                   "CODEC_ID_VP9 "
+                   "or CODEC_ID_VP8; CODEC_ID_H264 goes into matroska, mov or mp4",
+                   "link 3 -> 2, video stream 0, PIXELFORMAT: encoder libx264 does not support "
+                   "pixel format RGBA",
+                   "link 3 -> 2, video stream 0, profile: encoder libx264 does not have a profile "
+                   "'odd'"}));
 }
 
 TEST(FFmpegArguments, ThereIsAnEncoderForEachStream)
@@ -259,14 +259,18 @@ TEST(FFmpegArguments, ThereIsAnEncoderForEachStream)
     const std::string place = "link 3 -> 2, video stream 0, codec_id: ";
     ExpectFault(codec(""), place + "expected the name of a codec, found nothing");
     ExpectFault(codec(R"("codec_id":"CODEC_ID_RV40")"),
-                place + "the installed FFmpeg does not have an encoder for CODEC_ID_RV40");
-    ExpectFault(codec(R"("codec_id":"CODEC_ID_H265")"), place + "encoding CODEC_ID_H265 is disabled");
+                place + "the installed FFmpeg does not have an encoder for CODEC_ID_RV40; for mp4 it can "
+                        "encode CODEC_ID_H264, "
+                        "CODEC_ID_MPEG1VIDEO or CODEC_ID_MPEG2VIDEO");
+    ExpectFault(codec(R"("codec_id":"CODEC_ID_H265")"),
+                place + "encoding CODEC_ID_H265 is disabled unless its encoder is named ('libx265', under "
+                        "preferred_encoder)");
     ExpectFault(codec(R"("codec_id":"CODEC_ID_AAC")"),
                 place + "expected a codec for video, found 'CODEC_ID_AAC'");
     ExpectFault(
         codec(R"("codec_id":"CODEC_ID_H264","bitrate":1,"preferred_encoder":"libx265")"),
         "link 3 -> 2, video stream 0, preferred_encoder: the installed FFmpeg does not have an encoder "
-        "'libx265' for CODEC_ID_H264");
+        "'libx265' for CODEC_ID_H264; it has 'libx264'");
     // A C string would end before the rest.
     ExpectFault(
         codec(R"("codec_id":"CODEC_ID_H264","bitrate":1,"preferred_encoder":"libx264\u0000x")"),
@@ -314,9 +318,10 @@ TEST(FFmpegArguments, TheEncoderSupportsWhatItIsAskedFor)
 TEST(FFmpegArguments, TheContainerIsKnownAndHoldsTheStreams)
 {
     const Core::Property codec = VideoRecord(R"("codec_id":"CODEC_ID_VP8","bitrate":1)");
-    ExpectFault(MakeTranscode(OneVideo(), codec, "mp4"),
-                "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8; it holds CODEC_ID_H264, "
-                "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO");
+    ExpectFault(
+        MakeTranscode(OneVideo(), codec, "mp4"),
+        "link 3 -> 2, video stream 0: the container mp4 cannot hold CODEC_ID_VP8; it holds CODEC_ID_H264, "
+        "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO; CODEC_ID_VP8 goes into avi, matroska or mov");
     ExpectFault(
         MakeTranscode(OneVideo(), codec, "a64x"),
         "node 2, container: the installed FFmpeg cannot write the container 'a64x'; did you mean 'a64' or "
@@ -379,8 +384,9 @@ TEST(FFmpegArguments, StreamsWithoutASourceAreCheckedAsFarAsTheyCanBe)
     EXPECT_EQ(
         FaultsOf(transcode),
         (Arguments{"link 3 -> 2, video stream 0: unknown setting 'odd'",
-                   "link 3 -> 2, video stream 0: the container mp4 cannot hold vp8; it holds CODEC_ID_H264, "
-                   "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO"}));
+                   "link 3 -> 2, video stream 0: the container mp4 cannot hold CODEC_ID_VP8; it holds "
+                   "CODEC_ID_H264, "
+                   "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO; CODEC_ID_VP8 goes into avi, matroska or mov"}));
 }
 
 TEST(FFmpegArguments, HoldFreeOptionsBesideWhatSettingsGive)

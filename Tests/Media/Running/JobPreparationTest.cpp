@@ -193,7 +193,7 @@ TEST_F(PreparedJob, WritesOnlyContainersThatAreOneFile)
             FindMuxer(container) == nullptr
                 ? "node 3, container: the installed FFmpeg cannot write the container '" + name + "'" +
                       nearest
-                : "node 3, container: expected a container that is written as one file, found '" + name + "'";
+                : "node 3, container: the container '" + name + "' is not written as one file";
         EXPECT_THAT(faults, ElementsAre(expected));
     }
 }

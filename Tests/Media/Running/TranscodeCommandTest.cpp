@@ -62,9 +62,11 @@ TEST(TranscodeCommand, CopiesAStreamOfWhichNoCodecIsKnown)
 TEST(TranscodeCommand, DoesNotCopyWhatTheContainerCannotHold)
 {
     const MediaFile file = MakeMediaFile({MakeVideoStream(640, 480, "CODEC_ID_VP8")});
-    EXPECT_THAT(FaultsOf(MakeTranscode(file, VideoRecord(kCopy), "mp4")),
-                ElementsAre("link 3 -> 2, video stream 0: the container mp4 cannot hold vp8; it holds "
-                            "CODEC_ID_H264, CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO"));
+    EXPECT_THAT(
+        FaultsOf(MakeTranscode(file, VideoRecord(kCopy), "mp4")),
+        ElementsAre("link 3 -> 2, video stream 0: the container mp4 cannot hold CODEC_ID_VP8; it holds "
+                    "CODEC_ID_H264, CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO; CODEC_ID_VP8 goes into avi, "
+                    "matroska or mov"));
     EXPECT_THAT(FaultsOf(MakeTranscode(file, VideoRecord(kCopy), "webm")), IsEmpty());
 }
 
@@ -172,9 +174,8 @@ TEST(TranscodeCommand, OnlyAStreamWithASourceIsFiltered)
 
 TEST(TranscodeCommand, AContainerOfManyFilesIsAFault)
 {
-    EXPECT_THAT(
-        FaultsOf(MakeTranscode(MakeMediaFile({MakeVideoStream()}), VideoRecord(kCopy), "hls")),
-        ElementsAre("node 2, container: expected a container that is written as one file, found 'hls'"));
+    EXPECT_THAT(FaultsOf(MakeTranscode(MakeMediaFile({MakeVideoStream()}), VideoRecord(kCopy), "hls")),
+                ElementsAre("node 2, container: the container 'hls' is not written as one file"));
 }
 
 } // namespace

@@ -220,7 +220,7 @@ TEST(ValidatingAJob, NamesCodecsThatAContainerHolds)
     EXPECT_EQ(fault.pointer, "/edges/1/data/data/format_codec_video");
     EXPECT_THAT(fault.Sentence(),
                 testing::StartsWith("link 3 -> 2, video stream 0: the container webm cannot hold "
-                                    "h264; it holds CODEC_ID_VP9"));
+                                    "CODEC_ID_H264; it holds CODEC_ID_VP9"));
     EXPECT_THAT(fault.nearest, testing::Contains("CODEC_ID_VP8"));
 }
 

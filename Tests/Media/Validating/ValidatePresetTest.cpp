@@ -96,9 +96,11 @@ TEST(ValidatingAPreset, FindsKeysThatStandInItTwice)
 TEST(ValidatingAPreset, FindsEveryValueThatIsNotOne)
 {
     EXPECT_THAT(ChangedPreset("\"width\": 640", "\"width\": 640.5, \"height\": [1, 0]"),
-                ElementsAre("6:55 /small/$$STREAMS$$/video/width form: expected an integer, a string, a "
-                            "rational, null or a group, found a number that is not a 64-bit integer",
-                            "6:72 /small/$$STREAMS$$/video/height form: a rational with the denominator 0"));
+                ElementsAre("6:55 /small/$$STREAMS$$/video/width form: small.$$STREAMS$$.video.width: "
+                            "expected an integer, a string, a rational, null or a group, found a number that "
+                            "is not a 64-bit integer",
+                            "6:72 /small/$$STREAMS$$/video/height form: small.$$STREAMS$$.video.height: a "
+                            "rational with the denominator 0"));
 }
 
 TEST(ValidatingAPreset, PassesOverTheNameOfItsSchemaAsItsReaderDoes)
@@ -153,6 +155,17 @@ TEST(ValidatingText, StopsAfterAThousandFaults)
     EXPECT_FALSE(result.isComplete);
 }
 
+TEST(ValidatingAPreset, NamesThePlaceOfAValueThatCannotBeRead)
+{
+    const DocumentFaults found = ValidateDocument(
+        R"({"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H264","frameRateRatio":[25,0]}}}})",
+        "p.json");
+    ASSERT_EQ(found.faults.size(), 1U);
+    EXPECT_EQ(found.faults.front().place.Text(), "p.json: p.$$STREAMS$$.video.frameRateRatio");
+    EXPECT_EQ(found.faults.front().Sentence(),
+              "p.$$STREAMS$$.video.frameRateRatio: a rational with the denominator 0");
+}
+
 TEST(ValidatingAPreset, NamesCodecsThatTheContainerHoldsInstead)
 {
     const std::string text =
@@ -168,6 +181,50 @@ TEST(ValidatingAPreset, NamesCodecsThatTheContainerHoldsInstead)
     EXPECT_EQ(fault.pointer, "/p/$$STREAMS$$/video/codec_id");
     EXPECT_EQ(fault.found, "\"CODEC_ID_VP8\"");
     EXPECT_THAT(fault.nearest, ElementsAre("CODEC_ID_H264", "CODEC_ID_VP9", "CODEC_ID_MPEG1VIDEO"));
+}
+
+TEST(ValidatingAPreset, NamesCodecsThatAreEncodedInstead)
+{
+    const DocumentFaults found =
+        ValidateDocument(R"({"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_MPEG4"},)"
+                         R"("audio":{"codec_id":"CODEC_ID_QCELP"}}}})");
+    ASSERT_EQ(found.faults.size(), 1U);
+    const DocumentFault& fault = found.faults.front();
+    EXPECT_EQ(fault.kind, DocumentFault::Encoder);
+    EXPECT_EQ(fault.Sentence(),
+              "p.$$STREAMS$$.audio.codec_id: the installed FFmpeg does not have an encoder for "
+              "CODEC_ID_QCELP; for mp4 it can encode CODEC_ID_AAC, CODEC_ID_MP2 or CODEC_ID_MP3");
+    EXPECT_EQ(fault.pointer, "/p/$$STREAMS$$/audio/codec_id");
+    EXPECT_THAT(fault.nearest, ElementsAre("CODEC_ID_AAC", "CODEC_ID_MP2", "CODEC_ID_MP3"));
+}
+
+TEST(ValidatingAPreset, NamesTheEncoderThatACodecHas)
+{
+    const DocumentFaults found =
+        ValidateDocument(R"({"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_MPEG4",)"
+                         R"("preferred_encoder":"libx264"}}}})");
+    ASSERT_EQ(found.faults.size(), 1U);
+    EXPECT_EQ(
+        found.faults.front().Sentence(),
+        "p.$$STREAMS$$.video.preferred_encoder: the installed FFmpeg does not have an encoder 'libx264' "
+        "for CODEC_ID_MPEG4; it has 'mpeg4'");
+    EXPECT_EQ(found.faults.front().pointer, "/p/$$STREAMS$$/video/preferred_encoder");
+}
+
+TEST(ValidatingAPreset, LeavesADisabledEncoderToTheRequest)
+{
+    const std::string text =
+        R"({"p":{"container":"mp4","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H265"}}}})";
+    EXPECT_TRUE(ValidateDocument(text).faults.empty());
+}
+
+TEST(ValidatingAPreset, RefusesContainersThatAreNotOneFile)
+{
+    const DocumentFaults found =
+        ValidateDocument(R"({"p":{"container":"rtp","$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H264"}}}})");
+    ASSERT_EQ(found.faults.size(), 1U);
+    EXPECT_EQ(found.faults.front().Sentence(), "p.container: the container 'rtp' is not written as one file");
+    EXPECT_EQ(found.faults.front().kind, DocumentFault::Container);
 }
 
 TEST(ValidatingAPreset, SurvivesCodecsThatTheInstalledFFmpegDoesNotKnow)

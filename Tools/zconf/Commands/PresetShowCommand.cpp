@@ -1,3 +1,4 @@
+#include "Media/Planning/PresetSupport.h"
 #include "Media/Presets/PresetFile.h"
 #include "Media/Presets/PresetStore.h"
 #include "Tools/zconf/Commands/Commands.h"
@@ -119,6 +120,10 @@ int RunPresetShow(const PresetShowArguments& options)
                                {"container", TextOf(record, Conf::IFormatFile::TAG_CONTAINER)},
                                {"makes", Media::DescribePreset(record)},
                                {"file", InputName(file)}};
+    for (const Media::UnsupportedSetting& setting : Media::FindUnsupportedSettings(record, InputName(file)))
+    {
+        ReportNote(setting.place.Text() + ": " + setting.reason);
+    }
     if (options.json)
     {
         WriteForScripts(about, record);
