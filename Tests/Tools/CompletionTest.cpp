@@ -20,7 +20,7 @@ CommandUsage Program()
     return {"tool", "A tool", {{{"--help"}, "", {}, "Help"}}, {}, {run, dance}};
 }
 
-KnownValues Values(const CommandUsage&, const OptionUsage& option, const Words& given)
+KnownValues Values(const CommandUsage&, const OptionUsage& option, const Words& given, const std::string&)
 {
     if (option.value == "CODEC")
     {

@@ -46,6 +46,15 @@ TEST_F(ShellCompletion, NamesOtherVocabulary)
     EXPECT_EQ(Answer({"convert", "a", "b", "--copy", "sub"}), "words\nsubtitles\n");
 }
 
+TEST_F(ShellCompletion, NamesSettingsAndTheirWords)
+{
+    EXPECT_EQ(Answer({"preset", "new", "--set", "video.bit"}),
+              "words\nvideo.bitrate=\nvideo.bitrate_mode=\n");
+    EXPECT_EQ(Answer({"convert", "a", "b", "--set=audio.layout=STEREO_"}),
+              "words\naudio.layout=STEREO_DOWNMIX\n");
+    EXPECT_EQ(Answer({"job", "new", "--set", "container=matr"}), "words\ncontainer=matroska\n");
+}
+
 TEST_F(ShellCompletion, OffersPresetsAndFilesForAPreset)
 {
     EXPECT_EQ(Answer({"job", "new", "--preset", "fla"}), "files\nflac\n");

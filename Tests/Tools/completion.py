@@ -5,6 +5,7 @@ compares what it completes, with the script found where an installation puts it.
 import os
 import pathlib
 import pty
+import re
 import select
 import shutil
 import subprocess
@@ -49,6 +50,15 @@ def cases():
         "zconf explain --container=matr": starting(listed("formats"), "matr"),
         "zconf explain YUV420P1": starting(listed("pixel-formats"), "YUV420P1"),
         "zconf list sample-formats S16": starting(listed("sample-formats"), "S16"),
+        "zconf preset new --set vid": {"video."},
+        "zconf preset new --set ": {"video.", "audio.", "subtitles_video.", "subtitles_text.", "container=", "metadata."},
+        "zconf preset new --set video.bit": {"video.bitrate=", "video.bitrate_mode="},
+        "zconf convert a b --set=video.bit": {"video.bitrate=", "video.bitrate_mode="},
+        "zconf convert a b --set audio[1].lay": {"audio[1].layout="},
+        "zconf convert a b --set audio[1].layout=STEREO_": {"STEREO_DOWNMIX"},
+        "zconf convert a b --set=audio.layout=STEREO_": {"STEREO_DOWNMIX"},
+        "zconf job new --set container=m4": {"m4v", "m4a"},
+        "zconf job new --set video.bitrate=": set(),
         "zconf help job dr": {"draw"},
         "zconf help li": {"list"},
         "zconf dance ": set(),
@@ -147,10 +157,12 @@ class TypedShell:
     def words(self, lines):
         """What can stand at the end of each line."""
         for line in lines:
-            text = self.terminal.candidates(line)
+            # Zsh quotes what stands before as well.
+            text = re.sub(r"\\(.)", r"\1", self.terminal.candidates(line))
             start = line[:max(line.rfind(" "), line.rfind("=")) + 1]
             assert text.startswith(start), f"{line} became {text}"
-            found = set(text[len(start):].split())
+            kept = start.split(" ")[-1]
+            found = {word.removeprefix(kept) for word in text[len(start):].split()}
             # The word stays when nothing fits.
             yield set() if text == line else found
 
@@ -179,7 +191,7 @@ class Fish:
 
     def words(self, lines):
         for line, answer in zip(lines, self.complete(lines)):
-            prefix = line.split()[-1].split("=")[0] + "=" if "--" in line and "=" in line.split()[-1] else ""
+            prefix = line[line.rfind(" ") + 1:line.rfind("=") + 1]
             yield {text.split("\t")[0].removeprefix(prefix) for text in answer.splitlines()}
 
     def file(self, line):
@@ -214,6 +226,11 @@ def main():
         found = shell.file("zconf probe " + start)
         if found.removeprefix("./") != name:
             faults.append(f"{start!r}: expected {name!r}, found {found!r}")
+    # What is typed on has no blank behind it; fish sees to that by itself.
+    for word in ["video.", "container="] if SHELL != "fish" else []:
+        found = shell.terminal.completed("zconf preset new --set " + word[:3])
+        if found != "zconf preset new --set " + word:
+            faults.append(f"{word[:3]!r} became {found!r}")
     shell.close()
     if (folder / "pwned").exists():
         faults.append("a name was evaluated")

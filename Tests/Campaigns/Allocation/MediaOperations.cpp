@@ -10,6 +10,8 @@
 #include "Media/Planning/CodecSupport.h"
 #include "Media/Planning/JobPlan.h"
 #include "Media/Planning/NewPreset.h"
+#include "Media/Planning/PresetSupport.h"
+#include "Media/Planning/SettingPaths.h"
 #include "Media/Presets/PresetFolders.h"
 #include "Media/Presets/PresetStore.h"
 #include "Media/Probe/FFmpegInfo.h"
@@ -252,6 +254,17 @@ void AddJobs(Operations& rows)
         const CodecSupport support = ExplainCodecSupport("webm", "CODEC_ID_H264");
         return Text(support.codecs) + Text(support.containers) + Text(support.reasons);
     })));
+    rows.push_back(UsingFFmpeg(Call(
+        "Media::FindUnsupportedSettings",
+        [preset = MakePreset(
+             "mp4", R"({"video":{"codec_id":"CODEC_ID_VP8"},"audio":{"codec_id":"CODEC_ID_QCELP"}})")] {
+            std::string text;
+            for (const UnsupportedSetting& setting : FindUnsupportedSettings(preset->GetProperty(), "p.json"))
+            {
+                text += setting.place.Text() + setting.reason + Text(setting.nearest);
+            }
+            return text;
+        })));
     rows.push_back(UsingFFmpeg(Call("Media::ValidateFile", [path = ioPath(files.Name("job.json"))] {
         return Sentences(ValidateFile(path));
     })));
@@ -376,6 +389,9 @@ void AddPresetFolders(Operations& rows)
                                            }))));
     const std::vector<std::string> known = {"CODEC_ID_H264", "CODEC_ID_MPEG2VIDEO", "CODEC_ID_MPEG4"};
     rows.push_back(Call("Media::NearestNames", [known] { return Text(NearestNames("mpeg2vidoe", known)); }));
+    rows.push_back(Call("Media::CompleteSetting", [] {
+        return Text(CompleteSetting("video.c")) + Text(CompleteSetting("audio[1].layout="));
+    }));
     rows.push_back(Call("Media::DidYouMean", [known] { return DidYouMean("mpeg2vidoe", known); }));
     rows.push_back(Call("Media::BareName", [] { return BareName("CODEC_ID_MPEG2VIDEO_OF_SOME_LENGTH"); }));
     const auto failure = std::make_exception_ptr(

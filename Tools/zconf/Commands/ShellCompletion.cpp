@@ -1,5 +1,6 @@
 #include "Tools/zconf/Commands/ShellCompletion.h"
 
+#include "Media/Planning/SettingPaths.h"
 #include "Media/Presets/PresetFolders.h"
 #include "Tools/zconf/Commands/Catalogue.h"
 #include "Tools/zconf/Commands/Commands.h"
@@ -78,7 +79,7 @@ std::vector<std::string> CommandsBelow(const std::vector<std::string>& given)
 }
 
 KnownValues ValuesFor(const CommandUsage& command, const OptionUsage& option,
-                      const std::vector<std::string>& given)
+                      const std::vector<std::string>& given, const std::string& typed)
 {
     // An argument whose value is of no particular type is known by its name.
     const bool isUnnamed = option.value == "TEXT" && option.names.front().front() != '-';
@@ -90,6 +91,10 @@ KnownValues ValuesFor(const CommandUsage& command, const OptionUsage& option,
     if (kind == "FILTER")
     {
         return {false, command.path == "zconf preset list" ? Presets() : NamesInList(command.Name())};
+    }
+    if (kind == "PATH=VALUE")
+    {
+        return {false, Media::CompleteSetting(typed)};
     }
     const auto found = ValueKinds().find(kind);
     return found == ValueKinds().end() ? KnownValues{}

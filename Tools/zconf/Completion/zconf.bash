@@ -3,7 +3,7 @@
 _zconf()
 {
     local -a words=() answer=()
-    local word rest=${COMP_LINE:0:COMP_POINT} start text prefix=
+    local word rest=${COMP_LINE:0:COMP_POINT} start text prefix= kept=
     local i
 
     # Bash takes words apart at "=" and ":", which are parts of ours.
@@ -27,18 +27,29 @@ _zconf()
     word=${words[-1]}
 
     mapfile -t answer < <(command zconf __complete "${words[@]:1}" 2>/dev/null)
-    # Of "--option=value" only the value is replaced, unless somebody made "=" a part of words.
-    if [[ $word == --*=* && $COMP_WORDBREAKS != *=* ]]; then
+    # Only what follows the last "=" is replaced, unless somebody made "=" a part of words. The answers do not
+    # have what stands before that of "--option=value".
+    if [[ $word == --*=* ]]; then
         prefix=${word%%=*}=
+        word=${word#*=}
+    fi
+    if [[ $COMP_WORDBREAKS == *=* ]]; then
+        prefix=
+        [[ $word == *=* ]] && kept=${word%=*}=
     fi
     COMPREPLY=()
     for text in "${answer[@]:1}"; do
         text=${text%%$'\t'*}
+        text=${text#"$kept"}
         if [[ $text == *[^[:alnum:]_.,+-]* ]]; then
             printf -v text '%q' "$text"
         fi
         COMPREPLY+=("$prefix$text")
     done
+    # Such a word is typed on.
+    if [[ ${#COMPREPLY[@]} -eq 1 && ${COMPREPLY[0]} == *[.=] ]]; then
+        compopt -o nospace
+    fi
     if [[ ${answer[0]-} == files ]]; then
         # Where nothing else fits.
         compopt -o default

@@ -181,7 +181,7 @@ private:
 
     Completion Values(const OptionUsage& option, const std::string& word, const ValuesOf& valuesOf) const
     {
-        const KnownValues known = option.choices.empty() ? valuesOf(*m_command, option, m_given)
+        const KnownValues known = option.choices.empty() ? valuesOf(*m_command, option, m_given, word)
                                                          : KnownValues{false, option.choices};
         std::string before;
         const std::size_t last = option.delimiter == '\0' ? std::string::npos : word.rfind(option.delimiter);

@@ -30,9 +30,10 @@ struct Completion
     std::vector<Candidate> candidates = {};
 };
 
-/// What is known of the values of `option` of `command`, where `given` are the arguments before it.
+/// What is known of the values of `option` of `command`, where `given` are the arguments before it, and
+/// `typed` is the beginning of the value.
 using ValuesOf = std::function<KnownValues(const CommandUsage& command, const OptionUsage& option,
-                                           const std::vector<std::string>& given)>;
+                                           const std::vector<std::string>& given, const std::string& typed)>;
 
 /// Completes a command line.
 /// \param words  what follows the program's name up to the cursor, the last of which is completed; of
