@@ -135,7 +135,9 @@ std::string SchemaOf(const std::string& key, const std::string& expected)
         return range[3].matched ? AnyOf({number, Enum({"auto"})}) : number;
     }
     const Properties schemas = {
-        {"anything", Ref("setting")},
+        // What a group of them holds becomes options, too.
+        {"anything",
+         AnyOf({R"({"type":"null"})", Ref("integer"), Ref("text"), Ref("rational"), Ref("encoderOptions")})},
         {"an integer", Ref("integer")},
         {"a string", Ref("text")},
         {"a group", Ref(key == Conf::IFormat::TAG_METADATA               ? "metadata"
