@@ -88,9 +88,10 @@ TEST(OptionRules, TakeNamesThatLookLikeNumbers)
 {
     ExpectValue(Encoder("prores_ks", "profile", Text("4444")), "4444");
     ExpectValue(Encoder("prores_ks", "profile", Integer(4444)), "4444");
-    ExpectFault(Encoder("prores_ks", "profile", Text("4443")),
-                "expected an integer from -1 to 5 or one of auto, proxy, lt, standard, hq, 4444, 4444xq, found "
-                "'4443'");
+    ExpectFault(
+        Encoder("prores_ks", "profile", Text("4443")),
+        "expected an integer from -1 to 5 or one of auto, proxy, lt, standard, hq, 4444, 4444xq, found "
+        "'4443'");
 }
 
 TEST(OptionRules, TakeTruths)
