@@ -1,11 +1,14 @@
 #include "Conf/Interfaces/IFormat.h"
 
 #include "Core/Interfaces/PrintPropertyValue.h"
+#include "Core/Private/Early.h"
 
 #include <utility>
 
 namespace Zelnor::Conf
 {
+
+ZELNOR_EARLY const std::string TAG_OBJECT("object_name");
 
 IFormat::IFormat(const std::string& objectName) : m_property(objectName)
 {

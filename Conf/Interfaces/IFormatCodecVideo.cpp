@@ -1,6 +1,7 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include "Conf/Private/SetChildren.h"
+#include "Core/Private/Early.h"
 
 #include <boost/rational.hpp>
 
@@ -42,6 +43,8 @@ FrameInfo GetReducedFrameAspect(const Core::Property& property)
 }
 
 } // namespace
+
+ZELNOR_EARLY const std::string TAG_PIX_FMT("PIXELFORMAT");
 
 std::ostream& operator<<(std::ostream& os, const FrameInfo& info)
 {

@@ -1,9 +1,17 @@
-// The tables of the library, in this order, because some copy others. The constants of the vocabulary stand
-// in Conf/Private/Constants.cpp. Nothing here may read a dynamically initialised object of another source.
+// The constants and the tables of the library, in this order, because some copy others. Nothing here may read
+// a dynamically initialised object of another source.
 
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/FormatLists.h"
+#include "Conf/Interfaces/IFormat.h"
+#include "Conf/Interfaces/IFormatCodec.h"
+#include "Conf/Interfaces/IFormatCodecAudio.h"
+#include "Conf/Interfaces/IFormatCodecSubtitle.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
+#include "Conf/Interfaces/IFormatFile.h"
+#include "Conf/Interfaces/IPreset.h"
+#include "Conf/Interfaces/IPropertyConstraint.h"
+#include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Conf/Private/CodecIndex.h"
 #include "Conf/Private/Registry.h"
 #include "Conf/Private/Texts.h"
@@ -17,6 +25,53 @@
 
 namespace Zelnor::Conf
 {
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormat::name(text);
+#include "Conf/Interfaces/Vocabulary/IFormat.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatFile::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatFile::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatFile.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodec::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodec::name(#name);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodec::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodec.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecVideo::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
+#define ZELNOR_CODEC_AS(name, enumerator) ZELNOR_EARLY const std::string IFormatCodecVideo::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecVideo.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecAudio::name(text);
+#define ZELNOR_SELF(name) ZELNOR_EARLY const std::string IFormatCodecAudio::name(#name);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecAudio::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecAudio.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IFormatCodecSubtitle::name(text);
+#define ZELNOR_CODEC(name) ZELNOR_EARLY const std::string IFormatCodecSubtitle::name(#name);
+#include "Conf/Interfaces/Vocabulary/IFormatCodecSubtitle.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IPreset::name(text);
+#include "Conf/Interfaces/Vocabulary/IPreset.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string IPropertyConstraint::name(text);
+#include "Conf/Interfaces/Vocabulary/IPropertyConstraint.def"
+
+#define ZELNOR_TEXT(name, text) ZELNOR_EARLY const std::string ITranscodingMetaGraph::name(text);
+#include "Conf/Interfaces/Vocabulary/ITranscodingMetaGraph.def"
+
+// kept: without PCM_U16BE, although with PCM_U16LE
+ZELNOR_EARLY const std::string PCMCodecs[] = {
+    IFormatCodecAudio::CODEC_ID_PCM_U8,    IFormatCodecAudio::CODEC_ID_PCM_S8,
+    IFormatCodecAudio::CODEC_ID_PCM_U16LE, IFormatCodecAudio::CODEC_ID_PCM_S16BE,
+    IFormatCodecAudio::CODEC_ID_PCM_S16LE, IFormatCodecAudio::CODEC_ID_PCM_U32BE,
+    IFormatCodecAudio::CODEC_ID_PCM_U32LE, IFormatCodecAudio::CODEC_ID_PCM_S24BE,
+    IFormatCodecAudio::CODEC_ID_PCM_S24LE, IFormatCodecAudio::CODEC_ID_PCM_S32BE,
+    IFormatCodecAudio::CODEC_ID_PCM_S32LE, IFormatCodecAudio::CODEC_ID_PCM_U24BE,
+    IFormatCodecAudio::CODEC_ID_PCM_U24LE,
+};
 
 // Accelerated encoders and decoders
 
