@@ -104,8 +104,8 @@ TEST(EncoderCapabilities, TheNearestPixelFormatLosesNoMoreThanAnyOtherThatIsSupp
                 {
                     continue;
                 }
-                const AVPixelFormat better = av_find_best_pix_fmt_of_2(ToFFmpeg(nearest), ToFFmpeg(other),
-                                                                       ToFFmpeg(wanted), 0, nullptr);
+                const AVPixelFormat better = ::av_find_best_pix_fmt_of_2(ToFFmpeg(nearest), ToFFmpeg(other),
+                                                                         ToFFmpeg(wanted), 0, nullptr);
                 EXPECT_EQ(better, ToFFmpeg(nearest)) << encoder->name;
             }
         }
