@@ -336,8 +336,10 @@ void ChooseMuxer(const Transcode& transcode, TranscodeCommand& command, FaultLis
     }
     else if (muxer != nullptr || !faults.IsAt(place))
     {
+        const bool isMisspelt = muxer == nullptr;
         faults.Add(JobFault::Container, place,
-                   CannotWriteText(container) + SuggestName(IFormatFile::TAG_CONTAINER, container));
+                   CannotWriteText(container) +
+                       (isMisspelt ? SuggestName(IFormatFile::TAG_CONTAINER, container) : ""));
     }
 }
 

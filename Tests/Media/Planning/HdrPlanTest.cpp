@@ -13,6 +13,7 @@ using namespace Zelnor;
 using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr const char* kDisplay = "G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)";
@@ -52,7 +53,7 @@ TEST_F(HdrPlan, TellsAnEncoderThatWritesItWhatOnlyTheFramesSay)
     const PlannedJob job = Convert(
         "hdr.mkv", "matroska",
         R"({"video":{"codec_id":"CODEC_ID_H265","preferred_encoder":"libx265","preset":"ultrafast"}})");
-    EXPECT_THAT(job.notes, IsEmpty());
+    EXPECT_THAT(job.notes, ElementsAre(HasSubstr("calculator does not know CODEC_ID_H265")));
     EXPECT_EQ(Video().hdr.masteringDisplay, kDisplay);
     EXPECT_EQ(Video().hdr.contentLight, "1000,400");
 }
