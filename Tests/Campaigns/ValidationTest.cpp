@@ -131,6 +131,11 @@ bool LeadsToAValue(const rapidjson::Value& value, const std::string& pointer)
     const std::string rest = pointer.substr(end);
     if (value.IsArray())
     {
+        // The name of a member is meant for another value of the same name.
+        if (step.empty() || step.find_first_not_of("0123456789") != std::string::npos)
+        {
+            return false;
+        }
         const std::size_t index = std::stoul(step);
         return index < value.Size() && LeadsToAValue(value[static_cast<rapidjson::SizeType>(index)], rest);
     }
