@@ -40,14 +40,6 @@ constexpr std::size_t kEveryStream = std::numeric_limits<std::size_t>::max();
     ZELNOR_THROW(kUnit, MakeError<PlanException>(Place().At(path), reason));
 }
 
-const std::vector<std::string>& StreamTypes()
-{
-    static const std::vector<std::string> s_types = {IPreset::STREAM_TYPE_VIDEO, IPreset::STREAM_TYPE_AUDIO,
-                                                     IPreset::STREAM_TYPE_SUBTITLES_VIDEO,
-                                                     IPreset::STREAM_TYPE_SUBTITLES_TEXT};
-    return s_types;
-}
-
 /// The parts of a path.
 struct Path
 {
@@ -114,7 +106,7 @@ Path ParsePath(const std::string& text)
     else
     {
         path.position = TakePosition(text, first);
-        const std::vector<std::string>& types = StreamTypes();
+        const std::vector<std::string>& types = SettingStreamTypes();
         if (dot == std::string::npos || std::find(types.begin(), types.end(), first) == types.end())
         {
             std::vector<std::string> known = types;
@@ -325,6 +317,14 @@ private:
 };
 
 } // namespace
+
+const std::vector<std::string>& SettingStreamTypes()
+{
+    static const std::vector<std::string> s_types = {IPreset::STREAM_TYPE_VIDEO, IPreset::STREAM_TYPE_AUDIO,
+                                                     IPreset::STREAM_TYPE_SUBTITLES_VIDEO,
+                                                     IPreset::STREAM_TYPE_SUBTITLES_TEXT};
+    return s_types;
+}
 
 SettingOverride ParseSetting(const std::string& text)
 {

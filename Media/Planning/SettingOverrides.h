@@ -13,6 +13,9 @@
 namespace Zelnor::Media
 {
 
+/// The types of streams with which a setting's path can begin, in the order in which messages list them.
+const std::vector<std::string>& SettingStreamTypes();
+
 /// The preset's record with what the request sets in place of it: codecs, frame rate, settings by path.
 /// \param preset  keeps to the rules; so does the result
 /// \param notes   gets what of the preset is left out

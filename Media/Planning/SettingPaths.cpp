@@ -3,6 +3,7 @@
 #include "Media/Jobs/JobKeys.h"
 #include "Media/Options/SettingRules.h"
 #include "Media/Options/ValueNames.h"
+#include "Media/Planning/SettingOverrides.h"
 
 #include "Conf/Interfaces/CodecMaps.h"
 #include "Conf/Interfaces/IFormatCodecAudio.h"
@@ -150,10 +151,8 @@ std::string EndOf(const std::string& key)
 /// "audio[1]" is of the type "audio"; empty when there is no such type.
 std::string StreamTypeOf(const std::string& text)
 {
-    const Names types = {IPreset::STREAM_TYPE_VIDEO, IPreset::STREAM_TYPE_AUDIO,
-                         IPreset::STREAM_TYPE_SUBTITLES_VIDEO, IPreset::STREAM_TYPE_SUBTITLES_TEXT};
     const std::string type = text.substr(0, text.find('['));
-    return Has(types, type) ? type : "";
+    return Has(SettingStreamTypes(), type) ? type : "";
 }
 
 Names Paths(const std::string& typed)
@@ -163,9 +162,7 @@ Names Paths(const std::string& typed)
     Names paths;
     if (dot == std::string::npos)
     {
-        for (const std::string& type :
-             {IPreset::STREAM_TYPE_VIDEO, IPreset::STREAM_TYPE_AUDIO, IPreset::STREAM_TYPE_SUBTITLES_VIDEO,
-              IPreset::STREAM_TYPE_SUBTITLES_TEXT})
+        for (const std::string& type : SettingStreamTypes())
         {
             paths.push_back(type + ".");
         }
