@@ -21,15 +21,10 @@ class BatchTest : public testing::Test
 protected:
     BatchTest()
     {
-        WriteFile(Name("wav.json"), Preset("wav"));
+        WriteFile(Name("wav.json"), kWavPreset);
         std::filesystem::create_directory(Name("in"));
     }
 
-    static std::string Preset(const std::string& container)
-    {
-        return R"({")" + container + R"(":{"container":")" + container +
-               R"(","$$STREAMS$$":{"audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}})";
-    }
     std::string Name(const std::string& name) const { return (m_folder / name).string(); }
     const TemporaryFolder& Folder() const { return m_folder; }
     bool Exists(const std::string& name) const { return std::filesystem::exists(Name(name)); }

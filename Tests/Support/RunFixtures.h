@@ -12,6 +12,10 @@
 namespace Zelnor::Testing
 {
 
+/// A preset that makes WAV files.
+inline constexpr const char* kWavPreset =
+    R"({"wav":{"container":"wav","$$STREAMS$$":{"audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}})";
+
 /// The bytes of a WAV file of a fifth of a second of silence (8000 Hz, mono, 16 bits).
 inline std::string SilentWav()
 {

@@ -22,9 +22,6 @@ namespace Zelnor::Testing
 class SlurmBatchTest : public ZconfTest
 {
 protected:
-    static constexpr const char* kPreset =
-        R"({"wav":{"container":"wav","$$STREAMS$$":{"audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}})";
-
     /// What `zconf` needs in its environment to find this Slurm.
     virtual std::vector<std::string> Environment() const = 0;
     /// How it is begun.
@@ -43,7 +40,7 @@ protected:
     }
     void PlanBatch(int count) const
     {
-        Write("wav.json", kPreset);
+        Write("wav.json", kWavPreset);
         std::filesystem::create_directory(Folder() / "in");
         for (int i = 1; i <= count; ++i)
         {

@@ -25,8 +25,7 @@ class BatchCommand : public MediaTest
 protected:
     BatchCommand()
     {
-        Write("wav.json", R"({"wav":{"container":"wav","$$STREAMS$$":{"audio":{"codec_id":)"
-                          R"("CODEC_ID_PCM_S16LE"}}}})");
+        Write("wav.json", kWavPreset);
         fs::create_directory(Folder() / "in");
         for (const char* const name : {"in/a.wav", "in/b.wav", "in/c.wav"})
         {

@@ -30,8 +30,7 @@ class BatchKill : public ZconfTest
 protected:
     BatchKill()
     {
-        Write("wav.json", R"({"wav":{"container":"wav","$$STREAMS$$":{"audio":{"codec_id":)"
-                          R"("CODEC_ID_PCM_S16LE"}}}})");
+        Write("wav.json", kWavPreset);
         fs::create_directory(Folder() / "in");
         for (int i = 0; i < kJobs; ++i)
         {

@@ -26,8 +26,7 @@ class BatchReportCommand : public MediaTest
 protected:
     BatchReportCommand()
     {
-        Write("wav.json", R"({"wav":{"container":"wav","$$STREAMS$$":{"audio":{"codec_id":)"
-                          R"("CODEC_ID_PCM_S16LE"}}}})");
+        Write("wav.json", kWavPreset);
         fs::create_directory(Folder() / "in");
         Write("in/a<b>.wav", SilentWav());
         Write("in/c.wav", "not media");

@@ -25,8 +25,7 @@ protected:
         std::string name = "/dev/shm/zelnor-test-XXXXXX";
         m_scratch = ::mkdtemp(name.data()) == nullptr ? (Folder() / "scratch").string() : name;
         fs::create_directories(m_scratch);
-        Write("wav.json", R"({"wav":{"container":"wav","$$STREAMS$$":{"audio":{"codec_id":)"
-                          R"("CODEC_ID_PCM_S16LE"}}}})");
+        Write("wav.json", kWavPreset);
         fs::create_directory(Folder() / "in");
         fs::create_directory(Folder() / "out");
         Write("in/a.wav", SilentWav());

@@ -95,7 +95,7 @@ TEST_F(PlanningBatch, PlansEachInputWithEachPresetInTheSameOrderEachTime)
         names.push_back(std::to_string(i) + ".wav");
     }
     MakeInputs(names);
-    WriteFile(Name("other.json"), Preset("wav"));
+    WriteFile(Name("other.json"), kWavPreset);
     BatchRequest request = Request();
     request.presets.push_back(Name("other.json"));
     request.namePattern = "{number}-{stem}-{preset}-{parent}.{ext}";
