@@ -57,15 +57,19 @@ struct Frames
         ++count;
     }
 
-    AVRational Rate(AVRational timeBase) const
+    std::optional<AVRational> Rate(AVRational timeBase) const
     {
         if (count < 2 || last <= first || timeBase.num <= 0 || timeBase.den <= 0)
         {
-            return kUnknown;
+            return std::nullopt;
         }
         const double seconds = static_cast<double>(last - first) * av_q2d(timeBase);
         constexpr int kLargestTerm = 65535;
         const AVRational rate = av_d2q(static_cast<double>(count - 1) / seconds, kLargestTerm);
+        if (rate.num <= 0)
+        {
+            return std::nullopt;
+        }
         // Frames of such files come when they come. A standard rate near their average loses and doubles as
         // few as any other.
         constexpr double kIrregular = 0.02;
@@ -139,7 +143,7 @@ AVRational FrameRateOf(AVFormatContext& context, AVStream& stream)
     return SnapToStandardRate(rate, RateTolerance(stream.time_base, seconds));
 }
 
-std::vector<AVRational> MeasureFrameRates(AVFormatContext& context)
+std::vector<std::optional<AVRational>> MeasureFrameRates(AVFormatContext& context)
 {
     std::vector<Frames> frames(context.nb_streams);
     bool isNeeded = false;
@@ -149,13 +153,13 @@ std::vector<AVRational> MeasureFrameRates(AVFormatContext& context)
         frames[i].isMeasured = IsMovingVideo(stream) && FrameRateOf(context, stream).num == 0;
         isNeeded = isNeeded || frames[i].isMeasured;
     }
-    std::vector<AVRational> rates(frames.size(), kUnknown);
+    std::vector<std::optional<AVRational>> rates(frames.size());
     if (isNeeded)
     {
         CountFrames(context, frames);
         std::transform(frames.begin(), frames.end(), context.streams, rates.begin(),
                        [](const Frames& counted, const AVStream* stream) {
-                           return counted.isMeasured ? counted.Rate(stream->time_base) : kUnknown;
+                           return counted.isMeasured ? counted.Rate(stream->time_base) : std::nullopt;
                        });
     }
     return rates;

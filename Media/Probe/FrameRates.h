@@ -6,6 +6,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
+#include <optional>
 #include <vector>
 
 namespace Zelnor::Media
@@ -24,8 +25,8 @@ AVRational SnapToStandardRate(AVRational rate, double tolerance);
 AVRational FrameRateOf(AVFormatContext& context, AVStream& stream);
 
 /// Counts frames at the beginning of the file to find the frame rates of the streams for which the container
-/// has none. One for each stream, by index; 0/1 for those that need none and those that stay unknown. Packets
-/// are read, so nothing else can be read from the context afterwards.
-std::vector<AVRational> MeasureFrameRates(AVFormatContext& context);
+/// has none. One for each stream, by index; nothing for those that need none and those that stay unknown.
+/// Packets are read, so nothing else can be read from the context afterwards.
+std::vector<std::optional<AVRational>> MeasureFrameRates(AVFormatContext& context);
 
 } // namespace Zelnor::Media

@@ -144,14 +144,13 @@ std::string TimecodeOf(const AVFormatContext& context, const std::vector<MediaSt
 /// Reads packets, so it comes last.
 void AddMeasuredRates(AVFormatContext& context, MediaFile& file)
 {
-    const std::vector<AVRational> rates = MeasureFrameRates(context);
+    const std::vector<std::optional<AVRational>> rates = MeasureFrameRates(context);
     for (MediaStream& stream : file.streams)
     {
-        const AVRational rate = rates[stream.index];
-        if (rate.num > 0)
+        if (const std::optional<AVRational>& rate = rates[stream.index])
         {
             dynamic_cast<Conf::IFormatCodecVideo&>(*stream.descriptor)
-                .SetFrameRate(static_cast<unsigned int>(rate.num), static_cast<unsigned int>(rate.den));
+                .SetFrameRate(static_cast<unsigned int>(rate->num), static_cast<unsigned int>(rate->den));
         }
     }
 }

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -120,6 +121,30 @@ TEST(FrameRates, OfOneFrameASecondAreKnownWhereFramesComeAtOddTimes)
     EXPECT_EQ(ProbedRate(folder / "in.webm"), "1/1");
 }
 
+/// libavformat looks at the first of these 101 frames only, which come a thousand a second; the last one
+/// comes late.
+std::string CountedRate(const std::string& secondsOfLast)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "in.webm").string();
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=1000:d=1", "-vf",
+              "settb=1/1000,setpts=if(eq(N\\,100)\\," + secondsOfLast + "000\\,N)", "-frames:v", "101",
+              "-vsync", "passthrough", "-enc_time_base", "1/1000", "-c:v", "libvpx", "-deadline", "realtime",
+              "-live", "1", name});
+    AVFormatContext* input = nullptr;
+    EXPECT_EQ(avformat_open_input(&input, name.c_str(), nullptr, nullptr), 0);
+    EXPECT_GE(avformat_find_stream_info(input, nullptr), 0);
+    const std::optional<AVRational> rate = MeasureFrameRates(*input).at(0);
+    avformat_close_input(&input);
+    return rate ? std::to_string(rate->num) + "/" + std::to_string(rate->den) : "unknown";
+}
+
+TEST(FrameRates, OfOneFrameASecondAndLessAreCounted)
+{
+    EXPECT_EQ(CountedRate("100"), "1/1");
+    EXPECT_EQ(CountedRate("200"), "1/2");
+}
+
 TEST(FrameRates, OfACoverAreNotMadeUp)
 {
     const TemporaryFolder folder;
@@ -192,9 +217,9 @@ TEST(FrameRates, AreNotMeasuredWhereTheyAreTold)
     stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
     stream->r_frame_rate = stream->avg_frame_rate = {25, 1};
     avformat_new_stream(context.get(), nullptr)->codecpar->codec_type = AVMEDIA_TYPE_AUDIO;
-    for (const AVRational rate : MeasureFrameRates(*context))
+    for (const std::optional<AVRational>& rate : MeasureFrameRates(*context))
     {
-        EXPECT_EQ(rate.num, 0);
+        EXPECT_FALSE(rate);
     }
 }
 
