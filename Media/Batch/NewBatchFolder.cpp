@@ -150,10 +150,14 @@ void NewBatchFolder::Make()
     constexpr int kMostTries = 10;
     for (int tries = 0; !m_folder.IsOpen(); ++tries)
     {
-        m_temporary = RandomFolderName();
-        if (tries == kMostTries || m_temporary.empty())
+        if (tries == kMostTries)
         {
-            Fail(EEXIST);
+            Fail(EBUSY);
+        }
+        m_temporary = RandomFolderName();
+        if (m_temporary.empty())
+        {
+            Fail(errno);
         }
         if (::mkdirat(m_parent.Get(), m_temporary.c_str(), S_IRWXU) != 0)
         {
@@ -165,6 +169,12 @@ void NewBatchFolder::Make()
         }
         m_folder = Descriptor(::openat(m_parent.Get(), m_temporary.c_str(), kOpenFolder));
         // Between these steps, somebody else may take it for one that was left.
+        if (!m_folder.IsOpen() && errno != ENOENT)
+        {
+            const int reason = errno;
+            ::unlinkat(m_parent.Get(), m_temporary.c_str(), AT_REMOVEDIR);
+            Fail(reason);
+        }
         if (m_folder.IsOpen() && ::flock(m_folder.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
         {
             m_folder.Close();

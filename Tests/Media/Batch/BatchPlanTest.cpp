@@ -137,6 +137,9 @@ TEST_F(PlanningBatch, RefusesWhenNothingCanBePlanned)
     request.inputs = {Name("x.wav"), Name("y.wav")};
     ExpectRefused(request, "No job can be planned: " + Name("x.wav") +
                                ": cannot be read: No such file or directory (and 1 more reason)");
+    request.inputs.pop_back();
+    ExpectRefused(request,
+                  "No job can be planned: " + Name("x.wav") + ": cannot be read: No such file or directory");
     request.presets.clear();
     ExpectRefused(request, "A batch needs a preset");
 }
@@ -198,6 +201,9 @@ TEST_F(PlanningBatch, RefusesAnOutputFolderThatCannotBe)
     ExpectRefused(request, "'" + Name("wav.json") + "' is not a folder");
     request.outputFolder = Name("x/y");
     ExpectRefused(request, "'" + Name("x/y") + "' cannot be made: there is no folder '" + Name("x") + "/'");
+    request.outputFolder = Name("wav.json/y");
+    ExpectRefused(request, "'" + Name("wav.json/y") + "' cannot be made: there is no folder '" +
+                               Name("wav.json") + "/'");
     request.outputFolder = "";
     ExpectRefused(request, "A batch needs an output folder");
     request.outputFolder = Name("b/out");
@@ -212,6 +218,24 @@ TEST_F(PlanningBatch, RefusesTwoPresetsOfOneName)
     BatchRequest request = Request();
     request.presets.push_back(Name("in/../wav.json"));
     ExpectRefused(request, "Two presets have the name 'wav'");
+}
+
+TEST_F(PlanningBatch, RefusesMoreJobsThanTheirNumbersHaveDigits)
+{
+    BatchRequest request = Request();
+    request.presets.clear();
+    request.inputs.clear();
+    for (int i = 0; i < 300; ++i)
+    {
+        request.presets.push_back(Name("in/" + std::to_string(i) + ".json"));
+        WriteFile(request.presets.back(), kWavPreset);
+    }
+    // 300 times 3333 would be the most.
+    for (int i = 0; i < 3334; ++i)
+    {
+        request.inputs.push_back(Name("in/" + std::to_string(i) + ".wav"));
+    }
+    ExpectRefused(request, "A batch has at most 999999 jobs");
 }
 
 TEST_F(PlanningBatch, DoesNotReplaceWhatIsThere)
@@ -237,6 +261,15 @@ TEST_F(PlanningBatch, LeavesNothingWhenItIsCancelled)
     EXPECT_THAT(Names(), ElementsAre("in", "wav.json"));
 }
 
+TEST_F(PlanningBatch, IsCancelledBeforeItLooksForInputs)
+{
+    MakeInputs({"a.wav"});
+    BatchRequest request = Request();
+    request.cancel.Cancel();
+    EXPECT_TRUE(PlanBatch(request).isCancelled);
+    EXPECT_THAT(Names(), ElementsAre("in", "wav.json"));
+}
+
 TEST_F(PlanningBatch, RemovesWhatAKilledOneHasLeft)
 {
     MakeInputs({"a.wav"});
@@ -255,6 +288,22 @@ TEST_F(PlanningBatch, UsesTheExtensionOfTheContainerThatIsAskedFor)
     BatchRequest request = Request();
     request.job.settings = {ParseSetting("container=matroska")};
     EXPECT_THAT(Outputs(PlanBatch(request).batch), ElementsAre("a.mkv"));
+}
+
+TEST_F(PlanningBatch, UsesTheExtensionOfThePresetWhereAnotherSettingIsAskedFor)
+{
+    MakeInputs({"a.wav"});
+    BatchRequest request = Request();
+    request.job.settings = {ParseSetting("audio.sample_rate=44100")};
+    EXPECT_THAT(Outputs(PlanBatch(request).batch), ElementsAre("a.wav"));
+}
+
+TEST_F(PlanningBatch, UsesTheExtensionOfTheDvdThatASourceIsCopiedTo)
+{
+    MakeInputs({"a.wav"});
+    BatchRequest request = Request();
+    request.job.streams.losslessDvd = true;
+    EXPECT_THAT(Outputs(PlanBatch(request).batch), ElementsAre("a.vob"));
 }
 
 TEST_F(PlanningBatch, CountsTheDurationOfThePartThatIsTaken)

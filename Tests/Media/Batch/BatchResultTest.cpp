@@ -79,6 +79,12 @@ TEST(BatchResult, IsNotTakenOnTrust)
     ExpectRefused("\"host\"", "\"hots\"", "hots: unknown member; did you mean 'host' or 'notes'?");
     ExpectRefused("2026-11-22T11:03:07Z", "yesterday",
                   "started: expected a time in UTC, such as 2026-11-22T11:03:07Z, found 'yesterday'");
+    for (const char* const time : {"2026/11-22T11:03:07Z", "2026-11-22T1l:03:07Z", "2026-11-22T1/:03:07Z"})
+    {
+        ExpectRefused("2026-11-22T11:03:07Z", time,
+                      std::string("started: expected a time in UTC, such as 2026-11-22T11:03:07Z, found '") +
+                          time + "'");
+    }
     ExpectRefused("\"exitCode\": 69", "\"exitCode\": 256",
                   "exitCode: expected an integer from 0 to 255, found 256");
     ExpectRefused("\"sizeAfter\": 5", "\"sizeAfter\": -5",
@@ -102,6 +108,26 @@ TEST(BatchResult, HasNamesForScripts)
     EXPECT_EQ(NameOf(BatchResult::State::Cancelled), "cancelled");
     EXPECT_EQ(NameOf(BatchResult::Failure::None), "");
     EXPECT_EQ(NameOf(BatchResult::Failure::Run), "run");
+}
+
+TEST(BatchResult, HasASpeedOnlyWhereBothTimesAreKnown)
+{
+    BatchResult result;
+    result.elapsed = 500;
+    EXPECT_EQ(result.Speed(), 0);
+    result.duration = 1000;
+    EXPECT_EQ(result.Speed(), 2);
+    result.elapsed = 0;
+    EXPECT_EQ(result.Speed(), 0);
+}
+
+TEST(BatchResult, TellsAFileFromAnyOther)
+{
+    const FileStamp stamp{1, 2, 3};
+    EXPECT_TRUE(stamp == (FileStamp{1, 2, 3}));
+    EXPECT_FALSE(stamp == (FileStamp{9, 2, 3}));
+    EXPECT_FALSE(stamp == (FileStamp{1, 9, 3}));
+    EXPECT_FALSE(stamp == (FileStamp{1, 2, 9}));
 }
 
 } // namespace

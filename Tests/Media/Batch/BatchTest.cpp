@@ -207,4 +207,54 @@ TEST_F(ReadingBatch, SaysWhichFolderIsNotThere)
     EXPECT_EQ(empty.description, "Cannot open '': No such file or directory");
 }
 
+TEST_F(ReadingBatch, NeedsADocument)
+{
+    EXPECT_EQ(ExpectThrow<JobException>([this] { ReadBatch(Name()); }).description,
+              "Cannot open '" + Name() + "/batch.json': No such file or directory");
+}
+
+TEST_F(ReadingBatch, NeedsANameThatAFolderCanHave)
+{
+    EXPECT_EQ(ExpectThrow<JobException>([] { ReadBatch(""); }).description,
+              "Cannot open '': No such file or directory");
+    const std::string cut = Name() + std::string(1, '\0');
+    EXPECT_EQ(ExpectThrow<JobException>([&cut] { ReadBatch(cut); }).description,
+              "Cannot open '" + cut + "': Invalid argument");
+}
+
+TEST_F(ReadingBatch, RefusesMoreJobsThanTheirNumbersHaveDigits)
+{
+    std::string jobs = "{\"\":0";
+    for (int i = 0; i < 999'999; ++i)
+    {
+        jobs += ",\"\":0";
+    }
+    ExpectRefused(Text(jobs + "}"), "jobs: expected at most 999999 jobs, found 1000000");
+}
+
+TEST_F(ReadingBatch, RefusesAPresetThatStandsThereTwice)
+{
+    std::string text = Text("{}");
+    const std::string preset = R"("p": {"file": "p.json"})";
+    text.insert(text.find(preset), preset + ",");
+    ExpectRefused(text, "presets.p: stands there twice");
+}
+
+TEST_F(ReadingBatch, RefusesTextsWithANulByte)
+{
+    ExpectRefused(Job(R"("input": "../in/a.wav", "preset": "p", "output": "a\u0000.wav", "size": 7)"),
+                  "jobs.000001.output: a text here cannot hold a NUL byte");
+}
+
+TEST_F(ReadingBatch, KnowsNoDurationWhereThePlanHadNone)
+{
+    Batch batch;
+    batch.presets = {{"p", "p.json"}};
+    batch.outputFolder = "../out";
+    batch.namePattern = "{stem}.{ext}";
+    batch.jobs = {{1, "../in/a.wav", "p", "a.wav", ""}};
+    Write(BatchText(batch));
+    EXPECT_EQ(ReadBatch(Name()).jobs.at(0).duration, std::nullopt);
+}
+
 } // namespace

@@ -3,12 +3,16 @@
 #include "Media/Batch/SlurmText.h"
 #include "Media/MediaException.h"
 #include "Tests/Support/Expect.h"
+#include "Tests/Support/FailingCall.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -115,6 +119,33 @@ TEST_F(KeptArrays, AreNotWrittenThroughALink)
 
     EXPECT_EQ(Testing::ExpectThrow<RunException>([this] { SlurmFolder folder(Films()); }).description,
               "Cannot open 'films/slurm': Not a directory");
+}
+
+TEST_F(KeptArrays, NeedAFolderThatCanBeMadeAndLocked)
+{
+    const auto reasonWithout = [this](const Testing::FailingCall& call) {
+        std::string reason = "this system does not let calls fail";
+        Testing::RunWhileFailing(call, [&] {
+            reason = Testing::ExpectThrow<RunException>([this] {
+                         SlurmFolder(Films()).Lock();
+                     }).description.value_or("");
+        });
+        return reason;
+    };
+    if (!Testing::RunWhileFailing({SYS_fsync, EIO}, [] {}))
+    {
+        GTEST_SKIP() << "this system does not let calls fail";
+    }
+    EXPECT_EQ(reasonWithout({SYS_mkdir, EACCES}), "Cannot make 'films/slurm': Permission denied");
+    constexpr std::uint32_t kLockFile = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    EXPECT_EQ(reasonWithout({SYS_openat, EMFILE, Testing::FailingCall::Argument{2, kLockFile}}),
+              "Cannot open 'films/slurm': Too many open files");
+}
+
+TEST_F(KeptArrays, AreUsedWhereTheFileSystemHasNoLocks)
+{
+    Testing::RunWhileFailing({SYS_flock, ENOLCK},
+                             [this] { EXPECT_TRUE(SlurmFolder(Films()).Lock().IsOpen()); });
 }
 
 TEST_F(KeptArrays, HaveAFolderOnlyOnceSlurmIsAsked)
