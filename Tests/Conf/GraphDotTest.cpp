@@ -379,6 +379,14 @@ TEST(GraphDot, CountsAStretchFromTheLastBackslash)
     EXPECT_GT(label.size(), 15'000u);
 }
 
+TEST(GraphDot, BreaksNoStretchInFrontOfABackslash)
+{
+    auto [record, print] = ShortLines(15'000);
+    const std::string rest(16'000 - 15'000 - 2, 'y');
+    record.Add(Property(rest + "\\"));
+    EXPECT_EQ(LabelOf(record), print + "  " + rest + "\\\\:\n");
+}
+
 TEST(GraphDot, DrawsTheLongestLinesAndStretchesSoThatGraphvizAcceptsThem)
 {
     if (!Dot::IsInstalled())

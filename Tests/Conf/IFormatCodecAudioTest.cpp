@@ -201,6 +201,15 @@ TEST(IFormatCodecAudio, TheLanguageIsKeptInTheMetadata)
     EXPECT_EQ(audio->GetMetadata().Count(), 1u);
 }
 
+TEST(IFormatCodecAudio, ARecordWithoutMetadataHasNoLanguageAndTakesOne)
+{
+    const auto audio = IFormatCodecAudio::Create();
+    audio->SetProperty(Property("format_codec_audio"));
+    EXPECT_FALSE(audio->ExistsLanguage());
+    audio->SetLanguage("eng");
+    EXPECT_EQ(audio->GetProperty()["metadata"]["language"].GetString(), "eng");
+}
+
 TEST(IFormatCodecAudio, AnyTextIsALanguage)
 {
     const auto audio = IFormatCodecAudio::Create();
