@@ -149,7 +149,10 @@ std::optional<std::size_t> FindUnknownSetting(const Property& record, const JobF
     std::size_t position = 0;
     for (const Property& setting : record)
     {
-        if (!IsSettingKnown(setting.GetName()) && UnknownSettingText(setting.GetName()) == fault.reason)
+        // The whole text takes long to make: it names the settings that are near.
+        const bool isNamed = fault.reason.find("'" + setting.GetName() + "'") != std::string::npos;
+        if (isNamed && !IsSettingKnown(setting.GetName()) &&
+            UnknownSettingText(setting.GetName()) == fault.reason)
         {
             return position;
         }

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <string>
 
 namespace
@@ -15,6 +16,7 @@ namespace
 using namespace Zelnor;
 using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -156,6 +158,64 @@ TEST(ValidatingAJob, FindsWhatIsWrongWithNodesAndLinks)
     EXPECT_THAT(
         FaultLines(R"({"vertices":[{"id":1},{"id":2}],"edges":[{"from":1,"to":2},{"from":2,"to":1}]})"),
         ElementsAre("1:20 /vertices/0/id topology: There is a cycle: 1 -> 2 -> 1"));
+}
+
+TEST(ValidatingAJob, FindsIdsThatAreRepeatedAndPartsThatAreNotLinked)
+{
+    // The nodes have no records either, which is told as well.
+    EXPECT_THAT(FaultLines(R"({"vertices":[{"id":1},{"id":1},{"id":2}],"edges":[{"from":1,"to":2}]})"),
+                Contains("1:29 /vertices/1/id topology: More than one node has the id 1; links reach the "
+                         "first one only."));
+    EXPECT_THAT(
+        FaultLines(R"({"vertices":[{"id":1},{"id":2},{"id":3},{"id":4}],)"
+                   R"("edges":[{"from":1,"to":2},{"from":3,"to":4}]})"),
+        Contains("1:38 /vertices/2/id topology: The nodes form 2 separate components: {1, 2}, {3, 4}"));
+}
+
+TEST(ValidatingAJob, FindsWhatIsNotAList)
+{
+    for (const std::string value : {"true", "false", "null"})
+    {
+        EXPECT_THAT(FaultLines(R"({"vertices":[],"edges":)" + value + "}"),
+                    ElementsAre("1:24 /edges form: edges: expected an array, found " + value));
+    }
+}
+
+TEST(ValidatingAJob, FindsRecordsThatAreEmptyOrMissing)
+{
+    const std::string record = R"({"streamRaw": {"id": 1}})";
+    const std::string reason =
+        "structure: node 4: expected a 'streamRaw' with one source, found 'data' with 1";
+    EXPECT_THAT(ChangedJob(record, "{}"), ElementsAre("6:32 /vertices/3/data/data " + reason));
+    EXPECT_THAT(ChangedJob(record, "5"), ElementsAre("6:32 /vertices/3/data/data " + reason));
+    EXPECT_THAT(ChangedJob(R"(, "data": {"data": )" + record + "}", ""),
+                ElementsAre("6:5 /vertices/3 " + reason));
+}
+
+/// A thousand and a hundred of them.
+std::string Many(const std::function<std::string(int)>& element)
+{
+    std::string all;
+    for (int i = 0; i < 1100; ++i)
+    {
+        all += (i == 0 ? "" : ",") + element(i);
+    }
+    return all;
+}
+
+TEST(ValidatingAJob, StopsAfterAThousandFaultsWhereverTheyAre)
+{
+    const auto id = [](int i) { return "{\"id\":" + std::to_string(i) + "}"; };
+    const auto key = [](int i) { return "\"k" + std::to_string(i) + "\":1"; };
+    for (const std::string& text :
+         {R"({"vertices":[)" + Many(id) + R"(],"edges":[]})",
+          R"({"vertices":[)" + Many([](int) { return "1"; }) + "]}", R"({"vertices":[],)" + Many(key) + "}",
+          With(kGoodJob, R"("bitrate": 400000)", Many(key))})
+    {
+        const DocumentFaults result = ValidateDocument(text);
+        EXPECT_EQ(result.faults.size(), 1000U) << text.substr(0, 200);
+        EXPECT_FALSE(result.isComplete);
+    }
 }
 
 TEST(ValidatingAJob, FindsWhatIsMissing)
