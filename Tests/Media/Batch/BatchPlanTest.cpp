@@ -1,5 +1,6 @@
 #include "Media/Batch/BatchPlan.h"
 
+#include "Media/Batch/BatchPaths.h"
 #include "Media/MediaException.h"
 #include "Tests/Support/BatchTest.h"
 #include "Tests/Support/Expect.h"
@@ -312,6 +313,24 @@ TEST_F(PlanningBatch, CountsTheDurationOfThePartThatIsTaken)
     BatchRequest request = Request();
     request.job.start = 50000;
     EXPECT_EQ(PlanBatch(request).batch.jobs[0].duration, 150000);
+}
+
+TEST_F(PlanningBatch, KeepsPathsAsTheWayFromItsFolder)
+{
+    const fs::path former = fs::current_path();
+    fs::current_path(Folder().Path());
+    fs::create_directory("out");
+    const std::string base = fs::current_path().string() + "/b";
+    EXPECT_EQ(KeptPath("", base), "");
+    EXPECT_EQ(KeptPath("/media/a.wav", base), "/media/a.wav");
+    EXPECT_EQ(KeptPath("a.wav", base), "../a.wav");
+    EXPECT_EQ(KeptPath("out", base), "../out");
+    EXPECT_EQ(KeptPath("out/", base), "../out");
+    EXPECT_EQ(KeptPath("out/..", base), "..");
+    EXPECT_EQ(KeptPath(".", base), "..");
+    EXPECT_EQ(KeptPath("..", base), "../..");
+    EXPECT_EQ(KeptPath("missing/a.wav", base), fs::current_path().string() + "/missing/a.wav");
+    fs::current_path(former);
 }
 
 } // namespace

@@ -248,6 +248,32 @@ TEST_F(RunningBatch, TakesAnOutputThatAKilledRunHasPutInPlace)
     EXPECT_EQ(Result(2).sizeAfter, SilentWav().size());
 }
 
+TEST_F(RunningBatch, VerifiesAsAWholeWhatAKilledRunHasPutInPlaceWhenToldSo)
+{
+    WriteResult(2, Begun());
+    fs::create_directory(Name("out"));
+    WriteFile(Name("out/b.wav"), SilentWav());
+    BatchRunOptions options = With(kCopy);
+    options.job.verification = VerificationDepth::Full;
+    EXPECT_EQ(RunBatchJob(Name("b"), 2, options).state, BatchResult::State::Done);
+    EXPECT_EQ(Result(2).verification, "full");
+}
+
+TEST_F(RunningBatch, KeepsAJobInterruptedWhoseOutputCannotBeVerifiedYet)
+{
+    WriteResult(2, Begun());
+    fs::create_directory(Name("out"));
+    WriteFile(Name("out/b.wav"), SilentWav());
+    BatchRunOptions options = With(kCopy);
+    options.job.cancel.Cancel();
+    EXPECT_EQ(RunBatchJob(Name("b"), 2, options).state, BatchResult::State::Cancelled);
+    EXPECT_THAT(States(), ElementsAre("waiting", "interrupted", "waiting"));
+    fs::remove(Name("in/b.wav"));
+    const BatchResult result = RunBatchJob(Name("b"), 2, With(kCopy));
+    EXPECT_EQ(result.failure, BatchResult::Failure::Job);
+    EXPECT_THAT(States(), ElementsAre("waiting", "interrupted", "waiting"));
+}
+
 TEST_F(RunningBatch, DoesNotTakeAnOutputOfSomebodyElseEvenWhenItVerifiesNothing)
 {
     WriteResult(2, Begun());

@@ -127,6 +127,21 @@ TEST_F(FindingInputs, FollowsLinksToFilesUnderTheirOwnNames)
     EXPECT_THAT(Find({"d"}), ElementsAre("d/one.mp4", "d/two.mp4"));
 }
 
+TEST_F(FindingInputs, TakesLinksThatLeadNowhereAsFilesThatCannotBeRead)
+{
+    fs::create_directory(Name("d"));
+    fs::create_symlink("nowhere", Name("d/a.mp4"));
+    EXPECT_THAT(Find({"d"}), ElementsAre("d/a.mp4"));
+}
+
+TEST_F(FindingInputs, NamesFilesOfAFolderWithOneSlash)
+{
+    Make({"d/a.mp4"});
+    const std::vector<InputFile> found = FindInputFiles({Name("d/")}, "", [] { return false; });
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].path, Name("d/a.mp4"));
+}
+
 TEST_F(FindingInputs, DoesNotTakeTheOutputsInsideOfAFolder)
 {
     Make({"d/a.mp4", "d/out/a.mp4"});

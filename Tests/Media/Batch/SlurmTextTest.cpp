@@ -98,6 +98,7 @@ TEST(SlurmQueue, OfATaskThatSomebodyHoldsIsHeld)
 TEST(SlurmQueue, OfATaskThatANodeCouldNotStartIsLost)
 {
     EXPECT_EQ(StateInQueue("PENDING", "1", "launch failed requeued held"), SlurmState::Lost);
+    EXPECT_EQ(StateInQueue("PENDING", "0", "launching soon"), SlurmState::Queued);
 }
 
 TEST(SlurmQueue, TellsHowATaskEnded)
@@ -122,6 +123,7 @@ TEST(SlurmQueue, LeavesOutWhatIsNotATask)
     EXPECT_TRUE(ReadQueue("1234|N/A|zelnor-1|RUNNING|0|node1|None|\n").empty());
     EXPECT_TRUE(ReadQueue("1234|[1-4]|zelnor-1|PENDING|0||None|\n").empty());
     EXPECT_TRUE(ReadQueue("squeue: error: nothing").empty());
+    EXPECT_TRUE(ReadQueue("1234|-1|zelnor-1|RUNNING|0|node1|None|\n").empty());
 }
 
 TEST(SlurmQueue, ThatIsCutOffIsReadAsFarAsItGoes)
@@ -141,6 +143,25 @@ TEST(SlurmAccounts, TellWhoCancelledInTheSameWord)
     EXPECT_EQ(tasks[0].index, 17);
     EXPECT_EQ(tasks[0].state, SlurmState::Cancelled);
     EXPECT_EQ(tasks[0].node, "node1");
+}
+
+TEST(SlurmAccounts, HaveWordsForNothing)
+{
+    for (const std::string nothing : {"", "None", "None assigned", "(null)"})
+    {
+        const std::vector<SlurmTask> tasks =
+            ReadAccounts("7_3|zelnor-1|FAILED|" + nothing + "|" + nothing + "\n");
+
+        ASSERT_EQ(tasks.size(), 1U);
+        EXPECT_EQ(tasks[0].node, "");
+        EXPECT_EQ(tasks[0].reason, "");
+    }
+}
+
+TEST(SlurmAccounts, LeaveOutWhatIsNotATask)
+{
+    EXPECT_TRUE(
+        ReadAccounts("\nzelnor|zelnor-1|FAILED|node1|None\nx_3|zelnor-1|FAILED|node1|None\n").empty());
 }
 
 TEST(SlurmAccounts, LeaveOutTasksThatHaveNotBegun)
@@ -173,6 +194,8 @@ TEST(SlurmSettings, AreFoundByTheirWholeName)
     EXPECT_EQ(ReadSetting(settings, "MinJobAge"), 600);
     EXPECT_EQ(ReadSetting(settings, "SlurmUser"), std::nullopt);
     EXPECT_EQ(ReadSetting(settings, "ArraySize"), std::nullopt);
+    EXPECT_EQ(ReadSetting("MaxArraySize =   \n", "MaxArraySize"), std::nullopt);
+    EXPECT_EQ(ReadSetting("MaxArraySize\n", "MaxArraySize"), std::nullopt);
 }
 
 } // namespace Zelnor::Media

@@ -227,6 +227,44 @@ TEST(BatchPage, ShowsWhatSlurmKnows)
                 Not(HasSubstr("Slurm</th>")));
 }
 
+TEST(BatchPage, ShowsATaskInDetailsUnlessItsJobIsDone)
+{
+    SlurmTask task;
+    task.state = SlurmState::Queued;
+    const std::string html = MakeBatchPage(
+        MakeBatch(2), StatusOf({{BatchJobState::Done, Done()}, {BatchJobState::Waiting}}), {task, task});
+    EXPECT_EQ(DetailsOf(html, 1), "");
+    EXPECT_THAT(DetailsOf(html, 2), HasSubstr("Slurm 0_0: queued"));
+}
+
+TEST(BatchPage, TellsOfAnAttemptWhatIsKnown)
+{
+    BatchResult result;
+    result.state = BatchResult::State::Failed;
+    result.failure = BatchResult::Failure::Run;
+    result.attempts = 1;
+    const std::string html =
+        MakeBatchPage(MakeBatch(2), StatusOf({{BatchJobState::Failed, result}, {BatchJobState::Failed}}));
+    ExpectGoodPage(html);
+    EXPECT_THAT(DetailsOf(html, 1), HasSubstr("<p class=\"neighbours\">1 attempt</p>"));
+    EXPECT_THAT(DetailsOf(html, 2), Not(HasSubstr("attempt")));
+}
+
+TEST(BatchPage, TellsWhenTheFirstJobBeganAndTheLastEnded)
+{
+    BatchResult earlier = Done();
+    earlier.started = "2026-11-22T11:00:00Z";
+    earlier.ended = "2026-11-22T11:00:45Z";
+    const std::string html = MakeBatchPage(
+        MakeBatch(2), StatusOf({{BatchJobState::Done, Done()}, {BatchJobState::Done, earlier}}));
+    EXPECT_THAT(html, HasSubstr("from 2026-11-22T11:00:00Z to 2026-11-22T11:03:52Z, "));
+    BatchResult running = Done();
+    running.state = BatchResult::State::Running;
+    running.ended = "";
+    EXPECT_THAT(MakeBatchPage(MakeBatch(1), StatusOf({{BatchJobState::Running, running}})),
+                HasSubstr("from 2026-11-22T11:03:07Z, "));
+}
+
 TEST(BatchPage, ShowsHostileTextsAsTexts)
 {
     for (const std::string& text :

@@ -13,6 +13,7 @@ namespace
 {
 
 using namespace Testing;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -112,6 +113,42 @@ TEST(JobPage, ShowsATargetThatHasNoName)
     const std::string html = PageOf(json);
     ExpectGoodPage(html);
     EXPECT_THAT(html, HasSubstr("<caption>a target without a name</caption>"));
+}
+
+TEST(JobPage, ShowsTheSizeOfAVideoInItsBox)
+{
+    const auto boxesWith = [](const std::string& record) {
+        std::string json = kJob;
+        const std::string old = R"("format_codec_audio":{"codec_id":"CODEC_ID_MP3","bitrate":128000})";
+        return Boxes(
+            PageOf(json.replace(json.find(old), old.size(), "\"format_codec_video\":{" + record + "}")));
+    };
+    EXPECT_THAT(boxesWith(R"("codec_id":"CODEC_ID_H264","width":640,"height":360)"),
+                Contains("CODEC_ID_H264 640x360"));
+    EXPECT_THAT(boxesWith(R"("width":640,"height":360)"), Contains("640x360"));
+    EXPECT_THAT(boxesWith(R"("codec_id":"CODEC_ID_H264","width":640)"), Contains("CODEC_ID_H264"));
+    EXPECT_THAT(boxesWith(R"("codec_id":"CODEC_ID_H264","width":640,"height":"360")"),
+                Contains("CODEC_ID_H264"));
+}
+
+TEST(JobPage, ShowsAStreamWithoutANumber)
+{
+    std::string json = kJob;
+    json.replace(json.find(R"("id":0)"), 6, "");
+    EXPECT_THAT(Boxes(PageOf(json)), testing::Not(Contains(HasSubstr("stream "))));
+}
+
+TEST(JobPage, ListsPartsThatAreNotLinkedWithoutMarkingANode)
+{
+    const std::string html = PageOf(R"({"vertices":[{"id":1},{"id":2},{"id":3},{"id":4}],)"
+                                    R"("edges":[{"from":1,"to":2},{"from":3,"to":4}]})");
+    ExpectGoodPage(html);
+    EXPECT_THAT(html, HasSubstr("The nodes form 2 separate components: {1, 2}, {3, 4}"));
+}
+
+TEST(JobPage, OfADocumentWithoutANameIsAJob)
+{
+    EXPECT_THAT(MakeJobPage(*Loaded(kJob), {"", false}), HasSubstr("<h1>Job"));
 }
 
 TEST(JobPage, OfAnEmptyJobSaysThatThereIsNothing)

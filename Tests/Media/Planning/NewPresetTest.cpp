@@ -148,4 +148,111 @@ TEST(NewPreset, IsRefusedWhereItsContainerCannotHoldACodec)
         "CODEC_ID_VP9 or CODEC_ID_MPEG1VIDEO; CODEC_ID_VP8 goes into avi, matroska or mov");
 }
 
+MediaStream WithDefault(MediaStream stream)
+{
+    stream.isDefault = true;
+    return stream;
+}
+
+TEST(NewPreset, OfSeveralStreamsIsLikeTheOneThatPlayersChoose)
+{
+    const auto rateOf = [](std::vector<MediaStream> streams) {
+        return StreamOf(MakePresetLike(InContainer(std::move(streams), "matroska"), "like"),
+                        "audio")["sample_rate"]
+            .GetInt64();
+    };
+    const MediaStream first = MakeAudioStream(Conf::CH_LAYOUT_STEREO, 44100);
+    const MediaStream second = MakeAudioStream(Conf::CH_LAYOUT_STEREO, 48000);
+    EXPECT_EQ(rateOf({first, second}), 44100);
+    EXPECT_EQ(rateOf({first, WithDefault(second)}), 48000);
+    EXPECT_EQ(rateOf({WithDefault(first), WithDefault(second)}), 44100);
+}
+
+TEST(NewPreset, PassesOverStreamsOfWhichNothingIsKnown)
+{
+    MediaStream unknown = MakeVideoStream();
+    unknown.descriptor = nullptr;
+    const NewPreset made = MakePresetLike(InContainer({unknown, MakeAudioStream()}, "matroska"), "like");
+    EXPECT_FALSE(made.record[Conf::IPreset::KEY_STREAMS].ChildExists("video"));
+}
+
+TEST(NewPreset, OfAPictureIsInTheFormatThatOnePictureHas)
+{
+    const auto containerOf = [](const std::string& own, const std::string& codec) {
+        const NewPreset made = MakePresetLike(InContainer({MakeVideoStream(64, 48, codec)}, own), "like");
+        EXPECT_FALSE(StreamOf(made, "video").ChildExists("frameRateRatio")) << own;
+        return made.record["container"].GetString();
+    };
+    EXPECT_EQ(containerOf("png_pipe", "CODEC_ID_PNG"), "png");
+    EXPECT_EQ(containerOf("webp_pipe", "CODEC_ID_PNG"), "image2");
+}
+
+TEST(NewPreset, OfAFileThatCannotBeWrittenIsInAContainerThatCan)
+{
+    const NewPreset sound = MakePresetLike(
+        InContainer({MakeAudioStream(Conf::CH_LAYOUT_STEREO, 48000, "CODEC_ID_MP3")}, "nuv"), "like");
+    EXPECT_EQ(sound.record["container"].GetString(), "avi");
+    EXPECT_THAT(sound.notes,
+                ElementsAre("in.mkv: files like it (matroska,webm) cannot be written; the preset makes avi"));
+    MediaFile nameless = MakeMediaFile({MakeVideoStream()});
+    nameless.descriptor = nullptr;
+    EXPECT_EQ(MakePresetLike(nameless, "like").record["container"].GetString(), "matroska");
+    const MediaStream unknown = MakeStream(StreamKind::Video, IFormatCodecVideo::Create());
+    EXPECT_EQ(MakePresetLike(InContainer({unknown}, "nuv"), "like").record["container"].GetString(),
+              "matroska");
+}
+
+TEST(NewPreset, RoundsTheBitrateOfDnxhdToANominalOne)
+{
+    const auto bitrateOf = [](long long own) {
+        MediaStream video = MakeVideoStream(1920, 1080, "CODEC_ID_DNXHD");
+        if (own != 0)
+        {
+            SetValue(video, IFormatCodec::TAG_BITRATE, own);
+        }
+        const NewPreset made = MakePresetLike(InContainer({video}, "mov"), "like");
+        const Property& stream = StreamOf(made, "video");
+        return stream.ChildExists("bitrate") ? stream["bitrate"].GetInt64() : 0;
+    };
+    EXPECT_EQ(bitrateOf(36'200'000), 36'000'000);
+    EXPECT_EQ(bitrateOf(121'400'000), 120'000'000);
+    EXPECT_EQ(bitrateOf(0), 0);
+}
+
+TEST(NewPreset, OfADnxhrFileHasItsProfile)
+{
+    MediaStream video = MakeVideoStream(1920, 1080, "CODEC_ID_DNXHD");
+    video.profile = "DNXHR SQ";
+    const NewPreset made = MakePresetLike(InContainer({video}, "mov"), "like");
+    EXPECT_FALSE(StreamOf(made, "video").ChildExists("preferred_encoder"));
+    EXPECT_EQ(StreamOf(made, "video")["codec.options.encode"]["profile"].GetString(), "dnxhr_sq");
+}
+
+TEST(NewPreset, OfARotatedVideoWithoutASizeHasNone)
+{
+    MediaStream video = MakeVideoStream(1920, 1080);
+    video.rotation = 90;
+    RemoveValue(video, IFormatCodecVideo::TAG_HEIGHT);
+    const NewPreset made = MakePresetLike(InContainer({video}, "mp4"), "like");
+    EXPECT_EQ(StreamOf(made, "video")["width"].GetInt64(), 1920);
+}
+
+TEST(NewPreset, LeavesOutWhatAPresetCannotHave)
+{
+    MediaStream video = MakeVideoStream(1920, 1080);
+    SetValue(video, IFormatCodec::TAG_BITRATE, -1LL);
+    video.pixelFormat = "gray16be";
+    const NewPreset made = MakePresetLike(InContainer({video}, "mp4"), "like");
+    EXPECT_FALSE(StreamOf(made, "video").ChildExists("bitrate"));
+    EXPECT_FALSE(StreamOf(made, "video").ChildExists("pixelFormat"));
+}
+
+TEST(NewPreset, NamesNoPixelFormatThatHasNoName)
+{
+    const auto preset =
+        MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_H264","PIXELFORMAT":"YUV420P"}})");
+    const NewPreset made = ChangePreset(preset->GetProperty(), "mine", {});
+    EXPECT_EQ(StreamOf(made, "video")["PIXELFORMAT"].GetString(), "YUV420P");
+}
+
 } // namespace

@@ -129,4 +129,28 @@ TEST(SampleLosses, OfSoundAreNotThoseOfLossyCodecs)
     EXPECT_THAT(SoundNotes("flac", "s16", 16, "CODEC_ID_FLAC", "S16"), IsEmpty());
 }
 
+TEST(SampleLosses, AreOfAPaletteAsOfItsColours)
+{
+    EXPECT_THAT(PixelNotes("pal8", "gray"),
+                ElementsAre("its colours are left out", "its transparency is left out"));
+}
+
+TEST(SampleLosses, AreFewerBitsOfFloatingPointSamples)
+{
+    EXPECT_THAT(SoundNotes("pcm_f64le", "dbl", 0, "CODEC_ID_PCM_S16LE", ""),
+                ElementsAre("its floating-point samples become 16 bits"));
+    EXPECT_THAT(SoundNotes("pcm_f64le", "dbl", 0, "CODEC_ID_PCM_F32LE", ""),
+                ElementsAre("its floating-point samples become 24 bits"));
+    EXPECT_THAT(SoundNotes("pcm_s32le", "s32", 0, "CODEC_ID_PCM_F32LE", ""),
+                ElementsAre("its 32 bits a sample become 24"));
+    EXPECT_THAT(SoundNotes("pcm_s24le", "s32", 24, "CODEC_ID_PCM_F32LE", ""), IsEmpty());
+    EXPECT_THAT(SoundNotes("pcm_s32le", "s32", 32, "CODEC_ID_PCM_F64LE", ""), IsEmpty());
+}
+
+TEST(SampleLosses, OfSoundAreNotThoseOfUnknownSamples)
+{
+    EXPECT_THAT(SoundNotes("pcm_s32le", "", 0, "CODEC_ID_PCM_S16LE", ""), IsEmpty());
+    EXPECT_THAT(SoundNotes("nosuchcodec", "s32", 0, "CODEC_ID_PCM_S16LE", ""), IsEmpty());
+}
+
 } // namespace

@@ -25,6 +25,7 @@ using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 TEST(PresetFolders, ListTheirPresetsByNameAndEachOnce)
 {
@@ -112,6 +113,18 @@ TEST(PresetFolders, AreNotLeftByAName)
         ExpectThrow<PresetFileException>([&] { FindPreset(name, folders); });
     }
     EXPECT_EQ(FindPreset("../secret", folders), "../secret") << "a path, which is opened as it stands";
+}
+
+TEST(PresetFolders, HaveNamesOfLettersDigitsAndAFewSigns)
+{
+    const TemporaryFolder folder;
+    for (const char* const name :
+         {"Mp4", "9", "a b", "a_b-c+d.e,f(g)", "\xc3\xa4", "{a}", "a[1]", "a:b", "`a`", "a@b"})
+    {
+        WriteFile(folder / (std::string(name) + ".json"), "");
+    }
+    EXPECT_THAT(ListPresets({folder.Path()}),
+                UnorderedElementsAre("Mp4", "9", "a b", "a_b-c+d.e,f(g)", "\xc3\xa4"));
 }
 
 /// Makes a folder the working folder as long as it lives.

@@ -1,5 +1,6 @@
 #include "Media/Presets/PresetStore.h"
 
+#include "Tests/Support/JobFixtures.h"
 #include "Tests/Support/MediaFixtures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -27,6 +28,19 @@ TEST(PresetStore, SaysWhatAPresetMakesInOneLine)
                                R"("sample_rate":48000,"bitrate":160001}})"),
               "mp4; video H264 1280x720, 4000 kbit/s; audio AAC STEREO, 48000 Hz, 160001 bit/s");
     EXPECT_EQ(Described("flac", R"({"audio":{"codec_id":"CODEC_ID_FLAC"}})"), "flac; audio FLAC");
+}
+
+TEST(PresetStore, SaysOfARecordThatIsNotAPresetWhatThereIs)
+{
+    const auto described = [](const std::string& members) {
+        return DescribePreset(RecordOf(R"({"p":{"container":"mp4")" + members + "}}"));
+    };
+    EXPECT_EQ(described(""), "mp4");
+    EXPECT_EQ(described(R"(,"$$STREAMS$$":5)"), "mp4");
+    EXPECT_EQ(
+        described(R"(,"$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H264","width":640,"bitrate":"high"},)"
+                  R"("audio":5})"),
+        "mp4; video H264");
 }
 
 TEST(PresetStore, ListsPresetsInTheOrderOfTheirNames)

@@ -8,7 +8,7 @@
 
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <optional>
 #include <string>
@@ -20,6 +20,7 @@ namespace
 using namespace Zelnor;
 using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
+using testing::ElementsAre;
 
 std::string Snapped(AVRational rate, double tolerance)
 {
@@ -121,28 +122,69 @@ TEST(FrameRates, OfOneFrameASecondAreKnownWhereFramesComeAtOddTimes)
     EXPECT_EQ(ProbedRate(folder / "in.webm"), "1/1");
 }
 
-/// libavformat looks at the first of these 101 frames only, which come a thousand a second; the last one
-/// comes late.
-std::string CountedRate(const std::string& secondsOfLast)
+/// "30/1", or "unknown", of each stream.
+std::vector<std::string> CountedRates(const std::string& name)
 {
-    const TemporaryFolder folder;
-    const std::string name = (folder / "in.webm").string();
-    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=1000:d=1", "-vf",
-              "settb=1/1000,setpts=if(eq(N\\,100)\\," + secondsOfLast + "000\\,N)", "-frames:v", "101",
-              "-vsync", "passthrough", "-enc_time_base", "1/1000", "-c:v", "libvpx", "-deadline", "realtime",
-              "-live", "1", name});
     AVFormatContext* input = nullptr;
     EXPECT_EQ(avformat_open_input(&input, name.c_str(), nullptr, nullptr), 0);
     EXPECT_GE(avformat_find_stream_info(input, nullptr), 0);
-    const std::optional<AVRational> rate = MeasureFrameRates(*input).at(0);
+    std::vector<std::string> rates;
+    for (const std::optional<AVRational>& rate : MeasureFrameRates(*input))
+    {
+        rates.push_back(rate ? std::to_string(rate->num) + "/" + std::to_string(rate->den) : "unknown");
+    }
     avformat_close_input(&input);
-    return rate ? std::to_string(rate->num) + "/" + std::to_string(rate->den) : "unknown";
+    return rates;
+}
+
+/// libavformat looks at the first of these 101 frames only, which come a thousand a second; the last one
+/// comes late.
+std::vector<std::string> CountedRatesUntil(const std::string& secondsOfLast)
+{
+    const TemporaryFolder folder;
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=1000:d=1", "-vf",
+              "settb=1/1000,setpts=if(eq(N\\,100)\\," + secondsOfLast + "000\\,N)", "-frames:v", "101",
+              "-vsync", "passthrough", "-enc_time_base", "1/1000", "-c:v", "libvpx", "-deadline", "realtime",
+              "-live", "1", folder / "in.webm"});
+    return CountedRates((folder / "in.webm").string());
 }
 
 TEST(FrameRates, OfOneFrameASecondAndLessAreCounted)
 {
-    EXPECT_EQ(CountedRate("100"), "1/1");
-    EXPECT_EQ(CountedRate("200"), "1/2");
+    EXPECT_THAT(CountedRatesUntil("100"), ElementsAre("1/1"));
+    EXPECT_THAT(CountedRatesUntil("200"), ElementsAre("1/2"));
+}
+
+TEST(FrameRates, AreCountedOverAFewHundredFramesOfVideo)
+{
+    const TemporaryFolder folder;
+    // After 350 frames, they come half as often.
+    MakeClip({"-f",
+              "lavfi",
+              "-i",
+              "testsrc=s=64x48:r=1000:d=1",
+              "-f",
+              "lavfi",
+              "-i",
+              "sine=d=1",
+              "-vf",
+              "settb=1/1000,setpts=if(lt(N\\,350)\\,N\\,2*N-350)",
+              "-frames:v",
+              "500",
+              "-vsync",
+              "passthrough",
+              "-enc_time_base",
+              "1/1000",
+              "-c:v",
+              "libvpx",
+              "-deadline",
+              "realtime",
+              "-c:a",
+              "libopus",
+              "-live",
+              "1",
+              folder / "in.webm"});
+    EXPECT_THAT(CountedRates((folder / "in.webm").string()), ElementsAre("1000/1", "unknown"));
 }
 
 TEST(FrameRates, OfACoverAreNotMadeUp)

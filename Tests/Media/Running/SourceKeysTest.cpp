@@ -79,4 +79,22 @@ TEST_F(SourceKeys, DoNotNameCovers)
                                       "'attachments' of a target leaves out"));
 }
 
+TEST_F(SourceKeys, OfAFileThatIsNotOpenAreIndexesThatAStreamCanHave)
+{
+    const auto read = [this](const std::string& index) {
+        FaultList faults;
+        const auto streams = ReadLeftOut(
+            RecordOf(R"({"source":{"filePath":"in.mkv","leftOut":[{"":)" + index + "}]}}"), Place(), faults);
+        m_faults = Sentences(faults.Get());
+        return streams;
+    };
+    EXPECT_THAT(read("2147483647"), ElementsAre(2147483647U));
+    EXPECT_THAT(m_faults, IsEmpty());
+    for (const std::string index : {"-1", "2147483648"})
+    {
+        EXPECT_THAT(read(index), IsEmpty());
+        EXPECT_THAT(m_faults, ElementsAre("leftOut: expected the index of a stream, found " + index));
+    }
+}
+
 } // namespace

@@ -1,5 +1,7 @@
 #include "Media/Running/JobCheck.h"
 
+#include "Media/Jobs/FaultList.h"
+#include "Media/Running/JobPreparation.h"
 #include "Tests/Support/Graphs.h"
 #include "Tests/Support/JobFixtures.h"
 #include "Tests/Support/RunFixtures.h"
@@ -149,6 +151,45 @@ TEST_F(TranscodeOfJob, ReadsStreamsThatTheSourceHas)
               Texts{"node 2, id: " + file + " does not have a stream 4294967296"});
     EXPECT_EQ(FaultsOfRecords(kSource, R"({"streamRaw":{}})"),
               Texts{"node 2, id: expected an integer, found nothing"});
+}
+
+TEST_F(TranscodeOfJob, DecodesAsItsRecordNames)
+{
+    EXPECT_EQ(FaultsWith("", R"(,"decoder":"DECODER_FFMPEG")"), Texts());
+}
+
+TEST_F(TranscodeOfJob, ReadsFilesWhoseEncryptionFFmpegReads)
+{
+    EXPECT_EQ(FaultsWith(R"(,"encryption":"DVD CSS Protection")", ""), Texts());
+}
+
+TEST_F(TranscodeOfJob, NeedsTheTypeOfASource)
+{
+    EXPECT_EQ(FaultsOfRecords(R"({"source":{"filePath":"$file"}})", kRaw),
+              Texts{"node 1, $$TYPE_ID$$: expected a string, found nothing"});
+}
+
+TEST_F(TranscodeOfJob, OfItsDocumentAloneHasIndexesThatAStreamCanHave)
+{
+    const auto faultsOf = [](const std::string& raw) {
+        FaultList faults;
+        CheckJobDocument(
+            *Loaded(R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile",)"
+                    R"("filePath":"in.wav"}}}},{"id":2,"data":{"data":{"streamRaw":{)" +
+                    raw +
+                    R"(}}}},{"id":3,"data":{"data":{"target":{"container":"wav","filePath":"out.wav"}}}}],)"
+                    R"("edges":[{"from":1,"to":2},{"from":2,"to":3,"data":{"data":)"
+                    R"({"format_codec_audio":{"codec_id":"CODEC_ID_PCM_S16LE"}}}}]})"),
+            "", faults);
+        return Sentences(faults.Get());
+    };
+    EXPECT_EQ(faultsOf(R"("id":2147483647)"), Texts());
+    for (const std::string index : {"2147483648", "-1"})
+    {
+        EXPECT_EQ(faultsOf(R"("id":)" + index),
+                  Texts{"node 2, id: expected the index of a stream, found " + index});
+    }
+    EXPECT_EQ(faultsOf(""), Texts{"node 2, id: expected an integer, found nothing"});
 }
 
 } // namespace

@@ -131,6 +131,31 @@ TEST(ValidatingText, TellsWhereItStopsBeingJson)
     EXPECT_EQ(fault.reason, "Missing a name for object member.");
 }
 
+TEST(ValidatingText, TellsThatItEndsTooEarly)
+{
+    for (const std::string text : {"", "{\"a\":"})
+    {
+        const DocumentFaults result = ValidateDocument(text);
+        ASSERT_EQ(result.faults.size(), 1U) << text;
+        EXPECT_EQ(result.faults.front().Name(), "syntax");
+        EXPECT_EQ(result.faults.front().found, "nothing");
+        EXPECT_EQ(result.faults.front().column, text.size() + 1);
+    }
+}
+
+TEST(ValidatingText, ShowsOfLongValuesTheWholeCharactersThatFit)
+{
+    std::string letters;
+    for (int i = 0; i < 60; ++i)
+    {
+        letters += "\xc3\xa4";
+    }
+    const DocumentFaults result = ValidateDocument(With(kGoodPreset, "640", "\"" + letters + "\""));
+    ASSERT_EQ(result.faults.size(), 1U);
+    EXPECT_EQ(result.faults.front().found, "\"" + letters.substr(0, 78) + "...");
+    EXPECT_EQ(result.faults.front().length, letters.size() + 2);
+}
+
 TEST(ValidatingText, WantsAnObject)
 {
     for (const char* const text : {"[]", "5", "null", "\"x\""})
