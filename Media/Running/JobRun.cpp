@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <future>
 #include <memory>
 #include <set>
 #include <system_error>
@@ -100,6 +101,11 @@ public:
         result.file = m_progress.file;
         TargetFile target(result.file, m_options.overwrite, m_options.scratch);
         const PassFiles files = {target.GetWorkName(), target.GetPassLog(), true};
+        if (IsVerifiable(target))
+        {
+            // It asks FFmpeg's encoders, which takes a while; meanwhile, we would only wait for ffmpeg.
+            m_expected = std::async([this] { return ExpectationOf(m_prepared.transcode); });
+        }
         for (std::size_t pass = 0; pass < m_prepared.passes.size(); ++pass)
         {
             m_progress.pass = pass;
@@ -154,6 +160,11 @@ private:
         result.warnings.insert(result.warnings.end(), run.messages.begin(), run.messages.end());
     }
 
+    bool IsVerifiable(const TargetFile& target) const
+    {
+        return m_options.verification != VerificationDepth::Off && !target.IsDirect();
+    }
+
     /// \returns false when it was cancelled
     bool Verify(TargetFile& target, TargetResult& result)
     {
@@ -161,7 +172,7 @@ private:
         {
             return true;
         }
-        if (target.IsDirect())
+        if (!IsVerifiable(target))
         {
             result.notes.push_back("'" + result.file +
                                    "' cannot be verified, because it is not a regular file");
@@ -176,7 +187,7 @@ private:
             options.onProgress = [progress](std::int64_t done) { progress->Report(done); };
         }
         TargetVerification verification =
-            VerifyFile(target.GetWorkName(), result.file, ExpectationOf(m_prepared.transcode), options);
+            VerifyFile(target.GetWorkName(), result.file, m_expected.get(), options);
         if (m_options.cancel.IsCancelled())
         {
             return false;
@@ -221,6 +232,7 @@ private:
     const RunOptions& m_options;
     KeptFiles& m_kept;
     RunProgress m_progress;
+    std::future<ExpectedFile> m_expected;
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
 };
 

@@ -19,7 +19,9 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <filesystem>
+#include <future>
 #include <iterator>
 #include <set>
 #include <string_view>
@@ -84,13 +86,7 @@ public:
         }
         try
         {
-            const MediaFile found = ProbeMedia(m_name);
-            const MediaScan scan =
-                DecodeFile(m_name, m_options.depth, m_options.isCancelled, m_options.onProgress);
-            if (!scan.isCancelled)
-            {
-                Compare(found, scan);
-            }
+            LookAt();
         }
         catch (const ProbeException&)
         {
@@ -100,6 +96,48 @@ public:
     }
 
 private:
+    /// Probing and decoding need nothing of each other. What calls back stays in this thread.
+    /// \throw ProbeException
+    void LookAt()
+    {
+        std::atomic<bool> isUnreadable = false;
+        std::future<MediaFile> probe = std::async([this, &isUnreadable] { return Probe(isUnreadable); });
+        MediaScan scan;
+        try
+        {
+            scan = DecodeFile(
+                m_name, m_options.depth,
+                [this, &isUnreadable] {
+                    return isUnreadable || (m_options.isCancelled && m_options.isCancelled());
+                },
+                m_options.onProgress);
+        }
+        catch (const ProbeException&)
+        {
+            // What the probe says of the file comes first.
+            probe.get();
+            throw;
+        }
+        const MediaFile found = probe.get();
+        if (!scan.isCancelled)
+        {
+            Compare(found, scan);
+        }
+    }
+
+    MediaFile Probe(std::atomic<bool>& isUnreadable) const
+    {
+        try
+        {
+            return ProbeMedia(m_name);
+        }
+        catch (...)
+        {
+            isUnreadable = true;
+            throw;
+        }
+    }
+
     void Add(const std::string& what, const std::string& wanted, const std::string& found)
     {
         m_result.differences.push_back({m_wanted.place, what, wanted, found});

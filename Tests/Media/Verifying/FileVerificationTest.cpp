@@ -6,8 +6,12 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <set>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace
@@ -160,6 +164,33 @@ MediaFile CutSource(const TemporaryFolder& folder)
     const std::string format = "fmt \x10\0\0\0\1\0\2\0\x80\xBB\0\0\0\xEE\2\0\4\0\x10\0"s;
     WriteFile(source.name, "RIFF\x24\0\1\0WAVE"s + format + "data\0\0\1\0"s + std::string(400, '\0'));
     return source;
+}
+
+TEST_F(VerifiedFile, CallsBackOnlyInTheThreadThatVerifiesIt)
+{
+    std::set<std::thread::id> threads;
+    int reports = 0;
+    FileVerificationOptions options;
+    options.depth = VerificationDepth::Full;
+    options.isCancelled = [&threads] {
+        threads.insert(std::this_thread::get_id());
+        return false;
+    };
+    options.onProgress = [&threads, &reports](std::int64_t) {
+        threads.insert(std::this_thread::get_id());
+        ++reports;
+    };
+    EXPECT_THAT(Told(VerifyFile(Name("out"), "film", Expected(), options).differences), IsEmpty());
+    EXPECT_GT(reports, 0);
+    EXPECT_THAT(threads, ElementsAre(std::this_thread::get_id()));
+}
+
+TEST_F(VerifiedFile, PassesOnWhatItsCallbackThrows)
+{
+    FileVerificationOptions options;
+    options.depth = VerificationDepth::Full;
+    options.onProgress = [](std::int64_t) { throw std::out_of_range("enough"); };
+    EXPECT_THROW(VerifyFile(Name("out"), "film", Expected(), options), std::out_of_range);
 }
 
 TEST_F(VerifiedFile, IsMadeOfASourceThatIsCut)
