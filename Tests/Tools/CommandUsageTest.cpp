@@ -1,5 +1,10 @@
 #include "Tools/zconf/Console/CommandUsage.h"
+#include "Tools/zconf/Commands/Commands.h"
 #include "Tools/zconf/Commands/ShellCompletion.h"
+#include "Tools/zconf/Console/CommandLine.h"
+
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/split.hpp>
 
 #include <gtest/gtest.h>
 
@@ -92,6 +97,49 @@ TEST(CommandUsage, AGroupHasNoArguments)
     ForEachCommand(ProgramUsage(), [](const CommandUsage& command) {
         EXPECT_TRUE(command.commands.empty() || command.arguments.empty()) << command.path;
     });
+}
+
+/// Of the program as it is made for a command line.
+CommandUsage UsageFor(const std::string& line)
+{
+    Words words;
+    boost::split(words, line, boost::is_any_of(" "));
+    std::vector<const char*> arguments;
+    for (const std::string& word : words)
+    {
+        arguments.push_back(word.c_str());
+    }
+    return UsageOf(*MakeProgram([&arguments](CLI::App& app) {
+        AddNamedCommand(app, static_cast<int>(arguments.size()), arguments.data());
+    }),
+                   "zconf");
+}
+
+TEST(CommandUsage, IsOfOneCommandAloneWhereTheLineBeginsWithIt)
+{
+    ForEachCommand(ProgramUsage(), [](const CommandUsage& command) {
+        if (!command.commands.empty() || command.path == "zconf help")
+        {
+            return;
+        }
+        const CommandUsage program = UsageFor(command.path);
+        ASSERT_EQ(program.commands.size(), 1U) << command.path;
+        bool isThere = false;
+        ForEachCommand(program, [&](const CommandUsage& made) {
+            isThere = isThere || (made.path == command.path && made.options.size() == command.options.size());
+        });
+        EXPECT_TRUE(isThere) << command.path;
+    });
+}
+
+TEST(CommandUsage, IsOfAllCommandsWhereTheLineBeginsOtherwise)
+{
+    const std::size_t all = ProgramUsage().commands.size();
+    for (const char* const line :
+         {"zconf", "zconf job", "zconf job nwe", "zconf --help", "zconf help job", "zconf new", "zconf  new"})
+    {
+        EXPECT_EQ(UsageFor(line).commands.size(), all) << line;
+    }
 }
 
 } // namespace

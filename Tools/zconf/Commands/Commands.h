@@ -4,12 +4,15 @@
 
 /// \file
 /// One function for each command, which stands in a source of its name. A new command is such a source, a
-/// line here, and a line in `AddAllCommands`.
+/// line here, and a row in Commands.cpp.
 
 namespace Zelnor::Tool
 {
 
 void AddAllCommands(CLI::App& app);
+/// Adds the one command that the arguments begin with. Where they begin otherwise, or with the command that
+/// tells of the others, it adds all. A command costs most of what a short run of another one takes.
+void AddNamedCommand(CLI::App& app, int argc, const char* const* argv);
 
 // Commands below "zconf job".
 void AddJobNewCommand(CLI::App& job);
