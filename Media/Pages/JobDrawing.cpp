@@ -23,7 +23,7 @@ constexpr long long kColumnWidth = 7;
 
 bool HasBox(const JobItem& link) { return link.hasRecord || !link.faults.empty(); }
 
-std::string Number(const char* attribute, long long value)
+std::string NumberAttribute(const char* attribute, long long value)
 {
     return std::string(" ") + attribute + "=\"" + std::to_string(value) + "\"";
 }
@@ -44,7 +44,7 @@ public:
         const long long width = m_layout.width + 2 * kMargin;
         const long long height = m_layout.height + 2 * kMargin;
         m_svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" role=\"group\" aria-label=\"The job as a graph\"" +
-                Number("width", width) + Number("height", height) + " viewBox=\"0 0 " +
+                NumberAttribute("width", width) + NumberAttribute("height", height) + " viewBox=\"0 0 " +
                 std::to_string(width) + " " + std::to_string(height) +
                 "\">\n<defs><marker id=\"arrow\" viewBox=\"0 0 8 8\" refX=\"8\" refY=\"4\" "
                 "markerWidth=\"10\" markerHeight=\"10\" markerUnits=\"userSpaceOnUse\" orient=\"auto\"><path "
@@ -119,20 +119,20 @@ private:
     {
         const long long x = middle.x - kWidth / 2 + kMargin;
         const long long y = middle.y - kHeight / 2 + kMargin;
-        m_svg += "<rect" + Number("x", x) + Number("y", y) + Number("width", kWidth) +
-                 Number("height", kHeight) + " rx=\"6\"/>";
+        m_svg += "<rect" + NumberAttribute("x", x) + NumberAttribute("y", y) +
+                 NumberAttribute("width", kWidth) + NumberAttribute("height", kHeight) + " rx=\"6\"/>";
         const std::size_t room = kColumns - std::min(kColumns / 2, item.number.size() + 1);
         Text(item.name, "name", room, x + kPadding, y + 18);
-        m_svg += "<text class=\"number\" text-anchor=\"end\"" + Number("x", x + kWidth - kPadding) +
-                 Number("y", y + 18) + ">";
+        m_svg += "<text class=\"number\" text-anchor=\"end\"" + NumberAttribute("x", x + kWidth - kPadding) +
+                 NumberAttribute("y", y + 18) + ">";
         AppendHtml(Shortened(item.number, kColumns / 2), m_svg);
         m_svg += "</text>";
         Text(item.detail, "detail", kColumns, x + kPadding, y + 35);
         if (!item.faults.empty())
         {
-            m_svg += "<circle" + Number("cx", x + kWidth) + Number("cy", y) +
-                     " r=\"9\"/><text class=\"mark\"" + " text-anchor=\"middle\"" + Number("x", x + kWidth) +
-                     Number("y", y + 4) + ">!</text>";
+            m_svg += "<circle" + NumberAttribute("cx", x + kWidth) + NumberAttribute("cy", y) +
+                     " r=\"9\"/><text class=\"mark\"" + " text-anchor=\"middle\"" +
+                     NumberAttribute("x", x + kWidth) + NumberAttribute("y", y + 4) + ">!</text>";
         }
     }
 
@@ -144,11 +144,12 @@ private:
         }
         const std::string shown = Shortened(text, columns);
         const std::size_t characters = CharactersOf(shown);
-        m_svg += std::string("<text class=\"") + kind + "\"" + Number("x", x) + Number("y", y);
+        m_svg +=
+            std::string("<text class=\"") + kind + "\"" + NumberAttribute("x", x) + NumberAttribute("y", y);
         if (characters != shown.size())
         {
             // Some characters are wider than others.
-            m_svg += Number("textLength", kColumnWidth * static_cast<long long>(characters)) +
+            m_svg += NumberAttribute("textLength", kColumnWidth * static_cast<long long>(characters)) +
                      " lengthAdjust=\"spacingAndGlyphs\"";
         }
         m_svg += ">";

@@ -29,16 +29,16 @@ using Conf::IFormatCodecVideo;
 using Core::Property;
 
 /// FFmpeg's names of profiles that the vocabulary has a constant for.
-struct ProfileName
+struct ProfileRow
 {
     AVCodecID codec;
     std::string_view name;
     const std::string* word;
 };
 
-const ProfileName* FindProfile(AVCodecID codec, std::string_view name)
+const ProfileRow* FindProfile(AVCodecID codec, std::string_view name)
 {
-    static const ProfileName s_names[] = {
+    static const ProfileRow s_names[] = {
         {AV_CODEC_ID_H264, "Baseline", &IFormatCodecVideo::TAG_X264_PROFILE_BASELINE},
         {AV_CODEC_ID_H264, "Constrained Baseline", &IFormatCodecVideo::TAG_X264_PROFILE_BASELINE},
         {AV_CODEC_ID_H264, "Main", &IFormatCodecVideo::TAG_X264_PROFILE_MAIN},
@@ -222,7 +222,7 @@ void DescribeCodec(const AVCodecParameters& codec, MediaStream& described, Prope
     if (const char* const name = avcodec_profile_name(codec.codec_id, codec.profile))
     {
         described.profile = name;
-        const ProfileName* const profile = FindProfile(codec.codec_id, name);
+        const ProfileRow* const profile = FindProfile(codec.codec_id, name);
         record.SetChildT(IFormatCodec::TAG_PROFILE, profile != nullptr ? *profile->word : std::string(name));
     }
 }

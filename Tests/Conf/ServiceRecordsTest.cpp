@@ -273,7 +273,7 @@ void ExpectInfo(const SampleInfo& info, SampleFormats format, int rate, ChannelL
     EXPECT_EQ(info.channelLayout, LayoutRecord::Find(layout));
 }
 
-SampleInfo MakeInfo(SampleFormats format, int rate, ChannelLayout layout)
+SampleInfo MakeSampleInfo(SampleFormats format, int rate, ChannelLayout layout)
 {
     SampleInfo info;
     info.Init(format, rate, layout);
@@ -291,12 +291,12 @@ TEST(SampleInfo, NothingIsSetAtFirst)
 
 TEST(SampleInfo, InitSetsAllThreeAndChecksNoRate)
 {
-    ExpectInfo(MakeInfo(SAMPLE_FMT_FLTP, -7, CH_LAYOUT_QUAD), SAMPLE_FMT_FLTP, -7, CH_LAYOUT_QUAD);
+    ExpectInfo(MakeSampleInfo(SAMPLE_FMT_FLTP, -7, CH_LAYOUT_QUAD), SAMPLE_FMT_FLTP, -7, CH_LAYOUT_QUAD);
 }
 
 TEST(SampleInfo, InitChangesNothingWhenALookUpFails)
 {
-    SampleInfo info = MakeInfo(SAMPLE_FMT_S16, 48000, CH_LAYOUT_STEREO);
+    SampleInfo info = MakeSampleInfo(SAMPLE_FMT_S16, 48000, CH_LAYOUT_STEREO);
     const auto badLayout = static_cast<ChannelLayout>(28);
     ExpectMiss(ExpectThrow<FormatException>([&] { info.Init(SAMPLE_FMT_U8, 8000, badLayout); }),
                "Provided ChannelLayout is not found in list");
@@ -315,15 +315,15 @@ TEST(SampleInfo, InitLooksTheSampleFormatUpFirst)
 
 TEST(SampleInfo, DefaultsFillInWhatIsNotSet)
 {
-    SampleInfo info = MakeInfo(SAMPLE_FMT_NONE, -1, CH_LAYOUT_UNKNOWN);
-    info.ReplaceDefaultsForm(MakeInfo(SAMPLE_FMT_S16, 48000, CH_LAYOUT_STEREO));
+    SampleInfo info = MakeSampleInfo(SAMPLE_FMT_NONE, -1, CH_LAYOUT_UNKNOWN);
+    info.ReplaceDefaultsForm(MakeSampleInfo(SAMPLE_FMT_S16, 48000, CH_LAYOUT_STEREO));
     ExpectInfo(info, SAMPLE_FMT_S16, 48000, CH_LAYOUT_STEREO);
 }
 
 TEST(SampleInfo, ARateOfZeroIsSet)
 {
-    SampleInfo info = MakeInfo(SAMPLE_FMT_NONE, 0, CH_LAYOUT_UNKNOWN);
-    info.ReplaceDefaultsForm(MakeInfo(SAMPLE_FMT_S16, 48000, CH_LAYOUT_STEREO));
+    SampleInfo info = MakeSampleInfo(SAMPLE_FMT_NONE, 0, CH_LAYOUT_UNKNOWN);
+    info.ReplaceDefaultsForm(MakeSampleInfo(SAMPLE_FMT_S16, 48000, CH_LAYOUT_STEREO));
     ExpectInfo(info, SAMPLE_FMT_S16, 0, CH_LAYOUT_STEREO);
 }
 
@@ -334,8 +334,8 @@ RC_GTEST_PROP(SampleInfo, DefaultsReplaceEachOfTheThreeByItself, ())
     const auto layout =
         rc::gen::map(rc::gen::inRange(0, 28), [](int i) { return static_cast<ChannelLayout>(i); });
     const auto rate = rc::gen::element(-2, -1, 0, 1, 44100);
-    const SampleInfo before = MakeInfo(*format, *rate, *layout);
-    const SampleInfo defaults = MakeInfo(*format, *rate, *layout);
+    const SampleInfo before = MakeSampleInfo(*format, *rate, *layout);
+    const SampleInfo defaults = MakeSampleInfo(*format, *rate, *layout);
     SampleInfo after = before;
     after.ReplaceDefaultsForm(defaults);
     const SampleInfo unset;

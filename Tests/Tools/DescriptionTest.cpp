@@ -14,7 +14,7 @@ using namespace Zelnor::Tool;
 using Zelnor::Testing::GroupedNumbers;
 using Strings = std::vector<std::string>;
 
-const Painter kPlain(false);
+const Painter kPlainPainter(false);
 
 TEST(FieldText, WritesEveryKindOfValue)
 {
@@ -46,7 +46,7 @@ TEST(ColumnsText, GivesEachDescriptionALine)
 {
     EXPECT_EQ(ColumnsText({{{"name", std::string("one")}, {"size", 1LL}},
                            {{"name", std::string("three")}, {"size", 333LL}}},
-                          kPlain),
+                          kPlainPainter),
               "one    1\n"
               "three  333\n");
 }
@@ -56,7 +56,7 @@ TEST(ColumnsText, KeepsGapsButNoBlanksAtTheEnd)
     EXPECT_EQ(ColumnsText({{{"name", std::string("a")}, {"codec", std::string()}, {"kind", std::string("x")}},
                            {{"name", std::string("b")}, {"codec", std::string("y")}, {"kind", std::string()}},
                            {{"name", std::string("c")}, {"codec", std::string()}, {"kind", std::string()}}},
-                          kPlain),
+                          kPlainPainter),
               "a    x\n"
               "b  y\n"
               "c\n");
@@ -64,7 +64,7 @@ TEST(ColumnsText, KeepsGapsButNoBlanksAtTheEnd)
 
 TEST(LinesText, NamesEachFieldAndLeavesOutEmptyOnes)
 {
-    EXPECT_EQ(LinesText({{"bitrate required", true}, {"lists", Strings{}}, {"bits", 16LL}}, 2, kPlain),
+    EXPECT_EQ(LinesText({{"bitrate required", true}, {"lists", Strings{}}, {"bits", 16LL}}, 2, kPlainPainter),
               "  bitrate required  yes\n"
               "  bits              16\n");
 }

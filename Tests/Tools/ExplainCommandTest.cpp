@@ -1,6 +1,6 @@
 #include "Tests/Support/ZconfTest.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <rapidjson/document.h>
 

@@ -9,7 +9,7 @@ namespace
 
 using namespace Zelnor::Tool;
 
-const Painter kPlain(false);
+const Painter kUncoloured(false);
 
 TEST(Table, AlignsColumnsAndDoesNotPadTheLastCell)
 {
@@ -17,9 +17,9 @@ TEST(Table, AlignsColumnsAndDoesNotPadTheLastCell)
     table.AddRow({{"a"}, {"1"}, {"x"}});
     table.AddRow({{"long"}, {"22"}, {"yy"}});
     table.AddRow({{"b"}});
-    EXPECT_EQ(table.Text(kPlain), "a     1   x\n"
-                                  "long  22  yy\n"
-                                  "b\n");
+    EXPECT_EQ(table.Text(kUncoloured), "a     1   x\n"
+                                       "long  22  yy\n"
+                                       "b\n");
 }
 
 TEST(Table, IndentsEveryRow)
@@ -27,16 +27,16 @@ TEST(Table, IndentsEveryRow)
     Table table(2);
     table.AddRow({{"a"}, {"b"}});
     table.AddRow({{"c"}});
-    EXPECT_EQ(table.Text(kPlain), "  a  b\n  c\n");
+    EXPECT_EQ(table.Text(kUncoloured), "  a  b\n  c\n");
 }
 
-TEST(Table, WithoutRowsIsEmpty) { EXPECT_EQ(Table(4).Text(kPlain), ""); }
+TEST(Table, WithoutRowsIsEmpty) { EXPECT_EQ(Table(4).Text(kUncoloured), ""); }
 
 TEST(Table, ARowWithoutCellsIsAnEmptyLine)
 {
     Table table;
     table.AddRow({});
-    EXPECT_EQ(table.Text(kPlain), "\n");
+    EXPECT_EQ(table.Text(kUncoloured), "\n");
 }
 
 TEST(Table, ACellWiderThanFortyCharactersDoesNotWidenItsColumn)
@@ -45,8 +45,8 @@ TEST(Table, ACellWiderThanFortyCharactersDoesNotWidenItsColumn)
     table.AddRow({{std::string(40, 'a')}, {"1"}});
     table.AddRow({{std::string(41, 'b')}, {"2"}});
     table.AddRow({{"c"}, {"3"}});
-    EXPECT_EQ(table.Text(kPlain), std::string(40, 'a') + "  1\n" + std::string(41, 'b') + "  2\nc" +
-                                      std::string(39, ' ') + "  3\n");
+    EXPECT_EQ(table.Text(kUncoloured), std::string(40, 'a') + "  1\n" + std::string(41, 'b') + "  2\nc" +
+                                           std::string(39, ' ') + "  3\n");
 }
 
 TEST(Table, CountsCharactersNotBytes)
@@ -54,7 +54,7 @@ TEST(Table, CountsCharactersNotBytes)
     Table table;
     table.AddRow({{"\xc3\xa4"}, {"1"}});
     table.AddRow({{"bb"}, {"2"}});
-    EXPECT_EQ(table.Text(kPlain), "\xc3\xa4   1\nbb  2\n");
+    EXPECT_EQ(table.Text(kUncoloured), "\xc3\xa4   1\nbb  2\n");
 }
 
 TEST(Table, EscapesWhatWouldBreakALine)
@@ -62,7 +62,7 @@ TEST(Table, EscapesWhatWouldBreakALine)
     Table table;
     table.AddRow({{"a\nb"}, {"\x1b[2J"}});
     table.AddRow({{"c"}, {"d"}});
-    EXPECT_EQ(table.Text(kPlain), "a\\nb  \\x1b[2J\nc     d\n");
+    EXPECT_EQ(table.Text(kUncoloured), "a\\nb  \\x1b[2J\nc     d\n");
 }
 
 TEST(Table, ColoursCellsWithoutMovingTheColumns)

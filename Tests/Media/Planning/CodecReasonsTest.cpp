@@ -1,6 +1,5 @@
 #include "Media/Planning/CodecReasons.h"
 
-#include "Media/FFmpeg/Calls.h"
 #include "Media/Planning/CodecSupport.h"
 
 #include "Tests/Support/JobFixtures.h"

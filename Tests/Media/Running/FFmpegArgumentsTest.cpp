@@ -16,7 +16,7 @@ using namespace Zelnor::Media;
 using namespace Zelnor::Testing;
 using Arguments = std::vector<std::string>;
 
-const std::string kVideo =
+const std::string kSmallH264 =
     R"("codec_id":"CODEC_ID_H264","width":640,"height":360,"aspect_x":1,"aspect_y":1,"PIXELFORMAT":0,)"
     R"("frameRateRatio":[25,1],"bitrate":800000)";
 
@@ -48,7 +48,7 @@ void ExpectFault(const Transcode& transcode, const std::string& sentence)
 TEST(FFmpegArguments, OfAVideo)
 {
     const auto runs = ArgumentsOf(MakeTranscode(
-        OneVideo(), VideoRecord(kVideo + R"(,"profile":"high","preset":"slow","tune":"film")")));
+        OneVideo(), VideoRecord(kSmallH264 + R"(,"profile":"high","preset":"slow","tune":"film")")));
     ASSERT_EQ(runs.size(), 1U);
     EXPECT_EQ(runs[0], Ended({"-n",
                               "-protocol_whitelist",
@@ -90,8 +90,8 @@ TEST(FFmpegArguments, OfSound)
 
 TEST(FFmpegArguments, OfTwoPassesAreTwoRuns)
 {
-    const auto runs =
-        ArgumentsOf(MakeTranscode(OneVideo(), VideoRecord(kVideo + R"(,"two_pass_encoding":"two_pass")")));
+    const auto runs = ArgumentsOf(
+        MakeTranscode(OneVideo(), VideoRecord(kSmallH264 + R"(,"two_pass_encoding":"two_pass")")));
     ASSERT_EQ(runs.size(), 2U);
     const Arguments common = {"-protocol_whitelist",
                               "file",
@@ -224,7 +224,8 @@ TEST(FFmpegArguments, CarryTheTargetsTags)
 TEST(FFmpegArguments, TheFirstFaultIsThrownWithItsPlace)
 {
     const Thrown thrown = ExpectThrow<JobException>([] {
-        MakeFFmpegArguments(MakeTranscode(OneVideo(), VideoRecord(kVideo + R"(,"profile":"odd","more":1)")));
+        MakeFFmpegArguments(
+            MakeTranscode(OneVideo(), VideoRecord(kSmallH264 + R"(,"profile":"odd","more":1)")));
     });
     EXPECT_EQ(thrown.description, "job.json: link 3 -> 2, video stream 0: unknown setting 'more'");
     EXPECT_EQ(thrown.Get<MediaException::TagFile>(), "job.json");
@@ -430,13 +431,14 @@ TEST(FFmpegArguments, DoNotHoldAnOptionWithTwoValues)
 TEST(FFmpegArguments, DecodeAStreamInOneWay)
 {
     Transcode transcode = MakeTranscode(
-        OneVideo(), VideoRecord(kVideo + R"(,"codec.options.analyze":{"skip_frame":"nokey"})"), "matroska");
+        OneVideo(), VideoRecord(kSmallH264 + R"(,"codec.options.analyze":{"skip_frame":"nokey"})"),
+        "matroska");
     transcode.streams.push_back(transcode.streams.front());
     transcode.streams.back().place.link = std::pair(3, 9);
     const Arguments arguments = ArgumentsOf(transcode)[0];
     EXPECT_EQ(std::count(arguments.begin(), arguments.end(), "-skip_frame:0"), 1);
     transcode.streams.back().codec =
-        VideoRecord(kVideo + R"(,"codec.options.analyze":{"skip_frame":"none"})");
+        VideoRecord(kSmallH264 + R"(,"codec.options.analyze":{"skip_frame":"none"})");
     ExpectFault(transcode,
                 "link 3 -> 9, video stream 0, codec.options.analyze.skip_frame: another link to the same "
                 "stream asks for 'nokey', this one for 'none'");
@@ -445,9 +447,9 @@ TEST(FFmpegArguments, DecodeAStreamInOneWay)
 TEST(FFmpegArguments, TellTheDecoderWhatItUnderstands)
 {
     const auto fault = [](const std::string& options, const std::string& reason) {
-        ExpectFault(
-            MakeTranscode(OneVideo(), VideoRecord(kVideo + R"(,"codec.options.analyze":{)" + options + "}")),
-            "link 3 -> 2, video stream 0, codec.options.analyze." + reason);
+        ExpectFault(MakeTranscode(OneVideo(),
+                                  VideoRecord(kSmallH264 + R"(,"codec.options.analyze":{)" + options + "}")),
+                    "link 3 -> 2, video stream 0, codec.options.analyze." + reason);
     };
     fault(R"("dump_attachment:t":"x")",
           "dump_attachment:t: decoder h264 does not have an option 'dump_attachment:t'");

@@ -32,7 +32,7 @@ std::vector<std::string> Compare(const std::vector<std::pair<std::string, std::s
     return Told(ComparePicture(file, file.streams.front(), found));
 }
 
-MediaStream Interlaced(const std::string& order)
+MediaStream InterlacedVideo(const std::string& order)
 {
     MediaStream stream = MakeVideoStream();
     stream.isInterlaced = true;
@@ -63,27 +63,29 @@ TEST(PictureComparison, APixelFormatByNameComesBeforeTheNumber)
 
 TEST(PictureComparison, TellsFieldsThatShouldBeGone)
 {
-    EXPECT_THAT(Compare({}, Interlaced("tt"), Interlaced("tt")),
+    EXPECT_THAT(Compare({}, InterlacedVideo("tt"), InterlacedVideo("tt")),
                 ElementsAre("field order: wanted progressive, found tt"));
-    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "50p"}}, Interlaced("bb"), Interlaced("tt")),
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "50p"}}, InterlacedVideo("bb"), InterlacedVideo("tt")),
                 ElementsAre("field order: wanted progressive, found bb"));
-    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "off"}}, Interlaced("tt"), Interlaced("tt")), IsEmpty());
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "off"}}, InterlacedVideo("tt"), InterlacedVideo("tt")),
+                IsEmpty());
 }
 
 TEST(PictureComparison, TellsFieldsThatShouldBeKept)
 {
     MediaStream progressive = MakeVideoStream();
     progressive.fieldOrder = "progressive";
-    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, progressive, Interlaced("tt")),
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, progressive, InterlacedVideo("tt")),
                 ElementsAre("field order: wanted tt, found progressive"));
-    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, Interlaced("tt"), Interlaced("tt")), IsEmpty());
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, InterlacedVideo("tt"), InterlacedVideo("tt")),
+                IsEmpty());
     EXPECT_THAT(Compare({{JobKeys::kDeinterlace, "keep"}}, progressive, progressive), IsEmpty());
 }
 
 TEST(PictureComparison, TellsWhichFieldComesFirst)
 {
     const auto kept = [](const std::string& source, const std::string& found) {
-        return Compare({{JobKeys::kDeinterlace, "keep"}}, Interlaced(found), Interlaced(source));
+        return Compare({{JobKeys::kDeinterlace, "keep"}}, InterlacedVideo(found), InterlacedVideo(source));
     };
     EXPECT_THAT(kept("bb", "tt"), ElementsAre("field order: wanted bb, found tt"));
     EXPECT_THAT(kept("tt", "bt"), ElementsAre("field order: wanted tt, found bt"));
@@ -196,7 +198,7 @@ TEST(PictureComparison, DvSaysThatItIsInterlacedWhateverItIs)
 
 TEST(PictureComparison, FieldsOfUnknownOrderAreInterlaced)
 {
-    EXPECT_THAT(Compare({}, Interlaced("")),
+    EXPECT_THAT(Compare({}, InterlacedVideo("")),
                 ElementsAre("field order: wanted progressive, found interlaced"));
 }
 

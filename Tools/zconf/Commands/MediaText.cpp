@@ -2,6 +2,7 @@
 
 #include "Tools/zconf/Console/Table.h"
 #include "Tools/zconf/Console/Text.h"
+#include "Tools/zconf/Console/TimeText.h"
 
 #include "Conf/Interfaces/IFormatCodecAudio.h"
 #include "Conf/Interfaces/IFormatCodecVideo.h"
@@ -20,8 +21,6 @@ using Conf::IFormatCodecAudio;
 using Conf::IFormatCodecVideo;
 using Conf::IFormatFile;
 using Core::Property;
-
-constexpr std::int64_t kSecond = 1000000;
 
 /// The text or number under a key, with a unit; empty when there is none.
 std::string ValueText(const Property& record, const std::string& key, const char* unit = "")
