@@ -60,6 +60,10 @@ protected:
         std::filesystem::remove(Folder() / "queue");
     }
 
+    /// Who asks for the queue after there is an identifier has read the answer to the submission.
+    inline static const std::string kUntilSubmitted = "until [ -e id ]; do sleep 0.05; done; rm -f asked; "
+                                                      "until [ -e asked ]; do sleep 0.05; done; ";
+
 private:
     static constexpr const char* kSubmit = R"sh(printf '%s\n' "$@" > "submitted.$$"
 sleep "$(cat delay 2>/dev/null || echo 0)"
@@ -240,8 +244,8 @@ TEST_F(BatchOnAnswers, ThatIsWaitedForTellsThatTasksWereCancelled)
 {
     PlanBatch(2);
 
-    const ProcessResult run = ShellWithSlurm(
-        "$ZCONF batch run b --engine slurm --wait & until [ -e id ]; do sleep 0.05; done; rm queue; wait $!");
+    const ProcessResult run =
+        ShellWithSlurm("$ZCONF batch run b --engine slurm --wait & " + kUntilSubmitted + "rm queue; wait $!");
 
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_EQ(run.messages, "zconf: b: 2 jobs submitted as array 1\nzconf: b: 2 jobs: 2 waiting\n");
@@ -251,9 +255,8 @@ TEST_F(BatchOnAnswers, ThatIsInterruptedCancelsItsTasksOnceSlurmAnswersAgain)
 {
     PlanBatch(2);
 
-    const ProcessResult run = ShellWithSlurm(
-        "$ZCONF batch run b --engine slurm --wait & until [ -e id ]; do sleep 0.05; done; touch silent; "
-        "kill -TERM $!; sleep 1; rm silent; wait $!");
+    const ProcessResult run = ShellWithSlurm("$ZCONF batch run b --engine slurm --wait & " + kUntilSubmitted +
+                                             "touch silent; kill -TERM $!; sleep 1; rm silent; wait $!");
 
     EXPECT_EQ(run.exitCode, 128 + SIGTERM);
     EXPECT_EQ(Read("cancelled"), "--quiet 1_1 1_2\n");
