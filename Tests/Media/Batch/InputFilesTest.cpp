@@ -134,6 +134,17 @@ TEST_F(FindingInputs, TakesLinksThatLeadNowhereAsFilesThatCannotBeRead)
     EXPECT_THAT(Find({"d"}), ElementsAre("d/a.mp4"));
 }
 
+TEST_F(FindingInputs, TakesAFileOfTheWorkingFolderOnceHoweverItIsNamed)
+{
+    Make({"a.mp4"});
+    const fs::path former = fs::current_path();
+    fs::current_path(Folder().Path());
+    const std::vector<InputFile> found = FindInputFiles({"a.mp4", "./a.mp4"}, "", [] { return false; });
+    fs::current_path(former);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].path, "a.mp4");
+}
+
 TEST_F(FindingInputs, NamesFilesOfAFolderWithOneSlash)
 {
     Make({"d/a.mp4"});
