@@ -1,13 +1,13 @@
 #include "Conf/Private/GrahpImpl.h"
 #include "Conf/Private/GraphReader.h"
 #include "Conf/Private/GraphUnit.h"
-#include "Conf/Private/JsonInput.h"
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/JsonStream.h"
 #include "Core/Interfaces/PropertyEvents.h"
 #include "Core/Interfaces/PropertySerializer.h"
+#include "Core/Private/JsonCursor.h"
+#include "Core/Private/JsonParser.h"
 
-#include <rapidjson/reader.h>
 #include <rapidjson/writer.h>
 
 #include <algorithm>
@@ -32,21 +32,8 @@ rapidjson::SizeType Length(std::string_view text) { return static_cast<rapidjson
 template <class Handler>
 bool Parse(Core::IDataInput& in, Handler& handler)
 {
-    // The default parser recurses for every bracket, so that a document could overflow the stack.
-    constexpr unsigned kIteratively = rapidjson::kParseIterativeFlag;
-    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory> reader;
-    JsonInput input(in);
-    // RapidJSON mistakes a NUL byte for the end, so the end is compared.
-    if (input.IsWhole())
-    {
-        const std::size_t size = static_cast<std::size_t>(input.End() - input.Begin());
-        rapidjson::InsituStringStream text(input.Begin());
-        reader.Parse<kIteratively | rapidjson::kParseInsituFlag>(text, handler);
-        return !reader.HasParseError() && text.Tell() == size;
-    }
-    JsonCursor cursor(input);
-    reader.Parse<kIteratively>(cursor, handler);
-    return !reader.HasParseError() && cursor.AtEnd();
+    Core::JsonCursor cursor(in);
+    return Core::JsonParser(cursor, handler).Parse() && cursor.SkipBlanks() == '\0' && cursor.IsAtEnd();
 }
 
 bool IsEmptyRecord(const Property& record)
@@ -200,7 +187,7 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
     for (Reader::Vertex& vertex : reader.vertices.items)
     {
         m_nodeCounter = std::max(m_nodeCounter, vertex.id);
-        AppendNode(vertex.id, {std::move(vertex.data)});
+        AppendNode(vertex.id, std::move(vertex.record));
     }
     RethrowRefusal(reader.vertices);
     if (!reader.vertices.notAnObject.empty())
@@ -212,7 +199,7 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
     {
         // The link gets the next identifier; callers rely on that.
         m_linkCounter = std::max(m_linkCounter, edge.id);
-        AddLink(edge.from, edge.to, LinkRecord{std::move(edge.data)});
+        AddLink(edge.from, edge.to, std::move(edge.record));
     }
     RethrowRefusal(reader.edges);
     if (!reader.edges.notAnObject.empty())

@@ -2,37 +2,25 @@
 
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/PropertySerializer.h"
-
-#include <limits>
+#include "Core/Private/EqualText.h"
+#include "Core/Private/RecordParser.h"
 
 namespace Zelnor::Conf
 {
 
-using Core::Property;
+using Core::IsEqualText;
 
 // Events
 
-/// \param send  passes the event on to the record
-template <class Send>
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Scalar(const char* kind, std::optional<NodeId> integer,
-                                                      Send&& send)
+void ITranscodingMetaGraph::GrahpImpl::Reader::Scalar(const char* kind, NodeId integer)
 {
     switch (m_state)
     {
-    case RECORD:
-        send(m_record);
-        break;
     case VERTEX:
     case EDGE:
-        if (m_isRecordNext)
-        {
-            // All there is of the record.
-            send(m_record);
-            break;
-        }
         if (m_integer != nullptr)
         {
-            *m_integer = integer.value_or(0);
+            *m_integer = integer;
         }
         break;
     case VERTICES_LIST:
@@ -44,121 +32,66 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::Scalar(const char* kind, std::opt
     case SKIPPED:
         break;
     }
-    return true;
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Null()
+bool ITranscodingMetaGraph::GrahpImpl::Reader::ReadValue(Core::JsonCursor& cursor)
 {
-    return Scalar("null", std::nullopt, [](auto& record) { record.Null(); });
+    m_isRecordNext = false;
+    return Core::ParseRecord(cursor, m_record);
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Bool(bool value)
-{
-    return Scalar(value ? "true" : "false", std::nullopt, [value](auto& record) { record.Bool(value); });
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Int64(std::int64_t value)
-{
-    return Scalar("a number", value, [value](auto& record) { record.Int64(value); });
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Uint64(std::uint64_t value)
-{
-    constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
-    if (value <= kMost)
-    {
-        return Int64(static_cast<std::int64_t>(value));
-    }
-    return Scalar("a number", std::nullopt, [value](auto& record) { record.Uint64(value); });
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Double(double value)
-{
-    return Scalar("a number", std::nullopt, [value](auto& record) { record.Double(value); });
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::String(const char* text, rapidjson::SizeType length, bool copy)
-{
-    return Scalar("a string", std::nullopt,
-                  [text, length, copy](auto& record) { record.String(text, length, copy); });
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::StartObject()
+void ITranscodingMetaGraph::GrahpImpl::Reader::StartObject()
 {
     switch (m_state)
     {
     case BEFORE:
         m_isObject = true;
         m_state = ROOT;
-        return true;
+        break;
     case VERTICES_LIST:
     case EDGES_LIST:
         StartElement();
-        return true;
+        break;
     case VERTEX:
     case EDGE:
-        if (!m_isRecordNext)
-        {
-            return Skip();
-        }
-        m_outer = std::exchange(m_state, RECORD);
-        break;
-    case RECORD:
-        break;
     case ROOT:
     case SKIPPED:
-        return Skip();
+        Skip();
+        break;
     }
-    m_record.StartObject();
-    return true;
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::Reader::StartArray()
+void ITranscodingMetaGraph::GrahpImpl::Reader::StartArray()
 {
     switch (m_state)
     {
     case ROOT:
         if (!m_list)
         {
-            return Skip();
+            Skip();
+            break;
         }
         m_state = *m_list;
         (m_state == VERTICES_LIST ? vertices.isArray : edges.isArray) = true;
-        return true;
+        break;
     case VERTICES_LIST:
     case EDGES_LIST:
         RefuseElement("an array");
-        return Skip();
+        Skip();
+        break;
     case VERTEX:
     case EDGE:
-        if (!m_isRecordNext)
-        {
-            return Skip();
-        }
-        m_outer = std::exchange(m_state, RECORD);
-        break;
-    case RECORD:
-        break;
     case BEFORE:
     case SKIPPED:
-        return Skip();
+        Skip();
+        break;
     }
-    m_record.StartArray();
-    return true;
 }
 
-template <class Send>
-bool ITranscodingMetaGraph::GrahpImpl::Reader::End(Send&& send)
+void ITranscodingMetaGraph::GrahpImpl::Reader::End()
 {
     switch (m_state)
     {
-    case RECORD:
-        send(m_record);
-        if (m_record.IsComplete())
-        {
-            m_state = m_outer;
-        }
-        break;
     case VERTEX:
     case EDGE:
         FinishElement();
@@ -177,32 +110,18 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::End(Send&& send)
     case ROOT:
         break;
     }
-    return true;
 }
 
-bool ITranscodingMetaGraph::GrahpImpl::Reader::EndObject(rapidjson::SizeType members)
-{
-    return End([members](auto& record) { record.EndObject(members); });
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::EndArray(rapidjson::SizeType elements)
-{
-    return End([elements](auto& record) { record.EndArray(elements); });
-}
-
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Key(const char* text, rapidjson::SizeType length, bool copy)
+void ITranscodingMetaGraph::GrahpImpl::Reader::Key(std::string_view key, bool)
 {
     switch (m_state)
     {
-    case RECORD:
-        m_record.Key(text, length, copy);
-        break;
     case ROOT:
-        RootKey({text, length});
+        RootKey(key);
         break;
     case VERTEX:
     case EDGE:
-        ElementKey({text, length});
+        ElementKey(key);
         break;
     case BEFORE:
     case VERTICES_LIST:
@@ -210,7 +129,6 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::Key(const char* text, rapidjson::
     case SKIPPED:
         break;
     }
-    return true;
 }
 
 // Structure
@@ -218,11 +136,11 @@ bool ITranscodingMetaGraph::GrahpImpl::Reader::Key(const char* text, rapidjson::
 void ITranscodingMetaGraph::GrahpImpl::Reader::RootKey(std::string_view key)
 {
     m_list.reset();
-    if (key == VERTICES && !std::exchange(vertices.isFound, true))
+    if (IsEqualText(key, VERTICES) && !std::exchange(vertices.isFound, true))
     {
         m_list = VERTICES_LIST;
     }
-    else if (key == EDGES && !std::exchange(edges.isFound, true))
+    else if (IsEqualText(key, EDGES) && !std::exchange(edges.isFound, true))
     {
         m_list = EDGES_LIST;
     }
@@ -231,11 +149,11 @@ void ITranscodingMetaGraph::GrahpImpl::Reader::RootKey(std::string_view key)
 void ITranscodingMetaGraph::GrahpImpl::Reader::ElementKey(std::string_view key)
 {
     m_integer = nullptr;
-    m_isRecordNext = key == DATA && !std::exchange(m_element.hasRecord, true);
+    m_isRecordNext = IsEqualText(key, DATA) && !std::exchange(m_element.hasRecord, true);
     for (const auto& [name, integer] :
          {std::pair(ID, &m_element.id), std::pair(FROM, &m_element.from), std::pair(TO, &m_element.to)})
     {
-        if (key == name && !*integer)
+        if (IsEqualText(key, name) && !*integer)
         {
             // What is not an integer reads as 0.
             *integer = 0;
@@ -245,13 +163,12 @@ void ITranscodingMetaGraph::GrahpImpl::Reader::ElementKey(std::string_view key)
 }
 
 /// At the beginning of an object or array.
-bool ITranscodingMetaGraph::GrahpImpl::Reader::Skip()
+void ITranscodingMetaGraph::GrahpImpl::Reader::Skip()
 {
     if (m_skipped++ == 0)
     {
         m_outer = std::exchange(m_state, SKIPPED);
     }
-    return true;
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Reader::StartElement()
@@ -268,36 +185,40 @@ void ITranscodingMetaGraph::GrahpImpl::Reader::StartElement()
 
 void ITranscodingMetaGraph::GrahpImpl::Reader::FinishElement()
 {
-    const bool isVertex = m_state == VERTEX;
-    m_state = isVertex ? VERTICES_LIST : EDGES_LIST;
-    try
+    const NodeId id = m_element.id.value_or(0);
+    if (m_state == VERTEX)
     {
-        Property record = TakeRecord();
-        const NodeId id = m_element.id.value_or(0);
-        if (isVertex)
-        {
-            vertices.items.push_back({id, std::move(record)});
-        }
-        else
-        {
-            edges.items.push_back(
-                {id, m_element.from.value_or(0), m_element.to.value_or(0), std::move(record)});
-        }
+        m_state = VERTICES_LIST;
+        vertices.items.emplace_back().id = id;
+        TakeRecord(vertices);
     }
-    catch (const Core::PropertyException&)
+    else
     {
-        (isVertex ? vertices.refusedRecord : edges.refusedRecord) = std::current_exception();
+        m_state = EDGES_LIST;
+        Edge& edge = edges.items.emplace_back();
+        edge.id = id;
+        edge.from = m_element.from.value_or(0);
+        edge.to = m_element.to.value_or(0);
+        TakeRecord(edges);
     }
 }
 
-Property ITranscodingMetaGraph::GrahpImpl::Reader::TakeRecord()
+template <class T>
+void ITranscodingMetaGraph::GrahpImpl::Reader::TakeRecord(List<T>& list)
 {
-    Property record{std::string(DATA)};
-    if (m_element.hasRecord)
+    if (!m_element.hasRecord)
     {
-        Core::PropertySerializer::LoadUnwrapped(record, m_record);
+        return;
     }
-    return record;
+    try
+    {
+        Core::PropertySerializer::LoadUnwrapped(list.items.back().record.data, m_record);
+    }
+    catch (const Core::PropertyException&)
+    {
+        list.items.pop_back();
+        list.refusedRecord = std::current_exception();
+    }
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Reader::RefuseElement(const char* kind)

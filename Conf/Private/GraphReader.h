@@ -4,8 +4,7 @@
 
 #include "Conf/Private/GrahpImpl.h"
 #include "Core/Interfaces/PropertyReader.h"
-
-#include <rapidjson/rapidjson.h>
+#include "Core/Private/JsonCursor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -44,16 +43,16 @@ public:
 
     struct Vertex
     {
-        NodeId id;
-        Core::Property data;
+        NodeId id = 0;
+        NodeRecord record{Core::Property(std::string(DATA))};
     };
 
     struct Edge
     {
-        LinkId id;
-        NodeId from;
-        NodeId to;
-        Core::Property data;
+        LinkId id = 0;
+        NodeId from = 0;
+        NodeId to = 0;
+        LinkRecord record{Core::Property(std::string(DATA))};
     };
 
     /// Whether the document was an object.
@@ -61,21 +60,21 @@ public:
     List<Vertex> vertices;
     List<Edge> edges;
 
-    // RapidJSON's handler. All return true.
-    bool Null();
-    bool Bool(bool value);
-    bool Int(int value) { return Int64(value); }
-    bool Uint(unsigned value) { return Int64(value); }
-    bool Int64(std::int64_t value);
-    bool Uint64(std::uint64_t value);
-    bool Double(double value);
-    bool RawNumber(const char*, rapidjson::SizeType, bool) { return Double(0); }
-    bool String(const char* text, rapidjson::SizeType length, bool copy);
-    bool StartObject();
-    bool Key(const char* text, rapidjson::SizeType length, bool copy);
-    bool EndObject(rapidjson::SizeType members);
-    bool StartArray();
-    bool EndArray(rapidjson::SizeType elements);
+    // The events, for `Core::JsonParser`.
+    void Null() { Scalar("null"); }
+    void Bool(bool value) { Scalar(value ? "true" : "false"); }
+    void Int64(std::int64_t value) { Scalar("a number", value); }
+    void Uint64(std::uint64_t) { Scalar("a number"); }
+    void Double(double) { Scalar("a number"); }
+    void String(std::string_view, bool) { Scalar("a string"); }
+    void Key(std::string_view key, bool copy);
+    void StartObject();
+    void EndObject(std::size_t) { End(); }
+    void StartArray();
+    void EndArray(std::size_t) { End(); }
+    bool ReadsValue() const { return m_isRecordNext; }
+    /// A record.
+    bool ReadValue(Core::JsonCursor& cursor);
 
 private:
     enum State
@@ -86,7 +85,6 @@ private:
         EDGES_LIST,
         VERTEX,
         EDGE,
-        RECORD,
         SKIPPED, ///< a value that does not matter
     };
 
@@ -99,21 +97,21 @@ private:
         bool hasRecord = false;
     };
 
-    template <class Send>
-    bool Scalar(const char* kind, std::optional<NodeId> integer, Send&& send);
+    void Scalar(const char* kind, NodeId integer = 0);
     /// The end of an object or array; which of them it is follows from the state.
-    template <class Send>
-    bool End(Send&& send);
+    void End();
     void RootKey(std::string_view key);
     void ElementKey(std::string_view key);
-    bool Skip();
+    void Skip();
     void StartElement();
     void FinishElement();
+    /// Gives the last element its record, or removes it when the record is refused.
+    template <class T>
+    void TakeRecord(List<T>& list);
     void RefuseElement(const char* kind);
-    Core::Property TakeRecord();
 
     State m_state = BEFORE;
-    /// Where a record or skipped value belongs.
+    /// Where a skipped value belongs.
     State m_outer = BEFORE;
     std::size_t m_skipped = 0;
     bool m_isObject = false;

@@ -136,6 +136,14 @@ void Property::NameChanged() noexcept
     }
 }
 
+void Property::OwnsMore() noexcept
+{
+    if (m_siblings != nullptr)
+    {
+        m_siblings->OwnsMore(*this);
+    }
+}
+
 // The assignments build the new state first and then move it in: a failed allocation changes nothing, and the
 // argument may be part of what is replaced.
 
@@ -147,14 +155,19 @@ Property& Property::operator=(const Property& other)
 
 Property& Property::operator=(Property&& other) noexcept
 {
-    Property taken(std::move(other));
-    if (m_name != taken.m_name)
+    Become(Property(std::move(other)));
+    return *this;
+}
+
+void Property::Become(Property&& other) noexcept
+{
+    if (m_name != other.m_name)
     {
-        m_name.swap(taken.m_name);
+        m_name.swap(other.m_name);
         NameChanged();
     }
-    m_value.swap(taken.m_value);
-    return *this;
+    m_value.swap(other.m_value);
+    OwnsMore();
 }
 
 Property& Property::operator=(long long value)
@@ -167,6 +180,7 @@ Property& Property::operator=(const std::string& value)
 {
     Value copy(value);
     m_value.swap(copy);
+    OwnsMore();
     return *this;
 }
 
@@ -174,6 +188,7 @@ Property& Property::operator=(std::string&& value)
 {
     Value taken(std::move(value));
     m_value.swap(taken);
+    OwnsMore();
     return *this;
 }
 
@@ -393,6 +408,7 @@ Property& Property::PutChild(const std::string& name, Property&& value)
     // The name stays as it is. The old value is destroyed last: `value` may be a part of it.
     Property taken(std::move(value));
     found->m_value.swap(taken.m_value);
+    found->OwnsMore();
     return *found;
 }
 

@@ -173,10 +173,10 @@ private:
 
     struct Named
     {};
+    /// \param name  what a string can be made of
     /// \param arguments  those of one of the constructors of `T`, an alternative of `Value`
-    template <class T, class... Arguments>
-    ZELNOR_LOCAL Property(Named, std::string_view name, std::in_place_type_t<T> type,
-                          Arguments&&... arguments);
+    template <class Name, class T, class... Arguments>
+    ZELNOR_LOCAL Property(Named, const Name& name, std::in_place_type_t<T> type, Arguments&&... arguments);
 
     bool IsGroup() const noexcept { return m_value.index() == 0; }
     /// Null when this is not a group, and when it has no children.
@@ -187,7 +187,11 @@ private:
     Property* FindToSet(const std::string& name);
     ZELNOR_LOCAL void CopyValueFrom(const Property& other);
     void CopyChildrenFrom(const Property& other);
+    /// The same as the assignment of what is neither a part of this nor has a part that this is.
+    ZELNOR_LOCAL void Become(Property&& other) noexcept;
     ZELNOR_LOCAL void NameChanged() noexcept;
+    /// To be called when this may own memory that it did not own before.
+    ZELNOR_LOCAL void OwnsMore() noexcept;
     /// Makes memory for one more child ready. Precondition: this is a group.
     ZELNOR_LOCAL void MakeRoom();
     /// Appends a child that is constructed from the arguments. Precondition: this is a group.

@@ -1,7 +1,9 @@
 #include "Core/Interfaces/PropertyReader.h"
 
 #include "Core/Interfaces/PropertySerializer.h"
+#include "Core/Private/JsonParser.h"
 #include "Core/Private/PropertyReaderImpl.h"
+#include "Core/Private/RecordParser.h"
 #include "Core/Private/RecordPath.h"
 
 #include <algorithm>
@@ -10,6 +12,7 @@
 #include <limits>
 #include <numeric>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace Zelnor::Core
@@ -40,7 +43,7 @@ std::string NotAValue(JsonKind kind)
 }
 
 /// The rational of two integers, if there is one: the denominator is not zero, and the reduced form fits.
-/// Reduced here, since `boost::rational` stops the process on some pairs.
+/// Others than positive ones are reduced here, since `boost::rational` stops the process on some pairs.
 std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t denominator)
 {
     const auto magnitude = [](std::int64_t n) {
@@ -53,6 +56,10 @@ std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t de
     if (numerator == 0)
     {
         return Property::Ratio(0);
+    }
+    if (numerator > 0 && denominator > 0)
+    {
+        return Property::Ratio(numerator, denominator);
     }
     constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
     const std::uint64_t divisor = std::gcd(magnitude(numerator), magnitude(denominator));
@@ -67,6 +74,29 @@ std::optional<Property::Ratio> MakeRatio(std::int64_t numerator, std::int64_t de
                            static_cast<long long>(bottom));
 }
 
+/// A string of a text that may be read beyond its end. Most texts are short, and for those this takes a third
+/// of the instructions, and no call.
+struct PaddedText
+{
+    explicit PaddedText(std::string_view padded) : text(padded) {}
+    operator std::string() const { return text.size() <= kShort ? MakeShort() : std::string(text); }
+
+    std::string MakeShort() const
+    {
+        // As other characters: for its own, the library would call a function.
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+        std::string made(bytes, bytes + kShort);
+        made.erase(text.size());
+        return made;
+    }
+
+    /// What strings of all standard libraries hold without memory of their own.
+    static constexpr std::size_t kShort = 15;
+    static_assert(kShort < JsonCursor::kPadding);
+
+    std::string_view text;
+};
+
 } // namespace
 
 const char* Describe(JsonKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
@@ -75,10 +105,11 @@ const char* Describe(JsonKind kind) { return kKinds[static_cast<std::size_t>(kin
 
 std::string_view TextCopies::Add(std::string_view text)
 {
-    if (m_blocks.empty() || m_blocks.back().size - m_used < text.size())
+    constexpr std::size_t kPadding = JsonCursor::kPadding;
+    if (m_blocks.empty() || m_blocks.back().size - m_used < text.size() + kPadding)
     {
         constexpr std::size_t kBlock = 4096;
-        const std::size_t size = std::max(text.size(), kBlock);
+        const std::size_t size = std::max(text.size() + kPadding, kBlock);
         m_blocks.push_back({std::make_unique<char[]>(size), size});
         m_used = 0;
     }
@@ -106,59 +137,60 @@ bool PropertyReader::Impl::IsMember() const
     return !m_frames.empty() && m_frames.back().kind != Frame::ARRAY;
 }
 
-void PropertyReader::Impl::Text(std::string_view text, bool copy)
+bool PropertyReader::Impl::Parse(JsonCursor& cursor)
 {
-    const bool isKept = copy && m_ignored == 0 && !m_isRefused && IsMember();
-    Scalar(JsonKind::STRING, 0, isKept ? m_texts.Add(text) : text);
+    m_arePadded = true;
+    return JsonParser(cursor, *this).Parse();
+}
+
+void PropertyReader::Impl::Settle() { m_takesMembers = m_ignored == 0 && !m_isRefused && IsMember(); }
+
+void PropertyReader::Impl::Int64(std::int64_t value)
+{
+    if (m_takesMembers)
+    {
+        Stage(PROPERTY_TYPE_INT64).value.number = value;
+        return;
+    }
+    Scalar(JsonKind::INTEGER, value);
+}
+
+void PropertyReader::Impl::String(std::string_view text, bool copy)
+{
+    if (m_takesMembers)
+    {
+        const std::string_view kept = copy ? m_texts.Add(text) : text;
+        Stage(PROPERTY_TYPE_STRING).value.text = kept;
+        return;
+    }
+    Scalar(JsonKind::STRING);
 }
 
 void PropertyReader::Impl::Key(std::string_view text, bool copy)
 {
-    if (m_ignored == 0 && !m_isRefused)
+    if (m_takesMembers)
     {
         m_key = copy ? m_texts.Add(text) : text;
     }
 }
 
-void PropertyReader::Impl::Scalar(JsonKind kind, long long number, std::string_view text)
+void PropertyReader::Impl::Scalar(JsonKind kind, long long number)
 {
     m_hasValue = true;
-    if (m_ignored != 0)
+    if (m_takesMembers)
     {
-        return;
+        kind == JsonKind::NOTHING ? (void)Stage(PROPERTY_TYPE_NONE) : RefuseMember(NotAValue(kind));
     }
-    if (!IsMember())
+    else if (m_ignored == 0 && !IsMember())
     {
         Element(kind, number);
-        return;
     }
-    if (m_isRefused)
-    {
-        return;
-    }
-    switch (kind)
-    {
-    case JsonKind::NOTHING:
-        Stage(PROPERTY_TYPE_NONE);
-        break;
-    case JsonKind::INTEGER:
-        Stage(PROPERTY_TYPE_INT64).number = number;
-        break;
-    case JsonKind::STRING:
-        Stage(PROPERTY_TYPE_STRING).text = text;
-        break;
-    default:
-        RefuseMember(NotAValue(kind));
-        break;
-    }
+    Settle();
 }
 
 PropertyReader::Impl::Staged& PropertyReader::Impl::Stage(PropertyTypes type)
 {
-    Staged& staged = m_staged.emplace_back();
-    staged.name = m_key;
-    staged.type = type;
-    return staged;
+    return m_staged.emplace_back(m_key, type);
 }
 
 /// A value in an array, or the outermost one: only an object can be a record.
@@ -192,6 +224,31 @@ void PropertyReader::Impl::Element(JsonKind kind, long long number)
 void PropertyReader::Impl::StartObject()
 {
     m_hasValue = true;
+    OpenObject();
+    Settle();
+}
+
+void PropertyReader::Impl::StartArray()
+{
+    m_hasValue = true;
+    OpenArray();
+    Settle();
+}
+
+void PropertyReader::Impl::EndObject(std::size_t members)
+{
+    CloseObject(members);
+    Settle();
+}
+
+void PropertyReader::Impl::EndArray(std::size_t elements)
+{
+    CloseArray(elements);
+    Settle();
+}
+
+void PropertyReader::Impl::OpenObject()
+{
     if (m_ignored != 0)
     {
         ++m_ignored;
@@ -211,14 +268,12 @@ void PropertyReader::Impl::StartObject()
         ++m_ignored;
         return;
     }
-    Frame& record = m_frames.emplace_back();
-    record.kind = Frame::RECORD;
-    record.groups = m_frames.size() == 1 ? 0 : m_frames[m_frames.size() - 2].groups;
+    m_frames.emplace_back(Frame::RECORD, m_frames.empty() ? 0 : m_frames.back().groups, m_staged.size(),
+                          TextCopies::Mark());
 }
 
-void PropertyReader::Impl::StartArray()
+void PropertyReader::Impl::OpenArray()
 {
-    m_hasValue = true;
     if (m_ignored != 0)
     {
         ++m_ignored;
@@ -248,44 +303,40 @@ void PropertyReader::Impl::StartGroup(Frame::Kind kind)
         ++m_ignored;
         return;
     }
-    Frame frame;
-    frame.kind = kind;
-    frame.groups = groups;
-    frame.owner = m_staged.size();
-    frame.texts = m_texts.GetMark();
-    m_frames.push_back(frame);
+    m_frames.emplace_back(kind, groups, m_staged.size(), m_texts.GetMark());
     // Last, so that a failure leaves no frame without its owner behind.
     Stage(PROPERTY_TYPE_GROUP);
 }
 
-void PropertyReader::Impl::EndObject(std::size_t members)
+void PropertyReader::Impl::CloseObject(std::size_t members)
 {
     if (m_ignored != 0)
     {
         --m_ignored;
         return;
     }
-    const Frame frame = m_frames.back();
-    m_frames.pop_back();
-    if (frame.kind == Frame::OBJECT)
+    const Frame& frame = m_frames.back();
+    const bool isRecord = frame.kind == Frame::RECORD;
+    if (!isRecord)
     {
         FinishGroup(frame);
     }
-    else if (members != 1)
+    m_frames.pop_back();
+    if (isRecord && members != 1)
     {
         // Counts before whatever was found inside.
         Refuse(PathToElement(), NotARecord("an object with " + std::to_string(members) + " members"));
     }
 }
 
-void PropertyReader::Impl::EndArray(std::size_t elements)
+void PropertyReader::Impl::CloseArray(std::size_t elements)
 {
     if (m_ignored != 0)
     {
         --m_ignored;
         return;
     }
-    const Frame frame = m_frames.back();
+    const Frame& frame = m_frames.back();
     if (elements == frame.first.size() && (IsNumber(frame.first[0].kind) || IsNumber(frame.first[1].kind)))
     {
         FinishRatio(frame);
@@ -315,45 +366,52 @@ void PropertyReader::Impl::FinishGroup(const Frame& frame)
         return;
     }
     Property::Group group = MakeGroup(first);
-    m_staged.resize(first);
-    m_staged.back().group = std::move(group);
+    // They own nothing any more.
+    m_staged.erase(m_staged.begin() + static_cast<std::ptrdiff_t>(first), m_staged.end());
+    m_staged.back().value.children = group.release();
     m_texts.Rewind(frame.texts);
 }
 
 Property::Group PropertyReader::Impl::MakeGroup(std::size_t first)
 {
-    Property::Group group = Property::Children::Create(m_staged.size() - first);
+    return m_arePadded ? MakeGroupOf<PaddedText>(first) : MakeGroupOf<std::string_view>(first);
+}
+
+template <class Text>
+Property::Group PropertyReader::Impl::MakeGroupOf(std::size_t first)
+{
+    const std::size_t count = m_staged.size() - first;
+    Property::Group group =
+        m_arePadded ? Property::Children::Create(count, m_slabs) : Property::Children::Create(count);
     for (std::size_t i = first; i < m_staged.size(); ++i)
     {
-        Make(m_staged[i], [&group](auto&&... arguments) {
-            group->Append(std::forward<decltype(arguments)>(arguments)...);
+        Make<Text>(m_staged[i], [&group](auto&&... arguments) {
+            return &group->AppendWithin(std::forward<decltype(arguments)>(arguments)...);
         });
     }
     return group;
 }
 
-template <class Construct>
-void PropertyReader::Impl::Make(Staged& staged, Construct&& construct)
+template <class Text, class Construct>
+decltype(auto) PropertyReader::Impl::Make(Staged& staged, Construct&& construct)
 {
     constexpr Property::Named named;
+    const Text name(staged.name);
     switch (staged.type)
     {
     case PROPERTY_TYPE_NONE:
-        construct(named, staged.name, std::in_place_type<std::monostate>);
         break;
     case PROPERTY_TYPE_INT64:
-        construct(named, staged.name, std::in_place_type<long long>, staged.number);
-        break;
+        return construct(named, name, std::in_place_type<long long>, staged.value.number);
     case PROPERTY_TYPE_STRING:
-        construct(named, staged.name, std::in_place_type<std::string>, staged.text);
-        break;
+        return construct(named, name, std::in_place_type<std::string>, Text(staged.value.text));
     case PROPERTY_TYPE_RATIO:
-        construct(named, staged.name, std::in_place_type<Property::Ratio>, staged.ratio);
-        break;
+        return construct(named, name, std::in_place_type<Property::Ratio>, staged.value.ratio);
     case PROPERTY_TYPE_GROUP:
-        construct(named, staged.name, std::in_place_type<Property::Group>, std::move(staged.group));
-        break;
+        return construct(named, name, std::in_place_type<Property::Group>,
+                         std::exchange(staged.value.children, nullptr));
     }
+    return construct(named, name, std::in_place_type<std::monostate>);
 }
 
 void PropertyReader::Impl::FinishRatio(const Frame& frame)
@@ -375,9 +433,9 @@ void PropertyReader::Impl::FinishRatio(const Frame& frame)
         return;
     }
     m_isRefused = false;
-    m_staged.resize(frame.owner + 1);
+    Drop(frame.owner + 1);
     m_staged.back().type = PROPERTY_TYPE_RATIO;
-    m_staged.back().ratio = *ratio;
+    m_staged.back().value.ratio = *ratio;
 }
 
 // Refusals
@@ -428,33 +486,52 @@ RecordPath PropertyReader::Impl::PathToElement() const
 
 std::string PropertyReader::Impl::Take(Property& property, bool unwrap)
 {
-    if (!m_isRefused && m_isNull)
+    if (!m_isRefused)
     {
-        property = Property(property.GetName());
-    }
-    else if (!m_isRefused)
-    {
-        const bool hasChildren = m_staged.size() > 1;
-        if (hasChildren && !unwrap)
-        {
-            m_staged.front().group = MakeGroup(1);
-        }
-        Make(m_staged[hasChildren && unwrap ? 1 : 0], [&property](auto&&... arguments) {
-            property = Property(std::forward<decltype(arguments)>(arguments)...);
-        });
+        property.Become(m_isNull ? Property(property.GetName()) : MakeRecord(unwrap));
     }
     std::string refusal = std::move(m_refusal);
     Clear();
     return refusal;
 }
 
+Property PropertyReader::Impl::MakeRecord(bool unwrap)
+{
+    const bool hasChildren = m_staged.size() > 1;
+    if (hasChildren && !unwrap)
+    {
+        m_staged.front().value.children = MakeGroup(1).release();
+    }
+    return Make<std::string_view>(m_staged[hasChildren && unwrap ? 1 : 0], [](auto&&... arguments) {
+        return Property(std::forward<decltype(arguments)>(arguments)...);
+    });
+}
+
+void PropertyReader::Impl::Drop(std::size_t first) noexcept
+{
+    static_assert(std::is_trivially_copyable_v<Staged>);
+    while (m_staged.size() != first)
+    {
+        const Staged& last = m_staged.back();
+        if (last.type == PROPERTY_TYPE_GROUP)
+        {
+            const Property::Group destroyed(last.value.children);
+        }
+        m_staged.pop_back();
+    }
+}
+
+PropertyReader::Impl::~Impl() { Drop(0); }
+
 void PropertyReader::Impl::Clear() noexcept
 {
-    m_staged.clear();
+    Drop(0);
     m_frames.clear();
     m_ignored = 0;
     m_texts.Rewind({});
+    m_arePadded = false;
     m_hasValue = false;
+    m_takesMembers = false;
     m_isNull = false;
     m_isRefused = false;
     m_refusal.clear();
@@ -468,38 +545,42 @@ PropertyReader::~PropertyReader() = default;
 
 bool PropertyReader::Null()
 {
-    m_impl->Scalar(JsonKind::NOTHING);
+    m_impl->Null();
     return true;
 }
 
 bool PropertyReader::Bool(bool value)
 {
-    m_impl->Scalar(value ? JsonKind::YES : JsonKind::NO);
+    m_impl->Bool(value);
     return true;
 }
 
 bool PropertyReader::Int64(std::int64_t value)
 {
-    m_impl->Scalar(JsonKind::INTEGER, value);
+    m_impl->Int64(value);
     return true;
 }
 
 bool PropertyReader::Uint64(std::uint64_t value)
 {
     constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
-    return value <= kMost ? Int64(static_cast<std::int64_t>(value))
-                          : (m_impl->Scalar(JsonKind::LARGE_INTEGER), true);
+    if (value <= kMost)
+    {
+        return Int64(static_cast<std::int64_t>(value));
+    }
+    m_impl->Uint64(value);
+    return true;
 }
 
-bool PropertyReader::Double(double)
+bool PropertyReader::Double(double value)
 {
-    m_impl->Scalar(JsonKind::OTHER_NUMBER);
+    m_impl->Double(value);
     return true;
 }
 
 bool PropertyReader::String(const char* text, rapidjson::SizeType length, bool copy)
 {
-    m_impl->Text({text, length}, copy);
+    m_impl->String({text, length}, copy);
     return true;
 }
 
@@ -534,5 +615,7 @@ bool PropertyReader::EndArray(rapidjson::SizeType elements)
 }
 
 bool PropertyReader::IsComplete() const { return m_impl->IsComplete(); }
+
+bool ParseRecord(JsonCursor& cursor, PropertyReader& record) { return record.m_impl->Parse(cursor); }
 
 } // namespace Zelnor::Core

@@ -11,6 +11,8 @@
 namespace Zelnor::Core
 {
 
+class JsonCursor;
+
 /// Builds records from the events of a RapidJSON reader, in the form that `PropertySerializer` describes. No
 /// intermediate document is built. The opposite of `PropertyEvents`.
 /// \code
@@ -54,6 +56,7 @@ public:
 
 private:
     friend class PropertySerializer;
+    friend ZELNOR_API bool ParseRecord(JsonCursor& cursor, PropertyReader& record);
     class Impl;
 
     std::unique_ptr<Impl> m_impl;

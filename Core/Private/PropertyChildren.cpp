@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -48,7 +49,13 @@ std::uint64_t PlacesOfTag(const unsigned char (&tags)[32], unsigned char tag)
 Property::Group Property::Children::Create(std::size_t capacity)
 {
     void* const memory = ::operator new(sizeof(Children) + capacity * sizeof(Property));
-    return Group(::new (memory) Children(capacity));
+    return Group(::new (memory) Children(capacity, nullptr));
+}
+
+Property::Group Property::Children::Create(std::size_t capacity, Slabs& slabs)
+{
+    const Slabs::Block block = slabs.Get(sizeof(Children) + capacity * sizeof(Property));
+    return Group(::new (block.memory) Children(capacity, block.slab));
 }
 
 Property::Children& Property::Children::Of(Property& group)
@@ -59,12 +66,13 @@ Property::Children& Property::Children::Of(Property& group)
     if (children == nullptr)
     {
         children = Create(kFewChildren);
+        group.OwnsMore();
     }
     return *children;
 }
 
-Property::Children::Children(std::size_t capacity) noexcept
-    : m_unused(PlacesOf(m_firstBlock)), m_firstBlock{nullptr, nullptr, 0, capacity}
+Property::Children::Children(std::size_t capacity, Slab* slab) noexcept
+    : m_unused(PlacesOf(m_firstBlock)), m_slab(slab), m_firstBlock{nullptr, nullptr, 0, capacity}
 {}
 
 void Property::Children::Destroy(Children* children) noexcept
@@ -80,20 +88,38 @@ void Property::Children::Destroy(Children* children) noexcept
 
 void Property::Children::DestroyOne(Children* children, Children*& pending) noexcept
 {
-    for (Property* child = children->m_first; child != nullptr;)
-    {
-        Property* const next = child->m_next;
-        if (Group* const group = std::get_if<Group>(&child->m_value); group != nullptr && *group != nullptr)
+    const auto destroy = [&pending](Property& child) {
+        if (Group* const group = std::get_if<Group>(&child.m_value); group != nullptr && *group != nullptr)
         {
             Children* const grandchildren = group->release();
             grandchildren->m_nextToDestroy = std::exchange(pending, grandchildren);
         }
-        child->Property::~Property(); // not virtually: there are no others here
-        child = next;
+        child.Property::~Property(); // not virtually: there are no others here
+    };
+    Property* next = children->m_first;
+    if (children->m_isDense)
+    {
+        const std::size_t known = std::min(children->m_count, kOwners);
+        for (std::uint64_t owners = children->m_owners; owners != 0; owners &= owners - 1)
+        {
+            const auto place = static_cast<std::size_t>(__builtin_ctzll(owners));
+            // Children that were removed at the end have left their bits.
+            if (place < known)
+            {
+                destroy(*children->AtPlace(place));
+            }
+        }
+        next = children->m_count > kOwners ? children->AtPlace(kOwners) : nullptr;
+    }
+    while (next != nullptr)
+    {
+        Property& child = *std::exchange(next, next->m_next);
+        destroy(child);
     }
     children->FreeBlocksBehindFirst();
+    Slab* const slab = children->m_slab;
     children->~Children();
-    ::operator delete(children);
+    Slab::Free(children, slab);
 }
 
 void Property::Children::FreeBlocksBehindFirst() noexcept
@@ -137,6 +163,7 @@ void Property::Children::ReleasePlace(Property& child) noexcept
         m_free = nullptr;
         m_isDense = true;
         m_isTagged = true;
+        m_owners = 0;
     }
     else if (&child + 1 == m_unused)
     {
@@ -147,6 +174,24 @@ void Property::Children::ReleasePlace(Property& child) noexcept
         m_free = ::new (static_cast<void*>(&child)) Free{m_free};
         m_isDense = false;
         m_isTagged = false;
+    }
+}
+
+void Property::Children::OwnsMore(const Property& child) noexcept
+{
+    if (!m_isDense)
+    {
+        return;
+    }
+    const Block* block = m_lastBlock;
+    while (std::less<>()(&child, PlacesOf(*block)) || !std::less<>()(&child, EndOf(*block)))
+    {
+        block = block->previous;
+    }
+    const std::size_t place = block->begin + static_cast<std::size_t>(&child - PlacesOf(*block));
+    if (place < kOwners)
+    {
+        m_owners |= std::uint64_t{1} << place;
     }
 }
 

@@ -4,8 +4,10 @@
 
 #include "Core/Interfaces/Property.h"
 #include "Core/Private/NameIndex.h"
+#include "Core/Private/Slab.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -25,6 +27,7 @@ class ZELNOR_LOCAL Property::Children
 public:
     /// With room for that many children.
     static Group Create(std::size_t capacity);
+    static Group Create(std::size_t capacity, Slabs& slabs);
     /// Those of a group, made when it has none.
     static Children& Of(Property& group);
     static void Destroy(Children* children) noexcept;
@@ -59,9 +62,14 @@ public:
     /// Appends a child that is constructed from the arguments. Precondition: there is room for it.
     template <class... Arguments>
     Property& Append(Arguments&&... arguments);
+    /// The same. Precondition: there is room for it in the block, and no child was removed.
+    template <class... Arguments>
+    Property& AppendWithin(Arguments&&... arguments);
     void Remove(Property& child) noexcept;
     /// To be called when the name of a child has changed.
     void ForgetNames() noexcept;
+    /// To be called when a child may own memory that it did not own before.
+    void OwnsMore(const Property& child) noexcept;
 
 private:
     struct Block
@@ -88,7 +96,7 @@ private:
         bool areRepeated = false;
     };
 
-    explicit Children(std::size_t capacity) noexcept;
+    Children(std::size_t capacity, Slab* slab) noexcept;
     ~Children() = default;
 
     static Property* PlacesOf(const Block& block)
@@ -102,6 +110,8 @@ private:
     /// Names of different tags are different.
     using Tag = unsigned char;
     static constexpr std::size_t kTags = 32;
+    static constexpr std::size_t kOwners = 64;
+    static bool OwnsMemory(const Property& child) noexcept;
     static Tag TagOf(std::string_view name);
     static Property* CopyWithoutChildren(const Property& from, void* place);
     Property& Link(Property* child) noexcept;
@@ -122,20 +132,25 @@ private:
     bool m_isDense = true;
     /// Whether `m_tags` are those of the first children. If not, the names are compared one by one.
     bool m_isTagged = true;
+    /// A bit for each of the first children, as long as they stand in their order: whether it may own memory.
+    /// The others need not be destroyed, which spares a look at each of them when a group ends.
+    std::uint64_t m_owners = 0;
     /// The place behind the last one of the last block that was used.
     Property* m_unused;
     Free* m_free = nullptr;
     /// Exists only where children are many and have been set by their names.
     std::unique_ptr<Names> m_names;
     Children* m_nextToDestroy = nullptr;
+    /// That this was taken from; null if it has memory of its own.
+    Slab* m_slab;
     Tag m_tags[kTags] = {};
     Block* m_lastBlock = &m_firstBlock;
     /// The last member: its places follow.
     Block m_firstBlock;
 };
 
-template <class T, class... Arguments>
-Property::Property(Named, std::string_view name, std::in_place_type_t<T> type, Arguments&&... arguments)
+template <class Name, class T, class... Arguments>
+Property::Property(Named, const Name& name, std::in_place_type_t<T> type, Arguments&&... arguments)
     : m_name(name), m_value(type, std::forward<Arguments>(arguments)...)
 {}
 
@@ -148,8 +163,25 @@ inline Property::Children::Tag Property::Children::TagOf(std::string_view name)
                                            31 * at(name.size() - 1));
 }
 
+inline bool Property::Children::OwnsMemory(const Property& child) noexcept
+{
+    // What a string holds without memory of its own.
+    const std::size_t within = std::string().capacity();
+    if (const auto* const text = std::get_if<std::string>(&child.m_value);
+        child.m_name.capacity() > within || (text != nullptr && text->capacity() > within))
+    {
+        return true;
+    }
+    const Group* const group = std::get_if<Group>(&child.m_value);
+    return group != nullptr && *group != nullptr;
+}
+
 inline Property& Property::Children::LinkUntagged(Property* child) noexcept
 {
+    if (m_count < kOwners)
+    {
+        m_owners |= std::uint64_t{OwnsMemory(*child)} << m_count;
+    }
     child->m_siblings = this;
     child->m_previous = m_last;
     child->m_next = nullptr;
@@ -206,6 +238,8 @@ void Property::Children::CopyFrom(const Children& other, CopyGroup&& copyGroup)
         if (const Group* const group = std::get_if<Group>(&child->m_value); group != nullptr)
         {
             copyGroup(group->get(), *copy);
+            // It will.
+            OwnsMore(*copy);
         }
     }
 }
@@ -224,6 +258,12 @@ Property& Property::Children::Append(Arguments&&... arguments)
     {
         AddBlock();
     }
+    return AppendWithin(std::forward<Arguments>(arguments)...);
+}
+
+template <class... Arguments>
+Property& Property::Children::AppendWithin(Arguments&&... arguments)
+{
     Property* const child =
         ::new (static_cast<void*>(m_unused)) Property(std::forward<Arguments>(arguments)...);
     ++m_unused;

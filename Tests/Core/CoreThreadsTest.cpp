@@ -3,7 +3,9 @@
 #include "Core/Interfaces/CallStack.h"
 #include "Core/Interfaces/DataStream.h"
 #include "Core/Interfaces/Property.h"
+#include "Core/Interfaces/PropertySerializer.h"
 #include "Core/Interfaces/RefCountImpl.h"
+#include "Core/Private/RecordParser.h"
 
 #include "Tests/Support/Campaign.h"
 #include "Tests/Support/Plugin.h"
@@ -187,6 +189,38 @@ TEST(CoreThreads, ReadOnePropertyAtOnce)
         }
     });
     EXPECT_EQ(wrong, 0);
+}
+
+// Their groups share memory, which is freed with the last of them.
+TEST(CoreThreads, DestroyRecordsOfOneDocument)
+{
+    std::string document;
+    for (int i = 0; i < 32; ++i)
+    {
+        document += R"({"a":{"b":{"c":1,"d":{"e":"f"}},"g":[{"h":1},{"h":{"i":2}}]}})";
+    }
+    for (int round = Rounds(500); round != 0; --round)
+    {
+        std::vector<Core::Property> records(32);
+        {
+            const auto input = Core::MemoryDataInput::Create(document);
+            Core::JsonCursor cursor(*input);
+            Core::PropertyReader reader;
+            for (Core::Property& record : records)
+            {
+                ASSERT_TRUE(ParseRecord(cursor, reader));
+                Core::PropertySerializer::Load(record, reader);
+            }
+        }
+        InThreads([&](int thread) {
+            for (auto i = static_cast<std::size_t>(thread); i < records.size(); i += kThreads)
+            {
+                records[i].SetChildT("text", std::string(100, 'x'));
+                records[i] = Core::Property("gone");
+            }
+        });
+        EXPECT_EQ(records.back(), Core::Property("gone"));
+    }
 }
 
 } // namespace Zelnor

@@ -281,4 +281,104 @@ TEST(PropertyChildren, TheEndOfAnEmptyGroupStaysItsEnd)
     EXPECT_EQ((--end)->GetName(), "a");
 }
 
+// What a child owns is freed with its group however it came to own it; the address sanitizer sees what is
+// not.
+
+namespace
+{
+
+/// What no string holds within itself.
+const std::string kLong(100, 'x');
+
+/// Integers with short names, which own nothing.
+Property MakePlain(int count)
+{
+    Property group("group");
+    for (long long i = 0; i < count; ++i)
+    {
+        group.CreateChildT("n" + std::to_string(i), i);
+    }
+    return group;
+}
+
+} // namespace
+
+TEST(PropertyChildren, MayOwnMemoryFromTheBeginningOn)
+{
+    Property group("group");
+    group.CreateChildT(kLong, 1LL);
+    group.CreateChildT("text", kLong);
+    group.SetChild("group").SetChild("inner").CreateChildT("text", kLong);
+    group.Add(Property(group));
+    const Property copy(group);
+    EXPECT_EQ(copy, group);
+}
+
+TEST(PropertyChildren, MayOwnMemoryLater)
+{
+    for (const int count : {1, 4, 5, 63, 64, 65, 200})
+    {
+        Property group = MakePlain(count);
+        const std::string last = "n" + std::to_string(count - 1);
+        group[last] = kLong;
+        group["n0"] = std::string(kLong);
+        EXPECT_EQ(group[last].GetString(), kLong);
+        group = MakePlain(count);
+        group[last] = Property("a name that is rather long, since it owns memory", kLong);
+        EXPECT_EQ(group[static_cast<unsigned long>(count) - 1].GetString(), kLong);
+        group = MakePlain(count);
+        group.SetChildT(last, kLong);
+        EXPECT_EQ(group[last].GetString(), kLong);
+        group = MakePlain(count);
+        group.SetChild(last, Property("other", kLong));
+        EXPECT_EQ(group[last].GetString(), kLong);
+        group = MakePlain(count);
+        group.SetChild(last).SetChildT("text", kLong);
+        EXPECT_EQ(group[last]["text"].GetString(), kLong);
+        group = MakePlain(count);
+        group[last] = MakePlain(count);
+        EXPECT_EQ(group[static_cast<unsigned long>(count) - 1], MakePlain(count));
+    }
+}
+
+TEST(PropertyChildren, MayOwnMemoryAfterOthersWereRemoved)
+{
+    Property group = MakePlain(10);
+    group.RemoveChild("n9");
+    group.CreateChildT("text", kLong);
+    group.RemoveChild("text");
+    group.CreateChildT("number", 1LL);
+    group.RemoveChild("n3");
+    group["n4"] = kLong;
+    group.CreateChildT("text", kLong);
+    EXPECT_EQ(group.Count(), 10u);
+    EXPECT_EQ(group["text"].GetString(), kLong);
+    for (int i = 0; i < 9; ++i)
+    {
+        if (i != 3)
+        {
+            group.RemoveChild("n" + std::to_string(i));
+        }
+    }
+    group.RemoveChild("number");
+    group.RemoveChild("text");
+    group.CreateChildT("again", kLong);
+    EXPECT_EQ(group["again"].GetString(), kLong);
+}
+
+TEST(PropertyChildren, MayOwnMemoryAfterTheyWereMoved)
+{
+    Property group = MakePlain(3);
+    group["n1"] = kLong;
+    Property moved(std::move(group[1ul]));
+    group[1ul] = kLong;
+    group[2ul] = std::move(moved);
+    Property other = MakePlain(3);
+    std::swap(group, other);
+    std::swap(group[0ul], other[0ul]);
+    std::swap(group[2ul], other[2ul]);
+    EXPECT_EQ(group[2ul].GetString(), kLong);
+    EXPECT_EQ(other[1ul].GetString(), kLong);
+}
+
 } // namespace Zelnor::Core

@@ -1,6 +1,7 @@
 #include "Core/Interfaces/PropertyReader.h"
 
 #include "Core/Interfaces/PropertySerializer.h"
+#include "Core/Private/RecordParser.h"
 
 #include "Tests/Support/Expect.h"
 
@@ -8,8 +9,10 @@
 
 #include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <limits>
 #include <string>
+#include <vector>
 
 namespace Zelnor::Core
 {
@@ -34,25 +37,44 @@ Property Load(PropertyReader& record)
     return property;
 }
 
+/// Calls a function with a reader that has read the text, for each way of reading.
+template <class Use>
+void ForEachWay(const std::string& text, Use&& use)
+{
+    PropertyReader events;
+    Send(text, events);
+    use(events);
+    for (const std::size_t piece : {1, 7, 16384})
+    {
+        const auto input = MemoryDataInput::Create(text);
+        JsonCursor cursor(*input, piece, piece);
+        PropertyReader parsed;
+        EXPECT_TRUE(ParseRecord(cursor, parsed)) << text;
+        use(parsed);
+    }
+}
+
 Property LoadUnwrapped(const std::string& text)
 {
-    PropertyReader record;
-    Send(text, record);
-    Property property("before", 1);
-    PropertySerializer::LoadUnwrapped(property, record);
-    return property;
+    std::vector<Property> loaded;
+    ForEachWay(text, [&](PropertyReader& record) {
+        PropertySerializer::LoadUnwrapped(loaded.emplace_back("before", 1), record);
+    });
+    EXPECT_EQ(std::count(loaded.begin(), loaded.end(), loaded.front()), 4) << text;
+    return loaded.front();
 }
 
 std::string RefusalOf(const std::string& text)
 {
-    PropertyReader record;
-    Send(text, record);
-    Property property("before", 1);
-    const std::string refusal = ExpectThrow<PropertyException>([&] {
-                                    PropertySerializer::Load(property, record);
-                                }).description.value_or("");
-    EXPECT_EQ(property, Property("before", 1));
-    return refusal;
+    std::vector<std::string> refusals;
+    ForEachWay(text, [&](PropertyReader& record) {
+        Property property("before", 1);
+        const auto load = [&] { PropertySerializer::Load(property, record); };
+        refusals.push_back(ExpectThrow<PropertyException>(load).description.value_or(""));
+        EXPECT_EQ(property, Property("before", 1));
+    });
+    EXPECT_EQ(std::count(refusals.begin(), refusals.end(), refusals.front()), 4) << text;
+    return refusals.front();
 }
 
 } // namespace
