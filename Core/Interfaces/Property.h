@@ -153,6 +153,7 @@ public:
 
 private:
     friend class PropertyReader;
+    friend ZELNOR_API bool HasDistinctNames(const Property& group);
     class Children;
     struct DestroyChildren
     {

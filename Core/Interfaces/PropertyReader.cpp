@@ -409,7 +409,7 @@ decltype(auto) PropertyReader::Impl::Make(Staged& staged, Construct&& construct)
         return construct(named, name, std::in_place_type<Property::Ratio>, staged.value.ratio);
     case PROPERTY_TYPE_GROUP:
         return construct(named, name, std::in_place_type<Property::Group>,
-                         std::exchange(staged.value.children, nullptr));
+                         Property::Group(std::exchange(staged.value.children, nullptr)));
     }
     return construct(named, name, std::in_place_type<std::monostate>);
 }

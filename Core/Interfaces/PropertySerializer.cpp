@@ -3,6 +3,7 @@
 #include "Core/Interfaces/Exception.h"
 #include "Core/Interfaces/PropertyEvents.h"
 #include "Core/Interfaces/PropertyReader.h"
+#include "Core/Private/PropertyChildren.h"
 #include "Core/Private/PropertyReaderImpl.h"
 #include "Core/Private/RecordPath.h"
 
@@ -238,6 +239,11 @@ std::string FindRefusal(const Property& record, int wrappers, RecordPath path)
 
 bool HasDistinctNames(const Property& group)
 {
+    const Property::Children* const children = group.GetChildren();
+    if (const std::optional<bool> isTold = children == nullptr ? true : children->AreNamesDistinct())
+    {
+        return *isTold;
+    }
     // Up to this many children, comparing some is faster than a hash table for all.
     constexpr unsigned long kFewChildren = 64;
     if (group.Count() > kFewChildren)

@@ -3,9 +3,11 @@
 #include "Core/Private/EqualText.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstdint>
 #include <functional>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 #ifdef __SSE2__
@@ -252,6 +254,24 @@ Property* Property::Children::FindTagged(std::string_view name) const
         }
     }
     return m_count <= kTags ? nullptr : FindFrom(AtPlace(kTags), name);
+}
+
+std::optional<bool> Property::Children::AreNamesDistinct() const
+{
+    if (!m_isTagged || m_count > kTags)
+    {
+        return std::nullopt;
+    }
+    std::bitset<std::numeric_limits<Tag>::max() + 1> occurred;
+    for (std::size_t place = 0; place < m_count; ++place)
+    {
+        if (occurred[m_tags[place]] && FindTagged(AtPlace(place)->m_name) != AtPlace(place))
+        {
+            return false;
+        }
+        occurred.set(m_tags[place]);
+    }
+    return true;
 }
 
 Property* Property::Children::FindFrom(Property* child, std::string_view name)

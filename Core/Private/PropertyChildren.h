@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -45,6 +46,9 @@ public:
     Property* Find(std::string_view name) const;
     /// The same, and where there are many children their names are indexed.
     Property* FindToSet(std::string_view name);
+
+    /// Whether no name occurs twice, if that follows from the tags of the names.
+    std::optional<bool> AreNamesDistinct() const;
 
     /// Gets memory for one more child.
     void MakeRoom()

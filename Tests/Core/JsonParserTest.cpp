@@ -113,7 +113,7 @@ void ExpectTheSame(const std::string& document)
 {
     const Events expected = ByRapidJson(document);
     EXPECT_EQ(ByParser(document), expected) << document;
-    for (const std::size_t piece : {1, 2, 3, 7, 16})
+    for (const std::size_t piece : {1u, 2u, 3u, 7u, 16u})
     {
         EXPECT_EQ(InPieces(document, piece), expected) << document << " in pieces of " << piece;
     }

@@ -44,7 +44,7 @@ void ForEachWay(const std::string& text, Use&& use)
     PropertyReader events;
     Send(text, events);
     use(events);
-    for (const std::size_t piece : {1, 7, 16384})
+    for (const std::size_t piece : {1u, 7u, 16384u})
     {
         const auto input = MemoryDataInput::Create(text);
         JsonCursor cursor(*input, piece, piece);
