@@ -69,6 +69,7 @@ constexpr std::string_view kElsewhere[] = {
     "Core::Property::OtherKind",
     "Core::Property::PutChild",
     "Core::Property::TooLarge",
+    "Core::ParseRecord",
     "Core::PropertyReader::Bool",
     "Core::PropertyReader::Double",
     "Core::PropertyReader::EndArray",
