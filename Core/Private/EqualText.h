@@ -2,6 +2,7 @@
 
 // Private to the library, not installed.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -9,8 +10,11 @@
 namespace Zelnor::Core
 {
 
+/// Up to this size `IsEqualText` calls no function.
+constexpr std::size_t kShortText = 32;
+
 /// Whether both are the same. Most names are shorter than a call of the C library is long.
-inline bool IsEqualText(std::string_view left, std::string_view right)
+[[gnu::always_inline]] inline bool IsEqualText(std::string_view left, std::string_view right)
 {
     const std::size_t size = left.size();
     if (size != right.size())
@@ -23,11 +27,16 @@ inline bool IsEqualText(std::string_view left, std::string_view right)
         std::memcpy(&other, right.data() + at, sizeof other);
         return word ^ other;
     };
-    if (size > 16)
+    if (size > kShortText)
     {
         return std::memcmp(left.data(), right.data(), size) == 0;
     }
-    // Two words that overlap cover every size from one word to two.
+    // Two words that overlap cover every size from one word to two, four those from two words to four.
+    if (size > 16)
+    {
+        return (differs(std::uint64_t{}, 0) | differs(std::uint64_t{}, 8) |
+                differs(std::uint64_t{}, size - 16) | differs(std::uint64_t{}, size - 8)) == 0;
+    }
     if (size >= 8)
     {
         return (differs(std::uint64_t{}, 0) | differs(std::uint64_t{}, size - 8)) == 0;

@@ -244,7 +244,22 @@ Property* Property::Children::Find(std::string_view name) const
 Property* Property::Children::FindTagged(std::string_view name) const
 {
     const std::size_t tagged = std::min(m_count, kTags);
-    std::uint64_t places = PlacesOfTag(m_tags, TagOf(name)) & ((std::uint64_t{1} << tagged) - 1);
+    const std::uint64_t places = PlacesOfTag(m_tags, TagOf(name)) & ((std::uint64_t{1} << tagged) - 1);
+    // Nearly always it is the first one, and what calls no function has nothing to put aside: that halves the
+    // time.
+    if (places != 0 && name.size() <= kShortText)
+    {
+        Property* const likely = AtPlace(static_cast<std::size_t>(__builtin_ctzll(places)));
+        if (IsEqualText(likely->m_name, name))
+        {
+            return likely;
+        }
+    }
+    return FindAmong(places, name);
+}
+
+Property* Property::Children::FindAmong(std::uint64_t places, std::string_view name) const
+{
     for (; places != 0; places &= places - 1)
     {
         Property* const child = AtPlace(static_cast<std::size_t>(__builtin_ctzll(places)));

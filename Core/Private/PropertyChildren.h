@@ -122,9 +122,11 @@ private:
     Property& LinkUntagged(Property* child) noexcept;
     /// Precondition: no child was removed, and `index` is less than `Count()`.
     Property* AtPlace(std::size_t index) const;
-    static Property* FindFrom(Property* child, std::string_view name);
+    [[gnu::noinline]] static Property* FindFrom(Property* child, std::string_view name);
     Property* FindTagged(std::string_view name) const;
-    Property* FindNamed(std::string_view name) const;
+    /// \param places  a bit for each of the first children that may have that name
+    [[gnu::noinline]] Property* FindAmong(std::uint64_t places, std::string_view name) const;
+    [[gnu::noinline]] Property* FindNamed(std::string_view name) const;
     void IndexNames();
     void ForgetNameOf(const Property& child) noexcept;
     void ReleasePlace(Property& child) noexcept;

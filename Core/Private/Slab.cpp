@@ -42,28 +42,30 @@ Slabs::Block Slabs::Get(std::size_t size)
     const std::size_t rounded = (size + kAlignment - 1) / kAlignment * kAlignment;
     if (m_slab == nullptr || m_slab->m_left < rounded)
     {
+        // An eighth of what there is, so that little is left over.
+        constexpr std::size_t kLeast = 4096, kMost = 32768;
+        const std::size_t renewed = std::clamp(m_total / 8, kLeast, kMost);
         // What is left of the slab is lost, so that this must be little.
-        if (rounded > m_size / 2)
+        if (rounded > renewed / 2)
         {
             return {::operator new(size), nullptr};
         }
-        Renew();
+        Renew(renewed);
     }
     m_slab->m_users.fetch_add(1, std::memory_order_relaxed);
     m_slab->m_left -= rounded;
     return {std::exchange(m_slab->m_next, m_slab->m_next + rounded), m_slab};
 }
 
-void Slabs::Renew()
+void Slabs::Renew(std::size_t size)
 {
-    constexpr std::size_t kLargest = 32768;
-    Slab* const renewed = ::new (::operator new(sizeof(Slab) + m_size)) Slab(m_size);
+    Slab* const renewed = ::new (::operator new(sizeof(Slab) + size)) Slab(size);
     if (m_slab != nullptr)
     {
         m_slab->Release();
     }
     m_slab = renewed;
-    m_size = std::min(2 * m_size, kLargest);
+    m_total += size;
 }
 
 } // namespace Zelnor::Core

@@ -56,11 +56,11 @@ public:
     Block Get(std::size_t size);
 
 private:
-    void Renew();
+    void Renew(std::size_t size);
 
     Slab* m_slab = nullptr;
-    /// Small at first, so that little is left over in small documents.
-    std::size_t m_size = 4096;
+    /// Bytes of all slabs.
+    std::size_t m_total = 0;
 };
 
 } // namespace Zelnor::Core

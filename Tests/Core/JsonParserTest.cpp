@@ -27,7 +27,7 @@ using Testing::TestInput;
 using namespace std::string_literals;
 
 /// Writes down what it is sent.
-struct Log
+struct EventLog
 {
     void Null() { text += "null "; }
     void Bool(bool value) { text += value ? "true " : "false "; }
@@ -71,7 +71,7 @@ struct RapidLog
     bool StartArray() { return log.StartArray(), true; }
     bool EndArray(rapidjson::SizeType elements) { return log.EndArray(elements), true; }
 
-    Log log;
+    EventLog log;
 };
 
 /// What a document sends; nothing if it is not JSON.
@@ -89,7 +89,7 @@ Events ByRapidJson(const std::string& document)
 
 Events By(JsonCursor& cursor)
 {
-    Log log;
+    EventLog log;
     const bool isGood = JsonParser(cursor, log).Parse() && cursor.SkipBlanks() == '\0' && cursor.IsAtEnd();
     return isGood ? Events(log.text) : std::nullopt;
 }
@@ -329,7 +329,7 @@ TEST(JsonParser, KeepsTheBytesThatAreNoControlCharacters)
 
 TEST(JsonParser, SaysWhetherATextHasToBeCopied)
 {
-    struct Copies : Log
+    struct Copies : EventLog
     {
         void String(std::string_view, bool copy) { text += copy ? "copied " : "kept "; }
     };

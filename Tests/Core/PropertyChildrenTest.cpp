@@ -288,7 +288,7 @@ namespace
 {
 
 /// What no string holds within itself.
-const std::string kLong(100, 'x');
+const std::string kOwned(100, 'x');
 
 /// Integers with short names, which own nothing.
 Property MakePlain(int count)
@@ -306,9 +306,9 @@ Property MakePlain(int count)
 TEST(PropertyChildren, MayOwnMemoryFromTheBeginningOn)
 {
     Property group("group");
-    group.CreateChildT(kLong, 1LL);
-    group.CreateChildT("text", kLong);
-    group.SetChild("group").SetChild("inner").CreateChildT("text", kLong);
+    group.CreateChildT(kOwned, 1LL);
+    group.CreateChildT("text", kOwned);
+    group.SetChild("group").SetChild("inner").CreateChildT("text", kOwned);
     group.Add(Property(group));
     const Property copy(group);
     EXPECT_EQ(copy, group);
@@ -320,21 +320,21 @@ TEST(PropertyChildren, MayOwnMemoryLater)
     {
         Property group = MakePlain(count);
         const std::string last = "n" + std::to_string(count - 1);
-        group[last] = kLong;
-        group["n0"] = std::string(kLong);
-        EXPECT_EQ(group[last].GetString(), kLong);
+        group[last] = kOwned;
+        group["n0"] = std::string(kOwned);
+        EXPECT_EQ(group[last].GetString(), kOwned);
         group = MakePlain(count);
-        group[last] = Property("a name that is rather long, since it owns memory", kLong);
-        EXPECT_EQ(group[static_cast<unsigned long>(count) - 1].GetString(), kLong);
+        group[last] = Property("a name that is rather long, since it owns memory", kOwned);
+        EXPECT_EQ(group[static_cast<unsigned long>(count) - 1].GetString(), kOwned);
         group = MakePlain(count);
-        group.SetChildT(last, kLong);
-        EXPECT_EQ(group[last].GetString(), kLong);
+        group.SetChildT(last, kOwned);
+        EXPECT_EQ(group[last].GetString(), kOwned);
         group = MakePlain(count);
-        group.SetChild(last, Property("other", kLong));
-        EXPECT_EQ(group[last].GetString(), kLong);
+        group.SetChild(last, Property("other", kOwned));
+        EXPECT_EQ(group[last].GetString(), kOwned);
         group = MakePlain(count);
-        group.SetChild(last).SetChildT("text", kLong);
-        EXPECT_EQ(group[last]["text"].GetString(), kLong);
+        group.SetChild(last).SetChildT("text", kOwned);
+        EXPECT_EQ(group[last]["text"].GetString(), kOwned);
         group = MakePlain(count);
         group[last] = MakePlain(count);
         EXPECT_EQ(group[static_cast<unsigned long>(count) - 1], MakePlain(count));
@@ -345,14 +345,14 @@ TEST(PropertyChildren, MayOwnMemoryAfterOthersWereRemoved)
 {
     Property group = MakePlain(10);
     group.RemoveChild("n9");
-    group.CreateChildT("text", kLong);
+    group.CreateChildT("text", kOwned);
     group.RemoveChild("text");
     group.CreateChildT("number", 1LL);
     group.RemoveChild("n3");
-    group["n4"] = kLong;
-    group.CreateChildT("text", kLong);
+    group["n4"] = kOwned;
+    group.CreateChildT("text", kOwned);
     EXPECT_EQ(group.Count(), 10u);
-    EXPECT_EQ(group["text"].GetString(), kLong);
+    EXPECT_EQ(group["text"].GetString(), kOwned);
     for (int i = 0; i < 9; ++i)
     {
         if (i != 3)
@@ -362,23 +362,23 @@ TEST(PropertyChildren, MayOwnMemoryAfterOthersWereRemoved)
     }
     group.RemoveChild("number");
     group.RemoveChild("text");
-    group.CreateChildT("again", kLong);
-    EXPECT_EQ(group["again"].GetString(), kLong);
+    group.CreateChildT("again", kOwned);
+    EXPECT_EQ(group["again"].GetString(), kOwned);
 }
 
 TEST(PropertyChildren, MayOwnMemoryAfterTheyWereMoved)
 {
     Property group = MakePlain(3);
-    group["n1"] = kLong;
+    group["n1"] = kOwned;
     Property moved(std::move(group[1ul]));
-    group[1ul] = kLong;
+    group[1ul] = kOwned;
     group[2ul] = std::move(moved);
     Property other = MakePlain(3);
     std::swap(group, other);
     std::swap(group[0ul], other[0ul]);
     std::swap(group[2ul], other[2ul]);
-    EXPECT_EQ(group[2ul].GetString(), kLong);
-    EXPECT_EQ(other[1ul].GetString(), kLong);
+    EXPECT_EQ(group[2ul].GetString(), kOwned);
+    EXPECT_EQ(other[1ul].GetString(), kOwned);
 }
 
 } // namespace Zelnor::Core
