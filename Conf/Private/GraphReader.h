@@ -8,13 +8,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <exception>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace Zelnor::Conf
 {
@@ -31,8 +31,8 @@ public:
     {
         bool isFound = false;
         bool isArray = false;
-        /// Up to the first element that is refused.
-        std::vector<T> items;
+        /// Up to the first element that is refused. Not a vector, which would move them whenever it grows.
+        std::deque<T> items;
         /// Why that element is not an object; empty if it is one.
         std::string notAnObject;
         /// Why its record is refused.

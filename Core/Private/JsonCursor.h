@@ -141,12 +141,12 @@ private:
     {
         if (m_capacity - m_size < m_piece)
         {
-            // Little is copied so.
-            constexpr std::size_t kGrowth = 8;
-            std::unique_ptr<char[]> larger(new char[kGrowth * m_capacity + kPadding]);
+            // From little to much at once, so that little is copied.
+            const std::size_t capacity = (m_capacity < 8 * m_piece ? 8 : 2) * m_capacity;
+            std::unique_ptr<char[]> larger(new char[capacity + kPadding]);
             std::copy(Begin(), End(), larger.get());
             m_bytes = std::move(larger);
-            m_capacity *= kGrowth;
+            m_capacity = capacity;
         }
         const std::size_t count = ReadUpTo(m_input, End(), m_piece);
         m_size += count;
