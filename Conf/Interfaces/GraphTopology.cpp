@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <numeric>
 #include <optional>
 #include <unordered_map>
@@ -384,10 +385,14 @@ bool ITranscodingMetaGraph::GrahpImpl::PathExists(NodeId from, NodeId to) const
     const std::vector<AdjacencyList::Node>& nodes = m_adjacency.Nodes();
     const std::vector<AdjacencyList::Link>& links = m_adjacency.Links();
     // Nodes are marked when they are queued, not when they are visited: many paths may lead to one node.
-    std::vector<bool> queued(nodes.size(), false);
+    // Marks that are bits would make each wait for the one before.
+    const auto queued = std::make_unique<bool[]>(nodes.size());
+    // Not filled with anything, unlike a vector.
+    const std::unique_ptr<VertexT[]> queue(new VertexT[nodes.size()]);
     queued[first] = true;
-    std::vector<VertexT> queue{first};
-    for (std::size_t next = 0; next < queue.size(); ++next)
+    queue[0] = first;
+    std::size_t count = 1;
+    for (std::size_t next = 0; next != count; ++next)
     {
         for (EdgeT edge = nodes[queue[next]].firstOutgoing; edge != AdjacencyList::kNone;
              edge = links[edge].nextOutgoing)
@@ -400,7 +405,7 @@ bool ITranscodingMetaGraph::GrahpImpl::PathExists(NodeId from, NodeId to) const
             if (!queued[target])
             {
                 queued[target] = true;
-                queue.push_back(target);
+                queue[count++] = target;
             }
         }
     }

@@ -5,7 +5,7 @@
 namespace Zelnor::Conf
 {
 
-AdjacencyList::Slot AdjacencyList::FindNode(NodeId id) const
+AdjacencyList::Slot AdjacencyList::FindOtherNode(NodeId id) const
 {
     if (!m_firstById)
     {
@@ -21,17 +21,14 @@ AdjacencyList::Slot AdjacencyList::FindAscending(NodeId id) const
     {
         return kNone;
     }
-    const auto distance = [](NodeId from, NodeId to) {
-        return static_cast<unsigned long long>(to) - static_cast<unsigned long long>(from);
-    };
-    // The slot, if no identifier was left out before. The node is never at a later one, and at an earlier one
-    // by no more than all identifiers that were left out.
-    const unsigned long long latest = distance(m_nodes.front().id, id);
-    if (latest < m_nodes.size() && m_nodes[static_cast<std::size_t>(latest)].id == id)
+    if (const Node* const node = FindLatest(id))
     {
-        return m_nodes[static_cast<std::size_t>(latest)].IsRemoved() ? kNone : static_cast<Slot>(latest);
+        return node->IsRemoved() ? kNone : static_cast<Slot>(node - m_nodes.data());
     }
-    const unsigned long long leftOut = distance(m_nodes.front().id, m_nodes.back().id) - (m_nodes.size() - 1);
+    // The node is never at a later slot, and at an earlier one by no more than all identifiers that were left
+    // out.
+    const unsigned long long latest = Distance(m_nodes.front().id, id);
+    const unsigned long long leftOut = Distance(m_nodes.front().id, m_nodes.back().id) - (m_nodes.size() - 1);
     const auto begin = m_nodes.begin() + static_cast<std::ptrdiff_t>(latest - std::min(latest, leftOut));
     const auto end =
         m_nodes.begin() + static_cast<std::ptrdiff_t>(std::min<unsigned long long>(latest, m_nodes.size()));

@@ -5,6 +5,7 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Core/Interfaces/Export.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -66,7 +67,13 @@ public:
     bool LinksAreFull() const { return m_links.size() >= kRemoved; }
 
     /// The first node of that identifier, or `kNone`.
-    Slot FindNode(NodeId id) const;
+    Slot FindNode(NodeId id) const
+    {
+        const Node* const node = FindLatest(id);
+        return node != nullptr && !m_firstById && !node->IsRemoved()
+                   ? static_cast<Slot>(node - m_nodes.data())
+                   : FindOtherNode(id);
+    }
     /// The link between two nodes, or `kNone`.
     Slot FindLink(Slot source, Slot target) const;
 
@@ -93,6 +100,18 @@ private:
     /// The first node of each identifier.
     using Index = std::unordered_map<NodeId, Slot>;
 
+    static unsigned long long Distance(NodeId from, NodeId to)
+    {
+        return static_cast<unsigned long long>(to) - static_cast<unsigned long long>(from);
+    }
+    /// Looks where the node is if no identifier was left out before: so it is in most graphs.
+    const Node* FindLatest(NodeId id) const
+    {
+        const unsigned long long latest = m_nodes.empty() ? 0 : Distance(m_nodes.front().id, id);
+        const Node* const node = m_nodes.data() + std::min<unsigned long long>(latest, m_nodes.size());
+        return latest < m_nodes.size() && node->id == id ? node : nullptr;
+    }
+    [[gnu::noinline]] Slot FindOtherNode(NodeId id) const;
     Slot FindAscending(NodeId id) const;
     void IndexAll();
     void IndexAfterRemoval(NodeId id) noexcept;

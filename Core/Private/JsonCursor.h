@@ -139,7 +139,7 @@ private:
 
     void Read()
     {
-        if (m_capacity - m_size < m_piece)
+        if (m_size == m_capacity)
         {
             // From little to much at once, so that little is copied.
             const std::size_t capacity = (m_capacity < 8 * m_piece ? 8 : 2) * m_capacity;
@@ -148,7 +148,7 @@ private:
             m_bytes = std::move(larger);
             m_capacity = capacity;
         }
-        const std::size_t count = ReadUpTo(m_input, End(), m_piece);
+        const std::size_t count = ReadUpTo(m_input, End(), std::min(m_piece, m_capacity - m_size));
         m_size += count;
         m_hasEnded = count == 0;
     }
