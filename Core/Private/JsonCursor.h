@@ -48,6 +48,7 @@ public:
 
     /// Forgets what has been read, moves the rest to the beginning and reads on.
     /// \returns false, and nothing has moved, at the end of the input
+    /// \throw what the input has thrown
     bool More()
     {
         if (m_failure != nullptr)

@@ -24,7 +24,7 @@ namespace Zelnor::Core
 /// void Int64(std::int64_t value);
 /// void Uint64(std::uint64_t value); // beyond the range of the former
 /// void Double(double value);
-/// void String(std::string_view text, bool copy); // copy: it stays until the event has been taken
+/// void String(std::string_view text, bool copy); // copy: the text is gone when this returns
 /// void Key(std::string_view text, bool copy);
 /// void StartObject();
 /// void EndObject(std::size_t members);
@@ -47,6 +47,7 @@ public:
 
     /// Reads the value that comes next, and what is blank before it.
     /// \returns whether it is JSON
+    /// \throw what the input and the handler throw, and `std::bad_alloc`
     bool Parse()
     {
         m_cursor.SkipBlanks();

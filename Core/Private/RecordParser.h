@@ -13,6 +13,7 @@ namespace Zelnor::Core
 /// `record` as its handler, but what a load does for every value is in one piece of code.
 /// The text must stay until the record has been taken, unless it is read piece by piece.
 /// \returns whether it is JSON
+/// \throw what the input throws, and `std::bad_alloc`; the reader can only be destroyed then
 ZELNOR_API bool ParseRecord(JsonCursor& cursor, PropertyReader& record);
 
 } // namespace Zelnor::Core

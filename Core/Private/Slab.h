@@ -52,7 +52,7 @@ public:
     Slabs(const Slabs&) = delete;
     Slabs& operator=(const Slabs&) = delete;
 
-    /// Aligned as pointers are. Large blocks have memory of their own.
+    /// Aligned as pointers are. Large blocks have memory of their own. \throw std::bad_alloc
     Block Get(std::size_t size);
 
 private:
