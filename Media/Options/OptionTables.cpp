@@ -197,6 +197,9 @@ constexpr TextRule kTexts[] = {
     {"mpeg2video", "gop_timecode", "", ":;.", "a time, as 01:00:00:00"},
 };
 
+/// x264 reads its matrices from a file of that name when it does not know the word.
+constexpr WordRule kWords[] = {{"cqm", "flat jvt", "flat or jvt"}};
+
 bool IsNothing(std::string_view) { return false; }
 bool IsX264Number(std::string_view name) { return Contains(kX264Numbers, name); }
 bool IsX264Word(std::string_view name) { return Contains(kX264Words, name); }
@@ -226,6 +229,8 @@ const Rule* FindRule(const Rule (&rules)[N], std::string_view encoder, std::stri
 
 } // namespace
 
+bool WordRule::Accepts(std::string_view word) const { return Contains(words, word); }
+
 bool IsAllowedForEncoders(std::string_view option) { return Contains(kEncoderOptions, option); }
 
 bool IsAllowedForDecoders(std::string_view option) { return Contains(kDecoderOptions, option); }
@@ -238,6 +243,14 @@ bool IsAllowedFlag(std::string_view option, std::string_view flag)
 const TextRule* FindTextRule(std::string_view encoder, std::string_view option)
 {
     return FindRule(kTexts, encoder, option);
+}
+
+const WordRule* FindWordRule(std::string_view parameter)
+{
+    const WordRule* const found =
+        std::find_if(std::begin(kWords), std::end(kWords),
+                     [parameter](const WordRule& rule) { return rule.parameter == parameter; });
+    return found == std::end(kWords) ? nullptr : found;
 }
 
 const ParametersRule* FindParametersRule(std::string_view encoder, std::string_view option)

@@ -31,6 +31,19 @@ struct TextRule
 /// Null when the text may not be set.
 const TextRule* FindTextRule(std::string_view encoder, std::string_view option);
 
+/// A parameter of a library that may only be set to some words, because others would name a file.
+struct WordRule
+{
+    std::string_view parameter;
+    std::string_view words; ///< between which there is a blank
+    const char* expected;
+
+    bool Accepts(std::string_view word) const;
+};
+
+/// Null when every word may be set.
+const WordRule* FindWordRule(std::string_view parameter);
+
 /// An option of an encoder that holds parameters of its library: "keyint=50:ref=4".
 struct ParametersRule
 {

@@ -355,9 +355,11 @@ std::string ParameterFault(const ParametersRule& rule, const Parameter& paramete
     }
     if (rule.isWord(parameter.name))
     {
-        return IsParameterWord(parameter.value)
+        const WordRule* const words = FindWordRule(parameter.name);
+        return (words == nullptr ? IsParameterWord(parameter.value) : words->Accepts(parameter.value))
                    ? ""
-                   : named + ": expected a word, found '" + parameter.value + "'";
+                   : named + ": expected " + (words == nullptr ? "a word" : words->expected) + ", found '" +
+                         parameter.value + "'";
     }
     return named + " cannot be set by a job or a preset";
 }

@@ -101,6 +101,8 @@ const Attack kAttacks[] = {
      "codec.options.encode.x264-params"},
     {"X264Options", R"("codec.options.encode":{"x264opts":"dump-yuv=precious"})",
      "codec.options.encode.x264opts"},
+    {"X264MatricesFromAFile", R"("codec.options.encode":{"x264-params":"cqm=precious"})",
+     "codec.options.encode.x264-params"},
     {"X264OptionsOfTheRecord", R"("x264opts":"dump-yuv=precious")", "x264opts"},
     {"StatisticsOfTheEncoder", R"("codec.options.encode":{"stats":"precious"})",
      "codec.options.encode.stats"},

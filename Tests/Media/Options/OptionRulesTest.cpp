@@ -280,6 +280,17 @@ TEST(OptionRules, DoNotPassParametersThatNameFilesOrLog)
                 "SVT-AV1's parameter 'stats' cannot be set by a job or a preset");
 }
 
+TEST(OptionRules, DoNotPassWordsThatX264TakesForAFileOfMatrices)
+{
+    ExpectValue(Encoder("libx264", "x264-params", Text("cqm=jvt")), "cqm=jvt");
+    ExpectValue(Encoder("libx264", "x264opts", Text("cqm=flat")), "cqm=flat");
+    for (const std::string word : {"matrices.txt", "1", "", "flat jvt", "Flat"})
+    {
+        ExpectFault(Encoder("libx264", "x264-params", Text("cqm=" + word)),
+                    "x264's parameter 'cqm': expected flat or jvt, found '" + word + "'");
+    }
+}
+
 TEST(OptionRules, LookAtTheValuesOfParameters)
 {
     ExpectFault(Encoder("libx264", "x264-params", Text("keyint=/x")),
