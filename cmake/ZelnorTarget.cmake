@@ -75,9 +75,9 @@ function(zelnor_library target output)
   set_target_properties(
     ${target}
     PROPERTIES OUTPUT_NAME "${output}"
-               INSTALL_RPATH "${zelnor_library_rpath}"
                VERSION "${PROJECT_VERSION}"
                SOVERSION "${PROJECT_VERSION_MAJOR}")
+  zelnor_search_path(${target} "${zelnor_library_rpath}")
   set(exports "${PROJECT_BINARY_DIR}/ZelnorExports.map")
   configure_file("${PROJECT_SOURCE_DIR}/cmake/ZelnorExports.map.in" "${exports}" @ONLY)
   # Our functions call each other as they are, without the loader looking for others of the same names. Not what is data:
