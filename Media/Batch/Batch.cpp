@@ -5,9 +5,9 @@
 #include "Media/Batch/RecordMembers.h"
 #include "Media/MediaException.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <limits>
+#include <unordered_set>
 
 namespace Zelnor::Media
 {
@@ -107,18 +107,12 @@ private:
         {
             const Place place = members.At("presets").Under(preset.GetName());
             const RecordMembers file(preset, place, {"file"});
-            if (IsPreset(preset.GetName()))
+            if (!m_presets.insert(preset.GetName()).second)
             {
                 RefuseBatch(place, "stands there twice");
             }
             m_batch.presets.push_back({preset.GetName(), PathMember(file, "file")});
         }
-    }
-
-    bool IsPreset(const std::string& name) const
-    {
-        return std::any_of(m_batch.presets.begin(), m_batch.presets.end(),
-                           [&name](const BatchPreset& preset) { return preset.name == name; });
     }
 
     void ReadJob(const Property& record, const Place& jobs)
@@ -134,7 +128,7 @@ private:
                                     {"input", "preset", "output", "size", "duration", "notes", "refusal"});
         job.input = PathMember(members, "input");
         job.preset = members.Text("preset");
-        if (!IsPreset(job.preset))
+        if (m_presets.count(job.preset) == 0)
         {
             RefuseBatch(members.At("preset"),
                         "the batch does not have a preset of the name '" + job.preset + "'");
@@ -169,6 +163,8 @@ private:
 
     std::string m_file;
     Batch m_batch;
+    /// Their names: a document may hold as many presets as jobs.
+    std::unordered_set<std::string> m_presets;
 };
 
 } // namespace

@@ -71,6 +71,25 @@ TEST_F(ReadingBatch, ReadsWhatWasWritten)
     EXPECT_FALSE(read.jobs[1].IsPlanned());
 }
 
+// Moments where every step is linear, and not within a test's patience where a job looks at every preset.
+TEST_F(ReadingBatch, TakesAsManyPresetsAsJobs)
+{
+    constexpr unsigned int kCount = 200'000;
+    Batch batch;
+    batch.outputFolder = "../out";
+    batch.namePattern = "{stem}.{ext}";
+    for (unsigned int number = 1; number <= kCount; ++number)
+    {
+        const std::string preset = "preset " + std::to_string(number);
+        batch.presets.push_back({preset, "p.json"});
+        batch.jobs.push_back({number, "../in/a.wav", preset, "a.wav", "", {}, {}, 0});
+    }
+    Write(BatchText(batch));
+    const Batch read = ReadBatch(Name());
+    EXPECT_EQ(read.presets.size(), kCount);
+    EXPECT_EQ(read.jobs.size(), kCount);
+}
+
 TEST_F(ReadingBatch, FindsPathsFromTheFolderOfTheBatch)
 {
     Write(Job(kGoodJob));
