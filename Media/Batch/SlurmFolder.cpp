@@ -2,7 +2,6 @@
 
 #include "Media/Batch/BatchFiles.h"
 #include "Media/Batch/RecordMembers.h"
-#include "Media/Batch/SlurmText.h"
 #include "Media/MediaException.h"
 
 #include <fcntl.h>
@@ -12,7 +11,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <numeric>
 #include <string_view>
+#include <utility>
 
 namespace Zelnor::Media
 {
@@ -63,7 +64,7 @@ SlurmArray ReadArray(const RecordMembers& members, std::size_t jobs)
     array.offset = members.Integer("offset", 0, static_cast<std::int64_t>(jobs));
     const std::string indices = members.Text("indices");
     const auto read = ReadIndices(indices, jobs);
-    if (!read || read->front() < 1 || read->back() > static_cast<long long>(jobs) - array.offset)
+    if (!read || read->front().first < 1 || read->back().second > static_cast<long long>(jobs) - array.offset)
     {
         Refuse(members.At("indices"),
                "expected indices of jobs of the batch, such as 1-4,7, found '" + indices + "'");
@@ -71,6 +72,37 @@ SlurmArray ReadArray(const RecordMembers& members, std::size_t jobs)
     array.indices = *read;
     return array;
 }
+
+/// Positions of which each is closed once, so that a record in which many arrays have the same jobs costs no
+/// more than to look at it.
+class OpenPositions
+{
+public:
+    explicit OpenPositions(std::size_t count) : m_next(count + 1)
+    {
+        std::iota(m_next.begin(), m_next.end(), 0U);
+    }
+
+    /// The first open one from there on; the number of all when there is none.
+    std::size_t From(std::size_t position)
+    {
+        std::size_t found = position;
+        while (m_next[found] != found)
+        {
+            found = m_next[found];
+        }
+        while (position != found)
+        {
+            position = std::exchange(m_next[position], found);
+        }
+        return found;
+    }
+    void Close(std::size_t position) { m_next[position] = position + 1; }
+
+private:
+    /// Of an open one, itself; of a closed one, one behind it.
+    std::vector<std::size_t> m_next;
+};
 
 } // namespace
 
@@ -169,21 +201,20 @@ std::vector<SlurmArray> SplitIntoArrays(const std::vector<unsigned int>& jobs, l
     // The indices are one word of a command, of which the system takes 128 KiB.
     constexpr std::size_t kMostRanges = 4096;
     std::vector<SlurmArray> arrays;
-    std::size_t ranges = 0;
     unsigned int last = 0;
     for (const unsigned int job : jobs)
     {
-        ranges += job == last + 1 ? 0 : 1;
+        const bool isApart = job != last + 1;
         last = job;
-        if (arrays.empty() || job - arrays.back().offset >= limit || ranges > kMostRanges)
+        if (arrays.empty() || job - arrays.back().offset >= limit ||
+            (isApart && arrays.back().indices.size() == kMostRanges))
         {
-            ranges = 1;
             // Where the cluster's limit allows it, index and number are the same, which is easier to read.
             SlurmArray array;
             array.offset = job < limit ? 0 : job - 1;
             arrays.push_back(std::move(array));
         }
-        arrays.back().indices.push_back(job - arrays.back().offset);
+        AddIndex(job - arrays.back().offset, arrays.back().indices);
     }
     return arrays;
 }
@@ -191,11 +222,19 @@ std::vector<SlurmArray> SplitIntoArrays(const std::vector<unsigned int>& jobs, l
 std::vector<std::optional<TaskPlace>> LastTasks(std::size_t count, const std::vector<SlurmArray>& arrays)
 {
     std::vector<std::optional<TaskPlace>> last(count);
-    for (std::size_t i = 0; i < arrays.size(); ++i)
+    OpenPositions open(count);
+    for (std::size_t i = arrays.size(); i-- > 0;)
     {
-        for (const long long index : arrays[i].indices)
+        const long long offset = arrays[i].offset;
+        for (const auto& [first, end] : arrays[i].indices)
         {
-            last[static_cast<std::size_t>(arrays[i].offset + index - 1)] = TaskPlace(i, index);
+            const auto behind = static_cast<std::size_t>(offset + end);
+            for (std::size_t job = open.From(static_cast<std::size_t>(offset + first - 1)); job < behind;
+                 job = open.From(job))
+            {
+                last[job] = TaskPlace(i, static_cast<long long>(job) + 1 - offset);
+                open.Close(job);
+            }
         }
     }
     return last;

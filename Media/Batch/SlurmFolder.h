@@ -3,6 +3,7 @@
 // Private to the library, not installed: which jobs of a batch Slurm was given.
 
 #include "Media/Batch/Batch.h"
+#include "Media/Batch/SlurmText.h"
 #include "Media/Running/Descriptor.h"
 
 #include <cstddef>
@@ -22,7 +23,7 @@ struct SlurmArray
     std::string name;
     long long id = 0;     ///< 0 as long as Slurm has not told
     long long offset = 0; ///< the task with index i runs the job with the number offset + i
-    std::vector<long long> indices;
+    IndexRanges indices;
 };
 
 /// What tasks print goes there, in the batch's folder, as `sbatch --output` takes it.

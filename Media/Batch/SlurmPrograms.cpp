@@ -1,6 +1,5 @@
 #include "Media/Batch/SlurmPrograms.h"
 
-#include "Media/Batch/SlurmText.h"
 #include "Media/MediaException.h"
 #include "Media/Running/Subprocess.h"
 

@@ -3,6 +3,7 @@
 // Private to the library, not installed: Slurm's programs.
 
 #include "Media/Batch/SlurmTask.h"
+#include "Media/Batch/SlurmText.h"
 
 #include <string>
 #include <vector>
@@ -18,7 +19,7 @@ long long AskArrayLimit();
 struct ArrayRequest
 {
     std::string name;
-    std::vector<long long> indices;
+    IndexRanges indices;
     unsigned int parallel = 0;        ///< tasks that run at once; 0: as many as the cluster lets
     std::string folder;               ///< where the tasks start
     std::string log;                  ///< what the tasks print goes there; %A and %a are array and index

@@ -95,7 +95,7 @@ std::string Known(std::string_view text)
 }
 
 /// "1-4" or "7"
-std::optional<std::pair<long long, long long>> ReadRange(std::string_view text)
+std::optional<IndexRanges::value_type> ReadRange(std::string_view text)
 {
     const std::size_t dash = text.find('-');
     const std::optional<long long> first = NumberIn(text.substr(0, dash));
@@ -108,31 +108,40 @@ std::optional<std::pair<long long, long long>> ReadRange(std::string_view text)
     return std::pair(*first, *last);
 }
 
+void AddRange(const IndexRanges::value_type& range, IndexRanges& indices)
+{
+    if (!indices.empty() && indices.back().second + 1 == range.first)
+    {
+        indices.back().second = range.second;
+    }
+    else
+    {
+        indices.push_back(range);
+    }
+}
+
 } // namespace
 
-std::string WriteIndices(const std::vector<long long>& indices)
+void AddIndex(long long index, IndexRanges& indices) { AddRange({index, index}, indices); }
+
+std::string WriteIndices(const IndexRanges& indices)
 {
     std::string text;
-    for (auto first = indices.begin(); first != indices.end();)
+    for (const auto& [first, last] : indices)
     {
-        auto last = first;
-        while (std::next(last) != indices.end() && *std::next(last) == *last + 1)
-        {
-            ++last;
-        }
-        text += (text.empty() ? "" : ",") + std::to_string(*first);
+        text += (text.empty() ? "" : ",") + std::to_string(first);
         if (last != first)
         {
-            text += "-" + std::to_string(*last);
+            text += "-" + std::to_string(last);
         }
-        first = std::next(last);
     }
     return text;
 }
 
-std::optional<std::vector<long long>> ReadIndices(std::string_view text, std::size_t most)
+std::optional<IndexRanges> ReadIndices(std::string_view text, std::size_t most)
 {
-    std::vector<long long> indices;
+    IndexRanges indices;
+    std::size_t left = most;
     if (text.empty() || text.back() == ',')
     {
         return std::nullopt;
@@ -140,17 +149,14 @@ std::optional<std::vector<long long>> ReadIndices(std::string_view text, std::si
     while (!text.empty())
     {
         const auto range = ReadRange(Take(text, ','));
-        const bool fits =
-            range && (indices.empty() || range->first > indices.back()) &&
-            static_cast<unsigned long long>(range->second - range->first) < most - indices.size();
+        const bool fits = range && (indices.empty() || range->first > indices.back().second) &&
+                          static_cast<unsigned long long>(range->second - range->first) < left;
         if (!fits)
         {
             return std::nullopt;
         }
-        for (long long index = range->first; index <= range->second; ++index)
-        {
-            indices.push_back(index);
-        }
+        left -= static_cast<std::size_t>(range->second - range->first) + 1;
+        AddRange(*range, indices);
     }
     return indices;
 }

@@ -8,18 +8,25 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Zelnor::Media
 {
 
-/// Indices of tasks as `sbatch --array` takes them: "1-4,7".
-/// \param indices  ascending
-std::string WriteIndices(const std::vector<long long>& indices);
+/// Indices of tasks as ranges from a first to a last one, ascending. So they take memory as the text does
+/// that holds them.
+using IndexRanges = std::vector<std::pair<long long, long long>>;
 
-/// The indices in such a text, in order. Nothing when it is not such a text, when they do not ascend, or when
-/// there are more than `most`.
-std::optional<std::vector<long long>> ReadIndices(std::string_view text, std::size_t most);
+/// \param index  greater than those before
+void AddIndex(long long index, IndexRanges& indices);
+
+/// As `sbatch --array` takes them: "1-4,7".
+std::string WriteIndices(const IndexRanges& indices);
+
+/// The indices in such a text. Nothing when it is not such a text, when they do not ascend, or when there are
+/// more than `most`.
+std::optional<IndexRanges> ReadIndices(std::string_view text, std::size_t most);
 
 /// What `squeue --Format` is given.
 inline constexpr const char* kQueueFields =

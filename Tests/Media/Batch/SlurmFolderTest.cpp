@@ -22,7 +22,7 @@ namespace
 {
 
 using Jobs = std::vector<unsigned int>;
-using Indices = std::vector<long long>;
+using Indices = IndexRanges;
 
 /// A batch of nine jobs.
 class KeptArrays : public testing::Test
@@ -60,7 +60,7 @@ TEST_F(KeptArrays, AreNoneAtFirst) { EXPECT_TRUE(SlurmFolder(Films()).Read().emp
 
 TEST_F(KeptArrays, AreReadAsTheyWereWritten)
 {
-    SlurmFolder(Films()).Write({{"zelnor-1", 17, 0, {1, 2, 3, 9}}, {"zelnor-2", 0, 4, {1, 3}}});
+    SlurmFolder(Films()).Write({{"zelnor-1", 17, 0, {{1, 3}, {9, 9}}}, {"zelnor-2", 0, 4, {{1, 1}, {3, 3}}}});
 
     const std::vector<SlurmArray> arrays = SlurmFolder(Films()).Read();
 
@@ -68,7 +68,7 @@ TEST_F(KeptArrays, AreReadAsTheyWereWritten)
     EXPECT_EQ(arrays[0].name, "zelnor-1");
     EXPECT_EQ(arrays[0].id, 17);
     EXPECT_EQ(arrays[0].offset, 0);
-    EXPECT_EQ(arrays[0].indices, (Indices{1, 2, 3, 9}));
+    EXPECT_EQ(arrays[0].indices, (Indices{{1, 3}, {9, 9}}));
     EXPECT_EQ(arrays[1].id, 0);
     EXPECT_EQ(arrays[1].offset, 4);
 }
@@ -148,6 +148,23 @@ TEST_F(KeptArrays, AreUsedWhereTheFileSystemHasNoLocks)
                              [this] { EXPECT_TRUE(SlurmFolder(Films()).Lock().IsOpen()); });
 }
 
+// Gigabytes, if each array held each of its indices, and minutes, if it looked at each of them.
+TEST_F(KeptArrays, MayAllHaveAllJobs)
+{
+    constexpr std::size_t kCount = 50'000;
+    Batch batch = Films();
+    batch.jobs.resize(kCount);
+    const SlurmArray array = {"zelnor-1", 1, 0, {{1, static_cast<long long>(kCount)}}};
+    SlurmFolder(batch).Write(std::vector<SlurmArray>(kCount, array));
+
+    const std::vector<SlurmArray> arrays = SlurmFolder(batch).Read();
+    const auto last = LastTasks(kCount, arrays);
+
+    ASSERT_EQ(arrays.size(), kCount);
+    EXPECT_EQ(last.front(), TaskPlace(kCount - 1, 1));
+    EXPECT_EQ(last.back(), TaskPlace(kCount - 1, static_cast<long long>(kCount)));
+}
+
 TEST_F(KeptArrays, HaveAFolderOnlyOnceSlurmIsAsked)
 {
     EXPECT_FALSE(HasSlurmFolder(Films()));
@@ -163,7 +180,7 @@ TEST(SlurmArrays, AreOneWhereTheClusterTakesAll)
 
     ASSERT_EQ(arrays.size(), 1U);
     EXPECT_EQ(arrays[0].offset, 0);
-    EXPECT_EQ(arrays[0].indices, (Indices{2, 3, 900}));
+    EXPECT_EQ(arrays[0].indices, (Indices{{2, 3}, {900, 900}}));
 }
 
 TEST(SlurmArrays, HaveIndicesBelowTheLimit)
@@ -172,11 +189,11 @@ TEST(SlurmArrays, HaveIndicesBelowTheLimit)
 
     ASSERT_EQ(arrays.size(), 3U);
     EXPECT_EQ(arrays[0].offset, 0);
-    EXPECT_EQ(arrays[0].indices, (Indices{1, 3}));
+    EXPECT_EQ(arrays[0].indices, (Indices{{1, 1}, {3, 3}}));
     EXPECT_EQ(arrays[1].offset, 3);
-    EXPECT_EQ(arrays[1].indices, (Indices{1, 2, 3}));
+    EXPECT_EQ(arrays[1].indices, (Indices{{1, 3}}));
     EXPECT_EQ(arrays[2].offset, 6);
-    EXPECT_EQ(arrays[2].indices, (Indices{1, 3}));
+    EXPECT_EQ(arrays[2].indices, (Indices{{1, 1}, {3, 3}}));
 }
 
 TEST(SlurmArrays, OfManyGapsAreSeveralSinceACommandHasALongestLength)
@@ -193,6 +210,7 @@ TEST(SlurmArrays, OfManyGapsAreSeveralSinceACommandHasALongestLength)
     for (const SlurmArray& array : arrays)
     {
         EXPECT_LT(WriteIndices(array.indices).size(), 65536U);
+        // No job follows another one, so that each is a range.
         count += array.indices.size();
     }
     EXPECT_EQ(count, jobs.size());
@@ -203,7 +221,7 @@ TEST(SlurmArrays, OfNoJobsAreNone) { EXPECT_TRUE(SplitIntoArrays({}, 1001).empty
 
 TEST(SlurmArrays, TellTheLastTaskOfEachJob)
 {
-    const std::vector<SlurmArray> arrays = {{"a", 1, 0, {1, 2, 3}}, {"b", 2, 1, {1}}};
+    const std::vector<SlurmArray> arrays = {{"a", 1, 0, {{1, 3}}}, {"b", 2, 1, {{1, 1}}}};
 
     const auto last = LastTasks(4, arrays);
 
@@ -212,6 +230,18 @@ TEST(SlurmArrays, TellTheLastTaskOfEachJob)
     EXPECT_EQ(last[1], TaskPlace(1, 1));
     EXPECT_EQ(last[2], TaskPlace(0, 3));
     EXPECT_EQ(last[3], std::nullopt);
+}
+
+TEST(SlurmArrays, TellTheLastTaskOfJobsThatAreInSeveral)
+{
+    const std::vector<SlurmArray> arrays = {
+        {"a", 1, 0, {{1, 6}}}, {"b", 2, 2, {{1, 1}, {3, 3}}}, {"c", 3, 1, {{2, 2}, {4, 4}}}};
+
+    const auto last = LastTasks(6, arrays);
+
+    const std::vector<std::optional<TaskPlace>> expected = {
+        TaskPlace(0, 1), TaskPlace(0, 2), TaskPlace(2, 2), TaskPlace(0, 4), TaskPlace(2, 4), TaskPlace(0, 6)};
+    EXPECT_EQ(last, expected);
 }
 
 } // namespace Zelnor::Media

@@ -164,7 +164,7 @@ TEST_F(SlurmPrograms, ArePutTogetherOfWhatTheArrayIs)
     Script("sbatch", "printf '%s\\n' \"$@\" > '" + File("given") + "'; echo '31;one'");
     ArrayRequest request;
     request.name = "films";
-    request.indices = {1, 2, 3, 7};
+    request.indices = {{1, 3}, {7, 7}};
     request.parallel = 2;
     request.folder = "/data/films";
     request.log = "slurm/%A_%a.log";

@@ -10,7 +10,7 @@ namespace Zelnor::Media
 namespace
 {
 
-using Indices = std::vector<long long>;
+using Indices = IndexRanges;
 
 SlurmState StateInQueue(const std::string& state, const std::string& restarts = "0",
                         const std::string& reason = "None")
@@ -24,14 +24,20 @@ SlurmState StateInQueue(const std::string& state, const std::string& restarts = 
 
 TEST(SlurmIndices, ThatFollowEachOtherAreOneRange)
 {
-    EXPECT_EQ(WriteIndices({1, 2, 3, 7, 9, 10}), "1-3,7,9-10");
+    Indices indices;
+    for (const long long index : {1, 2, 3, 7, 9, 10})
+    {
+        AddIndex(index, indices);
+    }
+    EXPECT_EQ(WriteIndices(indices), "1-3,7,9-10");
+    EXPECT_EQ(ReadIndices("1,2-3", 3), (Indices{{1, 3}}));
 }
 
 TEST(SlurmIndices, OfNothingAreEmpty) { EXPECT_EQ(WriteIndices({}), ""); }
 
 TEST(SlurmIndices, AreReadAsTheyAreWritten)
 {
-    EXPECT_EQ(ReadIndices("1-3,7,9-10", 6), (Indices{1, 2, 3, 7, 9, 10}));
+    EXPECT_EQ(ReadIndices("1-3,7,9-10", 6), (Indices{{1, 3}, {7, 7}, {9, 10}}));
 }
 
 TEST(SlurmIndices, ThatDoNotAscendAreRefused)
