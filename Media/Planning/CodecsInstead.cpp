@@ -46,6 +46,53 @@ bool IsDefault(const AVOutputFormat& muxer, AVCodecID codec)
     return codec == muxer.video_codec || codec == muxer.audio_codec || codec == muxer.subtitle_codec;
 }
 
+struct WrittenContainer
+{
+    std::string name;
+    const AVOutputFormat* muxer;
+};
+
+/// Those that can be written. Asked of FFmpeg once: it compares a name with those of all its muxers.
+const std::vector<WrittenContainer>& GetWritten()
+{
+    static const std::vector<WrittenContainer> s_written = [] {
+        std::vector<WrittenContainer> written;
+        for (const std::string& name : Conf::GetContainerList())
+        {
+            const AVOutputFormat* const muxer = FindMuxer(name);
+            if (muxer != nullptr && IsOneFile(name))
+            {
+                written.push_back({name, muxer});
+            }
+        }
+        return written;
+    }();
+    return s_written;
+}
+
+struct EncodedCodec
+{
+    AVCodecID id;
+    std::string name;
+};
+
+/// Those that can be encoded. Asked once, too.
+const std::vector<EncodedCodec>& GetEncoded()
+{
+    static const std::vector<EncodedCodec> s_encoded = [] {
+        std::vector<EncodedCodec> encoded;
+        for (const auto& [id, name] : Conf::GetFFCodecsMap())
+        {
+            if (FindEncoder(name) != nullptr && !IsEncodingDisabled(name))
+            {
+                encoded.push_back({id, name});
+            }
+        }
+        return encoded;
+    }();
+    return s_encoded;
+}
+
 } // namespace
 
 std::vector<std::string> CodecsFor(const std::string& container, const std::string& codec)
@@ -53,10 +100,10 @@ std::vector<std::string> CodecsFor(const std::string& container, const std::stri
     const AVOutputFormat* const muxer = FindMuxer(container);
     const auto kind = Conf::GetCodecMediaType(codec);
     Ranked ranked;
-    for (const auto& [id, name] : Conf::GetFFCodecsMap())
+    for (const auto& [id, name] : GetEncoded())
     {
         if (muxer == nullptr || name == codec || Conf::GetCodecMediaType(name) != kind ||
-            FindEncoder(name) == nullptr || IsEncodingDisabled(name) || !CertainlyHolds(container, id))
+            !CertainlyHolds(muxer, container, id))
         {
             continue;
         }
@@ -84,11 +131,10 @@ std::vector<std::string> ContainersFor(const std::string& codec)
         IFormatFile::FORMAT_MOV, IFormatFile::FORMAT_OGG,      IFormatFile::FORMAT_AVI,
         IFormatFile::FORMAT_WAV, IFormatFile::FORMAT_MP3,      IFormatFile::FORMAT_FLAC};
     Ranked ranked;
-    for (const std::string& container : Conf::GetContainerList())
+    for (const auto& [container, muxer] : GetWritten())
     {
-        const AVOutputFormat* const muxer = FindMuxer(container);
         const bool isUsual = std::find(usual.begin(), usual.end(), container) != usual.end();
-        if (muxer != nullptr && IsOneFile(container) && CertainlyHolds(container, id))
+        if (CertainlyHolds(muxer, container, id))
         {
             ranked.emplace_back((isUsual ? 0 : 2) + (IsDefault(*muxer, id) ? 0 : 1), container);
         }

@@ -67,9 +67,8 @@ bool DvdHolds(AVCodecID codec)
     return std::find(kCodecs.begin(), kCodecs.end(), codec) != kCodecs.end();
 }
 
-int AskMuxer(const std::string& container, AVCodecID codec)
+int AskMuxer(const AVOutputFormat* muxer, const std::string& container, AVCodecID codec)
 {
-    const AVOutputFormat* const muxer = FindMuxer(container);
     return muxer == nullptr   ? 0
            : IsDvd(container) ? static_cast<int>(DvdHolds(codec))
                               : avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL);
@@ -108,9 +107,20 @@ bool CanStartFast(const std::string& container)
                        AV_OPT_SEARCH_FAKE_OBJ) != nullptr;
 }
 
-bool CertainlyHolds(const std::string& container, AVCodecID codec) { return AskMuxer(container, codec) == 1; }
+bool CertainlyHolds(const std::string& container, AVCodecID codec)
+{
+    return CertainlyHolds(FindMuxer(container), container, codec);
+}
 
-bool MayHold(const std::string& container, AVCodecID codec) { return AskMuxer(container, codec) != 0; }
+bool CertainlyHolds(const AVOutputFormat* muxer, const std::string& container, AVCodecID codec)
+{
+    return AskMuxer(muxer, container, codec) == 1;
+}
+
+bool MayHold(const std::string& container, AVCodecID codec)
+{
+    return AskMuxer(FindMuxer(container), container, codec) != 0;
+}
 
 std::vector<std::string> SubtitleCodecsFor(const std::string& container, const std::string& sourceCodec,
                                            bool isBitmap)

@@ -31,6 +31,8 @@ bool CanStartFast(const std::string& container);
 
 /// Whether the container is known to hold streams of the codec.
 bool CertainlyHolds(const std::string& container, AVCodecID codec);
+/// The same for those who have the container's muxer, which takes a while to find.
+bool CertainlyHolds(const AVOutputFormat* muxer, const std::string& container, AVCodecID codec);
 /// Whether it may hold them: FFmpeg does not know it of every container.
 bool MayHold(const std::string& container, AVCodecID codec);
 
