@@ -72,9 +72,9 @@ public:
         CheckDistinct(transcode);
         struct stat status = {};
         const bool exists = ::stat(name.c_str(), &status) == 0;
-        if (!exists && errno == ELOOP)
+        if (!exists && CannotBeMade(errno))
         {
-            AddCannotWrite(name, ELOOP);
+            AddCannotWrite(name, errno);
         }
         else if (!exists || S_ISREG(status.st_mode))
         {

@@ -128,6 +128,8 @@ bool MayBeWrittenDirectly(const struct stat& status)
     return isNull || S_ISFIFO(status.st_mode);
 }
 
+bool CannotBeMade(int reason) { return reason == ELOOP || reason == ENAMETOOLONG; }
+
 void CheckReplaceable(const std::string& name, bool overwrite)
 {
     struct stat status = {};
@@ -137,9 +139,9 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     }
     if (::stat(name.c_str(), &status) != 0)
     {
-        if (errno == ELOOP)
+        if (CannotBeMade(errno))
         {
-            Refuse(name, ELOOP);
+            Refuse(name, errno);
         }
         return;
     }

@@ -73,6 +73,10 @@ private:
 /// a pipe, at whose other end somebody reads.
 bool MayBeWrittenDirectly(const struct stat& status);
 
+/// Whether a name that means nothing for that reason cannot be given to a file either, which is only noticed
+/// when the file is complete.
+bool CannotBeMade(int reason);
+
 /// Refuses a target that is there and must not be replaced.
 /// \throw RunException
 void CheckReplaceable(const std::string& name, bool overwrite);

@@ -12,6 +12,7 @@
 
 #include <sys/stat.h>
 
+#include <climits>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -177,6 +178,14 @@ TEST_F(PreparedJob, FollowsNoLinksInACircle)
     EXPECT_THAT(Faults(*Job({{"a.wav", "out.wav"}})),
                 ElementsAre("node 3, filePath: cannot write '" + Name("out.wav") +
                             "': Too many levels of symbolic links"));
+}
+
+TEST_F(PreparedJob, MakesNoFileWhoseNameIsTooLong)
+{
+    const std::string name = std::string(NAME_MAX - 3, 'x') + ".wav";
+    EXPECT_THAT(Faults(*Job({{"a.wav", name}})),
+                ElementsAre("node 3, filePath: cannot write '" + Name(name) + "': File name too long"));
+    EXPECT_THAT(Faults(*Job({{"a.wav", name.substr(1)}})), IsEmpty());
 }
 
 TEST_F(PreparedJob, WritesOnlyContainersThatAreOneFile)

@@ -11,6 +11,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <climits>
 #include <filesystem>
 #include <string>
 
@@ -138,6 +139,13 @@ TEST_F(TargetFiles, DoNotFollowLinksInACircle)
     ExpectRefused(Name(), true, reason);
     EXPECT_TRUE(fs::is_symlink(Name()));
     EXPECT_THAT(m_folder.Names(), testing::UnorderedElementsAre("out", "there"));
+}
+
+TEST_F(TargetFiles, WithNamesThatAreTooLongAreRefusedBeforeTheyAreWritten)
+{
+    const std::string name = (m_folder / std::string(NAME_MAX + 1, 'x')).string();
+    ExpectRefused(name, false, "Cannot write '" + name + "': File name too long");
+    EXPECT_THAT(m_folder.Names(), testing::IsEmpty());
 }
 
 TEST_F(TargetFiles, LeaveADeviceInItsPlace)
