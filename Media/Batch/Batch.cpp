@@ -5,6 +5,7 @@
 #include "Media/Batch/RecordMembers.h"
 #include "Media/MediaException.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <limits>
 #include <unordered_set>
@@ -84,7 +85,7 @@ public:
                                     {"version", "presets", "outputFolder", "namePattern", "jobs"});
         members.Integer("version", kVersion, kVersion);
         ReadPresets(members);
-        m_batch.outputFolder = PathMember(members, "outputFolder");
+        ReadOutputFolder(members);
         m_batch.namePattern = members.Text("namePattern");
         const Property& jobs = members.Group("jobs");
         if (jobs.Count() > Batch::kMostJobs)
@@ -101,6 +102,17 @@ public:
     }
 
 private:
+    /// Nothing can be planned so, since the batch is new then. An output could replace a document of it.
+    void ReadOutputFolder(const RecordMembers& members)
+    {
+        m_batch.outputFolder = PathMember(members, "outputFolder");
+        if (IsInFolder(m_batch.PathOf(m_batch.outputFolder), m_batch.base))
+        {
+            RefuseBatch(members.At("outputFolder"),
+                        "expected a folder outside of the batch, found '" + m_batch.outputFolder + "'");
+        }
+    }
+
     void ReadPresets(const RecordMembers& members)
     {
         for (const Property& preset : members.Group("presets"))
@@ -195,6 +207,13 @@ bool IsKeptPath(const std::string& path)
         isInside = isInside || part != "..";
     }
     return true;
+}
+
+bool IsInFolder(const std::string& path, const std::string& folder)
+{
+    const fs::path inner = fs::path(path).lexically_normal();
+    const fs::path outer = folder;
+    return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 
 std::string Batch::PathOf(const std::string& kept) const

@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <chrono>
 #include <ctime>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -81,6 +82,20 @@ void MakeOutputFolder(const std::string& folder)
                                                  "': " + std::generic_category().message(errno));
         exception << MediaException::TagFile(folder);
         ZELNOR_THROW(kUnit, exception);
+    }
+}
+
+/// Refuses a folder that is in the batch because of a link, so that no output replaces a document.
+/// \throw JobException
+void CheckOutputFolder(const Batch& batch)
+{
+    std::error_code error;
+    const std::string folder = std::filesystem::canonical(batch.PathOf(batch.outputFolder), error).string();
+    if (!error && IsInFolder(folder, batch.base))
+    {
+        ZELNOR_THROW(
+            kUnit, MakeError<JobException>(Place{batch.folder}.At("outputFolder"),
+                                           "expected a folder outside of the batch, found '" + folder + "'"));
     }
 }
 
@@ -253,6 +268,7 @@ private:
         try
         {
             MakeOutputFolder(m_batch.PathOf(m_batch.outputFolder));
+            CheckOutputFolder(m_batch);
             const RunResult made = RunJob(graph, run);
             const TargetResult& target = made.targets.front();
             result.state = made.IsDone() ? BatchResult::State::Done : BatchResult::State::Cancelled;

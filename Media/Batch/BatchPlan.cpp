@@ -265,10 +265,8 @@ void CheckOutputFolder(const BatchRequest& request, const std::string& base)
         RefuseRequest("'" + request.outputFolder + "' cannot be made: there is no folder '" +
                       parent.string() + "'");
     }
-    const fs::path batch = base;
     const std::string kept = KeptPath(request.outputFolder, base);
-    const fs::path output = (batch / kept).lexically_normal();
-    if (std::mismatch(batch.begin(), batch.end(), output.begin(), output.end()).first == batch.end())
+    if (IsInFolder((fs::path(base) / kept).string(), base))
     {
         RefuseRequest("The output folder '" + request.outputFolder + "' is inside of the batch");
     }

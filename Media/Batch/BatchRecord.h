@@ -27,5 +27,7 @@ BatchResult ParseResult(const std::string& text, const std::string& file);
 bool IsFileName(const std::string& name);
 /// Whether the text is a path as a batch keeps it: absolute, or relative with ".." only at its beginning.
 bool IsKeptPath(const std::string& path);
+/// Whether an absolute path is that of the folder, or of something in it; links are not followed.
+bool IsInFolder(const std::string& path, const std::string& folder);
 
 } // namespace Zelnor::Media

@@ -466,6 +466,19 @@ TEST_F(RunningBatch, SaysThatAnOutputFolderCannotBeMade)
               "Cannot make '" + Name("no/out") + "': No such file or directory");
 }
 
+TEST_F(RunningBatch, DoesNotFollowALinkOfTheOutputFolderIntoTheBatch)
+{
+    const std::string document = ReadFile(Name("b/jobs/000002.json"));
+    fs::create_symlink("b/jobs", Name("out"));
+    BatchRunOptions options = With(kCopy);
+    options.job.overwrite = true;
+    EXPECT_EQ(RunBatchJob(Name("b"), 1, options).reason,
+              Name("b") + ": outputFolder: expected a folder outside of the batch, found '" +
+                  fs::canonical(Name("b/jobs")).string() + "'");
+    EXPECT_EQ(ReadFile(Name("b/jobs/000002.json")), document);
+    EXPECT_FALSE(Exists("b/jobs/a.wav"));
+}
+
 TEST_F(RunningBatch, KeepsItsPlaceWhenTheWholeTreeIsMoved)
 {
     fs::remove_all(Name("b"));

@@ -226,6 +226,18 @@ TEST_F(ReadingBatch, SaysWhichFolderIsNotThere)
     EXPECT_EQ(empty.description, "Cannot open '': No such file or directory");
 }
 
+TEST_F(ReadingBatch, RefusesAnOutputFolderInsideOfTheBatch)
+{
+    const std::string inside = fs::canonical(Name()).string();
+    for (const std::string& folder : {std::string("out"), std::string("results"), std::string("."),
+                                      "../" + fs::path(Name()).filename().string(), inside, inside + "/jobs"})
+    {
+        std::string text = Job(kGoodJob);
+        text.replace(text.find("../out"), 6, folder);
+        ExpectRefused(text, "outputFolder: expected a folder outside of the batch, found '" + folder + "'");
+    }
+}
+
 TEST_F(ReadingBatch, NeedsADocument)
 {
     EXPECT_EQ(ExpectThrow<JobException>([this] { ReadBatch(Name()); }).description,
