@@ -294,8 +294,7 @@ TEST_F(JobNew, ShippedPresetsAreFoundWhereverTheProgramIsInstalled)
     std::filesystem::copy(ZELNOR_SOURCE_DIR "/Presets", Folder() / "usr/share/zelnor/Presets");
     ProcessOptions options;
     Write("in.mp4", TinyClip());
-    const std::string libraries = std::filesystem::path(ZCONF_PROGRAM).parent_path().string();
-    options.environment = {"LD_LIBRARY_PATH=" + libraries};
+    options.environment = {"LD_LIBRARY_PATH=" ZELNOR_LIBRARY_FOLDER};
     options.folder = Folder().string();
     const ProcessResult result =
         RunProcess({"usr/bin/zconf", "job", "new", "-p", "mp4-h264-aac", "-i", "in.mp4", "-t", "o"}, options);
