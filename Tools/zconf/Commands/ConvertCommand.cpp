@@ -57,7 +57,7 @@ int RunConvert(const ConvertArguments& options)
     RequireValid(job);
     if (!options.document.empty())
     {
-        WriteDocument(options.document, [&made](const auto& output) { made.job.graph->Save(output); });
+        WriteJsonDocument(options.document, [&made](const auto& output) { made.job.graph->Save(output); });
     }
     if (options.dryRun)
     {

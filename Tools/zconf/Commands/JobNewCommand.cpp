@@ -30,7 +30,7 @@ int RunJobNew(const JobNewArguments& options)
     {
         ReportNote(note);
     }
-    WriteDocument(options.document, [&made](const auto& output) { made.job.graph->Save(output); });
+    WriteJsonDocument(options.document, [&made](const auto& output) { made.job.graph->Save(output); });
     return kExitSuccess;
 }
 

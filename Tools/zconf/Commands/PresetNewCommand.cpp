@@ -121,9 +121,10 @@ int RunPresetNew(const PresetNewArguments& options)
     {
         ReportNote(note);
     }
-    if (options.overwrite)
+    if (options.overwrite || IsStandardStream(options.document))
     {
-        WriteDocument(options.document, text);
+        WriteJsonDocument(options.document,
+                          [&text](const auto& output) { output->Write(text.data(), text.size()); });
     }
     else
     {

@@ -2,6 +2,7 @@
 
 #include "Tools/zconf/Console/StandardStreams.h"
 #include "Tools/zconf/Console/Text.h"
+#include "Tools/zconf/Console/VisibleJson.h"
 
 #include "Core/Interfaces/JsonMemory.h"
 #include "Core/Interfaces/JsonStream.h"
@@ -17,8 +18,8 @@ namespace Zelnor::Tool
 {
 
 /// Writes texts that are not UTF-8 in the form of `Utf8Text`, also those in records.
-class JsonWriter : public rapidjson::PrettyWriter<Core::JsonZelnorStreamOut, rapidjson::UTF8<>,
-                                                  rapidjson::UTF8<>, Core::JsonMemory>
+class JsonWriter : public rapidjson::PrettyWriter<Core::JsonZelnorStreamOut, rapidjson::UTF8<>, VisibleUtf8,
+                                                  Core::JsonMemory>
 {
 public:
     using PrettyWriter::Key;

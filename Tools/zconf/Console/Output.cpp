@@ -2,6 +2,7 @@
 
 #include "Tools/zconf/Console/Errors.h"
 #include "Tools/zconf/Console/StandardStreams.h"
+#include "Tools/zconf/Console/VisibleJson.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -103,6 +104,19 @@ void WriteDocument(const std::string& name, const std::string& text)
     WriteDocument(name, [&text](const boost::intrusive_ptr<Core::IDataOutput>& output) {
         output->Write(text.data(), text.size());
     });
+}
+
+void WriteJsonDocument(const std::string& name,
+                       const std::function<void(const boost::intrusive_ptr<Core::IDataOutput>&)>& write)
+{
+    if (!IsStandardStream(name) || ::isatty(STDOUT_FILENO) == 0)
+    {
+        WriteDocument(name, write);
+        return;
+    }
+    const auto text = Core::MemoryDataOutput::Create();
+    write(text);
+    WriteText(VisibleJson(text->GetData()));
 }
 
 void WriteNewDocument(const std::string& name, const std::string& text)

@@ -23,6 +23,10 @@ void WriteDocument(const std::string& name,
                    const std::function<void(const boost::intrusive_ptr<Core::IDataOutput>&)>& write);
 void WriteDocument(const std::string& name, const std::string& text);
 
+/// The same for JSON, which a terminal gets in the form of `VisibleJson`.
+void WriteJsonDocument(const std::string& name,
+                       const std::function<void(const boost::intrusive_ptr<Core::IDataOutput>&)>& write);
+
 /// The same for a file that must not be there yet. It appears as a whole, if its file system can do that.
 /// \throw ToolError "'p.json' exists already; --overwrite replaces it"
 void WriteNewDocument(const std::string& name, const std::string& text);

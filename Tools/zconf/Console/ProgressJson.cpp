@@ -2,6 +2,7 @@
 
 #include "Tools/zconf/Console/Text.h"
 #include "Tools/zconf/Console/TimeText.h"
+#include "Tools/zconf/Console/VisibleJson.h"
 
 #include "Core/Interfaces/JsonMemory.h"
 
@@ -95,7 +96,7 @@ private:
     }
 
     Buffer m_buffer;
-    rapidjson::Writer<Buffer, rapidjson::UTF8<>, rapidjson::UTF8<>, Core::JsonMemory> m_writer{m_buffer};
+    rapidjson::Writer<Buffer, rapidjson::UTF8<>, VisibleUtf8, Core::JsonMemory> m_writer{m_buffer};
 };
 
 } // namespace
