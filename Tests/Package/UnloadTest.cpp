@@ -2,6 +2,7 @@
 
 #include "Tests/Support/Campaign.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -28,16 +29,16 @@ bool IsLoaded(const std::string& library)
 class Libraries : public testing::TestWithParam<const char*>
 {
 public:
-    static void LoadUseAndUnload();
+    static void LoadUseAndUnload(const char* name = "UseTheLibraries");
 };
 
-void Libraries::LoadUseAndUnload()
+void Libraries::LoadUseAndUnload(const char* name)
 {
     void* const module = dlopen(GetParam(), RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module, nullptr) << dlerror();
     EXPECT_TRUE(IsLoaded(ZELNOR_CORE_LIBRARY));
     EXPECT_TRUE(IsLoaded(ZELNOR_CONF_LIBRARY));
-    const auto use = reinterpret_cast<bool (*)()>(dlsym(module, "UseTheLibraries"));
+    const auto use = reinterpret_cast<bool (*)()>(dlsym(module, name));
     ASSERT_NE(use, nullptr);
     EXPECT_TRUE(use());
 
@@ -48,15 +49,6 @@ void Libraries::LoadUseAndUnload()
     EXPECT_FALSE(IsLoaded(ZELNOR_CORE_LIBRARY));
 }
 
-TEST_P(Libraries, LeaveMemoryTogetherWithTheirLog)
-{
-#ifdef ZELNOR_ADDRESS_SANITIZER
-    GTEST_SKIP() << "glog loses the memory of its flags when it is unloaded";
-#endif
-    LoadUseAndUnload();
-    LoadUseAndUnload();
-}
-
 /// Without glog there is nothing that could stay.
 void KeepTheLog()
 {
@@ -65,11 +57,49 @@ void KeepTheLog()
 #endif
 }
 
+TEST_P(Libraries, LeaveMemory)
+{
+    LoadUseAndUnload();
+    LoadUseAndUnload();
+}
+
+#ifdef ZELNOR_LOG_LIBRARY
+TEST_P(Libraries, LeaveMemoryTogetherWithTheirLog)
+{
+#ifdef ZELNOR_ADDRESS_SANITIZER
+    GTEST_SKIP() << "glog loses the memory of its flags when it is unloaded";
+#endif
+    LoadUseAndUnload("MakeThemLog");
+    EXPECT_FALSE(IsLoaded(ZELNOR_LOG_LIBRARY));
+    LoadUseAndUnload("MakeThemLog");
+    EXPECT_FALSE(IsLoaded(ZELNOR_LOG_LIBRARY));
+}
+
+TEST_P(Libraries, LoadTheirLogWhenTheyWriteToIt)
+{
+    void* const module = dlopen(GetParam(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << dlerror();
+    const auto log = reinterpret_cast<bool (*)()>(dlsym(module, "MakeThemLog"));
+    ASSERT_NE(log, nullptr);
+    EXPECT_FALSE(IsLoaded(ZELNOR_LOG_LIBRARY));
+    testing::internal::CaptureStderr();
+
+    EXPECT_TRUE(log());
+
+    EXPECT_TRUE(IsLoaded(ZELNOR_LOG_LIBRARY));
+    // Before the text, glog writes time and place.
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::EndsWith("] Replacing output format for lossless conversion to DVD\n"));
+    KeepTheLog();
+    EXPECT_EQ(dlclose(module), 0);
+}
+#endif
+
 TEST_P(Libraries, LeaveMemoryWhenTheirLogStays)
 {
     KeepTheLog();
-    LoadUseAndUnload();
-    LoadUseAndUnload();
+    LoadUseAndUnload("MakeThemLog");
+    LoadUseAndUnload("MakeThemLog");
 }
 
 TEST(TwoMajorVersions, AreLoadedForEverybodyAndEndWithTheProcess)

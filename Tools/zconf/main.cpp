@@ -23,7 +23,7 @@ int main(int argc, char** argv)
         {
             return RunShellCompletion(argc, argv);
         }
-        const Logging logging(argv[0]);
+        const Logging logging;
         // FFmpeg's messages are told as part of ours; standard error is for our own lines.
         Zelnor::Media::KeepFFmpegMessages([](void*, int, const char*, std::va_list) {});
         return RunCommandLine(argc, argv, [argc, argv](CLI::App& app) { AddNamedCommand(app, argc, argv); });
