@@ -33,8 +33,17 @@ std::string DocumentText(const Property& value)
     return "a group of " + std::to_string(value.Count());
 }
 
-/// The names of the children in order, equal ones numbered, and the children.
-std::vector<std::pair<std::string, const Property*>> KeyedChildren(const Property& group)
+/// A child of a group.
+struct Keyed
+{
+    /// What the same child of another group is found by: the name, and how many of that name come before.
+    std::pair<std::string, int> key;
+    /// The name, numbered where it occurs more than once.
+    std::string text;
+    const Property* child;
+};
+
+std::vector<Keyed> KeyedChildren(const Property& group)
 {
     std::map<std::string, int> counts;
     for (const Property& child : group)
@@ -42,14 +51,25 @@ std::vector<std::pair<std::string, const Property*>> KeyedChildren(const Propert
         ++counts[child.GetName()];
     }
     std::map<std::string, int> seen;
-    std::vector<std::pair<std::string, const Property*>> children;
+    std::vector<Keyed> children;
     for (const Property& child : group)
     {
         const std::string& name = child.GetName();
-        const std::string number = "[" + std::to_string(++seen[name]) + "]";
-        children.emplace_back(counts[name] == 1 ? name : name + number, &child);
+        const int before = seen[name]++;
+        const std::string number = "[" + std::to_string(before + 1) + "]";
+        children.push_back({{name, before}, counts[name] == 1 ? name : name + number, &child});
     }
     return children;
+}
+
+std::map<std::pair<std::string, int>, const Property*> ByKey(const std::vector<Keyed>& children)
+{
+    std::map<std::pair<std::string, int>, const Property*> found;
+    for (const Keyed& each : children)
+    {
+        found.emplace(each.key, each.child);
+    }
+    return found;
 }
 
 class Differ
@@ -107,29 +127,31 @@ private:
 
     void Groups(const std::string& key, const Property& one, const Property& other)
     {
-        const auto ones = KeyedChildren(one);
-        const auto others = KeyedChildren(other);
-        const std::map<std::string, const Property*> inOne(ones.begin(), ones.end());
-        const std::map<std::string, const Property*> inOther(others.begin(), others.end());
+        const std::vector<Keyed> ones = KeyedChildren(one);
+        const std::vector<Keyed> others = KeyedChildren(other);
+        const auto inOne = ByKey(ones);
+        const auto inOther = ByKey(others);
         const std::size_t before = m_found.size();
-        const auto path = [&key](const std::string& name) { return key.empty() ? name : key + "." + name; };
-        for (const auto& [name, child] : ones)
+        const auto path = [&key](const Keyed& each) {
+            return key.empty() ? each.text : key + "." + each.text;
+        };
+        for (const Keyed& each : ones)
         {
-            const auto match = inOther.find(name);
+            const auto match = inOther.find(each.key);
             if (match == inOther.end())
             {
-                ReportValues(path(name), child, nullptr);
+                ReportValues(path(each), each.child, nullptr);
             }
             else
             {
-                Values(path(name), *child, *match->second);
+                Values(path(each), *each.child, *match->second);
             }
         }
-        for (const auto& [name, child] : others)
+        for (const Keyed& each : others)
         {
-            if (inOne.count(name) == 0)
+            if (inOne.count(each.key) == 0)
             {
-                ReportValues(path(name), nullptr, child);
+                ReportValues(path(each), nullptr, each.child);
             }
         }
         if (m_found.size() == before && one != other && SameKeysInOtherOrder(ones, others))
@@ -139,19 +161,18 @@ private:
         }
     }
 
-    static bool SameKeysInOtherOrder(const std::vector<std::pair<std::string, const Property*>>& ones,
-                                     const std::vector<std::pair<std::string, const Property*>>& others)
+    static bool SameKeysInOtherOrder(const std::vector<Keyed>& ones, const std::vector<Keyed>& others)
     {
         return !std::equal(ones.begin(), ones.end(), others.begin(), others.end(),
-                           [](const auto& a, const auto& b) { return a.first == b.first; });
+                           [](const Keyed& a, const Keyed& b) { return a.key == b.key; });
     }
 
-    static std::string Names(const std::vector<std::pair<std::string, const Property*>>& children)
+    static std::string Names(const std::vector<Keyed>& children)
     {
         std::string names;
-        for (const auto& [name, child] : children)
+        for (const Keyed& each : children)
         {
-            names += (names.empty() ? "" : ", ") + name;
+            names += (names.empty() ? "" : ", ") + each.text;
         }
         return names;
     }

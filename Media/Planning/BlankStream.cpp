@@ -124,6 +124,11 @@ std::optional<BlankStream> EncodeBlankFrame(AVCodecContext& context)
 
 std::optional<BlankStream> MakeBlankStream(const AVCodec& encoder, int flags)
 {
+    // FFmpeg reads through a null pointer when an encoder of subtitles is given a frame.
+    if (encoder.type != AVMEDIA_TYPE_VIDEO && encoder.type != AVMEDIA_TYPE_AUDIO)
+    {
+        return std::nullopt;
+    }
     for (const Size& size : kSizes)
     {
         if (const auto context = StartEncoder(encoder, size, flags))

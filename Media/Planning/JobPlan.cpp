@@ -20,6 +20,8 @@
 #include "Conf/Interfaces/IFormatCodecVideo.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 
 namespace Zelnor::Media
 {
@@ -126,6 +128,24 @@ Property RawStream(unsigned int index, const JobRequest& request)
     return record;
 }
 
+/// Of settings with one name the first counts, and only that was checked.
+void LeaveOutRepeated(Property& stream)
+{
+    std::set<std::string_view> names;
+    Property first(stream.GetName());
+    for (const Property& setting : stream)
+    {
+        if (names.insert(setting.GetName()).second)
+        {
+            first.Add(setting);
+        }
+    }
+    if (first.Count() != stream.Count())
+    {
+        stream = std::move(first);
+    }
+}
+
 /// The preset's record as the request changes it.
 Property SettingsOf(const Conf::IPreset& preset, const JobRequest& request, std::vector<std::string>& notes)
 {
@@ -135,6 +155,10 @@ Property SettingsOf(const Conf::IPreset& preset, const JobRequest& request, std:
     if (dynamic_cast<const PresetFile*>(&preset) == nullptr)
     {
         CheckPreset(settings);
+    }
+    for (Property& stream : settings[Conf::IPreset::KEY_STREAMS])
+    {
+        LeaveOutRepeated(stream);
     }
     settings = ApplyOverrides(settings, request, notes);
     ResolveNames(settings);

@@ -71,6 +71,21 @@ TEST(JobDifferences, CompareEqualKeysInOrder)
     EXPECT_EQ(Differences(withList({1, 2, 3}), withList({1, 5, 3})), Lines{"node 1|n[2]|2|5"});
 }
 
+TEST(JobDifferences, TellEqualKeysFromOneThatIsNamedLikeThem)
+{
+    const auto withSecond = [](long long number) {
+        Property record("record");
+        record.CreateChildT("n[2]", 7);
+        record.CreateChildT("n", 1);
+        record.CreateChildT("n", number);
+        const Graph graph = ITranscodingMetaGraph::Create();
+        graph->AddNode(record);
+        return graph;
+    };
+    EXPECT_EQ(Differences(withSecond(2), withSecond(2)), Lines{});
+    EXPECT_EQ(Differences(withSecond(2), withSecond(3)), Lines{"node 1|n[2]|2|3"});
+}
+
 TEST(JobDifferences, ShowEachKindOfValueAsItStandsInADocument)
 {
     const auto withValue = [](const Property& value) {

@@ -399,6 +399,16 @@ TEST(PlanJob, HasAKeyFrameAtLeastEveryTenSeconds)
     EXPECT_EQ(interval(Plan(MakeMediaFile({MakeVideoStream()}), kVideo)), 0);
 }
 
+TEST(PlanJob, TakesTheFirstOfSettingsWithOneNameWhichIsTheOneThatWasChecked)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream()});
+    const PlannedJob job = Plan(source, R"({"video":{"codec_id":"CODEC_ID_H264","bitrate":4000000,)"
+                                        R"("bitrate":5000000,"codec_id":"CODEC_ID_DVD_SUBTITLE"}})");
+    EXPECT_EQ(FirstCodec(job)["codec_id"].GetString(), "CODEC_ID_H264");
+    EXPECT_EQ(FirstCodec(job)["bitrate"].GetInt64(), 4000000);
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
 TEST(PlanJob, NeedsAnOutputAPresetAndAWholeSource)
 {
     MediaFile source = MakeMediaFile({MakeVideoStream()});

@@ -52,6 +52,12 @@ TEST(MuxerTrial, ReadsWhatStandsAtTheEndOfTheFile)
     EXPECT_NE(FindTag(wavPack, "MY_OWN_KEY"), nullptr);
 }
 
+TEST(MuxerTrial, KnowsNothingOfStreamsThatAreNeitherPicturesNorSound)
+{
+    EXPECT_FALSE(MuxerTrial("matroska", {"CODEC_ID_DVD_SUBTITLE"}).Ask({}).has_value());
+    EXPECT_FALSE(MuxerTrial("matroska", {"CODEC_ID_SRT"}).Ask({}).has_value());
+}
+
 TEST(MuxerTrial, TellsChaptersCoversAndAttachments)
 {
     FileContents wanted;
