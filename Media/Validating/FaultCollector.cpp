@@ -31,7 +31,7 @@ std::string ExpectedIn(const std::string& reason)
 {
     constexpr std::string_view kExpected = "expected ";
     const std::size_t end = reason.find(", found ");
-    return reason.compare(0, kExpected.size(), kExpected) != 0 || end == std::string::npos
+    return reason.compare(0, kExpected.size(), kExpected) != 0
                ? ""
                : reason.substr(kExpected.size(), end - kExpected.size());
 }

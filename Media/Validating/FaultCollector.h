@@ -53,6 +53,8 @@ public:
     void AddSyntax(const JsonFault& fault, const Place& place);
     /// What is said of the value, or inside of it, counts for nothing from now on.
     void Close(const JsonPart& part, JsonIndex::Id value);
+    /// There may be faults that nobody looked for.
+    void LeaveOutOthers() { m_isComplete = false; }
     bool IsFull() const { return m_faults.size() >= kMost; }
     bool IsComplete() const { return m_isComplete; }
 

@@ -179,7 +179,7 @@ std::optional<std::size_t> FindFaultyMember(const Property* list, const std::str
             reason != "expected the index of a stream, found " + text &&
             reason != "expected the index of a cover or attachment of the first source, found " + text;
         const bool isFirst = reason != "stream " + text + " is listed twice" || seen.insert(text).second;
-        if ((!isChapter && reason.compare(0, 9, "a chapter") == 0) || !isIndex || !isFirst)
+        if (!isChapter || !isIndex || !isFirst)
         {
             return position;
         }

@@ -88,13 +88,13 @@ private:
             }
             if (auto element = ReadElement(m_document, value, isLink, m_name, m_faults))
             {
+                m_isChanged = m_isChanged || element->isChanged;
                 elements.push_back(std::move(*element));
             }
             else
             {
                 m_isChanged = true;
             }
-            m_isChanged = m_isChanged || (!elements.empty() && elements.back().isChanged);
         }
         return elements;
     }

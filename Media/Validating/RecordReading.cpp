@@ -36,15 +36,19 @@ Property ParseRecord(const std::string& json)
     return property;
 }
 
-/// Finds the value that a reader's path names: "data.inputs[2].bitrate". Of equal names, one that was
-/// replaced is not meant.
+/// Finds the value that a reader's path names: "data.inputs[2].bitrate". Names may be empty:
+/// "data.inputs[2]." Of equal names, one that was replaced is not meant.
 class PathFinder
 {
 public:
     PathFinder(const JsonIndex& index, const std::vector<Id>& replaced) : m_index(index), m_replaced(replaced)
     {}
 
-    std::optional<Id> Find(Id value, std::string_view path) const
+    std::optional<Id> Find(std::string_view path) const { return FindMember(0, path); }
+
+private:
+    /// \param path  from the value on: ".bitrate", "[2].bitrate", or empty for the value itself
+    std::optional<Id> FindInside(Id value, std::string_view path) const
     {
         if (path.empty())
         {
@@ -53,7 +57,7 @@ public:
         switch (m_index.KindOf(value))
         {
         case JsonIndex::Kind::Object:
-            return FindMember(value, path);
+            return path.front() == '.' ? FindMember(value, path.substr(1)) : std::nullopt;
         case JsonIndex::Kind::Array:
             return FindElement(value, path);
         default:
@@ -61,7 +65,6 @@ public:
         }
     }
 
-private:
     bool IsReplaced(Id value) const
     {
         return std::find(m_replaced.begin(), m_replaced.end(), value) != m_replaced.end();
@@ -76,13 +79,7 @@ private:
             {
                 continue;
             }
-            std::string_view rest = path.substr(key.size());
-            if (!rest.empty() && rest.front() != '.' && rest.front() != '[')
-            {
-                continue;
-            }
-            rest.remove_prefix(!rest.empty() && rest.front() == '.' ? 1 : 0);
-            if (const auto found = Find(member, rest))
+            if (const auto found = FindInside(member, path.substr(key.size())))
             {
                 return found;
             }
@@ -98,9 +95,7 @@ private:
             const std::string step = "[" + std::to_string(position++) + "]";
             if (path.substr(0, step.size()) == step)
             {
-                std::string_view rest = path.substr(step.size());
-                rest.remove_prefix(!rest.empty() && rest.front() == '.' ? 1 : 0);
-                return Find(element, rest);
+                return FindInside(element, path.substr(step.size()));
             }
         }
         return std::nullopt;
@@ -120,11 +115,11 @@ struct Refusal
 
 Refusal FindRefusal(const JsonPart& part, const std::vector<Id>& replaced, const std::string& text)
 {
-    // Names may hold colons.
-    for (std::size_t end = text.find(": "); end != std::string::npos; end = text.find(": ", end + 1))
+    // Names may hold colons, so the longest that is a path counts.
+    for (std::size_t end = text.rfind(": "); end != std::string::npos && end > 0;
+         end = text.rfind(": ", end - 1))
     {
-        if (const auto value =
-                PathFinder(part.index, replaced).Find(0, std::string_view(text).substr(0, end)))
+        if (const auto value = PathFinder(part.index, replaced).Find(std::string_view(text).substr(0, end)))
         {
             return {*value, text.substr(0, end), text.substr(end + 2)};
         }
@@ -180,13 +175,14 @@ ReadRecord ReadRecordPart(const JsonPart& part, const Place& place, FaultCollect
             faults.Close(part, value);
             if (value == 0)
             {
-                break;
+                return read;
             }
             read.replaced.push_back(value);
             const std::size_t size = part.index.TextOf(value).size();
             json.replace(part.index.OffsetOf(value), size, "0" + std::string(size - 1, ' '));
         }
     }
+    faults.LeaveOutOthers();
     return read;
 }
 

@@ -210,12 +210,130 @@ TEST(ValidatingAJob, StopsAfterAThousandFaultsWhereverTheyAre)
     for (const std::string& text :
          {R"({"vertices":[)" + Many(id) + R"(],"edges":[]})",
           R"({"vertices":[)" + Many([](int) { return "1"; }) + "]}", R"({"vertices":[],)" + Many(key) + "}",
+          R"({"vertices":[)" + Many([](int) { return "1"; }) + R"(],"edges":[]})",
+          With(kGoodJob, R"("metadata": {"title": "One"})", Many([](int) { return R"("odd":1)"; })),
           With(kGoodJob, R"("bitrate": 400000)", Many(key))})
     {
         const DocumentFaults result = ValidateDocument(text);
         EXPECT_EQ(result.faults.size(), 1000U) << text.substr(0, 200);
         EXPECT_FALSE(result.isComplete);
     }
+}
+
+TEST(ValidatingAJob, SaysThatThereMayBeMoreWhereARecordHasTooManyValuesThatAreNone)
+{
+    const DocumentFaults result = ValidateDocument(With(
+        kGoodJob, R"("bitrate": 400000)", Many([](int i) { return "\"k" + std::to_string(i) + "\":0.5"; })));
+    EXPECT_EQ(result.faults.size(), 100U);
+    EXPECT_FALSE(result.isComplete);
+}
+
+/// Where each fault of the document is, and what is there.
+std::vector<std::string> Places(const std::string& document)
+{
+    std::vector<std::string> places;
+    for (const DocumentFault& fault : ValidateDocument(document).faults)
+    {
+        places.push_back(fault.pointer + " " + fault.found);
+    }
+    return places;
+}
+
+TEST(ValidatingAJob, FindsValuesByNamesThatAreEmptyOrLikeAPath)
+{
+    const std::string target = "/vertices/1/data/data/target/";
+    const auto places = [](const std::string& members) {
+        return Places(With(kGoodJob, R"("metadata": {"title": "One"})", members));
+    };
+    EXPECT_THAT(places(R"("": 0.5, "a": {"": 1.5})"), ElementsAre(target + " 0.5", target + "a/ 1.5"));
+    EXPECT_THAT(
+        places(R"("a: b": 0.5, "a": {"b.c": 1.5}, "a.b": {"c": 2.5}, "[0]": 3.5)"),
+        ElementsAre(target + "a: b 0.5", target + "a/b.c 1.5", target + "a.b/c 2.5", target + "[0] 3.5"));
+    EXPECT_THAT(places(R"("a": 0.5, "a": 1.5, "ab": 2.5)"),
+                ElementsAre(target + "a 0.5", target + "a 1.5", target + "ab 2.5"));
+}
+
+TEST(ValidatingAJob, FindsValuesInsideLists)
+{
+    const auto places = [](const std::string& chapters) {
+        return Places(With(kGoodJob, R"("metadata": {"title": "One"})", "\"chapters\": " + chapters));
+    };
+    const std::string chapters = "/vertices/1/data/data/target/chapters/";
+    EXPECT_THAT(
+        places(R"([{"": {"start": 0, "end": 2.5}}, {"": 3.5}, {"": {"list": [{"a": 1}, {"b": 4.5}]}}])"),
+        ElementsAre(chapters + "0//end 2.5", chapters + "1/ 3.5", chapters + "2//list/1/b 4.5"));
+    EXPECT_THAT(places(R"([{"": {"start": 1, "end": 2}}, [[1]]])"), ElementsAre(chapters + "1 [[1]]"));
+}
+
+TEST(ValidatingAJob, TellsSettingsApartThatHaveTheBeginningOfAPath)
+{
+    EXPECT_THAT(Places(With(kGoodJob, R"("bitrate": 400000)",
+                            R"("bitrate": 9000, "codec": 5, "codec.options.encode": {"crf": "odd"})")),
+                ElementsAre("/edges/1/data/data/format_codec_video/codec \"codec\"",
+                            "/edges/1/data/data/format_codec_video/codec.options.encode/crf \"odd\""));
+}
+
+TEST(ValidatingAJob, TellsAValueThatIsWrongFromItsRepetition)
+{
+    EXPECT_THAT(ChangedJob(R"("bitrate": 400000)", R"("bitrate": "fast", "bitrate": 5)"),
+                ElementsAre("11:47 /edges/1/data/data/format_codec_video/bitrate setting: link 3 -> 2, video "
+                            "stream 0, bitrate: expected an integer from 1 to 2147483647, found 'fast'",
+                            "11:55 /edges/1/data/data/format_codec_video/bitrate setting: link 3 -> 2, video "
+                            "stream 0, bitrate: appears more than once"));
+}
+
+TEST(ValidatingAJob, TellsUnknownSettingsApartThatNameOthers)
+{
+    EXPECT_THAT(
+        Places(With(kGoodJob, R"("bitrate": 400000)", R"("bitrate": 9000, "bitrat": 5, "a": 1, "x'a'": 2)")),
+        ElementsAre("/edges/1/data/data/format_codec_video/bitrat \"bitrat\"",
+                    "/edges/1/data/data/format_codec_video/a \"a\"",
+                    "/edges/1/data/data/format_codec_video/x'a' \"x'a'\""));
+}
+
+TEST(ValidatingAJob, FindsARecordThatIsANumber)
+{
+    EXPECT_THAT(
+        ChangedJob(R"({"streamRaw": {"id": 1}})", R"({"streamRaw": 5})"),
+        ElementsAre("6:46 /vertices/3/data/data/streamRaw structure: node 4, id: expected an integer, "
+                    "found nothing"));
+}
+
+TEST(ValidatingAJob, SaysMoreThanThatALinkIsWrong)
+{
+    const std::string text = With(kGoodJob, R"("to": 4})", R"("to": 9})");
+    EXPECT_THAT(Places(With(text, R"("layout": "STEREO")", R"("layout": "STERO")")),
+                ElementsAre("/edges/2/to 9", R"(/edges/3/data/data/format_codec_audio/layout "STERO")"));
+}
+
+TEST(ValidatingAJob, CountsTheSoundOfAContainerUnlessACopyMayBeAnything)
+{
+    const std::string two = With(
+        With(With(kGoodJob, "\"mp4\"", "\"wav\""),
+             R"("codec_id": "CODEC_ID_H264", "bitrate": 400000, "frameRateRatio": [25, 1], "PIXELFORMAT": 0)",
+             R"("codec_id": "CODEC_ID_PCM_S16LE")"),
+        "format_codec_video", "format_codec_audio");
+    const std::string text = With(two, "CODEC_ID_AAC", "CODEC_ID_PCM_S16LE");
+    EXPECT_THAT(FaultLines(text), ElementsAre("4:43 /vertices/1/data/data/target container: node 2: the "
+                                              "container wav cannot hold 2 audio streams"));
+    EXPECT_THAT(FaultLines(With(text, R"("layout": "STEREO")", R"("lossless": 1)")), IsEmpty());
+}
+
+TEST(ValidatingAJob, FindsNothingInOneWithASubtitle)
+{
+    EXPECT_THAT(FaultLines(With(
+                    With(kGoodJob, R"("codec_id": "CODEC_ID_AAC", "sample_rate": 48000, "layout": "STEREO")",
+                         R"("codec_id": "CODEC_ID_MOV_TEXT")"),
+                    "format_codec_audio", "format_codec_subtitle")),
+                IsEmpty());
+}
+
+TEST(ValidatingAJob, FindsARawStreamThatNothingIsMadeOf)
+{
+    // What else is wrong with such a job does not matter here.
+    EXPECT_THAT(ChangedJob(R"("from": 3, "to": 2)", R"("from": 1, "to": 2)"),
+                Contains("5:46 /vertices/2/data/data/streamRaw structure: node 3: expected a link from this "
+                         "'streamRaw' to a target, found none"));
 }
 
 TEST(ValidatingAJob, FindsWhatIsMissing)
@@ -257,6 +375,18 @@ TEST(ValidatingAJob, LooksAtListsOfATargetAndASource)
                               R"("filePath": "in.mkv", "leftOut": [{"": 5}, {"": 6}, {"": 5}])"));
     ASSERT_EQ(twice.faults.size(), 1U);
     EXPECT_EQ(twice.faults[0].pointer, "/vertices/0/data/data/source/leftOut/2/");
+    EXPECT_THAT(Places(With(kGoodJob, R"("filePath": "in.mkv")",
+                            R"("filePath": "in.mkv", "leftOut": [{"": 5}, {"": -1}])")),
+                ElementsAre("/vertices/0/data/data/source/leftOut/1/ -1"));
+    EXPECT_THAT(Places(With(kGoodJob, R"("filePath": "out.mp4")",
+                            R"("filePath": "out.mp4", "attachments": [{"": 5}, {"": -1}],)"
+                            R"( "chapters": [{"": {"start": 1, "end": 4}}, {"": {"start": 5, "end": 4}}])")),
+                ElementsAre("/vertices/1/data/data/target/attachments/1/ -1",
+                            "/vertices/1/data/data/target/chapters/1/ {\"start\": 5, \"end\": 4}"));
+    EXPECT_THAT(Places(With(kGoodJob, R"("filePath": "out.mp4")",
+                            R"("filePath": "out.mp4", "chapters": [{"": {"start": 1, "end": 4, "title": ")" +
+                                std::string(90000, 'a') + R"("}}])")),
+                ElementsAre(testing::StartsWith("/vertices/1/data/data/target/chapters [{")));
     EXPECT_THAT(ChangedJob(R"({"streamRaw": {"id": 0}})", R"({"streamRaw": {"id": -1}})"),
                 ElementsAre("5:53 /vertices/2/data/data/streamRaw/id setting: node 3, id: expected the index "
                             "of a stream, found -1"));

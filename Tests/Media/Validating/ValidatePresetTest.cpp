@@ -81,9 +81,39 @@ TEST(ValidatingAPreset, FindsWhatIsMissing)
             "nothing",
             "1:30 /p/$$STREAMS$$/audio setting: p.$$STREAMS$$.audio.codec_id: expected an audio codec, "
             "as \"CODEC_ID_AAC\", found nothing"));
+    EXPECT_THAT(FaultLines(R"({"p":{"container":"mp4"}})"),
+                ElementsAre("1:6 /p setting: p.$$STREAMS$$: expected a group of at least one stream, found "
+                            "nothing"));
+    EXPECT_THAT(FaultLines(R"({"p":{"container":"mp4","$$STREAMS$$":5}})"),
+                ElementsAre("1:39 /p/$$STREAMS$$ setting: p.$$STREAMS$$: expected a group of at least one "
+                            "stream, found 5"));
     EXPECT_THAT(FaultLines("{}"),
                 ElementsAre("1:1  form: expected a record (an object with one member), found "
                             "an object with 0 members"));
+}
+
+TEST(ValidatingAPreset, FindsWhatIsNotAGroup)
+{
+    EXPECT_THAT(ChangedPreset("\"name\": \"Small\"", "\"metadata\": 5"),
+                ElementsAre("3:17 /small/metadata setting: small.metadata: expected a group, found 5"));
+    EXPECT_THAT(ChangedPreset("\"width\": 640", "\"codec.options.analyze\": 5"),
+                ElementsAre("6:71 /small/$$STREAMS$$/video/codec.options.analyze setting: "
+                            "small.$$STREAMS$$.video.codec.options.analyze: expected a group, found 5"));
+    EXPECT_THAT(
+        FaultLines(R"({"p":{}})"),
+        ElementsAre(
+            "1:6 /p setting: p.container: expected the name of a container, as \"mp4\", found nothing",
+            "1:6 /p setting: p.$$STREAMS$$: expected a group of at least one stream, found nothing"));
+}
+
+TEST(ValidatingAPreset, AsksTheEncoderOfACodecWhereFFmpegsIsPreferred)
+{
+    EXPECT_THAT(
+        ChangedPreset("\"width\": 640",
+                      R"("preferred_encoder": "ENCODER_FFMPEG", "codec.options.encode": {"crff": 3})"),
+        ElementsAre("6:118 /small/$$STREAMS$$/video/codec.options.encode/crff encoder: "
+                    "small.$$STREAMS$$.video.codec.options.encode.crff: encoder libx264 does not have an "
+                    "option 'crff'"));
 }
 
 TEST(ValidatingAPreset, FindsKeysThatStandInItTwice)
@@ -101,6 +131,36 @@ TEST(ValidatingAPreset, FindsEveryValueThatIsNotOne)
                             "is not a 64-bit integer",
                             "6:72 /small/$$STREAMS$$/video/height form: small.$$STREAMS$$.video.height: a "
                             "rational with the denominator 0"));
+}
+
+TEST(ValidatingAPreset, SaysThatThereMayBeMoreWhereTooManyValuesAreNone)
+{
+    std::string values;
+    for (int i = 0; i < 110; ++i)
+    {
+        values += ",\"k" + std::to_string(i) + "\":0.5";
+    }
+    const DocumentFaults result =
+        ValidateDocument(With(kGoodPreset, "\"width\": 640", "\"width\": 640" + values));
+    EXPECT_EQ(result.faults.size(), 100U);
+    EXPECT_FALSE(result.isComplete);
+}
+
+TEST(ValidatingAPreset, TellsThatAnOptionIsNotTheEncoders)
+{
+    const DocumentFaults found =
+        ValidateDocument(With(kGoodPreset, "\"width\": 640", R"("codec.options.encode": {"crff": 3})"));
+    ASSERT_EQ(found.faults.size(), 1U);
+    EXPECT_EQ(found.faults.front().kind, DocumentFault::Encoder);
+    EXPECT_EQ(found.faults.front().pointer, "/small/$$STREAMS$$/video/codec.options.encode/crff");
+    EXPECT_EQ(found.faults.front().reason, "encoder libx264 does not have an option 'crff'");
+}
+
+TEST(ValidatingAPreset, MayBeCalledLikeAListOfAJob)
+{
+    const DocumentFaults found = ValidateDocument(With(kGoodPreset, "small", "vertices"));
+    EXPECT_EQ(found.kind, DocumentFaults::Preset);
+    EXPECT_THAT(found.faults, IsEmpty());
 }
 
 TEST(ValidatingAPreset, PassesOverTheNameOfItsSchemaAsItsReaderDoes)
