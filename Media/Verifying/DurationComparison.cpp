@@ -39,10 +39,10 @@ std::int64_t ToleranceOf(const ExpectedStream& wanted, const MediaStream& source
                : made + FrameLength(source.descriptor->GetProperty()) + kRounding;
 }
 
-/// A copy begins at the key frame before its part, which may be as early as its source.
-StreamScan WithoutLead(StreamScan found, std::int64_t wanted, std::int64_t start)
+/// \param longest  what there may be before the part
+StreamScan WithoutLead(StreamScan found, std::int64_t wanted, std::int64_t longest)
 {
-    const std::int64_t lead = std::clamp<std::int64_t>(*found.Length() - wanted, 0, start);
+    const std::int64_t lead = std::clamp<std::int64_t>(*found.Length() - wanted, 0, longest);
     found.end = *found.end - lead;
     return found;
 }
@@ -64,6 +64,11 @@ std::optional<std::int64_t> DurationComparison::DeclaredLength(const ExpectedStr
     return m_file.span.DurationOf(longest);
 }
 
+std::int64_t DurationComparison::LongestLead(const ExpectedStream& wanted) const
+{
+    return wanted.isCopied ? m_file.span.start : 0;
+}
+
 std::vector<TargetDifference> DurationComparison::Compare(const ExpectedStream& wanted,
                                                           const MediaStream& stream, const StreamScan& found)
 {
@@ -75,10 +80,6 @@ std::vector<TargetDifference> DurationComparison::Compare(const ExpectedStream& 
     }
     const std::int64_t tolerance = ToleranceOf(wanted, source, found);
     const std::optional<std::int64_t> declared = DeclaredLength(wanted);
-    if (wanted.isCopied && m_file.span.start > 0 && declared)
-    {
-        return CompareLengths(wanted, WithoutLead(found, *declared, m_file.span.start), declared, tolerance);
-    }
     return CompareLengths(wanted, found, declared, tolerance);
 }
 
@@ -87,17 +88,19 @@ std::vector<TargetDifference> DurationComparison::CompareLengths(const ExpectedS
                                                                  std::optional<std::int64_t> declared,
                                                                  std::int64_t tolerance)
 {
-    const bool isEstimated = m_file.sources[wanted.source].durationIsEstimated;
-    if (declared && !isEstimated &&
-        (std::abs(*declared - *found.end) <= tolerance || std::abs(*declared - *found.Length()) <= tolerance))
+    if (declared && !m_file.sources[wanted.source].durationIsEstimated)
     {
-        return {};
+        const StreamScan part = WithoutLead(found, *declared, LongestLead(wanted));
+        if (std::abs(*declared - *part.end) <= tolerance || std::abs(*declared - *part.Length()) <= tolerance)
+        {
+            return {};
+        }
     }
     return CompareMeasured(wanted, found, tolerance);
 }
 
 std::vector<TargetDifference> DurationComparison::CompareMeasured(const ExpectedStream& wanted,
-                                                                  const StreamScan& found,
+                                                                  const StreamScan& whole,
                                                                   std::int64_t tolerance)
 {
     const MediaScan& scan = Measured(wanted.source);
@@ -113,6 +116,7 @@ std::vector<TargetDifference> DurationComparison::CompareMeasured(const Expected
             tolerance = std::max(tolerance, tolerance + scan.streams[index].frameLength);
         }
     }
+    const StreamScan found = WithoutLead(whole, length, LongestLead(wanted));
     std::vector<TargetDifference> differences;
     const auto isNear = [tolerance](std::int64_t one, std::int64_t other) {
         return std::abs(one - other) <= tolerance;

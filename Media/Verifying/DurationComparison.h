@@ -31,10 +31,12 @@ public:
 private:
     /// Of the part of the source that is converted.
     std::optional<std::int64_t> DeclaredLength(const ExpectedStream& wanted) const;
+    /// A copy begins at the key frame before its part, which may be as early as its source.
+    std::int64_t LongestLead(const ExpectedStream& wanted) const;
     std::vector<TargetDifference> CompareLengths(const ExpectedStream& wanted, const StreamScan& found,
                                                  std::optional<std::int64_t> declared,
                                                  std::int64_t tolerance);
-    std::vector<TargetDifference> CompareMeasured(const ExpectedStream& wanted, const StreamScan& found,
+    std::vector<TargetDifference> CompareMeasured(const ExpectedStream& wanted, const StreamScan& whole,
                                                   std::int64_t tolerance);
     const MediaScan& Measured(std::size_t source);
     /// Nothing when it is whole, or does not say how long it is.

@@ -60,6 +60,11 @@ TEST(BitrateComparison, X264FillsUpAConstantBitrateWhereItIsTold)
     EXPECT_THAT(of("x264-params", "nal-hrd=vbr", 1000), IsEmpty());
     EXPECT_THAT(of("nal-hrd", "cbr", 1000, "2000000"), IsEmpty());
     EXPECT_THAT(of("preset", "fast", 1000), IsEmpty());
+    const std::pair<std::string, std::string> hrd("nal-hrd", "cbr");
+    const std::pair<std::string, std::string> peak("maxrate", "1000000");
+    const std::pair<std::string, std::string> buffer("bufsize", "1000000");
+    EXPECT_THAT(Compare({{"c", "libx264"}, peak, buffer, hrd}, 1000), IsEmpty());
+    EXPECT_THAT(Compare({{"c", "h264_nvenc"}, {"b", "1000000"}, peak, buffer, hrd}, 1000), IsEmpty());
 }
 
 TEST(BitrateComparison, AnAverageIsReachedOnlyAfterAWhile)

@@ -193,4 +193,54 @@ TEST(DurationComparison, WhatIsCancelledFindsNoCut)
     EXPECT_FALSE(isCutFound(true));
 }
 
+TEST(DurationComparison, APauseAtTheBeginningMayStayOrGo)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "in.mkv").string();
+    MakeClip({"-itsoffset", "1", "-f", "lavfi", "-i", "testsrc=s=64x48:r=25:d=2", "-f", "lavfi", "-i",
+              "sine=d=3", "-c:v", "mpeg4", "-c:a", "flac", name});
+    MediaFile source = ProbeMedia(name);
+    source.durationIsEstimated = true;
+    // A video that is not in the file any more.
+    source.streams.push_back(source.streams.front());
+    ExpectedFile wanted = ExpectingFile(source, "mp4");
+    wanted.streams.front().streams = {0, 2};
+    const auto compare = [&](std::int64_t begin, std::int64_t end) {
+        const std::function<bool()> never;
+        StreamScan scan = GoodScan();
+        scan.begin = begin;
+        scan.end = end;
+        return Told(
+            DurationComparison(wanted, never).Compare(wanted.streams.front(), source.streams.front(), scan));
+    };
+    EXPECT_THAT(compare(1000000, 3000000), IsEmpty());
+    EXPECT_THAT(compare(0, 2000000), IsEmpty());
+    EXPECT_THAT(compare(1000000, 4000000), IsEmpty());
+    EXPECT_THAT(compare(1000000, 2000000), IsEmpty());
+    EXPECT_THAT(compare(0, 1000000), ElementsAre("duration: wanted 3.000 s, found 1.000 s"));
+}
+
+TEST(DurationComparison, OfACopyOfAPartMayBeginEarlierWhateverTheSourceSays)
+{
+    const TemporaryFolder folder;
+    const std::string name = (folder / "in.mkv").string();
+    MakeClip({"-f", "lavfi", "-i", "testsrc=s=64x48:r=25:d=2", "-c:v", "mpeg4", name});
+    MediaFile source = ProbeMedia(name);
+    source.duration.reset();
+    ExpectedFile wanted = ExpectingFile(source, "mp4");
+    wanted.span = {500000, std::nullopt};
+    wanted.streams.front().isCopied = true;
+    const auto compare = [&](std::int64_t end) {
+        const std::function<bool()> never;
+        StreamScan scan = GoodScan();
+        scan.end = end;
+        return Told(
+            DurationComparison(wanted, never).Compare(wanted.streams.front(), source.streams.front(), scan));
+    };
+    EXPECT_THAT(compare(1500000), IsEmpty());
+    EXPECT_THAT(compare(2000000), IsEmpty());
+    EXPECT_THAT(compare(2300000), ElementsAre("duration: wanted 1.500 s, found 1.800 s"));
+    EXPECT_THAT(compare(1000000), ElementsAre("duration: wanted 1.500 s, found 1.000 s"));
+}
+
 } // namespace

@@ -209,4 +209,12 @@ TEST(PictureComparison, PngDoesNotTellItsRange)
     EXPECT_THAT(Compare({{JobKeys::kColorRange, "tv"}}, found, MakeVideoStream(), "matroska"), IsEmpty());
 }
 
+TEST(PictureComparison, AFileThatDoesNotTellItsFieldsMayHaveKeptThem)
+{
+    MediaStream found = MakeVideoStream();
+    found.fieldOrder = "";
+    EXPECT_THAT(Compare({{JobKeys::kDeinterlace, JobKeys::kDeinterlaceKeep}}, found, InterlacedVideo("tt")),
+                IsEmpty());
+}
+
 } // namespace
