@@ -33,7 +33,7 @@ std::vector<std::string> BestOf(Ranked ranked)
     std::vector<std::string> best;
     for (const auto& [rank, name] : ranked)
     {
-        if (best.size() < kMost && std::find(best.begin(), best.end(), name) == best.end())
+        if (best.size() < kMost)
         {
             best.push_back(name);
         }

@@ -104,11 +104,10 @@ bool OutputTrial::HoldsTitlesOf(const std::vector<MediaChapter>& chapters)
     FileContents wanted;
     wanted.chapters = chapters;
     const auto found = Ask(wanted);
-    return !found || (found->chapters.size() == chapters.size() &&
-                      std::equal(chapters.begin(), chapters.end(), found->chapters.begin(),
-                                 [](const MediaChapter& one, const MediaChapter& other) {
-                                     return one.title == other.title;
-                                 }));
+    return found && std::equal(chapters.begin(), chapters.end(), found->chapters.begin(),
+                               found->chapters.end(), [](const MediaChapter& one, const MediaChapter& other) {
+                                   return one.title == other.title;
+                               });
 }
 
 bool OutputTrial::HoldsLanguage(std::size_t stream, const std::string& language)

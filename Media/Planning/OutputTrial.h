@@ -29,6 +29,7 @@ public:
     std::optional<std::size_t> PositionOf(std::size_t stream) const;
 
     bool HoldsChapters(const std::vector<MediaChapter>& chapters);
+    /// \param chapters  those that it holds
     bool HoldsTitlesOf(const std::vector<MediaChapter>& chapters);
     /// MPEG-TS has none for a video. Streams that are not asked get the answer that any of the others gets.
     bool HoldsLanguage(std::size_t stream, const std::string& language);

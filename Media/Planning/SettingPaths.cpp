@@ -51,7 +51,7 @@ Names VideoConstants(std::string_view prefix)
 {
     Names values;
     const auto add = [&](std::string_view name, const std::string& value) {
-        if (name.substr(0, prefix.size()) == prefix && !Has(values, value))
+        if (name.substr(0, prefix.size()) == prefix)
         {
             values.push_back(value);
         }

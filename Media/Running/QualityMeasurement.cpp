@@ -47,9 +47,10 @@ void AddInput(const std::string& name, const std::string& demuxer, std::vector<s
     words.insert(words.end(), {"-i", FFmpegFileName(name)});
 }
 
-std::string Joined(const std::string& one, const std::string& other)
+/// \param before  may be empty
+std::string Joined(const std::string& before, const std::string& filter)
 {
-    return one + (one.empty() || other.empty() ? "" : ",") + other;
+    return before + (before.empty() ? "" : ",") + filter;
 }
 
 /// The frames of both are paired by their numbers: containers round times.
