@@ -291,6 +291,18 @@ TEST_F(PlanningBatch, UsesTheExtensionOfTheContainerThatIsAskedFor)
     EXPECT_THAT(Outputs(PlanBatch(request).batch), ElementsAre("a.mkv"));
 }
 
+TEST_F(PlanningBatch, RefusesAContainerThatIsANumber)
+{
+    MakeInputs({"a.wav"});
+    BatchRequest request = Request();
+    SettingOverride setting;
+    setting.path = "container";
+    setting.value = Zelnor::Core::Property("container", 5LL);
+    request.job.settings = {setting};
+    ExpectRefused(request,
+                  "No job can be planned: container: expected the name of a container, as \"mp4\", found 5");
+}
+
 TEST_F(PlanningBatch, UsesTheExtensionOfThePresetWhereAnotherSettingIsAskedFor)
 {
     MakeInputs({"a.wav"});

@@ -498,4 +498,34 @@ TEST_F(RunningBatch, KeepsItsPlaceWhenTheWholeTreeIsMoved)
     EXPECT_TRUE(Exists("moved/out/c.wav"));
 }
 
+TEST_F(RunningBatch, DoesNotTakeTheFileThatWasToBeReplacedForTheNewOneWhenItChangesLater)
+{
+    fs::create_directory(Name("out"));
+    WriteFile(Name("out/b.wav"), "old");
+    BatchRunOptions options = With("kill -9 $PPID; exec sleep 60");
+    options.job.overwrite = true;
+    options.choice = {};
+    RunForked([&] {
+        RunBatchJob(Name("b"), 2, options);
+        return 0;
+    });
+    WriteFile(Name("out/b.wav"), SilentWav());
+    BatchRunOptions again = With(kCopy);
+    again.job.overwrite = true;
+    EXPECT_THAT(States(Run(again)), ElementsAre("done", "done", "done"));
+    EXPECT_EQ(RunCount(), 2U) << "what stands in the place is taken";
+}
+
+TEST_F(RunningBatch, CountsAJobThatIsBeingVerifiedAsAWholeOne)
+{
+    BatchRunOptions options = With(kCopy);
+    options.job.verification = VerificationDepth::Full;
+    bool isTold = false;
+    options.onProgress = [&isTold](const BatchProgress& progress) {
+        isTold = isTold || progress.mediaDone > static_cast<std::int64_t>(progress.done) * 200000;
+    };
+    EXPECT_THAT(States(Run(options)), ElementsAre("done", "done", "done"));
+    EXPECT_TRUE(isTold);
+}
+
 } // namespace

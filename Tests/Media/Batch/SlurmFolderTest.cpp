@@ -93,7 +93,7 @@ TEST_F(KeptArrays, WithNamesThatNoRunHasMadeAreRefused)
 {
     const std::string expected = "films/slurm/arrays.json: arrays.000001.name: expected a name "
                                  "that a run has made, found ";
-    for (const std::string name : {"", "x", "-u", "zelnor-1,2", "zelnor-1 2", "zelnor-A"})
+    for (const std::string name : {"", "x", "-u", "zelnor-1,2", "zelnor-1 2", "zelnor-A", "zelnor-~"})
     {
         EXPECT_EQ(FaultOf(R"({"name":")" + name + R"(","id":1,"offset":0,"indices":"1"})"),
                   expected + "'" + name + "'");

@@ -1,4 +1,6 @@
 #include "Media/Batch/SlurmPrograms.h"
+#include "Media/Batch/SlurmFolder.h"
+#include "Media/Batch/SlurmRun.h"
 
 #include "Media/MediaException.h"
 #include "Media/Running/Subprocess.h"
@@ -237,6 +239,7 @@ TEST_F(SlurmPrograms, TellTasksInTheOrderOfTheirIndicesAndTheQueueBeforeTheAccou
 TEST_F(SlurmPrograms, WithoutAccountsTellWhatTheQueueKnows)
 {
     Script("squeue", "echo '31|1|films|RUNNING|0|node1|None|'");
+    EXPECT_EQ(AskTasks({31}).size(), 1U) << "there is no such program";
     Script("sacct", "echo 'Slurm accounting storage is disabled' >&2; exit 1");
     EXPECT_EQ(AskTasks({31}).size(), 1U);
 }
@@ -251,6 +254,20 @@ TEST_F(SlurmPrograms, CancelThousandsOfTasksWithCommandsOfAThousand)
     }
     CancelTasks(tasks);
     EXPECT_EQ(Read("given"), "1001 --quiet 31_1\n1001 --quiet 31_1001\n2 --quiet 31_2001\n");
+}
+
+TEST_F(SlurmPrograms, CancelOfABatchOnlyWhatHasNotEnded)
+{
+    Batch batch;
+    batch.folder = "films";
+    batch.base = std::filesystem::path(File("")).parent_path().string();
+    batch.jobs.resize(4);
+    SlurmFolder(batch).Write({{"zelnor-1", 31, 0, {{1, 3}}}});
+    Script("squeue", "echo '31|1|zelnor-1|RUNNING|0|node1|None|'; echo '31|2|zelnor-1|PENDING|0||Priority|'");
+    Script("sacct", "echo '31_3|zelnor-1|COMPLETED|node1|None'");
+    Script("scancel", "echo \"$*\" >> '" + File("given") + "'");
+    CancelSlurm(batch);
+    EXPECT_EQ(Read("given"), "--quiet 31_1 31_2\n");
 }
 
 TEST_F(SlurmPrograms, CancelNothingWhenThereIsNoTask)

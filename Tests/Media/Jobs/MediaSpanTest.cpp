@@ -34,6 +34,13 @@ Reading ReadFrom(const std::string& members)
     return {span, Sentences(faults.Get())};
 }
 
+TEST(MediaSpan, IsAPartWhereItEndsOrBeginsElsewhere)
+{
+    EXPECT_TRUE((MediaSpan{0, std::nullopt}.IsWhole()));
+    EXPECT_FALSE((MediaSpan{0, 5}.IsWhole()));
+    EXPECT_FALSE((MediaSpan{5, std::nullopt}.IsWhole()));
+}
+
 TEST(MediaSpan, IsTheWholeSourceUnlessARecordSaysOtherwise)
 {
     const Reading none = ReadFrom("");

@@ -227,6 +227,25 @@ TEST(BatchPage, ShowsWhatSlurmKnows)
                 Not(HasSubstr("Slurm</th>")));
 }
 
+TEST(BatchPage, KeepsNotesOfWhatWasMadeWithoutAMessage)
+{
+    BatchResult noted = Done();
+    noted.notes = {"the frame rate could not be verified"};
+    const std::string html =
+        MakeBatchPage(MakeBatch(2), StatusOf({{BatchJobState::Done, Done()}, {BatchJobState::Done, noted}}));
+    EXPECT_EQ(DetailsOf(html, 1), "");
+    EXPECT_THAT(DetailsOf(html, 2),
+                HasSubstr("<li class=\"value\">the frame rate could not be verified</li>"));
+}
+
+TEST(BatchPage, GivesNoReasonWhyAJobRuns)
+{
+    Batch batch = MakeBatch(1);
+    batch.jobs[0].notes = {"the output is there"};
+    EXPECT_THAT(DetailsOf(MakeBatchPage(batch, StatusOf({{BatchJobState::Running}})), 1),
+                testing::AllOf(HasSubstr("the output is there"), Not(HasSubstr("reason"))));
+}
+
 TEST(BatchPage, ShowsATaskInDetailsUnlessItsJobIsDone)
 {
     SlurmTask task;

@@ -186,6 +186,18 @@ TEST(JobPage, ShowsTheSourceBesideTheTarget)
     EXPECT_EQ(html, MakeJobPage(*job, {"job.json", true}));
 }
 
+TEST(JobPage, ShowsThatAStreamIsCopied)
+{
+    const TemporaryFolder folder;
+    const std::string source = (folder / "in.wav").string();
+    WriteFile(source, SilentWav());
+    std::string json = JsonOf(*WavJob(source, {(folder / "out.wav").string()}));
+    json.replace(json.find("\"codec_id\""), 0, "\"lossless\":1,");
+    const std::string html = MakeJobPage(*Loaded(json), {"job.json", true});
+    ExpectGoodPage(html);
+    EXPECT_THAT(html, HasSubstr("audio stream 0 of " + source + ", copied"));
+}
+
 TEST(JobPage, ListsWhatWouldBeLost)
 {
     const TemporaryFolder folder;

@@ -55,6 +55,12 @@ TEST(RecordComparison, ComparesGroupsKeyByKey)
                "artist | &quot;A&quot; | \xE2\x80\x93 | not in the job"}));
 }
 
+TEST(RecordComparison, OfAGroupWithANumberIsOfTheWholeGroup)
+{
+    EXPECT_EQ(Rows(R"({"s":{"options":5}})", R"({"t":{"options":{"crf":23}}})"),
+              (Texts{"options | 5 | group of 1 | changed"}));
+}
+
 TEST(RecordComparison, ComparesEqualNamesInTheirOrder)
 {
     EXPECT_EQ(Rows(R"({"s":[{"a":1},{"a":2}]})", R"({"t":[{"a":1},{"a":3},{"a":4}]})"),

@@ -39,6 +39,15 @@ TEST(RecordTree, ShowsTheValueOfARecordThatIsNotAGroup)
     EXPECT_EQ(RecordTreeHtml(Core::Property("r")), "<p class=\"value\">empty group</p>\n");
 }
 
+TEST(RecordTree, TellsARecordFromNone)
+{
+    EXPECT_TRUE(IsNoRecord(RecordOf(R"({"data":{}})")));
+    EXPECT_TRUE(IsNoRecord(RecordOf(R"({"r":null})")));
+    EXPECT_FALSE(IsNoRecord(RecordOf(R"({"r":{}})")));
+    EXPECT_FALSE(IsNoRecord(RecordOf(R"({"data":{"a":1}})")));
+    EXPECT_FALSE(IsNoRecord(RecordOf(R"({"data":5})")));
+}
+
 TEST(RecordTree, ShowsHostileNamesAndValuesAsTexts)
 {
     const std::string html = RecordTreeHtml(RecordOf(R"({"r":{"</ul><b>":"\"><script>\u202e"}})"));

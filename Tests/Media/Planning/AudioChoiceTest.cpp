@@ -159,4 +159,17 @@ TEST_F(AudioChoice, PlansAPartOfTheSource)
               "in.mkv: start: lies behind the end of the file");
 }
 
+TEST_F(AudioChoice, DoesNotTakeANumberForALanguage)
+{
+    Core::Property metadata = m_source.streams[1].descriptor->GetMetadata();
+    metadata.SetChildT("language", 7LL);
+    m_source.streams[1].descriptor->SetMetadata(metadata);
+    m_request.streams.audioLanguages = {"deu"};
+    EXPECT_THAT(Sources(), ElementsAre(0, 3));
+    m_request.streams.audioLanguages = {"eng"};
+    EXPECT_EQ(ExpectThrow<PlanException>([this] { Plan(); }).description,
+              "in.mkv: there is no audio in 'eng'; the file has one that is not known, ger, deu, one that is "
+              "not known");
+}
+
 } // namespace

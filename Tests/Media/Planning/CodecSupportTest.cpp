@@ -94,4 +94,9 @@ TEST(VideoBitrateCurve, IsKnownOfTheCodecsThatHaveOne)
     EXPECT_FALSE(Conf::HasVideoBitrateCurve(""));
 }
 
+TEST(CodecSupport, IsNotKnownWhereTheMuxerDoesNotSay)
+{
+    EXPECT_EQ(ExplainCodecSupport("srt", "CODEC_ID_H264").isHeld, CodecSupport::Unknown);
+}
+
 } // namespace

@@ -88,4 +88,10 @@ TEST(Containers, KeepTextTextAndBitmapsBitmaps)
     EXPECT_THAT(SubtitleCodecsFor("mp3", "CODEC_ID_SUBRIP", false), IsEmpty());
 }
 
+TEST(Containers, ThatFFmpegDoesNotKnowCannotStartFast)
+{
+    EXPECT_TRUE(CanStartFast("mp4"));
+    EXPECT_FALSE(CanStartFast("no such"));
+}
+
 } // namespace

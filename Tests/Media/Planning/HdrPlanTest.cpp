@@ -108,4 +108,26 @@ TEST_F(HdrPlan, NamesWhatAJobDoesNotTellTheEncoder)
               "its mastering display is left out; encoder libx265 is not told it");
 }
 
+/// What x265 is told of a source made by hand.
+std::string ParametersFor(const VideoHdr& hdr, const std::string& settings)
+{
+    MediaStream source = MakeVideoStream();
+    source.color.transfer = "smpte2084";
+    source.hdr = hdr;
+    Core::Property record = VideoRecord(settings);
+    PlanHdr(source, *avcodec_find_encoder_by_name("libx265"), record);
+    const auto options = record.FindChild("codec.options.encode");
+    return options == record.end() ? "" : (*options)["x265-params"].GetString();
+}
+
+TEST_F(HdrPlan, TellsOnlyWhatIsKnown)
+{
+    EXPECT_EQ(ParametersFor({kDisplay, "", "", true}, ""), std::string("master-display=") + kDisplay);
+    EXPECT_EQ(ParametersFor({"", "1000,400", "", true}, ""), "max-cll=1000,400");
+    EXPECT_EQ(
+        ParametersFor({"", "1000,400", "", true}, R"("codec.options.encode":{"x265-params":"bframes=0"})"),
+        "bframes=0:max-cll=1000,400");
+    EXPECT_EQ(ParametersFor({}, ""), "");
+}
+
 } // namespace

@@ -128,4 +128,65 @@ TEST(KeptRecords, KeepAPlaceWithOtherDigits)
     EXPECT_THAT(job.notes, IsEmpty());
 }
 
+TEST(KeptRecords, KeepAPlaceThatTheContainerRounds)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream()});
+    SetTag(*source.descriptor, "location", "+48.1+011.5/");
+    const PlannedJob job = PlanKept(source, "3gp", kMpeg4Preset);
+    EXPECT_EQ((*job.graph)[2]["metadata"]["location"].GetString(), "+48.1+011.5/");
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
+TEST(KeptRecords, HaveTheTagsOfTheFileBesideThoseOfItsStreams)
+{
+    const MediaFile source = WithTitledSound();
+    SetTag(*source.descriptor, "TITLE", "The film");
+    SetTag(*source.streams[1].descriptor, "artist", "Somebody");
+    const PlannedJob job = PlanKept(source, "matroska", kMpeg4AndMp2);
+    EXPECT_EQ((*job.graph)[2]["metadata"]["title"].GetString(), "The film");
+    EXPECT_EQ(job.graph->GetLink(4, 2)["metadata"]["title"].GetString(), "Commentary");
+    EXPECT_EQ(job.graph->GetLink(4, 2)["metadata"]["artist"].GetString(), "Somebody");
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
+TEST(KeptRecords, HaveTheTimecodeThatTheContainerKeepsForTheWholeFile)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream()});
+    source.timecode = "01:02:03:04";
+    const PlannedJob job = PlanKept(source, "mxf", R"({"video":{"codec_id":"CODEC_ID_MPEG2VIDEO"}})");
+    EXPECT_EQ(job.graph->GetLink(3, 2)["metadata"]["timecode"].GetString(), "01:02:03:04");
+}
+
+TEST(KeptRecords, DoNotGiveACoverThatIsConvertedATimecode)
+{
+    MediaFile source = MakeMediaFile({MakeAttachedPicture(), MakeVideoStream()});
+    source.timecode = "01:02:03:04";
+    JobRequest request;
+    request.output = "out";
+    request.streams.chosen = {0};
+    const PlannedJob job = PlanJob(source, MakePreset("mov", kMpeg4Preset), request);
+    EXPECT_FALSE(job.graph->GetLink(3, 2)["metadata"].ChildExists("timecode"));
+    EXPECT_FALSE((*job.graph)[2].ChildExists("attachments"));
+    EXPECT_THAT(
+        job.notes,
+        ElementsAre("in.mkv: video stream 1: (h264) is left out; the output file has 1 video stream"));
+}
+
+TEST(KeptRecords, LeaveOutATimecodeThatNoArgumentCanHold)
+{
+    MediaFile source = MakeMediaFile({MakeVideoStream()});
+    source.timecode = std::string("01:02\0", 6);
+    EXPECT_FALSE(
+        PlanKept(source, "mov", kMpeg4Preset).graph->GetLink(3, 2)["metadata"].ChildExists("timecode"));
+}
+
+TEST(KeptRecords, NameALanguageThatTheContainerCannotWrite)
+{
+    const MediaFile source = MakeMediaFile({MakeAudioStream()});
+    SetTag(*source.streams[0].descriptor, "language", "bavarian");
+    const PlannedJob job = PlanKept(source, "mov", R"({"audio":{"codec_id":"CODEC_ID_AAC"}})");
+    EXPECT_THAT(job.notes,
+                ElementsAre("in.mkv: audio stream 0: container mov cannot hold its language, bavarian"));
+}
+
 } // namespace

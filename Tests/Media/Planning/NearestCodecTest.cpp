@@ -199,4 +199,32 @@ TEST_F(NearestCodec, AsksTheEncoderThatIsNamed)
               "encoder 'ENCODER_NVENC_H264' for CODEC_ID_H264; it has 'libx264'");
 }
 
+TEST_F(NearestCodec, OfADisabledCodecWithAnEncoderThatIsNotThereNamesTheEncoder)
+{
+    EXPECT_EQ(ExpectThrow<PlanException>([&] {
+                  Make(MakeVideoStream(),
+                       R"({"video":{"codec_id":"CODEC_ID_H265","preferred_encoder":"ENCODER_NVENC_H265"}})");
+              }).description,
+              "in.mkv: video stream 0, p.$$STREAMS$$.video.preferred_encoder: the installed FFmpeg does not "
+              "have an encoder 'ENCODER_NVENC_H265' for CODEC_ID_H265; it has 'libx265'");
+}
+
+TEST_F(NearestCodec, OfACodecWithoutAnEncoderIsRefusedWithALayoutToo)
+{
+    EXPECT_EQ(
+        ExpectThrow<PlanException>([&] {
+            Make(MakeAudioStream(), R"({"audio":{"codec_id":"CODEC_ID_QDM2","layout":"5POINT1"}})", "mov");
+        }).description,
+        "in.mkv: audio stream 0, p.$$STREAMS$$.audio.codec_id: the installed FFmpeg does not have an encoder "
+        "for CODEC_ID_QDM2; for mov it can encode CODEC_ID_AAC, CODEC_ID_PCM_S16LE or CODEC_ID_PCM_S16BE");
+}
+
+TEST_F(NearestCodec, MeasuresASizeWithoutAnAspectByItsPixels)
+{
+    m_request.streams.maxSize = FrameLimit{640, 360};
+    const MediaStream source = MakeVideoStream(1280, 720);
+    SetValue(source, "aspect_x", 0LL);
+    EXPECT_EQ(SizeOf(source), "640x360 1:1");
+}
+
 } // namespace

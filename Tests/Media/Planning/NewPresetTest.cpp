@@ -255,4 +255,41 @@ TEST(NewPreset, NamesNoPixelFormatThatHasNoName)
     EXPECT_EQ(StreamOf(made, "video")["PIXELFORMAT"].GetString(), "YUV420P");
 }
 
+TEST(NewPreset, SaysNothingOfSubtitles)
+{
+    const NewPreset made =
+        MakePresetLike(InContainer({MakeVideoStream(), MakeSubtitleStream()}, "mp4"), "like");
+    EXPECT_THAT(made.notes, IsEmpty());
+    EXPECT_FALSE(made.record[Conf::IPreset::KEY_STREAMS].ChildExists("subtitle"));
+}
+
+TEST(NewPreset, OfAFileThatIsWrittenAsSeveralIsInAnotherContainer)
+{
+    const NewPreset made = MakePresetLike(InContainer({MakeVideoStream()}, "hls"), "like");
+    EXPECT_EQ(made.record["container"].GetString(), "matroska");
+    EXPECT_THAT(
+        made.notes,
+        ElementsAre("in.mkv: files like it (matroska,webm) cannot be written; the preset makes matroska"));
+}
+
+TEST(NewPreset, OfARotatedVideoWithoutAWidthHasItsHeight)
+{
+    MediaStream video = MakeVideoStream(1920, 1080);
+    video.rotation = 90;
+    RemoveValue(video, IFormatCodecVideo::TAG_WIDTH);
+    const NewPreset made = MakePresetLike(InContainer({video}, "mp4"), "like");
+    EXPECT_EQ(StreamOf(made, "video")["height"].GetInt64(), 1080);
+}
+
+TEST(NewPreset, OfARecordMadeByHandKeepsItsPixelFormat)
+{
+    const auto pixelsOf = [](const auto& pixels) {
+        Property record = MakePreset("mp4", R"({"video":{"codec_id":"CODEC_ID_H264"}})")->GetProperty();
+        record[Conf::IPreset::KEY_STREAMS]["video"].SetChildT(Conf::TAG_PIX_FMT, pixels);
+        return StreamOf(ChangePreset(record, "mine", {}), "video")[Conf::TAG_PIX_FMT].GetString();
+    };
+    EXPECT_EQ(pixelsOf(std::string("YUV420P")), "YUV420P");
+    EXPECT_EQ(pixelsOf(0LL), "YUV420P");
+}
+
 } // namespace

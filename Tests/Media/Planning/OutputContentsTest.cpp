@@ -1,6 +1,7 @@
 #include "Media/Planning/OutputContents.h"
 
 #include "Media/MediaException.h"
+#include "Media/Planning/CoverTag.h"
 #include "Media/Planning/JobPlan.h"
 #include "Tests/Support/Expect.h"
 #include "Tests/Support/JobFixtures.h"
@@ -275,6 +276,105 @@ TEST(OutputContents, EscapesTheTitlesOfChapters)
               ";FFMETADATA1\n"
               "[CHAPTER]\nTIMEBASE=1/1000000\nSTART=1\nEND=2\ntitle=a\\=b\\;c\\#d\\\\e\\\nf\n"
               "[CHAPTER]\nTIMEBASE=1/1000000\nSTART=3\nEND=4\n");
+}
+
+TEST(OutputContents, ListsACoverInJpeg)
+{
+    MediaStream cover = MakeAttachedPicture();
+    cover.codec = "mjpeg";
+    const PlannedJob job = Plan(MakeMediaFile({MakeAudioStream(), cover}), "mp4", kSound);
+    EXPECT_EQ((*job.graph)[2]["attachments"], RecordOf(R"({"attachments":{"":1}})"));
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
+TEST(OutputContents, TellsOtherProgramsTheTypeOfACover)
+{
+    MediaStream cover = MakeAttachedPicture();
+    cover.codec = "mjpeg";
+    // What stands in it: 3, the type and its length, no text, 500 x 500 of 12 bits, no palette, and the
+    // image.
+    EXPECT_EQ(CoverTagText(cover, "abc"), "AAAAAwAAAAppbWFnZS9qcGVnAAAAAAAAAfQAAAH0AAAADAAAAAAAAAADYWJj");
+}
+
+/// What an output file gets beside streams of its sources, each of them an input and an index, and what it
+/// loses.
+OutputContents ContentsOf(const std::vector<MediaFile>& sources, const std::string& container,
+                          const std::string& target,
+                          const std::vector<std::pair<std::size_t, unsigned int>>& streams)
+{
+    const Property record = RecordOf("{\"target\":{" + target + "}}");
+    const Property video =
+        VideoRecord(R"("codec_id":"CODEC_ID_MPEG4","metadata":{"timecode":"01:02:03:04"})");
+    const Property sound = AudioRecord(R"("codec_id":"CODEC_ID_MP2")");
+    const Property text = RecordOf(R"({"format_codec_subtitle":{"codec_id":"CODEC_ID_MOV_TEXT"}})");
+    OutputFile output = {{}, container, &record, {}};
+    for (const MediaFile& source : sources)
+    {
+        output.inputs.push_back(&source);
+    }
+    for (const auto& [input, index] : streams)
+    {
+        const StreamKind kind = sources[input].streams[index].kind;
+        output.streams.push_back({input,
+                                  index,
+                                  {},
+                                  kind == StreamKind::Video   ? &video
+                                  : kind == StreamKind::Audio ? &sound
+                                                              : &text,
+                                  false});
+    }
+    return PlanContents(output);
+}
+
+/// "0 1: reason" for what is lost of a stream, and "0: reason" for what is lost of a file.
+std::vector<std::string> LossesOf(const OutputContents& contents)
+{
+    std::vector<std::string> losses;
+    for (const Loss& loss : contents.losses)
+    {
+        losses.push_back(std::to_string(loss.input) +
+                         (loss.stream ? " " + std::to_string(*loss.stream) : "") + ": " + loss.reason);
+    }
+    return losses;
+}
+
+TEST(OutputContents, HaveTheTimecodeWhicheverStreamIsFirst)
+{
+    MediaFile source =
+        MakeMediaFile({MakeVideoStream(), MakeAudioStream(), MakeSubtitleStream("CODEC_ID_MOV_TEXT")});
+    source.timecode = "01:02:03:04";
+    EXPECT_THAT(LossesOf(ContentsOf({source}, "mov", "", {{0, 2}, {0, 1}, {0, 0}})), IsEmpty());
+    EXPECT_THAT(LossesOf(ContentsOf({source}, "avi", "", {{0, 1}, {0, 0}})),
+                ElementsAre("0 2: (mov_text) is left out; container avi cannot hold text subtitles",
+                            "0 0: container avi cannot hold its timecode, 01:02:03:04"));
+}
+
+TEST(OutputContents, GiveACoverThatIsConvertedNoTimecode)
+{
+    MediaFile source = MakeMediaFile({MakeAttachedPicture(), MakeAudioStream()});
+    source.timecode = "01:02:03:04";
+    EXPECT_THAT(LossesOf(ContentsOf({source}, "avi", "", {{0, 0}, {0, 1}})), IsEmpty());
+}
+
+TEST(OutputContents, CutTheTitlesOfChaptersThatOnlyTheJobHas)
+{
+    const std::string chapters =
+        R"("chapters":[{"":{"start":0,"end":10000000,"title":")" + std::string(70000, 'x') + R"("}}])";
+    EXPECT_THAT(LossesOf(ContentsOf({MakeMediaFile({MakeAudioStream()})}, "mp4", chapters, {{0, 0}})),
+                ElementsAre("0: container mp4 cannot hold the titles of chapters"));
+}
+
+TEST(OutputContents, ListAttachmentsOfTheFirstSourceAlone)
+{
+    const MediaFile source = MakeMediaFile({MakeAudioStream(), MakeAttachedPicture()});
+    const OutputContents contents =
+        ContentsOf({source, source}, "mp4", R"("attachments":[{"":1}])", {{0, 0}, {1, 0}});
+    ASSERT_EQ(contents.carried.size(), 1U);
+    EXPECT_EQ(contents.carried[0].input, 0U);
+    EXPECT_THAT(
+        LossesOf(contents),
+        ElementsAre(
+            "1 1: (cover, png) is left out; the job does not have it, or container mp4 cannot hold it"));
 }
 
 } // namespace

@@ -153,4 +153,11 @@ TEST(SampleLosses, OfSoundAreNotThoseOfUnknownSamples)
     EXPECT_THAT(SoundNotes("nosuchcodec", "s32", 0, "CODEC_ID_PCM_S16LE", ""), IsEmpty());
 }
 
+TEST(SampleLosses, OfAnEncoderThatDoesNotTellItsBitsAreThoseOfItsSamples)
+{
+    EXPECT_THAT(SoundNotes("flac", "s32", 24, "CODEC_ID_WAVPACK", "S32P"), IsEmpty());
+    EXPECT_THAT(SoundNotes("flac", "s32", 24, "CODEC_ID_TTA", "S16"),
+                ElementsAre("its 24 bits a sample become 16"));
+}
+
 } // namespace

@@ -83,4 +83,19 @@ TEST(StreamLimit, IsAskedByTheCheckOfAJob)
                 ElementsAre("node 2: the container mp3 cannot hold 2 audio streams"));
 }
 
+TEST(StreamLimit, LeavesTheVideoBesideTheSoundThatThereIsAPlaceFor)
+{
+    JobRequest request;
+    request.output = "out";
+    request.streams.allAudio = true;
+    const PlannedJob job = PlanJob(
+        MakeMediaFile({MakeAudioStream(), MakeAudioStream(), MakeVideoStream()}),
+        MakePreset("flv", R"({"video":{"codec_id":"CODEC_ID_H264"},"audio":{"codec_id":"CODEC_ID_MP3"}})"),
+        request);
+    EXPECT_THAT(LinksOf(*job.graph), SizeIs(4));
+    EXPECT_THAT(job.notes,
+                ElementsAre("'in.mkv': container flv cannot hold 2 audio streams, so only 1 will be taken",
+                            "in.mkv: audio stream 1: (aac) is left out; the output file has 1 audio stream"));
+}
+
 } // namespace

@@ -123,4 +123,33 @@ TEST(StreamsLeftOut, AreNamedBesideThoseThatSomebodyChose)
     EXPECT_THAT(PlanContents(output).losses, IsEmpty());
 }
 
+TEST(StreamsLeftOut, AreBitmapsWhereTheContainerHasNoPlaceForThem)
+{
+    const MediaFile source = MakeMediaFile({MakeAudioStream(), MakeBitmapSubtitle()});
+    EXPECT_THAT(
+        PlanFor(source, "mp3", kMp3).notes,
+        ElementsAre("in.mkv: subtitle stream 1: (dvd_subtitle) is left out; container mp3 cannot hold "
+                    "bitmap subtitles"));
+}
+
+TEST(StreamsLeftOut, AreNotAttachmentsThatNobodyChose)
+{
+    MediaStream font = MakeStream(StreamKind::Attachment, Conf::IFormatCodec::Create());
+    font.codec = "ttf";
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeAudioStream(), font});
+    const PlannedJob job = PlanFor(source, "matroska", kMp3, true, {1});
+    EXPECT_EQ((*job.graph)[1]["leftOut"], RecordOf(R"({"leftOut":{"":0}})"));
+    EXPECT_EQ((*job.graph)[2]["attachments"], RecordOf(R"({"attachments":{"":2}})"));
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
+TEST(StreamsLeftOut, AreNotCoversThatAreConvertedToVideo)
+{
+    const MediaFile source = MakeMediaFile({MakeAttachedPicture(), MakeAudioStream()});
+    const PlannedJob job =
+        PlanFor(source, "matroska", R"({"video":{"codec_id":"CODEC_ID_MPEG4"}})", true, {0});
+    EXPECT_FALSE((*job.graph)[2].ChildExists("attachments"));
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
 } // namespace

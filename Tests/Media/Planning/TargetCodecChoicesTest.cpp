@@ -68,6 +68,8 @@ TEST_F(TargetCodecChoices, PixelsWithoutANumberAreNamed)
     EXPECT_EQ(PixelsOf("gray10le", "matroska"), AV_PIX_FMT_GRAY16BE);
     Ask("CODEC_ID_GIF");
     EXPECT_NE(PixelsOf("gbrap12le", "gif"), AV_PIX_FMT_NONE);
+    Ask("CODEC_ID_MPEG4");
+    EXPECT_EQ(PixelsOf("gbrp12le", "avi"), AV_PIX_FMT_YUV420P);
 }
 
 TEST_F(TargetCodecChoices, ADvdKeepsItsFieldsAtTheSourcesRateAlone)
@@ -173,9 +175,12 @@ TEST_F(TargetCodecChoices, ThatFFmpegCannotMakeAreRefused)
               "in.mkv: codec_id: the installed FFmpeg does not have an encoder for CODEC_ID_QDM2; for "
               "matroska it can "
               "encode CODEC_ID_VORBIS, CODEC_ID_PCM_S16LE or CODEC_ID_PCM_S16BE");
-    MediaStream data = MakeStream(StreamKind::Data, Conf::IFormatCodec::Create());
-    EXPECT_EQ(ExpectThrow<PlanException>([&] { Make(data); }).description,
-              "in.mkv: streams of this kind cannot be converted");
+    for (const StreamKind kind : {StreamKind::Data, StreamKind::Attachment, StreamKind::Unknown})
+    {
+        const MediaStream stream = MakeStream(kind, Conf::IFormatCodec::Create());
+        EXPECT_EQ(ExpectThrow<PlanException>([&] { Make(stream); }).description,
+                  "in.mkv: streams of this kind cannot be converted");
+    }
 }
 
 TEST(DvdSettings, AreThoseOfAmericaUnlessTheSourceIsEuropean)

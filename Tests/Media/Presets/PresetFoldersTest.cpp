@@ -10,6 +10,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -38,6 +39,23 @@ TEST(PresetFolders, ListTheirPresetsByNameAndEachOnce)
     WriteFile(second / "flac.json", "");
     EXPECT_THAT(ListPresets({first.Path(), second.Path(), first / "gone"}), ElementsAre("flac", "mp3"));
     EXPECT_THAT(ListPresets({}), IsEmpty());
+}
+
+TEST(PresetFolders, AreOnesOfTheSystemOnceEachWhereThereIsNoHome)
+{
+    const TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "zelnor/presets");
+    const char* const home = std::getenv("HOME");
+    const std::string former = home == nullptr ? "" : home;
+    ::unsetenv("HOME");
+    ::unsetenv("XDG_DATA_HOME");
+    ::setenv("XDG_DATA_DIRS", (folder.Path().string() + ":" + folder.Path().string() + "/").c_str(), 1);
+    const std::vector<ioPath> folders = DefaultPresetFolders();
+    ::unsetenv("XDG_DATA_DIRS");
+    ::setenv("HOME", former.c_str(), 1);
+    EXPECT_EQ(std::count_if(folders.begin(), folders.end(),
+                            [&](const ioPath& each) { return each.native() == folder / "zelnor/presets"; }),
+              1);
 }
 
 TEST(PresetFolders, AreSearchedInTheirOrder)

@@ -41,6 +41,7 @@ TEST(PresetStore, SaysOfARecordThatIsNotAPresetWhatThereIs)
         described(R"(,"$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_H264","width":640,"bitrate":"high"},)"
                   R"("audio":5})"),
         "mp4; video H264");
+    EXPECT_EQ(described(R"(,"$$STREAMS$$":{"video":{"codec_id":"CODEC_ID_h~{}"}})"), "mp4; video H~{}");
 }
 
 TEST(PresetStore, ListsPresetsInTheOrderOfTheirNames)

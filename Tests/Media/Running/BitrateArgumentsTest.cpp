@@ -122,6 +122,9 @@ TEST(BitrateArguments, OfAVideoThatVariesFollowItsQuality)
     EXPECT_EQ(VideoBitrateOf("VBR", 31), std::to_string(Conf::NormBitrate(1000000, 31)));
     EXPECT_NE(VideoBitrateOf("VBR", 31), "1000000");
     EXPECT_EQ(VideoBitrateOf("VBR", -1), "1000000");
+    EXPECT_EQ(VideoBitrateOf("VBR", Conf::IFormatCodec::MAX_QUALITY),
+              std::to_string(Conf::NormBitrate(1000000, 32)));
+    EXPECT_EQ(VideoBitrateOf("VBR", Conf::IFormatCodec::MAX_QUALITY + 1), "1000000");
     EXPECT_EQ(VideoBitrateOf("CBR", 31), "1000000");
 }
 

@@ -95,4 +95,13 @@ TEST(CarriedContents, OfThePartThatIsConvertedAreItsChapters)
     EXPECT_EQ(ChaptersIn(9000000, std::nullopt), "");
 }
 
+TEST(CarriedContents, LeaveOutTagsThatNoArgumentCanHold)
+{
+    const MediaStream cover = MakeAttachedPicture();
+    SetTag(*cover.descriptor, "title", "Front");
+    SetTag(*cover.descriptor, "comment", std::string(70000, 'x'));
+    SetTag(*cover.descriptor, "artist", std::string("a\0b", 3));
+    EXPECT_THAT(CarriedTagsOf(cover, CarriedStream::Cover), ElementsAre("title=Front"));
+}
+
 } // namespace

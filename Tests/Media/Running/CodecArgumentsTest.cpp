@@ -72,4 +72,26 @@ TEST(CodecArguments, InterlacedFlagsJoinTheFlagsThatThereAre)
     EXPECT_EQ(flags(R"(,"codec.options.encode":{"flags":"-mv4"})"), "+ildct+ilme-mv4");
 }
 
+TEST(CodecArguments, FramesOfTheirOwnMakingAreLeftOutBesideTransparency)
+{
+    const auto value = [](const std::string& settings) {
+        FaultList faults;
+        const Transcode transcode =
+            MakeTranscode(MakeMediaFile({MakeVideoStream()}),
+                          VideoRecord(R"("codec_id":"CODEC_ID_VP8","bitrate":800000)" + settings), "webm");
+        std::string values;
+        const TranscodeCommand command = MakeTranscodeCommand(transcode, faults);
+        for (const auto& [name, text] : command.streams.at(0).options)
+        {
+            values += name == "auto-alt-ref" ? text + " " : "";
+        }
+        EXPECT_THAT(Sentences(faults.Get()), testing::IsEmpty());
+        return values;
+    };
+    EXPECT_EQ(value(""), "");
+    EXPECT_EQ(value(R"(,"pixelFormat":"yuva420p")"), "0 ");
+    // Somebody who asks for them gets what libvpx says to that.
+    EXPECT_EQ(value(R"(,"pixelFormat":"yuva420p","codec.options.encode":{"auto-alt-ref":1})"), "1 ");
+}
+
 } // namespace

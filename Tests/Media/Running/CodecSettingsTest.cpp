@@ -102,6 +102,8 @@ TEST(CodecSettings, OutOfRangeAreFaults)
                 ", frameRateRatio: expected a positive rational as 30000/1001, found -25/1");
     ExpectFault(R"("frameRateRatio":[4294967296,1])",
                 ", frameRateRatio: expected a positive rational as 30000/1001, found 4294967296/1");
+    ExpectFault(R"("frameRateRatio":[1,2147483648])",
+                ", frameRateRatio: expected a positive rational as 30000/1001, found 1/2147483648");
     ExpectFault(R"("PIXELFORMAT":1)", ", PIXELFORMAT: expected the number of a pixel format, found 1");
     // Cut to 32 bits it would be 0, that of YUV420P.
     ExpectFault(R"("PIXELFORMAT":4294967296)",
@@ -161,6 +163,15 @@ TEST(CodecSettings, OfAStreamThatIsCopiedCountOnlyWhereTheyAreUsed)
 TEST(CodecSettings, EveryReasonIsGiven)
 {
     EXPECT_EQ(FaultsIn(R"("odd":1,"bitrate":0,"profile":1)").size(), 3U);
+}
+
+TEST(CodecSettings, MetadataIsAGroup)
+{
+    FaultList faults;
+    const Core::Property record = VideoRecord(R"("metadata":5)");
+    EXPECT_EQ(CheckMetadata(record, LinkPlace(), faults).Count(), 0U);
+    EXPECT_EQ(Sentences(faults.Get()),
+              std::vector<std::string>{"link 3 -> 2, video stream 0, metadata: expected a group, found 5"});
 }
 
 } // namespace

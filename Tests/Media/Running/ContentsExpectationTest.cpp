@@ -130,4 +130,31 @@ TEST(ContentsExpectation, ATimecodeIsExpectedWhereItComesBackAsItIs)
     EXPECT_THAT(Expect("mov", command).streams[1].tags, IsEmpty());
 }
 
+TEST(ContentsExpectation, ATimecodeMayBeTheWholeFiles)
+{
+    EXPECT_EQ(Expect("matroska", WithTags({"timecode=01:02:03:04"})).timecode, "01:02:03:04");
+    EXPECT_EQ(Expect("mp3", WithTags({"timecode=01:02:03:04"}), "MP3", "PNG").timecode, "01:02:03:04");
+    EXPECT_EQ(Expect("mpegts", WithTags({"timecode=01:02:03:04"}), "MP2", "MPEG2VIDEO").timecode, "");
+}
+
+TEST(ContentsExpectation, ACoverIsExpectedWithItsImageWhereThatIsKnown)
+{
+    const auto expect = [](const std::string& picture) {
+        MediaStream cover = MakeAttachedPicture();
+        cover.picture = picture;
+        const Transcode transcode = MakeTranscode(MakeMediaFile({MakeAudioStream(), cover}),
+                                                  AudioRecord(R"("codec_id":"CODEC_ID_AAC")"), "mp4");
+        TranscodeCommand command;
+        command.streams.resize(1);
+        command.carried = {{0, 1, CarriedStream::Cover, {}}};
+        ExpectedFile expected;
+        expected.streams.resize(1);
+        ExpectContents(transcode, command, expected);
+        EXPECT_THAT(expected.covers.value(), ElementsAre("png"));
+        return expected.pictures;
+    };
+    EXPECT_THAT(expect("image"), ElementsAre("image"));
+    EXPECT_THAT(expect(""), IsEmpty());
+}
+
 } // namespace

@@ -155,6 +155,26 @@ TEST(FFmpegArguments, OfSubtitlesThatAreDrawn)
                      "-map", "[merged0]", "-c:0", "libx264", "-b:0", "1"}));
 }
 
+/// A subtitle of an unknown length ends with the next one, for which ffmpeg must read ahead.
+TEST(FFmpegArguments, AskForTheDurationsOfSubtitlesInTheirOwnInputAlone)
+{
+    Transcode transcode =
+        MakeTranscode(MakeMediaFile({MakeAudioStream()}, "one.mkv"),
+                      AudioRecord(R"("codec_id":"CODEC_ID_AAC","bitrate":96000)"), "matroska");
+    transcode.inputs.push_back(MakeMediaFile({MakeBitmapSubtitle("CODEC_ID_HDMV_PGS_SUBTITLE")}, "two.mkv"));
+    transcode.streams.push_back(transcode.streams.front());
+    transcode.streams.back().input = 1;
+    transcode.streams.back().codec =
+        RecordOf(R"({"format_codec_subtitle":{"codec_id":"CODEC_ID_DVD_SUBTITLE"}})");
+    const std::vector<std::string> words = ArgumentsOf(transcode).at(0);
+    const auto place = [&words](const std::string& word) {
+        return std::find(words.begin(), words.end(), word) - words.begin();
+    };
+    EXPECT_EQ(std::count(words.begin(), words.end(), "-fix_sub_duration:0"), 1);
+    EXPECT_LT(place("file:one.mkv"), place("-fix_sub_duration:0"));
+    EXPECT_LT(place("-fix_sub_duration:0"), place("file:two.mkv"));
+}
+
 TEST(FFmpegArguments, GiveTheDecoderItsOptionsAndImagesTheirNames)
 {
     MediaFile image = OneVideo();

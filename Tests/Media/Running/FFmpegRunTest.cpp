@@ -65,6 +65,15 @@ TEST(FFmpegRun, KeepsTheLastTenLines)
     EXPECT_EQ(result.exitCode, 0);
 }
 
+TEST(FFmpegRun, LeavesOutWhatX265TellsOfItself)
+{
+    EXPECT_THAT(
+        RunScript("echo 'x265 [info]: threads' >&2; echo 'encoded 5 frames in 1s, 9 kb/s, Avg QP:30' >&2; "
+                  "echo 'encoded something else' >&2; echo 'x265 [warning]: level' >&2")
+            .messages,
+        ElementsAre("encoded something else", "x265 [warning]: level"));
+}
+
 TEST(FFmpegRun, GivesTheExitCode)
 {
     EXPECT_EQ(RunScript("exit 7").exitCode, 7);

@@ -85,6 +85,23 @@ TEST(MergeFilters, DrawSubtitlesOverVideo)
     EXPECT_EQ(Sentences(faults.Get()), std::vector<std::string>{});
 }
 
+/// Where ffmpeg seeks, the frames of a part count their time from its beginning, and the texts do not.
+TEST(MergeFilters, DrawTheSubtitlesOfAPartInTime)
+{
+    const auto filters = [](const std::string& demuxer) {
+        FaultList faults;
+        Transcode transcode = MakeTranscode(MakeMediaFile({MakeVideoStream(), MakeSubtitleStream()}),
+                                            Sized(640, 360), "mp4", {1});
+        transcode.inputs.front().demuxer = demuxer;
+        transcode.span.start = 2000000;
+        return MergeFilters(transcode, transcode.streams.front(), transcode.streams.front().codec, faults);
+    };
+    EXPECT_EQ(filters("matroska,webm"),
+              "[0:0]setpts=PTS+2000000/1000000/TB,subtitles=filename=file\\\\:in.mkv:si=0,"
+              "setpts=PTS-2000000/1000000/TB");
+    EXPECT_EQ(filters("avi"), "[0:0]subtitles=filename=file\\\\:in.mkv:si=0");
+}
+
 TEST(MergeFilters, RefuseKindsThatDoNotFit)
 {
     FaultList faults;

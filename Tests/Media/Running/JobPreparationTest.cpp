@@ -241,4 +241,24 @@ TEST_F(PreparedJob, RefusesALossWhereItIsStrict)
     EXPECT_TRUE(RunJob(*job, options).IsDone());
 }
 
+TEST_F(PreparedJob, NamesTheSourceOfALossWhereItHasSeveral)
+{
+    MakeClip({"-i", Name("a.wav"), "-metadata", "my_own_key=x", "-f", "flac", Name("in.flac")});
+    const GraphPtr job = Loaded(
+        R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":")" +
+        Name("a.wav") + R"("}}}},{"id":2,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":")" +
+        Name("in.flac") +
+        R"("}}}},{"id":3,"data":{"data":{"streamRaw":{"id":0}}}},{"id":4,"data":{"data":{"streamRaw":{"id":0}}}},
+               {"id":5,"data":{"data":{"target":{"container":"mp4","filePath":")" +
+        Name("out.mp4") + R"("}}}}],
+               "edges":[{"from":1,"to":3},{"from":2,"to":4},
+               {"from":3,"to":5,"data":{"data":{"format_codec_audio":{"codec_id":"CODEC_ID_AAC"}}}},
+               {"from":4,"to":5,"data":{"data":{"format_codec_audio":{"codec_id":"CODEC_ID_AAC"}}}}]})");
+    RunOptions options;
+    options.ffmpeg = MakeScript(m_folder, "exit 1");
+    options.strict = true;
+    EXPECT_EQ(ExpectThrow<JobException>([&] { RunJob(*job, options); }).description,
+              "node 5: container mp4 cannot hold the tags 'my_own_key' (source '" + Name("in.flac") + "')");
+}
+
 } // namespace

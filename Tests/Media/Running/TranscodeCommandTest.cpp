@@ -178,4 +178,11 @@ TEST(TranscodeCommand, AContainerOfManyFilesIsAFault)
                 ElementsAre("node 2, container: the container 'hls' is not written as one file"));
 }
 
+TEST(TranscodeCommand, ACodecThatIsNotATextIsOneFault)
+{
+    EXPECT_EQ(
+        FaultsOf(MakeTranscode(MakeMediaFile({MakeAudioStream()}), AudioRecord(R"("codec_id":5)"), "mp4")),
+        std::vector<std::string>{"link 3 -> 2, audio stream 0, codec_id: expected a string, found 5"});
+}
+
 } // namespace
