@@ -105,10 +105,7 @@ private:
 
     static TagList& At(std::vector<TagList>& lists, std::size_t position)
     {
-        if (lists.size() <= position)
-        {
-            lists.resize(position + 1);
-        }
+        lists.resize(std::max(lists.size(), position + 1));
         return lists[position];
     }
 

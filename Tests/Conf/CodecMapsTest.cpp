@@ -161,6 +161,13 @@ TEST(CodecId, OfEveryEntryConvertsBothWays)
     }
 }
 
+TEST(CodecId, WithoutATextIsRefused)
+{
+    // Beyond all of FFmpeg's, and one of FFmpeg's that is in no table.
+    EXPECT_THROW(CodecIDToTextID(static_cast<AVCodecID>(0x3ffff)), FormatException);
+    EXPECT_THROW(CodecIDToTextID(AV_CODEC_ID_WRAPPED_AVFRAME), FormatException);
+}
+
 TEST(CodecId, NoneConvertsBothWays)
 {
     EXPECT_EQ(CodecIDToTextID(AV_CODEC_ID_NONE), "CODEC_ID_NONE");

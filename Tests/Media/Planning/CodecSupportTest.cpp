@@ -6,10 +6,13 @@
 #include "Media/Probe/FFmpegNames.h"
 
 #include "Conf/Interfaces/BitrateCalculator.h"
+#include "Conf/Interfaces/FormatLists.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -97,6 +100,27 @@ TEST(VideoBitrateCurve, IsKnownOfTheCodecsThatHaveOne)
 TEST(CodecSupport, IsNotKnownWhereTheMuxerDoesNotSay)
 {
     EXPECT_EQ(ExplainCodecSupport("srt", "CODEC_ID_H264").isHeld, CodecSupport::Unknown);
+}
+
+TEST(CodecSupport, OfAContainerThatFFmpegOnlyReadsSaysSo)
+{
+    const std::vector<std::string> containers = Conf::GetContainerList();
+    const auto readOnly =
+        std::find_if(containers.begin(), containers.end(),
+                     [](const std::string& container) { return FindMuxer(container) == nullptr; });
+    ASSERT_NE(readOnly, containers.end());
+    const CodecSupport support = ExplainCodecSupport(*readOnly, "CODEC_ID_H264");
+    EXPECT_EQ(support.muxer, "");
+    EXPECT_THAT(support.reasons,
+                ElementsAre("The installed FFmpeg cannot write the container '" + *readOnly + "'."));
+}
+
+TEST(CodecSupport, TellsWhatNeitherTheContainerHoldsNorFFmpegEncodes)
+{
+    const CodecSupport support = ExplainCodecSupport("webm", "CODEC_ID_QDM2");
+    EXPECT_EQ(support.isHeld, CodecSupport::No);
+    ASSERT_EQ(support.reasons.size(), 2U);
+    EXPECT_EQ(support.reasons[1], "The installed FFmpeg does not have an encoder for CODEC_ID_QDM2.");
 }
 
 } // namespace

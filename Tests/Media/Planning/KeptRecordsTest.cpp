@@ -189,4 +189,16 @@ TEST(KeptRecords, NameALanguageThatTheContainerCannotWrite)
                 ElementsAre("in.mkv: audio stream 0: container mov cannot hold its language, bavarian"));
 }
 
+TEST(KeptRecords, OfSubtitlesHaveTheirTitles)
+{
+    const MediaFile source = MakeMediaFile({MakeVideoStream(), MakeSubtitleStream()});
+    SetTag(*source.streams[1].descriptor, "title", "For the deaf");
+    JobRequest request;
+    request.output = "out";
+    request.streams.copied = {StreamKind::Subtitle};
+    const PlannedJob job = PlanJob(source, MakePreset("matroska", kMpeg4Preset), request);
+    EXPECT_EQ(job.graph->GetLink(4, 2)["metadata"]["title"].GetString(), "For the deaf");
+    EXPECT_THAT(job.notes, IsEmpty());
+}
+
 } // namespace

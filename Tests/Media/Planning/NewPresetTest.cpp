@@ -1,6 +1,9 @@
 #include "Media/Planning/NewPreset.h"
 
 #include "Media/MediaException.h"
+#include "Media/Planning/Containers.h"
+
+#include "Conf/Interfaces/FormatLists.h"
 
 #include "Tests/Support/Expect.h"
 #include "Tests/Support/MediaFixtures.h"
@@ -265,11 +268,26 @@ TEST(NewPreset, SaysNothingOfSubtitles)
 
 TEST(NewPreset, OfAFileThatIsWrittenAsSeveralIsInAnotherContainer)
 {
-    const NewPreset made = MakePresetLike(InContainer({MakeVideoStream()}, "hls"), "like");
+    const NewPreset made = MakePresetLike(InContainer({MakeVideoStream()}, "rtp"), "like");
     EXPECT_EQ(made.record["container"].GetString(), "matroska");
     EXPECT_THAT(
         made.notes,
         ElementsAre("in.mkv: files like it (matroska,webm) cannot be written; the preset makes matroska"));
+}
+
+TEST(NewPreset, OfAFileThatFFmpegOnlyReadsIsInAnotherContainer)
+{
+    std::size_t count = 0;
+    for (const std::string& container : Conf::GetContainerList())
+    {
+        if (FindMuxer(container) == nullptr)
+        {
+            const NewPreset made = MakePresetLike(InContainer({MakeVideoStream()}, container), "like");
+            EXPECT_EQ(made.record["container"].GetString(), "matroska") << container;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 0U);
 }
 
 TEST(NewPreset, OfARotatedVideoWithoutAWidthHasItsHeight)

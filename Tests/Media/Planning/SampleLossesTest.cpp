@@ -153,7 +153,7 @@ TEST(SampleLosses, OfSoundAreNotThoseOfUnknownSamples)
     EXPECT_THAT(SoundNotes("nosuchcodec", "s32", 0, "CODEC_ID_PCM_S16LE", ""), IsEmpty());
 }
 
-TEST(SampleLosses, OfAnEncoderThatDoesNotTellItsBitsAreThoseOfItsSamples)
+TEST(SampleLosses, AreNoneWhereWavPackKeepsTheBits)
 {
     EXPECT_THAT(SoundNotes("flac", "s32", 24, "CODEC_ID_WAVPACK", "S32P"), IsEmpty());
     EXPECT_THAT(SoundNotes("flac", "s32", 24, "CODEC_ID_TTA", "S16"),

@@ -44,11 +44,11 @@ TEST(TargetName, OfAFolderIsTheSourcesInIt)
 TEST(TargetName, IsKeptWhereItsExtensionFits)
 {
     const std::pair<std::string, std::string> kCases[] = {
-        {"out.mp4", "mp4"},      {"OUT.MP4", "mp4"},   {"out.m4v", "mp4"},      {"out.mkv", "matroska"},
-        {"out.mka", "matroska"}, {"out.mpg", "dvd"},   {"out.vob", "dvd"},      {"out.ts", "mpegts"},
-        {"out.jpg", "image2"},   {"out.tif", "tiff"},  {"out.wma", "asf"},      {"out.ogv", "ogg"},
-        {"out.mov", "mov"},      {"out.webm", "webm"}, {"out.png", "png"},      {"out.aif", "aiff"},
-        {"out.m2ts", "mpegts"},  {"out.qt", "mov"},    {"out.mks", "matroska"},
+        {"out.mp4", "mp4"},      {"OUT.MP4", "mp4"},     {"out.m4v", "mp4"},   {"out.mkv", "matroska"},
+        {"out.mka", "matroska"}, {"out.mpg", "dvd"},     {"out.vob", "dvd"},   {"out.ts", "mpegts"},
+        {"out.jpg", "image2"},   {"out.jpeg", "image2"}, {"out.tif", "tiff"},  {"out.wma", "asf"},
+        {"out.ogv", "ogg"},      {"out.mov", "mov"},     {"out.webm", "webm"}, {"out.png", "png"},
+        {"out.aif", "aiff"},     {"out.m2ts", "mpegts"}, {"out.qt", "mov"},    {"out.mks", "matroska"},
     };
     for (const auto& [name, container] : kCases)
     {

@@ -89,6 +89,14 @@ TEST(CodecSettings, OfAnotherKindAreFaults)
     ExpectFault(R"("keyOnly":"1")", ", keyOnly: expected an integer, found '1'");
 }
 
+TEST(CodecSettings, CountsMayBeLeftToTheEncoderAsNumbersAndAsTexts)
+{
+    EXPECT_TRUE(FaultsIn(R"("dpi":-1)").empty());
+    EXPECT_TRUE(FaultsIn(R"("dpi":"-1")").empty());
+    ExpectFault(R"("dpi":-2)", ", dpi: expected a number from -1 on, found -2");
+    ExpectFault(R"("dpi":"-2")", ", dpi: expected a number from -1 on, found '-2'");
+}
+
 TEST(CodecSettings, OutOfRangeAreFaults)
 {
     ExpectFault(R"("bitrate":0)", ", bitrate: expected an integer from 1 to 2147483647, found 0");

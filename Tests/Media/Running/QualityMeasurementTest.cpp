@@ -135,9 +135,18 @@ TEST_F(MeasuredVideo, IsComparedWithItsSourceUnderItsSubtitles)
 
 TEST_F(MeasuredVideo, IsLeftAloneWhenSomebodyCancelsIt)
 {
-    MakeTarget({});
+    MakeClip({"-i", Name("in.mkv"), "-map", "0:v", "-map", "0:v", "-c:v", "ffv1", Name("out.mkv")});
+    const std::string video = R"(,"data":{"data":{"format_codec_video":{"codec_id":"CODEC_ID_FFV1"}}}})";
+    const GraphPtr job = Loaded(
+        R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":")" +
+        Name("in.mkv") +
+        R"("}}}},{"id":2,"data":{"data":{"streamRaw":{"id":0}}}},{"id":3,"data":{"data":{"streamRaw":{"id":0}}}},
+        {"id":4,"data":{"data":{"target":{"container":"matroska","filePath":")" +
+        Name("out.mkv") + R"("}}}}],"edges":[{"from":1,"to":2},{"from":1,"to":3},{"from":2,"to":4)" + video +
+        R"(,{"from":3,"to":4)" + video + "]}");
     VerifyOptions options;
-    options.ffmpeg = MakeScript(m_folder, "touch '" + Name("begun") + "'; exec sleep 60");
+    options.quality = true;
+    options.ffmpeg = MakeScript(m_folder, "echo begun >> '" + Name("begun") + "'; exec sleep 60");
     const auto cancelling = std::async([&, token = options.cancel] {
         while (!std::filesystem::exists(Name("begun")))
         {
@@ -145,7 +154,18 @@ TEST_F(MeasuredVideo, IsLeftAloneWhenSomebodyCancelsIt)
         }
         token.Cancel();
     });
-    EXPECT_THAT(Verify(kFfv1, "", options), IsEmpty());
+    EXPECT_THAT(VerifyJob(*job, options), IsEmpty());
+    EXPECT_EQ(ReadFile(Name("begun")), "begun\n") << "the second one is not begun";
+}
+
+TEST_F(MeasuredVideo, MayBeMadeOfAnImage)
+{
+    MakeClip({"-i", Name("in.mkv"), "-frames:v", "1", Name("in.png")});
+    m_source = "in.png";
+    MakeTarget({});
+    const TargetVerification verification = Measure(kFfv1);
+    ASSERT_EQ(verification.quality.size(), 1U);
+    EXPECT_EQ(verification.quality[0].ssim, 1.0);
 }
 
 TEST_F(MeasuredVideo, IsNotMeasuredAfterItsVerificationWasCancelled)

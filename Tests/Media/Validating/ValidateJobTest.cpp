@@ -249,6 +249,7 @@ TEST(ValidatingAJob, FindsValuesByNamesThatAreEmptyOrLikeAPath)
     EXPECT_THAT(
         places(R"("a: b": 0.5, "a": {"b.c": 1.5}, "a.b": {"c": 2.5}, "[0]": 3.5)"),
         ElementsAre(target + "a: b 0.5", target + "a/b.c 1.5", target + "a.b/c 2.5", target + "[0] 3.5"));
+    EXPECT_THAT(places(R"("a": {"x": 1}, "a[0": 0.5)"), ElementsAre(target + "a[0 0.5"));
     EXPECT_THAT(places(R"("a": 0.5, "a": 1.5, "ab": 2.5)"),
                 ElementsAre(target + "a 0.5", target + "a 1.5", target + "ab 2.5"));
 }
