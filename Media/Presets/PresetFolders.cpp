@@ -144,9 +144,12 @@ std::vector<ioPath> DefaultPresetFolders()
         candidates.push_back(library / "../share/zelnor/Presets");
         // Libraries may stand in a folder for their architecture.
         candidates.push_back(library / "../../share/zelnor/Presets");
-        if (IsFile(library / "../CMakeCache.txt"))
+        for (const fs::path& build : {library / "..", library / "../.."})
         {
-            candidates.push_back(library / "../../../Presets");
+            if (IsFile(build / "CMakeCache.txt"))
+            {
+                candidates.push_back(build / "../../Presets");
+            }
         }
     }
     std::vector<ioPath> folders;

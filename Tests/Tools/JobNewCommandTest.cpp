@@ -302,6 +302,33 @@ TEST_F(JobNew, ShippedPresetsAreFoundWhereverTheProgramIsInstalled)
     EXPECT_EQ((*Load(result.output))[2].GetName(), "mp4-h264-aac");
 }
 
+TEST_F(JobNew, ShippedPresetsAreFoundInABuildWithAFolderForTheArchitecture)
+{
+    namespace fs = std::filesystem;
+    const fs::path libraries = Folder() / "build/release/lib/architecture";
+    fs::create_directories(libraries);
+    for (const fs::directory_entry& entry : fs::directory_iterator(ZELNOR_LIBRARY_FOLDER))
+    {
+        const std::string name = entry.path().filename().string();
+        if (name.rfind("libZelnorMedia.so.", 0) == 0 || name.rfind("libZelnorFFmpeg.so.", 0) == 0)
+        {
+            fs::copy_file(entry.path(), libraries / name);
+        }
+    }
+    fs::create_directories(Folder() / "build/release/bin");
+    fs::copy_file(ZCONF_PROGRAM, Folder() / "build/release/bin/zconf");
+    Write("build/release/CMakeCache.txt", "");
+    fs::copy(ZELNOR_SOURCE_DIR "/Presets", Folder() / "Presets");
+    Write("in.mp4", TinyClip());
+    ProcessOptions options;
+    options.environment = {"LD_LIBRARY_PATH=" + libraries.string() + ":" ZELNOR_LIBRARY_FOLDER};
+    options.folder = Folder().string();
+    const ProcessResult result = RunProcess(
+        {"build/release/bin/zconf", "job", "new", "-p", "mp4-h264-aac", "-i", "in.mp4", "-t", "o"}, options);
+    ExpectQuietSuccess(result);
+    EXPECT_EQ((*Load(result.output))[2].GetName(), "mp4-h264-aac");
+}
+
 TEST_F(JobNew, AnUnknownPresetIsToldWithTheNearestOnes)
 {
     const ProcessResult result = NewFrom("mp5");
