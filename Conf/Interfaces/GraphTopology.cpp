@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <numeric>
 #include <optional>
@@ -304,7 +305,7 @@ std::vector<NodeId> FindRepeated(const std::vector<NodeId>& ids)
     {
         return repeated;
     }
-    std::unordered_map<NodeId, std::size_t> counts;
+    std::map<NodeId, std::size_t> counts;
     std::copy_if(ids.begin(), ids.end(), std::back_inserter(repeated),
                  [&counts](NodeId id) { return ++counts[id] == 2; });
     return repeated;

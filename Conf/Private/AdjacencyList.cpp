@@ -88,7 +88,6 @@ void AdjacencyList::AddNode(NodeId id)
 void AdjacencyList::IndexAll()
 {
     Index index;
-    index.reserve(m_nodes.size());
     for (Slot slot = 0; slot < m_nodes.size(); ++slot)
     {
         if (!m_nodes[slot].IsRemoved())

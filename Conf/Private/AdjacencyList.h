@@ -9,8 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <map>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace Zelnor::Conf
@@ -97,8 +97,9 @@ private:
     static constexpr Slot kRemoved = kNone - 1;
     static constexpr std::size_t kFewRemoved = 16;
 
-    /// The first node of each identifier.
-    using Index = std::unordered_map<NodeId, Slot>;
+    /// The first node of each identifier. Not a hash table: a stranger may choose the identifiers so that all
+    /// have one bucket.
+    using Index = std::map<NodeId, Slot>;
 
     static unsigned long long Distance(NodeId from, NodeId to)
     {

@@ -16,8 +16,8 @@
 #include <limits>
 #include <new>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace Zelnor::Core
 {
@@ -244,14 +244,17 @@ bool HasDistinctNames(const Property& group)
     {
         return *isTold;
     }
-    // Up to this many children, comparing some is faster than a hash table for all.
+    // Up to this many children, comparing some is faster than sorting all.
     constexpr unsigned long kFewChildren = 64;
     if (group.Count() > kFewChildren)
     {
-        std::unordered_set<std::string_view> names;
+        // Not a hash table: a stranger may have chosen the names so that they all have one hash.
+        std::vector<std::string_view> names;
         names.reserve(group.Count());
-        return std::all_of(group.begin(), group.end(),
-                           [&names](const Property& child) { return names.insert(child.GetName()).second; });
+        std::transform(group.begin(), group.end(), std::back_inserter(names),
+                       [](const Property& child) { return std::string_view(child.GetName()); });
+        std::sort(names.begin(), names.end());
+        return std::adjacent_find(names.begin(), names.end()) == names.end();
     }
     // A name whose bit is not set has not occurred. The others are compared.
     std::bitset<1024> occurred;

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
-#include <unordered_set>
+#include <set>
 
 namespace Zelnor::Media
 {
@@ -176,7 +176,7 @@ private:
     std::string m_file;
     Batch m_batch;
     /// Their names: a document may hold as many presets as jobs.
-    std::unordered_set<std::string> m_presets;
+    std::set<std::string> m_presets;
 };
 
 } // namespace

@@ -6,8 +6,8 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <unordered_map>
-#include <unordered_set>
+#include <map>
+#include <set>
 
 namespace Zelnor::Media
 {
@@ -49,13 +49,13 @@ private:
 
 std::vector<std::string> CheckOutputs(const Batch& batch, const std::vector<std::string>& read)
 {
-    std::unordered_set<std::string> inputs;
+    std::set<std::string> inputs;
     for (const std::string& path : read)
     {
         inputs.insert(FileIdentity(path));
     }
     const OutputIdentities identities(batch.PathOf(batch.outputFolder));
-    std::unordered_map<std::string, unsigned int> makers;
+    std::map<std::string, unsigned int> makers;
     std::vector<std::string> existing;
     for (const BatchJob& job : batch.jobs)
     {

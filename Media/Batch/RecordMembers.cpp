@@ -15,7 +15,7 @@
 #include <rapidjson/stringbuffer.h>
 
 #include <algorithm>
-#include <unordered_set>
+#include <set>
 
 namespace Zelnor::Media
 {
@@ -43,7 +43,7 @@ RecordMembers::RecordMembers(const Property& record, const Place& place,
         RefuseMember(place, "expected a group, found " + ValueText(record));
     }
     const std::vector<std::string> names(known.begin(), known.end());
-    std::unordered_set<std::string> found;
+    std::set<std::string> found;
     for (const Property& member : record)
     {
         const std::string& name = member.GetName();

@@ -5,8 +5,8 @@
 #include "Media/Jobs/JobFault.h"
 
 #include <cstddef>
+#include <set>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace Zelnor::Media
@@ -28,8 +28,10 @@ public:
 
 private:
     std::vector<JobFault> m_faults;
-    std::unordered_set<std::string> m_known;
-    std::unordered_set<std::string> m_places;
+    // Like all that holds names of documents, not hash tables: a stranger may choose names that have one
+    // hash.
+    std::set<std::string> m_known;
+    std::set<std::string> m_places;
 };
 
 } // namespace Zelnor::Media

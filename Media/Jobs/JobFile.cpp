@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <set>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -110,7 +109,7 @@ std::string FindBadRecord(Core::JsonValue& document, const char* array)
 /// The link that names a node which is not there, or that repeats an earlier one.
 std::string FindBadLink(const Listed& job)
 {
-    const std::unordered_set<Conf::NodeId> nodes(job.nodes.begin(), job.nodes.end());
+    const std::set<Conf::NodeId> nodes(job.nodes.begin(), job.nodes.end());
     std::set<LinkIds> links;
     for (std::size_t i = 0; i < job.links.size(); ++i)
     {

@@ -10,9 +10,9 @@
 #include <cstdint>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <system_error>
-#include <unordered_set>
 #include <vector>
 
 namespace Zelnor::Media
@@ -391,7 +391,7 @@ CheckedOption CheckParameters(const ParametersRule& rule, const Property& value)
         return Expectation(std::string("parameters of ") + rule.library + " as a=1:b=2", value);
     }
     CheckedOption checked;
-    std::unordered_set<std::string> seen;
+    std::set<std::string> seen;
     for (const Parameter& parameter : SplitParameters(value.GetString()))
     {
         const std::string fault =

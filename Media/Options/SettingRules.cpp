@@ -20,8 +20,8 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <set>
 #include <string_view>
-#include <unordered_set>
 
 namespace Zelnor::Media
 {
@@ -348,7 +348,7 @@ std::string FindSettingFault(const Property& setting)
 std::vector<ChildFault> FindChildFaults(const Property& group)
 {
     std::vector<ChildFault> faults;
-    std::unordered_set<std::string> seen;
+    std::set<std::string> seen;
     const bool isMetadata = group.GetName() == IFormat::TAG_METADATA;
     for (const Property& child : group)
     {

@@ -9,7 +9,6 @@
 
 #include <map>
 #include <optional>
-#include <unordered_map>
 
 namespace Zelnor::Media
 {
@@ -213,7 +212,7 @@ private:
 
     const ITranscodingMetaGraph& m_job;
     JobItems m_items;
-    std::unordered_map<NodeId, std::size_t> m_nodes; ///< the first of each id
+    std::map<NodeId, std::size_t> m_nodes; ///< the first of each id
     std::map<Link, std::size_t> m_links;
 };
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <unordered_set>
 
 namespace Zelnor::Media
@@ -81,7 +82,7 @@ void CheckGeometry(const Property& codec, const Place& place, Property& good, Fa
 Property CheckSettings(const Property& codec, bool isCopied, const Place& place, FaultList& faults)
 {
     Property good(codec.GetName());
-    std::unordered_set<std::string> seen;
+    std::set<std::string> seen;
     for (const Property& setting : codec)
     {
         if (isCopied && !IsSettingForCopies(setting.GetName()))

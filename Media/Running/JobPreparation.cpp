@@ -23,9 +23,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <map>
+#include <set>
 #include <system_error>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 namespace Zelnor::Media
@@ -152,9 +152,9 @@ private:
     FaultList& m_faults;
     Place m_place;
     /// What the names of all sources mean.
-    std::unordered_set<std::string> m_sources;
+    std::set<std::string> m_sources;
     /// The nodes of the targets so far, by what their names mean.
-    std::unordered_map<std::string, Conf::NodeId> m_targets;
+    std::map<std::string, Conf::NodeId> m_targets;
 };
 
 /// Many containers hold one stream of sound, whose muxers refuse others only when they run.

@@ -19,7 +19,6 @@
 #include <memory>
 #include <set>
 #include <system_error>
-#include <unordered_set>
 #include <utility>
 
 namespace Zelnor::Media
@@ -77,7 +76,7 @@ public:
     }
 
 private:
-    std::unordered_set<std::string> m_identities;
+    std::set<std::string> m_identities;
 };
 
 /// Makes one target.

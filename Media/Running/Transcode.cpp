@@ -17,8 +17,8 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <map>
 #include <optional>
-#include <unordered_map>
 #include <utility>
 
 namespace Zelnor::Media
@@ -386,9 +386,9 @@ private:
     SourceFiles m_files;
     FaultList& m_faults;
     /// What was found in each source; nothing for those that cannot be read.
-    std::unordered_map<NodeId, std::optional<MediaFile>> m_opened;
+    std::map<NodeId, std::optional<MediaFile>> m_opened;
     /// The streams of each source that somebody chose to leave out.
-    std::unordered_map<NodeId, std::vector<unsigned int>> m_leftOut;
+    std::map<NodeId, std::vector<unsigned int>> m_leftOut;
     /// The nodes of the transcode's inputs.
     std::vector<NodeId> m_sources;
 };

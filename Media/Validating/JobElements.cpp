@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <charconv>
 #include <set>
-#include <unordered_set>
 
 namespace Zelnor::Media
 {
@@ -65,7 +64,7 @@ void CheckRepeatedKeys(const Core::Property& record, const JsonPart& part,
     {
         return;
     }
-    std::unordered_set<std::string> seen;
+    std::set<std::string> seen;
     std::vector<std::size_t> inner(path.size() + 1);
     std::copy(path.begin(), path.end(), inner.begin());
     for (const Core::Property& child : record)
@@ -158,7 +157,7 @@ JsonPart DataPart(const JsonPart& document, Id data)
 
 std::vector<BadLink> FindBadLinks(const JobElements& job)
 {
-    std::unordered_set<Conf::NodeId> nodes;
+    std::set<Conf::NodeId> nodes;
     for (const JobElement& node : job.nodes)
     {
         nodes.insert(node.id);
@@ -187,7 +186,7 @@ std::vector<BadLink> FindBadLinks(const JobElements& job)
 
 void CheckRecordsOfSources(const JsonPart& document, const JobElements& job, FaultCollector& faults)
 {
-    std::unordered_set<Conf::NodeId> streams;
+    std::set<Conf::NodeId> streams;
     for (const JobElement& node : job.nodes)
     {
         if (node.record.GetName() == Conf::ITranscodingMetaGraph::KEY_STREAM_RAW)
@@ -256,7 +255,7 @@ std::string WriteElements(const JobElements& job)
 void CheckKeys(const JsonPart& part, Id object, const std::vector<std::string>& known, const Place& place,
                FaultCollector& faults)
 {
-    std::unordered_set<std::string> seen;
+    std::set<std::string> seen;
     for (const Id member : part.index.Children(object))
     {
         if (!faults.IsComplete())

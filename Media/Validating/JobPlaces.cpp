@@ -13,8 +13,8 @@
 #include "Conf/Interfaces/IFormatFile.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
-#include <unordered_set>
 
 namespace Zelnor::Media
 {
@@ -170,7 +170,7 @@ std::optional<std::size_t> FindFaultyMember(const Property* list, const std::str
         return std::nullopt;
     }
     std::size_t position = 0;
-    std::unordered_set<std::string> seen;
+    std::set<std::string> seen;
     for (const Property& member : *list)
     {
         const std::string text = ValueText(member);

@@ -11,7 +11,7 @@
 
 #include "Conf/Interfaces/IPreset.h"
 
-#include <unordered_set>
+#include <set>
 
 namespace Zelnor::Media
 {
@@ -49,7 +49,7 @@ void AddFault(const PresetFault& fault, const Property& preset, const JsonPart& 
 void CheckRepeated(const Property& group, const Property& preset, const Place& place, const JsonPart& part,
                    FaultCollector& faults)
 {
-    std::unordered_set<std::string> seen;
+    std::set<std::string> seen;
     for (const Property& child : group)
     {
         if (!seen.insert(child.GetName()).second)

@@ -457,6 +457,25 @@ TEST(ITranscodingMetaGraph, NodesAreFoundQuicklyWithTheirOrderBroken)
     EXPECT_TRUE(PathExistInGraph(graph, 1, kNodes));
 }
 
+TEST(ITranscodingMetaGraph, NodesAreFoundQuicklyWhateverTheirIdentifiersAre)
+{
+    // Of a hash table of libstdc++ for so many, these are all in one bucket.
+    constexpr NodeId kNodes = 100'000;
+    constexpr NodeId kBuckets = 126'271;
+    std::string nodes = R"({"id":)" + std::to_string(kNodes * kBuckets) + "}";
+    std::string links;
+    for (NodeId i = 1; i < kNodes; ++i)
+    {
+        const std::string id = std::to_string(i * kBuckets);
+        nodes += R"(,{"id":)" + id + "}";
+        links += (i == 1 ? "" : ",") + (R"({"from":)" + id) + R"(,"to":)" +
+                 std::to_string((i + 1) * kBuckets) + "}";
+    }
+    const GraphPtr graph = Loaded(R"({"vertices":[)" + nodes + R"(],"edges":[)" + links + "]}");
+    EXPECT_TRUE(graph->TopologyIsValid());
+    EXPECT_TRUE(PathExistInGraph(graph, kBuckets, kNodes * kBuckets));
+}
+
 } // namespace
 
 } // namespace Zelnor::Conf

@@ -2,6 +2,7 @@
 
 #include "Core/Interfaces/PropertyEvents.h"
 
+#include "Tests/Support/CollidingNames.h"
 #include "Tests/Support/Expect.h"
 
 #include <gtest/gtest.h>
@@ -176,6 +177,19 @@ TEST(PropertySerializer, FindsARepeatedNameAmongManyChildren)
         EXPECT_EQ(Save(record).substr(0, 15), R"({"g":[{"c0":0},)");
         EXPECT_EQ(Load(Save(record)), record);
     }
+}
+
+TEST(HasDistinctNames, TellsInMomentsWhateverTheNamesAre)
+{
+    constexpr unsigned int kChoices = 16;
+    Property group("group");
+    for (const std::string& name : Testing::CollidingNames::Make(kChoices))
+    {
+        group.Add(Property(name, 1LL));
+    }
+    EXPECT_TRUE(HasDistinctNames(group));
+    group.Add(Property(group.begin()->GetName(), 1LL));
+    EXPECT_FALSE(HasDistinctNames(group));
 }
 
 TEST(HasDistinctNames, ComparesNamesThatOnlyLookAlike)

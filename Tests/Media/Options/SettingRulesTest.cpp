@@ -1,5 +1,6 @@
 #include "Media/Options/SettingRules.h"
 
+#include "Tests/Support/CollidingNames.h"
 #include "Tests/Support/JobFixtures.h"
 
 #include <gtest/gtest.h>
@@ -84,6 +85,17 @@ TEST(SettingRules, OfTagsAskForNamesThatFFmpegTakesAsTheyAre)
         metadata.Add(Property(name, std::string("any = text\n")));
     }
     EXPECT_EQ(ChildFaultsOf(metadata), std::vector<std::string>());
+}
+
+TEST(SettingRules, OfGroupsAreAskedInMomentsWhateverTheNamesAre)
+{
+    constexpr unsigned int kChoices = 16;
+    Property group("codec.options.encode");
+    for (const std::string& name : CollidingNames::Make(kChoices))
+    {
+        group.Add(Property(name, 1LL));
+    }
+    EXPECT_TRUE(FindChildFaults(group).empty());
 }
 
 TEST(SettingRules, OfGroupsDoNotLetANameAppearTwice)

@@ -34,6 +34,25 @@ TEST(ValidatingAJob, FindsNothingInAGoodOne)
     EXPECT_THAT(FaultLines(kGoodJob), IsEmpty());
 }
 
+TEST(ValidatingAJob, TakesMomentsWhateverTheIdentifiersAre)
+{
+    // Of a hash table of libstdc++ for so many, these are all in one bucket.
+    constexpr long long kNodes = 100'000;
+    constexpr long long kBuckets = 172'933;
+    std::string nodes;
+    std::string links;
+    for (long long i = 1; i <= kNodes; ++i)
+    {
+        const std::string id = std::to_string(i * kBuckets);
+        nodes += (i == 1 ? "" : ",") + (R"({"id":)" + id + "}");
+        links += (i == 1 ? "" : ",") + (R"({"from":)" + id) + R"(,"to":)" +
+                 std::to_string(i % kNodes * kBuckets + kBuckets) + "}";
+    }
+    const DocumentFaults result =
+        ValidateDocument(R"({"vertices":[)" + nodes + R"(],"edges":[)" + links + "]}");
+    EXPECT_EQ(result.kind, DocumentFaults::Job);
+}
+
 TEST(ValidatingAJob, SuggestsTheNearestCodec)
 {
     const DocumentFaults result =

@@ -8,7 +8,7 @@
 #include "Tools/zconf/Console/Text.h"
 
 #include <memory>
-#include <unordered_set>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -181,7 +181,7 @@ private:
     const Media::JobFile& m_job;
     Painter m_paint;
     std::string m_text;
-    std::unordered_set<NodeId> m_seen;
+    std::set<NodeId> m_seen;
 };
 
 void WriteRecord(const Property& record, JsonOutput& output)
@@ -198,7 +198,7 @@ void WriteNodes(const Media::JobFile& job, JsonOutput& output)
     JsonOutput::Writer& writer = output.GetWriter();
     output.Key("nodes");
     writer.StartArray();
-    std::unordered_set<NodeId> seen;
+    std::set<NodeId> seen;
     for (const NodeId id : NodesOf(job))
     {
         writer.StartObject();
