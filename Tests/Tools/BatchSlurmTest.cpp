@@ -91,9 +91,8 @@ protected:
     }
     void CopyProgram() const
     {
-        const std::filesystem::path program = ZCONF_PROGRAM;
-        std::filesystem::copy_file(program, Folder() / "zconf");
-        for (const auto& file : std::filesystem::directory_iterator(program.parent_path()))
+        std::filesystem::copy_file(ZCONF_PROGRAM, Folder() / "zconf");
+        for (const auto& file : std::filesystem::directory_iterator(ZELNOR_LIBRARY_FOLDER))
         {
             const std::string name = file.path().filename().string();
             if (name.substr(0, 9) == "libZelnor" && name.find(".so.") != std::string::npos)
