@@ -301,7 +301,7 @@ class Judge:
 
     def shared(self, library):
         """The library as a target of the build; the name without a version is a link."""
-        return os.path.relpath(os.path.realpath(self.build.folder / "bin" / library.shared), self.build.folder)
+        return os.path.relpath(os.path.realpath(self.build.folder / "lib" / library.shared), self.build.folder)
 
     def judge(self, mutant):
         """"killed", "timeout", "survived" or "does not compile", and by which test."""
@@ -326,6 +326,9 @@ class Judge:
         shared = scratch / os.path.basename(target)
         if run(self.build.link(target, replaced, scratch / "mutant.o", shared), self.build.folder, 300) != 0:
             return "does not compile", ""
+        # What the library loads when it needs it is looked for beside it.
+        for beside in ("libZelnorFFmpeg.so.1", "libZelnorLog.so.1"):
+            (scratch / beside).symlink_to(self.build.folder / "lib" / beside)
         programs = {}
         for program in self.programs(library):
             programs[program] = self.build.folder / "bin" / program
