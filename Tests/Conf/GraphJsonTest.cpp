@@ -452,6 +452,18 @@ TEST(GraphLoad, RefusesElementsThatAreNoObjects)
         });
         EXPECT_EQ(EntriesOf(*graph), (Ids{4, 6}));
     }
+    const GraphPtr graph = ITranscodingMetaGraph::Create();
+    ExpectBadJson("vertices[0] must be an object, found a number",
+                  [&] { LoadInto(*graph, R"({"vertices":[5,"x"],"edges":[]})"); });
+}
+
+TEST(GraphLoad, TakesTheFirstRecordOfANodeThatHasTwo)
+{
+    const GraphPtr graph = ITranscodingMetaGraph::Create();
+    LoadInto(
+        *graph,
+        R"({"vertices":[{"id":1,"data":{"data":{"one":{"k":1}}},"data":{"data":{"two":{"k":2}}}}],"edges":[]})");
+    EXPECT_EQ((*graph)[1].GetName(), "one");
 }
 
 TEST(GraphLoad, ResetsTheCountersBeforeItReads)

@@ -208,6 +208,18 @@ TEST(HasDistinctNames, ComparesNamesThatOnlyLookAlike)
     }
 }
 
+TEST(HasDistinctNames, ComparesEmptyNamesToo)
+{
+    Property group("g");
+    for (int i = 0; i < 40; ++i)
+    {
+        group.Add(Property(i == 0 ? "" : "name" + std::to_string(i), 1LL));
+    }
+    EXPECT_TRUE(HasDistinctNames(group));
+    group.Add(Property("", 2LL));
+    EXPECT_FALSE(HasDistinctNames(group));
+}
+
 TEST(PropertySerializer, KeepsStringsByteForByte)
 {
     std::string bytes;
@@ -468,6 +480,9 @@ TEST(PropertySerializer, LongNamesInAWayAreCutBetweenCharacters)
     record.SetChild(std::string(255, 'y') + euro).SetChild(Repeated(1'000'000, euro)).Add(Nested(510, false));
     EXPECT_EQ(SaveRefusalOf(record), std::string(256, 'x') + "." + std::string(255, 'y') + "..." + "." +
                                          Repeated(85, euro) + "..." + Repeated(510, ".g") + kTooDeep);
+    Property unreadable(std::string(300, '\x80'));
+    unreadable.Add(Nested(512, false));
+    EXPECT_EQ(SaveRefusalOf(unreadable), "..." + Repeated(512, ".g") + kTooDeep);
 }
 
 TEST(PropertySerializer, SaveFindsThePlaceInTimeInProportionToTheRecord)

@@ -185,4 +185,17 @@ TEST(TranscodeCommand, ACodecThatIsNotATextIsOneFault)
         std::vector<std::string>{"link 3 -> 2, audio stream 0, codec_id: expected a string, found 5"});
 }
 
+TEST(TranscodeCommand, ColoursThatNoFilterConvertsAreAFault)
+{
+    MediaStream source = MakeVideoStream();
+    source.color.transfer = "bt709";
+    EXPECT_EQ(
+        FaultsOf(MakeTranscode(
+            MakeMediaFile({source}),
+            VideoRecord(R"("codec_id":"CODEC_ID_H264","bitrate":800000,"colorTransfer":"smpte2084")"),
+            "mp4")),
+        std::vector<std::string>{
+            "link 3 -> 2, video stream 0, colorTransfer: colours of bt709 cannot be converted to smpte2084"});
+}
+
 } // namespace

@@ -273,6 +273,18 @@ TEST(ValidatingAJob, FindsValuesByNamesThatAreEmptyOrLikeAPath)
                 ElementsAre(target + "a 0.5", target + "a 1.5", target + "ab 2.5"));
 }
 
+TEST(ValidatingAJob, TellsOfANameThatIsTooLongForAPathInWhichRecordItIs)
+{
+    const DocumentFaults found = ValidateDocument(
+        With(kGoodJob, R"("metadata": {"title": "One"})", "\"" + std::string(300, 'x') + "\": 0.5"));
+    ASSERT_EQ(found.faults.size(), 1U);
+    EXPECT_EQ(found.faults[0].pointer, "/vertices/1/data");
+    EXPECT_EQ(found.faults[0].reason,
+              "data.target." + std::string(256, 'x') +
+                  "...: expected an integer, a string, a rational, null or a group, found a "
+                  "number that is not a 64-bit integer");
+}
+
 TEST(ValidatingAJob, FindsValuesInsideLists)
 {
     const auto places = [](const std::string& chapters) {
@@ -309,6 +321,15 @@ TEST(ValidatingAJob, TellsUnknownSettingsApartThatNameOthers)
         ElementsAre("/edges/1/data/data/format_codec_video/bitrat \"bitrat\"",
                     "/edges/1/data/data/format_codec_video/a \"a\"",
                     "/edges/1/data/data/format_codec_video/x'a' \"x'a'\""));
+}
+
+TEST(ValidatingAJob, FindsNumbersBeyond32Bits)
+{
+    EXPECT_THAT(
+        ChangedJob(R"("sample_rate": 48000)", R"("sample_rate": 5000000000)"),
+        ElementsAre(
+            "14:50 /edges/3/data/data/format_codec_audio/sample_rate setting: link 4 -> 2, audio stream 1, "
+            "sample_rate: expected an integer from 1 to 2147483647, found 5000000000"));
 }
 
 TEST(ValidatingAJob, FindsARecordThatIsANumber)
@@ -354,6 +375,15 @@ TEST(ValidatingAJob, FindsARawStreamThatNothingIsMadeOf)
     EXPECT_THAT(ChangedJob(R"("from": 3, "to": 2)", R"("from": 1, "to": 2)"),
                 Contains("5:46 /vertices/2/data/data/streamRaw structure: node 3: expected a link from this "
                          "'streamRaw' to a target, found none"));
+}
+
+TEST(ValidatingAJob, FindsASourceInThePlaceOfATarget)
+{
+    const std::string source = R"({"id": 5, "data": {"data": {"source": {"filePath": "b.mkv"}}}})";
+    // What else is wrong with such a job does not matter here.
+    EXPECT_THAT(Places(With(With(kGoodJob, R"({"id": 1, "data")", source + R"(, {"id": 1, "data")"),
+                            R"("from": 4, "to": 2)", R"("from": 4, "to": 5)")),
+                Contains("/vertices/0/data/data/source {\"filePath\": \"b.mkv\"}"));
 }
 
 TEST(ValidatingAJob, FindsWhatIsMissing)
