@@ -235,28 +235,36 @@ void AddTopologyFault(const JobFault& fault, const JsonPart& document, const Job
 
 } // namespace
 
-void AddJobFault(const JobFault& fault, const JsonPart& document, const JobElements& elements,
-                 FaultCollector& faults)
+const JsonPart& JobFaultPlaces::PartOf(JsonIndex::Id data)
+{
+    if (!m_part || m_part->place != data)
+    {
+        m_part.emplace(DataPart(m_document, data));
+    }
+    return *m_part;
+}
+
+void JobFaultPlaces::Add(const JobFault& fault)
 {
     if (fault.IsOfTopology())
     {
-        AddTopologyFault(fault, document, elements, faults);
+        AddTopologyFault(fault, m_document, m_elements, m_faults);
         return;
     }
-    const JobElement* const element = FindElement(fault.place, elements);
+    const JobElement* const element = FindElement(fault.place, m_elements);
     const DocumentFault::Kind kind = KindFor(fault.kind);
     if (element == nullptr || !element->data)
     {
-        faults.Add(kind, fault.place, fault.reason, document, element == nullptr ? 0 : element->value,
-                   fault.place.key.empty() ? Aspect::Value : Aspect::Lack);
+        m_faults.Add(kind, fault.place, fault.reason, m_document, element == nullptr ? 0 : element->value,
+                     fault.place.key.empty() ? Aspect::Value : Aspect::Lack);
         return;
     }
-    const JsonPart part = DataPart(document, *element->data);
+    const JsonPart& part = PartOf(*element->data);
     if (const auto unknown = FindUnknownSetting(element->record, fault))
     {
         const JsonIndex::Id value = ValueAt(part, {0, *unknown});
-        faults.Add(kind, fault.place, fault.reason, part, value, Aspect::Key,
-                   NearestNames(part.index.KeyOf(value), KnownSettings()));
+        m_faults.Add(kind, fault.place, fault.reason, part, value, Aspect::Key,
+                     NearestNames(part.index.KeyOf(value), KnownSettings()));
         return;
     }
     const KeyPath path(element->record, fault);
@@ -268,9 +276,9 @@ void AddJobFault(const JobFault& fault, const JsonPart& document, const JobEleme
     }
     const bool isLack = path.Value() == nullptr && !fault.place.key.empty();
     const Aspect aspect = isLack ? Aspect::Lack : fault.reason == kRepeatedText ? Aspect::Key : Aspect::Value;
-    const std::vector<std::string> codecs = CodecsInstead(fault, *element, elements);
-    faults.Add(kind, fault.place, fault.reason, part, ValueAt(part, positions), aspect,
-               codecs.empty() ? NearestValues(path.Value()) : codecs);
+    const std::vector<std::string> codecs = CodecsInstead(fault, *element, m_elements);
+    m_faults.Add(kind, fault.place, fault.reason, part, ValueAt(part, positions), aspect,
+                 codecs.empty() ? NearestValues(path.Value()) : codecs);
 }
 
 } // namespace Zelnor::Media

@@ -43,6 +43,7 @@ public:
         if (const auto graph = Load())
         {
             FaultList found;
+            JobFaultPlaces places(m_document, m_elements, m_faults);
             CheckJobDocument(*graph, m_name, found);
             for (const JobFault& fault : found.Get())
             {
@@ -55,7 +56,7 @@ public:
                 {
                     break;
                 }
-                AddJobFault(fault, m_document, m_elements, m_faults);
+                places.Add(fault);
             }
         }
     }

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -51,6 +52,25 @@ TEST(ValidatingAJob, TakesMomentsWhateverTheIdentifiersAre)
     const DocumentFaults result =
         ValidateDocument(R"({"vertices":[)" + nodes + R"(],"edges":[)" + links + "]}");
     EXPECT_EQ(result.kind, DocumentFaults::Job);
+}
+
+TEST(ValidatingAJob, LooksIntoALargeRecordOnceForAllItsFaults)
+{
+    constexpr int kOptions = 50'000;
+    std::string options;
+    for (int i = 0; i < kOptions; ++i)
+    {
+        options += (i == 0 ? "\"" : ",\"") + std::to_string(i) + std::string(200, 'x') + "\":1";
+    }
+    const DocumentFaults result = ValidateDocument(
+        R"({"vertices":[{"id":1,"data":{"data":{"source":{"$$TYPE_ID$$":"sourceFile","filePath":"in.mkv"}}}},)"
+        R"({"id":2,"data":{"data":{"streamRaw":{"id":0}}}},)"
+        R"({"id":3,"data":{"data":{"target":{"container":"matroska","filePath":"out.mkv"}}}}],)"
+        R"("edges":[{"from":1,"to":2},{"from":2,"to":3,"data":{"data":{"format_codec_video":{)"
+        R"("codec_id":"CODEC_ID_MPEG4","bitrate":200000,"codec.options.encode":{)" +
+        options + "}}}}}]}");
+    EXPECT_FALSE(result.isComplete);
+    EXPECT_EQ(result.faults.back().place.link, std::pair(2LL, 3LL));
 }
 
 TEST(ValidatingAJob, SuggestsTheNearestCodec)
