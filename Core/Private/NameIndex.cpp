@@ -2,8 +2,11 @@
 
 #include "Core/Private/EqualText.h"
 
-#include <functional>
+#include <cstdint>
+#include <cstring>
 #include <utility>
+
+#include <sys/auxv.h>
 
 namespace Zelnor::Core
 {
@@ -14,7 +17,87 @@ namespace
 /// The first table has room for half as many names.
 constexpr std::size_t kLeastSlots = 256;
 
-std::size_t HashOfName(std::string_view name) noexcept { return std::hash<std::string_view>()(name); }
+/// Another one in each process.
+struct Key
+{
+    Key() noexcept
+    {
+        if (const auto* const random = reinterpret_cast<const void*>(::getauxval(AT_RANDOM)))
+        {
+            std::memcpy(words, random, sizeof words);
+        }
+    }
+
+    std::uint64_t words[2] = {};
+};
+
+/// SipHash with one round a word and three at the end. Names may come from a stranger, who must not be able
+/// to choose many with one hash, as is easy with that of the standard library.
+class SipHash
+{
+public:
+    explicit SipHash(const Key& key) noexcept
+        : m_words{key.words[0] ^ 0x736F6D6570736575, key.words[1] ^ 0x646F72616E646F6D,
+                  key.words[0] ^ 0x6C7967656E657261, key.words[1] ^ 0x7465646279746573}
+    {}
+
+    std::uint64_t Of(std::string_view text) noexcept
+    {
+        const std::uint64_t size = text.size();
+        for (; text.size() >= sizeof size; text.remove_prefix(sizeof size))
+        {
+            Add(Word(text));
+        }
+        Add(Word(text) | size << 56U);
+        m_words[2] ^= 0xFF;
+        for (int round = 0; round < 3; ++round)
+        {
+            Mix();
+        }
+        return m_words[0] ^ m_words[1] ^ m_words[2] ^ m_words[3];
+    }
+
+private:
+    /// The first eight bytes, as many as there are.
+    static std::uint64_t Word(std::string_view text) noexcept
+    {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data(), text.size() < sizeof word ? text.size() : sizeof word);
+        return word;
+    }
+
+    void Add(std::uint64_t word) noexcept
+    {
+        m_words[3] ^= word;
+        Mix();
+        m_words[0] ^= word;
+    }
+
+    void Mix() noexcept
+    {
+        const auto rotate = [](std::uint64_t word, unsigned int by) {
+            return word << by | word >> (64 - by);
+        };
+        auto& [a, b, c, d] = m_words;
+        a += b;
+        c += d;
+        b = rotate(b, 13) ^ a;
+        d = rotate(d, 16) ^ c;
+        a = rotate(a, 32) + d;
+        c += b;
+        b = rotate(b, 17) ^ c;
+        d = rotate(d, 21) ^ a;
+        c = rotate(c, 32);
+    }
+
+    std::uint64_t m_words[4];
+};
+
+std::size_t HashOfName(std::string_view name) noexcept
+{
+    static const Key s_key;
+    return static_cast<std::size_t>(SipHash(s_key).Of(name));
+}
 
 } // namespace
 

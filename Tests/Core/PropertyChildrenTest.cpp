@@ -3,6 +3,8 @@
 
 #include "Core/Interfaces/Property.h"
 
+#include "Tests/Support/CollidingNames.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -115,6 +117,23 @@ TEST(PropertyChildren, AreFoundByNameAmongMany)
         EXPECT_EQ(group[static_cast<unsigned long>(i)].GetInt64(), i);
     }
     EXPECT_FALSE(group.ChildExists(NameOf(kMany)));
+}
+
+TEST(PropertyChildren, AreSetInMomentsWhateverTheirNamesAre)
+{
+    constexpr unsigned int kChoices = 16;
+    const std::vector<std::string> names = Testing::CollidingNames::Make(kChoices);
+    Property group("group");
+    for (const std::string& name : names)
+    {
+        group.SetChildT(name, 1LL);
+    }
+    for (const std::string& name : names)
+    {
+        group.SetChildT(name, 2LL);
+    }
+    EXPECT_EQ(group.Count(), names.size());
+    EXPECT_EQ(group[names.back()].GetInt64(), 2);
 }
 
 TEST(PropertyChildren, OfOneNameAreFoundFromTheFirstOnAlsoWhenItIsRemoved)
