@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -116,6 +118,28 @@ CopyEnd CopyFile(int from, int to, const std::function<bool()>& isCancelled)
             return CopyEnd::Failed;
         }
     }
+}
+
+/// "out.unverified.mp4" for "out.mp4", with a number before the extension from the second on. A long name is
+/// cut, since the file would be lost otherwise.
+std::string NameAside(const fs::path& target, int number)
+{
+    const std::string end =
+        ".unverified" + (number == 1 ? "" : "-" + std::to_string(number)) + target.extension().string();
+    std::string stem = target.stem().string();
+    if (stem.size() + end.size() > NAME_MAX)
+    {
+        std::size_t size = end.size() < NAME_MAX ? NAME_MAX - end.size() : 0;
+        const auto continues = [&stem](std::size_t at) {
+            return (static_cast<unsigned char>(stem[at]) & 0xC0U) == 0x80U;
+        };
+        while (size != 0 && continues(size))
+        {
+            --size;
+        }
+        stem.resize(size);
+    }
+    return stem + end;
 }
 
 } // namespace
@@ -294,8 +318,7 @@ std::string TargetFile::KeepAside()
     constexpr int kMostNames = 1000;
     for (int i = 1; i <= kMostNames; ++i)
     {
-        const std::string name = target.stem().string() + ".unverified" +
-                                 (i == 1 ? "" : "-" + std::to_string(i)) + target.extension().string();
+        const std::string name = NameAside(target, i);
         if (RenameToNew(m_folder->Get(), WorkFolder::kOutput, m_folder->GetParent(), name.c_str()))
         {
             m_folder.reset();

@@ -130,6 +130,22 @@ TEST_F(TargetFiles, AreKeptBesideTheFileThatALinkLeadsTo)
     EXPECT_EQ(ReadFile(m_folder / "there/film.unverified.mp4"), "new");
 }
 
+TEST_F(TargetFiles, AreKeptBesideLongNamesUnderPartsOfThem)
+{
+    // Cut where a character ends, although the place for it is in the middle of one.
+    std::string stem;
+    while (stem.size() + 2 <= NAME_MAX - 4)
+    {
+        stem += "\u00E4";
+    }
+    TargetFile target(Name(stem + ".mp4"), false);
+    WriteFile(target.GetWorkName(), "new");
+    const std::string kept = stem.substr(0, (NAME_MAX - 15) / 2 * 2) + ".unverified.mp4";
+    EXPECT_EQ(target.KeepAside(), Name(kept));
+    EXPECT_EQ(ReadFile(m_folder / kept), "new");
+    EXPECT_THAT(m_folder.Names(), testing::ElementsAre(kept));
+}
+
 TEST_F(TargetFiles, DoNotFollowLinksInACircle)
 {
     fs::create_symlink("there", Name());
