@@ -46,7 +46,9 @@ protected:
     bool RunAndKill(const std::string& words, int microseconds) const
     {
         const std::string seconds = std::to_string(microseconds / 1e6);
-        const ProcessResult result = Shell("exec timeout -s KILL " + seconds + " \"$ZCONF\" " + words);
+        // In the foreground, it waits for what it has killed, which holds its locks until it has ended.
+        const ProcessResult result =
+            Shell("exec timeout --foreground -s KILL " + seconds + " \"$ZCONF\" " + words);
         return result.signal == SIGKILL || result.exitCode == 128 + SIGKILL;
     }
     /// \returns how many microseconds it took

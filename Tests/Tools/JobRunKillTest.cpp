@@ -40,7 +40,8 @@ protected:
     bool RunAndKill(std::chrono::microseconds time) const
     {
         const std::string seconds = std::to_string(static_cast<double>(time.count()) / 1e6);
-        const ProcessResult result = Shell("exec timeout -s KILL " + seconds +
+        // In the foreground, it waits for what it has killed.
+        const ProcessResult result = Shell("exec timeout --foreground -s KILL " + seconds +
                                            " \"$ZCONF\" job run job.json --overwrite --ffmpeg ./engine");
         return result.signal == SIGKILL || result.exitCode == 128 + SIGKILL;
     }
