@@ -32,10 +32,6 @@ function(zelnor_install_export export)
 endfunction()
 
 zelnor_install_libraries(ZelnorTargets ${runtime} ZelnorCore ZelnorConf)
-if(TARGET ZelnorLog)
-  # Loaded by Conf; nobody links it.
-  install(TARGETS ZelnorLog LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${runtime} NAMELINK_SKIP)
-endif()
 if(TARGET ZelnorMedia)
   zelnor_install_libraries(ZelnorMediaTargets ${media_runtime} ZelnorMedia)
   if(TARGET ZelnorFFmpeg)

@@ -2,17 +2,19 @@
 
 // Private to the library, not installed: the one way of logging, which a build may be without.
 
-#include "Core/Interfaces/Export.h"
+#ifndef ZELNOR_WITHOUT_LOG
+#include <glog/logging.h>
+#endif
 
 namespace Zelnor::Conf
 {
 
-using LogWriter = void (*)(const char* file, int line, const char* message);
-
-/// Whoever writes lines otherwise does without glog, which is loaded when the first line is written to it.
-/// \param writer  null for glog
-ZELNOR_API void SetLogWriter(LogWriter writer);
-
-void LogInfo(const char* file, int line, const char* message);
+inline void LogInfo([[maybe_unused]] const char* file, [[maybe_unused]] int line,
+                    [[maybe_unused]] const char* message)
+{
+#ifndef ZELNOR_WITHOUT_LOG
+    google::LogMessage(file, line).stream() << message;
+#endif
+}
 
 } // namespace Zelnor::Conf

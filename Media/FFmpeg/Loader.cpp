@@ -2,16 +2,16 @@
 
 #include "Media/MediaException.h"
 
-#include "Core/Private/LibraryFolder.h"
-
 extern "C" {
 #include <libavutil/avutil.h>
 #include <libavutil/macros.h>
 }
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <atomic>
+#include <climits>
 #include <mutex>
 #include <string>
 
@@ -39,13 +39,17 @@ LogCallback g_callback = nullptr;
 /// In the folder that this library was loaded from, and nowhere else.
 std::string TablePath()
 {
-    // Any object of the library will do.
-    const std::string folder = Core::LibraryFolder(&g_functions);
-    if (folder.empty())
+    Dl_info info = {};
+    void* library = nullptr;
+    char folder[PATH_MAX] = "";
+    // Any object of the library will do. The dynamic linker knows the folder as it was then: a relative name
+    // would by now mean another one when the working folder has changed.
+    if (::dladdr1(&g_functions, &info, &library, RTLD_DL_LINKMAP) == 0 ||
+        ::dlinfo(library, RTLD_DI_ORIGIN, folder) != 0)
     {
         ThrowUnusable("the folder of this library is not known");
     }
-    return folder + "/" ZELNOR_FFMPEG_TABLE;
+    return std::string(folder) + "/" ZELNOR_FFMPEG_TABLE;
 }
 
 /// FFmpeg's libraries bring many others, and each name that one of them imports is looked for in all of them

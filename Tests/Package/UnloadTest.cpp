@@ -2,7 +2,6 @@
 
 #include "Tests/Support/Campaign.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -29,16 +28,16 @@ bool IsLoaded(const std::string& library)
 class Libraries : public testing::TestWithParam<const char*>
 {
 public:
-    static void LoadUseAndUnload(const char* name = "UseTheLibraries");
+    static void LoadUseAndUnload();
 };
 
-void Libraries::LoadUseAndUnload(const char* name)
+void Libraries::LoadUseAndUnload()
 {
     void* const module = dlopen(GetParam(), RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module, nullptr) << dlerror();
     EXPECT_TRUE(IsLoaded(ZELNOR_CORE_LIBRARY));
     EXPECT_TRUE(IsLoaded(ZELNOR_CONF_LIBRARY));
-    const auto use = reinterpret_cast<bool (*)()>(dlsym(module, name));
+    const auto use = reinterpret_cast<bool (*)()>(dlsym(module, "UseTheLibraries"));
     ASSERT_NE(use, nullptr);
     EXPECT_TRUE(use());
 
@@ -49,6 +48,15 @@ void Libraries::LoadUseAndUnload(const char* name)
     EXPECT_FALSE(IsLoaded(ZELNOR_CORE_LIBRARY));
 }
 
+TEST_P(Libraries, LeaveMemoryTogetherWithTheirLog)
+{
+#ifdef ZELNOR_ADDRESS_SANITIZER
+    GTEST_SKIP() << "glog loses the memory of its flags when it is unloaded";
+#endif
+    LoadUseAndUnload();
+    LoadUseAndUnload();
+}
+
 /// Without glog there is nothing that could stay.
 void KeepTheLog()
 {
@@ -57,49 +65,11 @@ void KeepTheLog()
 #endif
 }
 
-TEST_P(Libraries, LeaveMemory)
-{
-    LoadUseAndUnload();
-    LoadUseAndUnload();
-}
-
-#ifdef ZELNOR_LOG_LIBRARY
-TEST_P(Libraries, LeaveMemoryTogetherWithTheirLog)
-{
-#ifdef ZELNOR_ADDRESS_SANITIZER
-    GTEST_SKIP() << "glog loses the memory of its flags when it is unloaded";
-#endif
-    LoadUseAndUnload("MakeThemLog");
-    EXPECT_FALSE(IsLoaded(ZELNOR_LOG_LIBRARY));
-    LoadUseAndUnload("MakeThemLog");
-    EXPECT_FALSE(IsLoaded(ZELNOR_LOG_LIBRARY));
-}
-
-TEST_P(Libraries, LoadTheirLogWhenTheyWriteToIt)
-{
-    void* const module = dlopen(GetParam(), RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(module, nullptr) << dlerror();
-    const auto log = reinterpret_cast<bool (*)()>(dlsym(module, "MakeThemLog"));
-    ASSERT_NE(log, nullptr);
-    EXPECT_FALSE(IsLoaded(ZELNOR_LOG_LIBRARY));
-    testing::internal::CaptureStderr();
-
-    EXPECT_TRUE(log());
-
-    EXPECT_TRUE(IsLoaded(ZELNOR_LOG_LIBRARY));
-    // Before the text, glog writes time and place.
-    EXPECT_THAT(testing::internal::GetCapturedStderr(),
-                testing::EndsWith("] Replacing output format for lossless conversion to DVD\n"));
-    KeepTheLog();
-    EXPECT_EQ(dlclose(module), 0);
-}
-#endif
-
 TEST_P(Libraries, LeaveMemoryWhenTheirLogStays)
 {
     KeepTheLog();
-    LoadUseAndUnload("MakeThemLog");
-    LoadUseAndUnload("MakeThemLog");
+    LoadUseAndUnload();
+    LoadUseAndUnload();
 }
 
 TEST(TwoMajorVersions, AreLoadedForEverybodyAndEndWithTheProcess)

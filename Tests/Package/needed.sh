@@ -1,7 +1,6 @@
 #!/bin/bash
 # needed.sh <prefix>: what the dynamic linker will load with each of our files, and where it will look for them. Only the
-# table of FFmpeg's functions names FFmpeg's libraries, and only one other names glog: nothing else loads them before they are
-# used.
+# table of FFmpeg's functions names FFmpeg's libraries: nothing else loads them before they are used.
 set -euo pipefail
 prefix=$1
 status=0
@@ -19,17 +18,13 @@ fail() {
 while IFS= read -r file; do
     name=$(basename "$file")
     ffmpeg=$(entries "$file" NEEDED | grep -E '^lib(av|sw|postproc)' || true)
-    glog=$(entries "$file" NEEDED | grep '^libglog' || true)
     search=$(entries "$file" RUNPATH)
     case $name in
     libZelnorCore.so* | libZelnorConf.so* | libZelnorMedia.so* | zconf)
-        [[ -z $ffmpeg$glog ]] || fail "$name needs $ffmpeg$glog"
+        [[ -z $ffmpeg ]] || fail "$name needs $ffmpeg"
         ;;
     libZelnorFFmpeg.so*)
         [[ $ffmpeg == *libavformat* ]] || fail "$name does not need libavformat"
-        ;;
-    libZelnorLog.so*)
-        [[ -n $glog ]] || fail "$name does not need glog"
         ;;
     *)
         fail "$name: a file that this test does not know"

@@ -42,7 +42,7 @@ int main(int argc, char** argv)
         {
             return RunShellCompletion(argc, argv);
         }
-        const Logging logging;
+        const Logging logging(argv[0]);
         // FFmpeg's messages are told as part of ours; standard error is for our own lines.
         Zelnor::Media::KeepFFmpegMessages([](void*, int, const char*, std::va_list) {});
         return End(

@@ -3,11 +3,11 @@
 namespace Zelnor::Tool
 {
 
-/// Shows what the libraries log as plain messages on standard error.
+/// Shows what the libraries log as plain messages on standard error, and writes no log files.
 class Logging
 {
 public:
-    Logging();
+    explicit Logging(const char* program);
     ~Logging();
     Logging(const Logging&) = delete;
     Logging& operator=(const Logging&) = delete;
