@@ -6,7 +6,7 @@
 #include <cstring>
 #include <utility>
 
-#include <sys/auxv.h>
+#include <unistd.h>
 
 namespace Zelnor::Core
 {
@@ -17,18 +17,18 @@ namespace
 /// The first table has room for half as many names.
 constexpr std::size_t kLeastSlots = 256;
 
-/// Another one in each process.
+/// Another one in each process, where the system has random bytes.
 struct Key
 {
     Key() noexcept
     {
-        if (const auto* const random = reinterpret_cast<const void*>(::getauxval(AT_RANDOM)))
+        if (::getentropy(words, sizeof words) != 0)
         {
-            std::memcpy(words, random, sizeof words);
+            words[0] = words[1] = 0;
         }
     }
 
-    std::uint64_t words[2] = {};
+    std::uint64_t words[2];
 };
 
 /// SipHash with one round a word and three at the end. Names may come from a stranger, who must not be able
