@@ -45,6 +45,19 @@ protected:
     ~RunningBatch() override { fs::current_path(m_former); }
 
     BatchStatus Run(const BatchRunOptions& options) const { return RunBatch(Name("b"), options); }
+    /// A run of the second job that is killed while ffmpeg makes a file in place of one that holds "old".
+    void KillWhileReplacingOld() const
+    {
+        fs::create_directory(Name("out"));
+        WriteFile(Name("out/b.wav"), "old");
+        BatchRunOptions options = With("kill -9 $PPID; exec sleep 60");
+        options.job.overwrite = true;
+        options.choice = {};
+        RunForked([&] {
+            RunBatchJob(Name("b"), 2, options);
+            return 0;
+        });
+    }
     BatchResult Result(unsigned int number) const
     {
         const std::string text = ReadFile(Name("b/results/00000" + std::to_string(number) + ".json"));
@@ -287,15 +300,7 @@ TEST_F(RunningBatch, DoesNotTakeAnOutputOfSomebodyElseEvenWhenItVerifiesNothing)
 
 TEST_F(RunningBatch, TellsTheFileThatWasToBeReplacedFromTheNewOne)
 {
-    fs::create_directory(Name("out"));
-    WriteFile(Name("out/b.wav"), "old");
-    BatchRunOptions options = With("kill -9 $PPID; exec sleep 60");
-    options.job.overwrite = true;
-    options.choice = {};
-    RunForked([&] {
-        RunBatchJob(Name("b"), 2, options);
-        return 0;
-    });
+    KillWhileReplacingOld();
     EXPECT_THAT(States(), ElementsAre("waiting", "interrupted", "waiting"));
     ASSERT_EQ(Result(2).commands.size(), 1U);
     EXPECT_EQ(Result(2).commands.front().back(), "file:" + Name("out/b.wav"));
@@ -500,15 +505,7 @@ TEST_F(RunningBatch, KeepsItsPlaceWhenTheWholeTreeIsMoved)
 
 TEST_F(RunningBatch, DoesNotTakeTheFileThatWasToBeReplacedForTheNewOneWhenItChangesLater)
 {
-    fs::create_directory(Name("out"));
-    WriteFile(Name("out/b.wav"), "old");
-    BatchRunOptions options = With("kill -9 $PPID; exec sleep 60");
-    options.job.overwrite = true;
-    options.choice = {};
-    RunForked([&] {
-        RunBatchJob(Name("b"), 2, options);
-        return 0;
-    });
+    KillWhileReplacingOld();
     WriteFile(Name("out/b.wav"), SilentWav());
     BatchRunOptions again = With(kCopy);
     again.job.overwrite = true;
