@@ -143,7 +143,7 @@ private:
     FolderId m_outputs = {};
     const std::unordered_set<std::string> m_extensions = MediaExtensions();
     std::set<FolderId> m_visited;
-    std::unordered_set<std::string> m_known;
+    std::set<std::string> m_known;
     std::vector<InputFile> m_files;
 };
 
