@@ -144,13 +144,6 @@ std::vector<ioPath> DefaultPresetFolders()
         candidates.push_back(library / "../share/zelnor/Presets");
         // Libraries may stand in a folder for their architecture.
         candidates.push_back(library / "../../share/zelnor/Presets");
-        for (const fs::path& build : {library / "..", library / "../.."})
-        {
-            if (IsFile(build / "CMakeCache.txt"))
-            {
-                candidates.push_back(build / "../../Presets");
-            }
-        }
     }
     std::vector<ioPath> folders;
     for (const fs::path& candidate : candidates)

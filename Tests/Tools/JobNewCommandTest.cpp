@@ -39,6 +39,25 @@ protected:
         return graph;
     }
 
+    /// Runs a copy of the program with a preset that is in `usr` here, and nowhere else, as its name says.
+    void ExpectToFindAPresetInUsr(const std::string& program, const std::string& libraries)
+    {
+        namespace fs = std::filesystem;
+        fs::create_directories((Folder() / program).parent_path());
+        fs::copy_file(ZCONF_PROGRAM, Folder() / program);
+        fs::create_directories(Folder() / "usr/share/zelnor/Presets");
+        fs::copy_file(ZELNOR_SOURCE_DIR "/Presets/mp4-h264-aac.json",
+                      Folder() / "usr/share/zelnor/Presets/only-there.json");
+        Write("in.mp4", TinyClip());
+        ProcessOptions options;
+        options.environment = {"LD_LIBRARY_PATH=" + libraries};
+        options.folder = Folder().string();
+        const ProcessResult result =
+            RunProcess({program, "job", "new", "-p", "only-there", "-i", "in.mp4", "-t", "o"}, options);
+        ExpectQuietSuccess(result);
+        EXPECT_EQ((*Load(result.output))[2].GetName(), "mp4-h264-aac");
+    }
+
     /// A preset file whose streams are `streams`.
     std::string Preset(const std::string& streams) const
     {
@@ -288,24 +307,13 @@ TEST_F(JobNew, AFolderDoesNotHideAShippedPreset)
 
 TEST_F(JobNew, ShippedPresetsAreFoundWhereverTheProgramIsInstalled)
 {
-    std::filesystem::create_directories(Folder() / "usr/bin");
-    std::filesystem::create_directories(Folder() / "usr/share/zelnor");
-    std::filesystem::copy_file(ZCONF_PROGRAM, Folder() / "usr/bin/zconf");
-    std::filesystem::copy(ZELNOR_SOURCE_DIR "/Presets", Folder() / "usr/share/zelnor/Presets");
-    ProcessOptions options;
-    Write("in.mp4", TinyClip());
-    options.environment = {"LD_LIBRARY_PATH=" ZELNOR_LIBRARY_FOLDER};
-    options.folder = Folder().string();
-    const ProcessResult result =
-        RunProcess({"usr/bin/zconf", "job", "new", "-p", "mp4-h264-aac", "-i", "in.mp4", "-t", "o"}, options);
-    ExpectQuietSuccess(result);
-    EXPECT_EQ((*Load(result.output))[2].GetName(), "mp4-h264-aac");
+    ExpectToFindAPresetInUsr("usr/bin/zconf", ZELNOR_LIBRARY_FOLDER);
 }
 
-TEST_F(JobNew, ShippedPresetsAreFoundInABuildWithAFolderForTheArchitecture)
+TEST_F(JobNew, ShippedPresetsAreFoundFromALibraryInAFolderForItsArchitecture)
 {
     namespace fs = std::filesystem;
-    const fs::path libraries = Folder() / "build/release/lib/architecture";
+    const fs::path libraries = Folder() / "usr/lib/architecture";
     fs::create_directories(libraries);
     for (const fs::directory_entry& entry : fs::directory_iterator(ZELNOR_LIBRARY_FOLDER))
     {
@@ -315,18 +323,7 @@ TEST_F(JobNew, ShippedPresetsAreFoundInABuildWithAFolderForTheArchitecture)
             fs::copy_file(entry.path(), libraries / name);
         }
     }
-    fs::create_directories(Folder() / "build/release/bin");
-    fs::copy_file(ZCONF_PROGRAM, Folder() / "build/release/bin/zconf");
-    Write("build/release/CMakeCache.txt", "");
-    fs::copy(ZELNOR_SOURCE_DIR "/Presets", Folder() / "Presets");
-    Write("in.mp4", TinyClip());
-    ProcessOptions options;
-    options.environment = {"LD_LIBRARY_PATH=" + libraries.string() + ":" ZELNOR_LIBRARY_FOLDER};
-    options.folder = Folder().string();
-    const ProcessResult result = RunProcess(
-        {"build/release/bin/zconf", "job", "new", "-p", "mp4-h264-aac", "-i", "in.mp4", "-t", "o"}, options);
-    ExpectQuietSuccess(result);
-    EXPECT_EQ((*Load(result.output))[2].GetName(), "mp4-h264-aac");
+    ExpectToFindAPresetInUsr("opt/zconf", libraries.string() + ":" ZELNOR_LIBRARY_FOLDER);
 }
 
 TEST_F(JobNew, AnUnknownPresetIsToldWithTheNearestOnes)
