@@ -17,11 +17,13 @@ namespace Zelnor::Testing
 inline rc::Gen<std::string> AnyText()
 {
     using namespace std::string_literals;
-    return rc::gen::weightedOneOf<std::string>(
+    // Made once: that takes longer than all that is done with the texts.
+    static const auto texts = rc::gen::weightedOneOf<std::string>(
         {{3, rc::gen::element(""s, "data"s, "a"s, "$$MERGE_WITH$$"s, "\0"s, "a\0b"s, "\xFF\xC3"s,
                               "\xF0\x9F\x8E\xAC"s, "\"\\"s, "\\N\\"s, "{\"a\":1}"s, "&amp;"s, "]}"s,
                               "\n\r\t\x7F"s, "\xED\xA0\x80"s)},
          {1, rc::gen::container<std::string>(rc::gen::arbitrary<char>())}});
+    return texts;
 }
 
 inline rc::Gen<long long> AnyInteger()
@@ -43,8 +45,10 @@ inline rc::Gen<Core::Property::Ratio> AnyRatio()
                                            Core::Property::Ratio(std::numeric_limits<long long>::min())));
 }
 
-/// `levels` bounds how deep groups are nested.
-inline rc::Gen<Core::Property> AnyRecord(int levels = 4)
+namespace details
+{
+
+inline rc::Gen<Core::Property> MakeRecords(int levels)
 {
     using Core::Property;
     const auto scalar = rc::gen::oneOf(
@@ -70,10 +74,18 @@ inline rc::Gen<Core::Property> AnyRecord(int levels = 4)
             }
             return made;
         },
-        AnyText(), rc::gen::scale(0.3, rc::gen::container<std::vector<Property>>(rc::gen::lazy([levels] {
-                                      return AnyRecord(levels - 1);
-                                  }))));
+        AnyText(), rc::gen::scale(0.3, rc::gen::container<std::vector<Property>>(MakeRecords(levels - 1))));
     return rc::gen::weightedOneOf<Property>({{2, scalar}, {3, group}});
+}
+
+} // namespace details
+
+/// `levels` bounds how deep groups are nested.
+template <int levels = 4>
+rc::Gen<Core::Property> AnyRecord()
+{
+    static const auto records = details::MakeRecords(levels);
+    return records;
 }
 
 /// A record inside up to `most` groups.
