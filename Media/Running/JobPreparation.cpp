@@ -76,13 +76,17 @@ public:
         {
             AddCannotWrite(name, errno);
         }
+        else if (exists && S_ISDIR(status.st_mode))
+        {
+            AddCannotWrite(name, EISDIR);
+        }
+        else if (exists && IsNameless(name, status))
+        {
+            AddCannotWrite(name, kNamelessText);
+        }
         else if (!exists || S_ISREG(status.st_mode))
         {
             CheckFile(name, exists);
-        }
-        else if (S_ISDIR(status.st_mode))
-        {
-            AddCannotWrite(name, EISDIR);
         }
         else if (!MayBeWrittenDirectly(status))
         {

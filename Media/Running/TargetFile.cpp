@@ -152,6 +152,13 @@ bool MayBeWrittenDirectly(const struct stat& status)
     return isNull || S_ISFIFO(status.st_mode);
 }
 
+bool IsNameless(const std::string& name, const struct stat& status)
+{
+    struct stat named = {};
+    return ::stat(ResolveLinks(name).c_str(), &named) != 0 || named.st_dev != status.st_dev ||
+           named.st_ino != status.st_ino;
+}
+
 bool CannotBeMade(int reason) { return reason == ELOOP || reason == ENAMETOOLONG; }
 
 void CheckReplaceable(const std::string& name, bool overwrite)
@@ -172,6 +179,10 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     if (S_ISDIR(status.st_mode))
     {
         Refuse(name, EISDIR);
+    }
+    if (IsNameless(name, status))
+    {
+        Refuse(name, "Cannot write '" + name + "': " + kNamelessText);
     }
     if (S_ISREG(status.st_mode) && !overwrite)
     {

@@ -73,6 +73,14 @@ private:
 /// a pipe, at whose other end somebody reads.
 bool MayBeWrittenDirectly(const struct stat& status);
 
+/// Why something that is open somewhere, as the pipe that "/dev/stdout" may be or a file that was removed,
+/// cannot be a target.
+inline constexpr const char* kNamelessText = "it has no name of its own";
+
+/// Whether what a name leads to is only open and has no name: FFmpeg, which has other files open, would not
+/// find it. \param status  of what the name leads to
+bool IsNameless(const std::string& name, const struct stat& status);
+
 /// Whether a name that means nothing for that reason cannot be given to a file either, which is only noticed
 /// when the file is complete.
 bool CannotBeMade(int reason);

@@ -10,7 +10,9 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <climits>
 #include <filesystem>
@@ -159,6 +161,25 @@ TEST_F(PreparedJob, WritesNoDevicesButNull)
     EXPECT_THAT(Faults(*Job({{"a.wav", "full.wav"}})),
                 ElementsAre("node 3, filePath: cannot write '" + Name("full.wav") + "': it is a device"));
     EXPECT_THAT(Faults(*Job({{"a.wav", "null.wav"}})), IsEmpty());
+}
+
+TEST_F(PreparedJob, WritesNothingThatIsOnlyOpen)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    fs::create_symlink("/proc/self/fd/" + std::to_string(ends[1]), Name("pipe.wav"));
+    WriteFile(Name("file"), "");
+    const int removed = ::open(Name("file").c_str(), O_WRONLY | O_CLOEXEC);
+    fs::remove(Name("file"));
+    fs::create_symlink("/proc/self/fd/" + std::to_string(removed), Name("removed.wav"));
+    for (const std::string& name : {Name("pipe.wav"), Name("removed.wav")})
+    {
+        EXPECT_THAT(Faults(*Job({{"a.wav", name.substr(name.rfind('/') + 1)}})),
+                    ElementsAre("node 3, filePath: cannot write '" + name + "': it has no name of its own"));
+    }
+    ::close(ends[0]);
+    ::close(ends[1]);
+    ::close(removed);
 }
 
 TEST_F(PreparedJob, MakesFilesInFoldersAlone)

@@ -183,6 +183,16 @@ TEST_F(TargetFiles, LeaveAPipeInItsPlace)
     EXPECT_TRUE(fs::is_fifo(Name()));
 }
 
+TEST_F(TargetFiles, AreNotWhatIsOnlyOpen)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const std::string name = "/proc/self/fd/" + std::to_string(ends[1]);
+    ExpectRefused(name, true, "Cannot write '" + name + "': it has no name of its own");
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
 TEST_F(TargetFiles, NeedAFolder)
 {
     ExpectRefused(Name("none/out"), false,
