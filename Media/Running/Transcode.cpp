@@ -48,7 +48,8 @@ public:
         : m_graph(job), m_document(document), m_files(files), m_faults(faults)
     {}
 
-    Transcode Read(NodeId target)
+    /// Nothing, and a fault, if the node is none that a file is made of.
+    std::optional<Transcode> Read(NodeId target)
     {
         m_sources.clear();
         Transcode transcode;
@@ -59,7 +60,7 @@ public:
         {
             m_faults.Add(JobFault::Structure, transcode.place,
                          "expected a link from this '" + name + "' to a target, found none");
-            return transcode;
+            return std::nullopt;
         }
         transcode.output =
             Text(transcode.place, transcode.target, ITranscodingMetaGraph::KEY_FILEPATH).value_or("");
@@ -428,9 +429,13 @@ std::vector<Transcode> ReadTranscodes(const ITranscodingMetaGraph& job, const st
         std::vector<NodeId> inputs;
         job.Inputs(target, inputs);
         // The topology's faults name the nodes without links.
-        if (!inputs.empty())
+        if (inputs.empty())
         {
-            transcodes.push_back(reader.Read(target));
+            continue;
+        }
+        if (std::optional<Transcode> transcode = reader.Read(target))
+        {
+            transcodes.push_back(*std::move(transcode));
         }
     }
     return transcodes;
