@@ -28,9 +28,11 @@ function(zelnor_target target)
             -Wconversion
             -Wshadow
             # Results of the arithmetic are the same to the last bit on every machine.
-            -ffp-contract=off
-            # No path of the building machine in a binary.
-            "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+            -ffp-contract=off)
+  # No path of the building machine in a binary. What is optimised when it is linked is described to debuggers then.
+  set(prefix_map "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  target_compile_options(${target} PRIVATE "${prefix_map}")
+  target_link_options(${target} PRIVATE "${prefix_map}")
   if(NOT ZELNOR_LOG)
     target_compile_definitions(${target} PRIVATE ZELNOR_WITHOUT_LOG)
   endif()

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -57,13 +58,22 @@ private:
 class Unprivileged
 {
 public:
-    Unprivileged() : m_before(::geteuid()) { EXPECT_TRUE(m_before != 0 || ::seteuid(65534) == 0); }
-    ~Unprivileged() { EXPECT_EQ(::seteuid(m_before), 0); }
+    Unprivileged() : m_before(::geteuid()), m_isDumpable(::prctl(PR_GET_DUMPABLE))
+    {
+        EXPECT_TRUE(m_before != 0 || ::seteuid(65534) == 0);
+    }
+    ~Unprivileged()
+    {
+        EXPECT_EQ(::seteuid(m_before), 0);
+        // A process that has been somebody else may not be looked into from then on.
+        EXPECT_EQ(::prctl(PR_SET_DUMPABLE, m_isDumpable), 0);
+    }
     Unprivileged(const Unprivileged&) = delete;
     Unprivileged& operator=(const Unprivileged&) = delete;
 
 private:
     uid_t m_before;
+    int m_isDumpable;
 };
 
 /// Lets writing fail beyond a size, as on a disk that is full, after what still fits was written.
