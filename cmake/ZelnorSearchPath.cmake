@@ -19,8 +19,14 @@ endif()
 if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
   set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${zelnor_library_folder}")
-endif()
-if(NOT PROJECT_IS_TOP_LEVEL OR zelnor_is_multi_config)
+  if(zelnor_is_multi_config)
+    # The same in a folder for each, where there would be folders for each in both.
+    foreach(kind RUNTIME LIBRARY)
+      string(REPLACE "${PROJECT_BINARY_DIR}/" "${PROJECT_BINARY_DIR}/$<CONFIG>/" CMAKE_${kind}_OUTPUT_DIRECTORY
+                     "${CMAKE_${kind}_OUTPUT_DIRECTORY}")
+    endforeach()
+  endif()
+else()
   set(zelnor_is_laid_out OFF)
 endif()
 

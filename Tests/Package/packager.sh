@@ -23,3 +23,8 @@ grep --quiet 'NEW_RPATH "/opt/libraries"' "$scratch/cmake_install.cmake" || fail
 # What was chosen stays.
 cmake -S "$source" -B "$scratch" -DCMAKE_BUILD_TYPE=None >/dev/null
 grep --quiet '^CMAKE_BUILD_TYPE:[A-Z]*=None$' "$scratch/CMakeCache.txt" || fail "the build type was replaced"
+
+# A build of several types looks for libraries nowhere else than one of a single type.
+cmake -G "Ninja Multi-Config" -S "$source" -B "$scratch/several" -DZELNOR_BUILD_MEDIA=OFF -DBUILD_TESTING=OFF >/dev/null
+paths=$(grep -oh -e '-rpath,[^ ]*' "$scratch/several/CMakeFiles/impl-Release.ninja" | sort -u)
+[[ $paths == '-rpath,"\$$ORIGIN"' ]] || fail "a search path is $paths"
