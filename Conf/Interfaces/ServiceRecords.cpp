@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <iterator>
+#include <string>
+#include <type_traits>
 
 namespace Zelnor::Conf
 {
@@ -34,6 +36,27 @@ constexpr LayoutRecord s_layoutRecords[] = {
 };
 static_assert(std::size(s_layoutRecords) == 28);
 
+/// Whether a member of a record, or what it points to, is what is sought. Has a name, since the exceptions
+/// below tell it: of a lambda, that is the path of the source on the building machine.
+template <auto member, class Value>
+struct Is
+{
+    template <class Record>
+    bool operator()(const Record& record) const
+    {
+        if constexpr (std::is_pointer_v<std::decay_t<decltype(record.*member)>>)
+        {
+            return *(record.*member) == wanted;
+        }
+        else
+        {
+            return record.*member == wanted;
+        }
+    }
+
+    const Value& wanted;
+};
+
 /// The first of `count` records that `match` accepts.
 /// \throw FormatException with `message` as description when there is none
 /// kept: the unused flag, because every exception that is thrown here records the signature
@@ -56,42 +79,37 @@ static const T* FindRecord(const T* records, std::size_t count, const Functor& m
 
 const SampleFmtRecord* SampleFmtRecord::Find(SampleFormats format)
 {
-    return details::FindRecord(
-        details::s_sampleFormatRecords, std::size(details::s_sampleFormatRecords),
-        [format](const SampleFmtRecord& record) { return record.format == format; }, true,
-        "Provided sample format is not found in list");
+    return details::FindRecord(details::s_sampleFormatRecords, std::size(details::s_sampleFormatRecords),
+                               details::Is<&SampleFmtRecord::format, SampleFormats>{format}, true,
+                               "Provided sample format is not found in list");
 }
 
 const SampleFmtRecord* SampleFmtRecord::Find(const std::string& textId)
 {
-    return details::FindRecord(
-        details::s_sampleFormatRecords, std::size(details::s_sampleFormatRecords),
-        [&textId](const SampleFmtRecord& record) { return record.textId == textId; }, true,
-        "Provided sample textId is not found in list");
+    return details::FindRecord(details::s_sampleFormatRecords, std::size(details::s_sampleFormatRecords),
+                               details::Is<&SampleFmtRecord::textId, std::string>{textId}, true,
+                               "Provided sample textId is not found in list");
 }
 
 const LayoutRecord* LayoutRecord::Find(ChannelLayout layout)
 {
-    return details::FindRecord(
-        details::s_layoutRecords, std::size(details::s_layoutRecords),
-        [layout](const LayoutRecord& record) { return record.layout == layout; }, true,
-        "Provided ChannelLayout is not found in list");
+    return details::FindRecord(details::s_layoutRecords, std::size(details::s_layoutRecords),
+                               details::Is<&LayoutRecord::layout, ChannelLayout>{layout}, true,
+                               "Provided ChannelLayout is not found in list");
 }
 
 const LayoutRecord* LayoutRecord::Find(const std::string& textId)
 {
-    return details::FindRecord(
-        details::s_layoutRecords, std::size(details::s_layoutRecords),
-        [&textId](const LayoutRecord& record) { return *record.textId == textId; }, true,
-        "Provided Channel TextID is not found in list");
+    return details::FindRecord(details::s_layoutRecords, std::size(details::s_layoutRecords),
+                               details::Is<&LayoutRecord::textId, std::string>{textId}, true,
+                               "Provided Channel TextID is not found in list");
 }
 
 const LayoutRecord* LayoutRecord::Find(int channels)
 {
-    return details::FindRecord(
-        details::s_layoutRecords, std::size(details::s_layoutRecords),
-        [channels](const LayoutRecord& record) { return record.channels == channels; }, true,
-        "Provided number of channels is not found in list");
+    return details::FindRecord(details::s_layoutRecords, std::size(details::s_layoutRecords),
+                               details::Is<&LayoutRecord::channels, int>{channels}, true,
+                               "Provided number of channels is not found in list");
 }
 
 // By address instead of `Find`, so that an info can be made before the records' texts are constructed.

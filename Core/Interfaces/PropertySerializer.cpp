@@ -346,10 +346,19 @@ void PropertySerializer::Save(const Property& property, rapidjson::Value& json,
     using Document =
         rapidjson::GenericDocument<rapidjson::UTF8<>, rapidjson::Document::AllocatorType, JsonMemory>;
     Document document(&pool);
-    const auto generate = [&property](Document& handler) {
-        PropertyEvents<Document>(handler, true).Record(property);
-        return true;
+    // Has a name, since RapidJSON's assertions tell it: of a lambda, that is the path of the source on the
+    // building machine.
+    struct Generator
+    {
+        bool operator()(Document& handler) const
+        {
+            PropertyEvents<Document>(handler, true).Record(record);
+            return true;
+        }
+
+        const Property& record;
     };
+    const Generator generate{property};
     document.Populate(generate);
     json = document.Move();
 }

@@ -54,6 +54,8 @@ inline void ReadTags(const boost::exception& exception, Thrown& thrown)
     thrown.callStack = GetTag<TagCallStack>(exception);
     thrown.file = ToString(GetTag<boost::throw_file>(exception));
     thrown.function = ToString(GetTag<boost::throw_function>(exception));
+    // No path of the machine on which it was built.
+    EXPECT_EQ(thrown.function.value_or("").find('/'), std::string::npos) << *thrown.function;
     thrown.line = GetTag<boost::throw_line>(exception);
 }
 
