@@ -80,7 +80,7 @@ public:
         {
             AddCannotWrite(name, EISDIR);
         }
-        else if (exists && IsNameless(name, status))
+        else if (exists && IsNameless(name))
         {
             AddCannotWrite(name, kNamelessText);
         }

@@ -152,12 +152,7 @@ bool MayBeWrittenDirectly(const struct stat& status)
     return isNull || S_ISFIFO(status.st_mode);
 }
 
-bool IsNameless(const std::string& name, const struct stat& status)
-{
-    struct stat named = {};
-    return ::stat(ResolveLinks(name).c_str(), &named) != 0 || named.st_dev != status.st_dev ||
-           named.st_ino != status.st_ino;
-}
+bool IsNameless(const std::string& name) { return !IsSameFile(ResolveLinks(name), name); }
 
 bool CannotBeMade(int reason) { return reason == ELOOP || reason == ENAMETOOLONG; }
 
@@ -180,7 +175,7 @@ void CheckReplaceable(const std::string& name, bool overwrite)
     {
         Refuse(name, EISDIR);
     }
-    if (IsNameless(name, status))
+    if (IsNameless(name))
     {
         Refuse(name, "Cannot write '" + name + "': " + kNamelessText);
     }

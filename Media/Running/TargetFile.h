@@ -77,9 +77,9 @@ bool MayBeWrittenDirectly(const struct stat& status);
 /// cannot be a target.
 inline constexpr const char* kNamelessText = "it has no name of its own";
 
-/// Whether what a name leads to is only open and has no name: FFmpeg, which has other files open, would not
-/// find it. \param status  of what the name leads to
-bool IsNameless(const std::string& name, const struct stat& status);
+/// Whether what is there under a name is only open and has no name of its own: FFmpeg, which has other files
+/// open, would not find it.
+bool IsNameless(const std::string& name);
 
 /// Whether a name that means nothing for that reason cannot be given to a file either, which is only noticed
 /// when the file is complete.
