@@ -19,14 +19,18 @@ using namespace Zelnor::Testing;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<std::string> Compare(const MediaFile& source, std::int64_t end)
+std::vector<std::string> Compare(const ExpectedFile& wanted, const MediaFile& source, std::int64_t end)
 {
-    const ExpectedFile wanted = ExpectingFile(source, "mp4");
     const std::function<bool()> never;
     StreamScan scan = GoodScan();
     scan.end = end;
     return Told(
         DurationComparison(wanted, never).Compare(wanted.streams.front(), source.streams.front(), scan));
+}
+
+std::vector<std::string> Compare(const MediaFile& source, std::int64_t end)
+{
+    return Compare(ExpectingFile(source, "mp4"), source, end);
 }
 
 /// A source whose own word is enough does not have to be there.
@@ -59,13 +63,7 @@ TEST(DurationComparison, ExpectsThePartOfTheSourceThatTheJobAsksFor)
     const MediaFile source = ProbeMedia(name);
     ExpectedFile wanted = ExpectingFile(source, "mp4");
     wanted.span = {500000, 1500000};
-    const auto compare = [&](std::int64_t end) {
-        const std::function<bool()> never;
-        StreamScan scan = GoodScan();
-        scan.end = end;
-        return Told(
-            DurationComparison(wanted, never).Compare(wanted.streams.front(), source.streams.front(), scan));
-    };
+    const auto compare = [&](std::int64_t end) { return Compare(wanted, source, end); };
     EXPECT_THAT(compare(1000000), IsEmpty());
     EXPECT_THAT(compare(2000000), ElementsAre("duration: wanted 1.000 s, found 2.000 s"));
     EXPECT_THAT(compare(500000), ElementsAre("duration: wanted 1.000 s, found 0.500 s"));
@@ -230,13 +228,7 @@ TEST(DurationComparison, OfACopyOfAPartMayBeginEarlierWhateverTheSourceSays)
     ExpectedFile wanted = ExpectingFile(source, "mp4");
     wanted.span = {500000, std::nullopt};
     wanted.streams.front().isCopied = true;
-    const auto compare = [&](std::int64_t end) {
-        const std::function<bool()> never;
-        StreamScan scan = GoodScan();
-        scan.end = end;
-        return Told(
-            DurationComparison(wanted, never).Compare(wanted.streams.front(), source.streams.front(), scan));
-    };
+    const auto compare = [&](std::int64_t end) { return Compare(wanted, source, end); };
     EXPECT_THAT(compare(1500000), IsEmpty());
     EXPECT_THAT(compare(2000000), IsEmpty());
     EXPECT_THAT(compare(2300000), ElementsAre("duration: wanted 1.500 s, found 1.800 s"));
