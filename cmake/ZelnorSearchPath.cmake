@@ -20,7 +20,7 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
   set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${zelnor_library_folder}")
   if(zelnor_is_multi_config)
-    # The same in a folder for each, where there would be folders for each in both.
+    # One such layout for each build type. CMake would put a folder for each type into both.
     foreach(kind RUNTIME LIBRARY)
       string(REPLACE "${PROJECT_BINARY_DIR}/" "${PROJECT_BINARY_DIR}/$<CONFIG>/" CMAKE_${kind}_OUTPUT_DIRECTORY
                      "${CMAKE_${kind}_OUTPUT_DIRECTORY}")
