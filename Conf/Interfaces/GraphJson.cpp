@@ -59,6 +59,21 @@ void RethrowRefusal(const List& list)
     }
 }
 
+/// Takes the records as they stand, if there are no others before them.
+template <class Records>
+void AppendRecords(Records& records, Records& to)
+{
+    if (to.empty())
+    {
+        to.swap(records);
+        return;
+    }
+    for (auto& record : records)
+    {
+        to.push_back(std::move(record));
+    }
+}
+
 /// RapidJSON's writer sends strings byte by byte: it looks for what must be escaped, and asks for room in the
 /// stream. Most strings need no escape and are sent at once here, which saves a tenth of the instructions.
 class Writer
@@ -183,23 +198,24 @@ void ITranscodingMetaGraph::GrahpImpl::Load(Core::IDataInput& in)
         ZELNOR_THROW(kGraphUnit, BadStructure("The root object must have two nested arrays named " +
                                               std::string(VERTICES) + " and " + std::string(EDGES)));
     }
-    m_nodes.reserve(m_nodes.size() + reader.vertices.items.size());
-    for (Reader::Vertex& vertex : reader.vertices.items)
+    const RecordScope scope(*this);
+    AppendRecords(reader.vertices.records, m_nodes);
+    for (const Reader::Vertex& vertex : reader.vertices.items)
     {
         m_nodeCounter = std::max(m_nodeCounter, vertex.id);
-        AppendNode(vertex.id, std::move(vertex.record));
+        AppendNode(vertex.id);
     }
     RethrowRefusal(reader.vertices);
     if (!reader.vertices.notAnObject.empty())
     {
         ZELNOR_THROW(kGraphUnit, BadStructure(reader.vertices.notAnObject));
     }
-    m_links.reserve(m_links.size() + reader.edges.items.size());
-    for (Reader::Edge& edge : reader.edges.items)
+    AppendRecords(reader.edges.records, m_links);
+    for (const Reader::Edge& edge : reader.edges.items)
     {
         // The link gets the next identifier; callers rely on that.
         m_linkCounter = std::max(m_linkCounter, edge.id);
-        AddLink(edge.from, edge.to, std::move(edge.record));
+        AddLink(edge.from, edge.to);
     }
     RethrowRefusal(reader.edges);
     if (!reader.edges.notAnObject.empty())

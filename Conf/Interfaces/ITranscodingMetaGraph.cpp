@@ -34,16 +34,6 @@ ProfileException NoIdentifierLeft()
     return exception;
 }
 
-/// Makes room ahead of a `push_back`, so that it cannot fail.
-template <class T>
-void MakeRoomForOne(std::vector<T>& items)
-{
-    if (items.size() == items.capacity())
-    {
-        items.reserve(items.empty() ? 1 : 2 * items.size());
-    }
-}
-
 /// Lets `append` add to the list; when it fails, the list is as it was.
 template <class T, class Append>
 void AppendAllOrNothing(std::vector<T>& list, Append&& append)
@@ -82,20 +72,33 @@ NodeId ITranscodingMetaGraph::GrahpImpl::AddNode(const Property& data)
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    AppendNode(m_nodeCounter + 1, {data, CanBeSaved(data)});
+    const RecordScope scope(*this);
+    m_nodes.push_back({data, CanBeSaved(data)});
+    AppendNode(m_nodeCounter + 1);
     return ++m_nodeCounter;
 }
 
-void ITranscodingMetaGraph::GrahpImpl::AppendNode(NodeId id, NodeRecord&& node)
+void ITranscodingMetaGraph::GrahpImpl::AppendNode(NodeId id)
 {
     if (m_adjacency.NodesAreFull())
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    MakeRoomForOne(m_nodes);
+    const std::size_t slot = m_adjacency.Nodes().size();
     m_adjacency.AddNode(id);
-    m_unsavable += node.canBeSaved ? 0 : 1;
-    m_nodes.push_back(std::move(node));
+    m_unsavable += m_nodes[slot].canBeSaved ? 0 : 1;
+}
+
+ITranscodingMetaGraph::GrahpImpl::RecordScope::~RecordScope()
+{
+    const auto removeSpare = [](auto& records, std::size_t slots) {
+        while (records.size() != slots)
+        {
+            records.pop_back();
+        }
+    };
+    removeSpare(m_graph.m_nodes, m_graph.m_adjacency.Nodes().size());
+    removeSpare(m_graph.m_links, m_graph.m_adjacency.Links().size());
 }
 
 void ITranscodingMetaGraph::GrahpImpl::RemoveNode(NodeId id)
@@ -122,10 +125,12 @@ void ITranscodingMetaGraph::GrahpImpl::RemoveNode(NodeId id)
 
 LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, const Property& data)
 {
-    return AddLink(from, to, LinkRecord{data, CanBeSaved(data)});
+    const RecordScope scope(*this);
+    m_links.push_back({data, CanBeSaved(data)});
+    return AddLink(from, to);
 }
 
-LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, LinkRecord&& link)
+LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to)
 {
     const VertexT source = VertexById(from);
     const VertexT target = VertexById(to);
@@ -137,11 +142,10 @@ LinkId ITranscodingMetaGraph::GrahpImpl::AddLink(NodeId from, NodeId to, LinkRec
     {
         ZELNOR_THROW(kGraphUnit, NoIdentifierLeft());
     }
-    MakeRoomForOne(m_links);
+    LinkRecord& link = m_links[m_adjacency.Links().size()];
     m_adjacency.AddLink(source, target);
     m_unsavable += link.canBeSaved ? 0 : 1;
-    m_links.push_back(std::move(link));
-    return m_links.back().id = ++m_linkCounter;
+    return link.id = ++m_linkCounter;
 }
 
 void ITranscodingMetaGraph::GrahpImpl::RemoveLink(NodeId from, NodeId to)

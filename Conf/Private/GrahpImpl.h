@@ -5,6 +5,8 @@
 #include "Conf/Interfaces/ITranscodingMetaGraph.h"
 #include "Conf/Private/AdjacencyList.h"
 
+#include <boost/container/deque.hpp>
+
 #include <atomic>
 #include <cstddef>
 #include <string>
@@ -89,6 +91,12 @@ private:
         LinkId id = 0;
     };
 
+    /// By slots. Not a vector, which would move all records whenever it grows.
+    template <class Record>
+    using Records =
+        boost::container::deque<Record, void,
+                                boost::container::deque_options_t<boost::container::block_size<64>>>;
+
     VertexT VertexById(NodeId id) const;
     const Core::Property& RecordOf(VertexT vertex) const { return m_nodes[vertex].data; }
     NodeId IdOf(VertexT vertex) const { return m_adjacency.Nodes()[vertex].id; }
@@ -97,9 +105,25 @@ private:
     void ForEachNode(Visit&& visit) const;
     template <class Visit>
     void ForEachLink(Visit&& visit) const;
-    void AppendNode(NodeId id, NodeRecord&& node);
-    /// Gives the link the next identifier, and takes its record only if nothing fails.
-    LinkId AddLink(NodeId from, NodeId to, LinkRecord&& link);
+
+    /// Lives while records are appended ahead of their nodes and links. Those for which it came to none are
+    /// removed at its end.
+    class RecordScope
+    {
+    public:
+        explicit RecordScope(GrahpImpl& graph) : m_graph(graph) {}
+        ~RecordScope();
+        RecordScope(const RecordScope&) = delete;
+        RecordScope& operator=(const RecordScope&) = delete;
+
+    private:
+        GrahpImpl& m_graph;
+    };
+
+    // To these the record was appended before.
+    void AppendNode(NodeId id);
+    /// Gives the link the next identifier.
+    LinkId AddLink(NodeId from, NodeId to);
 
     /// \param first  the first link of the list that is to be empty
     void AppendNodesWithout(EdgeT AdjacencyList::Node::*first, std::vector<NodeId>& out) const;
@@ -115,9 +139,8 @@ private:
     std::vector<VertexT> GetPositions() const;
 
     AdjacencyList m_adjacency;
-    // By slots.
-    std::vector<NodeRecord> m_nodes;
-    std::vector<LinkRecord> m_links;
+    Records<NodeRecord> m_nodes;
+    Records<LinkRecord> m_links;
     /// Number of records that cannot be saved. They are judged when they are added, since saving a graph
     /// visits each of them once more otherwise, which takes a fifth of its time.
     std::size_t m_unsavable = 0;

@@ -189,36 +189,33 @@ void ITranscodingMetaGraph::GrahpImpl::Reader::FinishElement()
     if (m_state == VERTEX)
     {
         m_state = VERTICES_LIST;
-        vertices.items.emplace_back().id = id;
-        TakeRecord(vertices);
+        Append(vertices, Vertex{id});
     }
     else
     {
         m_state = EDGES_LIST;
-        Edge& edge = edges.items.emplace_back();
-        edge.id = id;
-        edge.from = m_element.from.value_or(0);
-        edge.to = m_element.to.value_or(0);
-        TakeRecord(edges);
+        Append(edges, Edge{id, m_element.from.value_or(0), m_element.to.value_or(0)});
     }
 }
 
-template <class T>
-void ITranscodingMetaGraph::GrahpImpl::Reader::TakeRecord(List<T>& list)
+template <class Elements, class Item>
+void ITranscodingMetaGraph::GrahpImpl::Reader::Append(Elements& elements, const Item& item)
 {
-    if (!m_element.hasRecord)
+    elements.records.push_back({Core::Property(std::string(DATA))});
+    if (m_element.hasRecord)
     {
-        return;
+        try
+        {
+            Core::PropertySerializer::LoadUnwrapped(elements.records.back().data, m_record);
+        }
+        catch (const Core::PropertyException&)
+        {
+            elements.records.pop_back();
+            elements.refusedRecord = std::current_exception();
+            return;
+        }
     }
-    try
-    {
-        Core::PropertySerializer::LoadUnwrapped(list.items.back().record.data, m_record);
-    }
-    catch (const Core::PropertyException&)
-    {
-        list.items.pop_back();
-        list.refusedRecord = std::current_exception();
-    }
+    elements.items.push_back(item);
 }
 
 void ITranscodingMetaGraph::GrahpImpl::Reader::RefuseElement(const char* kind)

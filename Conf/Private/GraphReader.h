@@ -8,13 +8,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <exception>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace Zelnor::Conf
 {
@@ -25,14 +25,15 @@ namespace Zelnor::Conf
 class ZELNOR_LOCAL ITranscodingMetaGraph::GrahpImpl::Reader
 {
 public:
-    /// One of the two arrays of the document.
-    template <class T>
+    /// One of the two arrays of the document, up to the first element that is refused.
+    template <class Item, class Record>
     struct List
     {
         bool isFound = false;
         bool isArray = false;
-        /// Up to the first element that is refused. Not a vector, which would move them whenever it grows.
-        std::deque<T> items;
+        std::vector<Item> items;
+        /// Of the items.
+        Records<Record> records;
         /// Why that element is not an object; empty if it is one.
         std::string notAnObject;
         /// Why its record is refused.
@@ -43,22 +44,20 @@ public:
 
     struct Vertex
     {
-        NodeId id = 0;
-        NodeRecord record{Core::Property(std::string(DATA))};
+        NodeId id;
     };
 
     struct Edge
     {
-        LinkId id = 0;
-        NodeId from = 0;
-        NodeId to = 0;
-        LinkRecord record{Core::Property(std::string(DATA))};
+        LinkId id;
+        NodeId from;
+        NodeId to;
     };
 
     /// Whether the document was an object.
     bool IsObject() const { return m_isObject; }
-    List<Vertex> vertices;
-    List<Edge> edges;
+    List<Vertex, NodeRecord> vertices;
+    List<Edge, LinkRecord> edges;
 
     // The events, for `Core::JsonParser`.
     void Null() { Scalar("null"); }
@@ -105,9 +104,9 @@ private:
     void Skip();
     void StartElement();
     void FinishElement();
-    /// Gives the last element its record, or removes it when the record is refused.
-    template <class T>
-    void TakeRecord(List<T>& list);
+    /// Appends an element with its record, unless the record is refused.
+    template <class Elements, class Item>
+    void Append(Elements& elements, const Item& item);
     void RefuseElement(const char* kind);
 
     State m_state = BEFORE;

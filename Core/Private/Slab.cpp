@@ -43,7 +43,7 @@ Slabs::Block Slabs::Get(std::size_t size)
     if (m_slab == nullptr || m_slab->m_left < rounded)
     {
         // An eighth of what there is, so that little is left over.
-        constexpr std::size_t kLeast = 4096, kMost = 32768;
+        constexpr std::size_t kLeast = 4096, kMost = 65536;
         const std::size_t renewed = std::clamp(m_total / 8, kLeast, kMost);
         // What is left of the slab is lost, so that this must be little.
         if (rounded > renewed / 2)
