@@ -91,7 +91,8 @@ private:
         LinkId id = 0;
     };
 
-    /// By slots. Not a vector, which would move all records whenever it grows.
+    /// By slots. Not a vector, which would move all records whenever it grows. Of blocks that are large,
+    /// since saving a large graph walks along them.
     template <class Record>
     using Records =
         boost::container::deque<Record, void,
@@ -106,8 +107,8 @@ private:
     template <class Visit>
     void ForEachLink(Visit&& visit) const;
 
-    /// Lives while records are appended ahead of their nodes and links. Those for which it came to none are
-    /// removed at its end.
+    /// Lives while records are appended ahead of their nodes and links. At its end it removes the records
+    /// that got none, because something failed: the next node or link would be given them.
     class RecordScope
     {
     public:
@@ -120,9 +121,9 @@ private:
         GrahpImpl& m_graph;
     };
 
-    // To these the record was appended before.
+    /// Precondition: its record is the next one of `m_nodes`.
     void AppendNode(NodeId id);
-    /// Gives the link the next identifier.
+    /// Gives the link the next identifier. Precondition: its record is the next one of `m_links`.
     LinkId AddLink(NodeId from, NodeId to);
 
     /// \param first  the first link of the list that is to be empty

@@ -501,6 +501,34 @@ TEST(GraphLoad, RefusesTheSameLinkTwice)
     EXPECT_EQ(graph->GetLink(1, 2), Property("a", 1LL));
 }
 
+TEST(GraphLoad, ThatFailsLeavesNoRecordToALaterLink)
+{
+    const GraphPtr graph = ITranscodingMetaGraph::Create();
+    ExpectLinkFailure<LinkExists>("GrahpImpl::AddLink(", {1, 2}, [&] {
+        LoadInto(*graph,
+                 R"({"vertices":[{"id":1},{"id":2}],"edges":[{"id":1,"from":1,"to":2,"data":{"a":1}},)"
+                 R"({"id":2,"from":1,"to":2,"data":{"b":2}},{"id":3,"from":2,"to":1,"data":{"c":3}}]})");
+    });
+    graph->AddLink(2, 1, Property("d", 4LL));
+    EXPECT_EQ(graph->GetLink(1, 2), Property("a", 1LL));
+    EXPECT_EQ(graph->GetLink(2, 1), Property("d", 4LL));
+}
+
+TEST(GraphLoad, KeepsTheRecordsOfNodesThatWereThereBefore)
+{
+    const GraphPtr graph = ITranscodingMetaGraph::Create();
+    for (long long id = 1; id <= 100; ++id)
+    {
+        graph->AddNode(Property("added", id));
+    }
+    LoadInto(*graph,
+             R"({"vertices":[{"id":101,"data":{"read":101}},{"id":102,"data":{"read":102}}],"edges":[]})");
+    EXPECT_EQ((*graph)[1], Property("added", 1LL));
+    EXPECT_EQ((*graph)[100], Property("added", 100LL));
+    EXPECT_EQ((*graph)[101], Property("read", 101LL));
+    EXPECT_EQ((*graph)[102], Property("read", 102LL));
+}
+
 TEST(GraphLoad, RefusesALinkWhoseIdentifierIsTheLast)
 {
     const Thrown thrown = ExpectGraphThrow<ProfileException>("GrahpImpl::AddLink(", [] {

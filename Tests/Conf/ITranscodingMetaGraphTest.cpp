@@ -116,6 +116,16 @@ TEST(ITranscodingMetaGraph, ASecondLinkBetweenTheSameNodesIsRefusedAndTakesNoIde
     EXPECT_EQ(graph->AddLink(2, 3, Property()), 2);
 }
 
+TEST(ITranscodingMetaGraph, ALinkThatIsRefusedLeavesItsRecordToNoOther)
+{
+    const GraphPtr graph = ITranscodingMetaGraph::Create();
+    graph->AddNode(Property());
+    graph->AddNode(Property());
+    ExpectNodeNotFound(3, [&] { graph->AddLink(1, 3, Property("refused", 1LL)); });
+    graph->AddLink(1, 2, Property("taken", 2LL));
+    EXPECT_EQ(graph->GetLink(1, 2), Property("taken", 2LL));
+}
+
 TEST(ITranscodingMetaGraph, LinkIdentifiersAreNeverReused)
 {
     const GraphPtr graph = GraphWithNodes(2);
